@@ -1,0 +1,21 @@
+// The device's side of the seam: the standard library as it is.
+#include "platform/sync.h"
+
+namespace sensorvela::platform {
+
+MonotonicClock::time_point MonotonicClock::now() noexcept {
+  return time_point(std::chrono::steady_clock::now().time_since_epoch());
+}
+
+CondVar::CondVar() = default;
+CondVar::~CondVar() = default;
+
+void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
+  std::unique_lock lock(mutex.mutex_, std::adopt_lock);
+  cv_.wait_until(lock, std::chrono::steady_clock::time_point(deadline.time_since_epoch()));
+  lock.release();  // `mutex` stays locked, as the caller left it.
+}
+
+void CondVar::NotifyAll() { cv_.notify_all(); }
+
+}  // namespace sensorvela::platform

@@ -1,0 +1,12 @@
+// Host stand-in for the device's binder object header: what the library uses of it.
+#pragma once
+
+/// A counted reference to a service in this process; platform/host/binder.cc defines it.
+struct AIBinder;
+
+extern "C" {
+
+/// Drops one strong reference; the last one frees the binder. Null is ignored.
+void AIBinder_decStrong(AIBinder* binder);
+
+}  // extern "C"

@@ -1,0 +1,72 @@
+#include "platform/host/log_sink.h"
+
+#include <android/log.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdarg>
+#include <cstddef>
+#include <cstdio>
+#include <mutex>
+#include <utility>
+
+#include "platform/sync.h"
+
+namespace sensorvela::host {
+namespace {
+
+// A longer line is cut, as it is on the device.
+constexpr std::size_t kMaxLineBytes = 4068;
+
+void PrintLikeTheDevice(int priority, std::string_view tag, std::string_view text) {
+  const auto now_ns = platform::MonotonicClock::now().time_since_epoch().count();
+  constexpr std::string_view kLetters = "??VDIWEF";
+  const char letter = priority >= 0 && static_cast<std::size_t>(priority) < kLetters.size()
+                          ? kLetters[static_cast<std::size_t>(priority)]
+                          : '?';
+  std::fprintf(stderr, "%6lld.%06lld %5d %5ld %c %.*s: %.*s\n",
+               static_cast<long long>(now_ns / 1'000'000'000),
+               static_cast<long long>(now_ns / 1'000 % 1'000'000), getpid(), syscall(SYS_gettid),
+               letter, static_cast<int>(tag.size()), tag.data(), static_cast<int>(text.size()),
+               text.data());
+}
+
+struct Log {
+  std::mutex mutex;
+  LogSink sink = PrintLikeTheDevice;
+};
+
+// Never destroyed: threads may log while the process exits.
+Log& TheLog() {
+  static Log& log = *new Log;
+  return log;
+}
+
+}  // namespace
+
+ScopedLogSink::ScopedLogSink(LogSink sink) : previous_(std::move(sink)) {
+  const std::lock_guard lock(TheLog().mutex);
+  std::swap(TheLog().sink, previous_);
+}
+
+ScopedLogSink::~ScopedLogSink() {
+  const std::lock_guard lock(TheLog().mutex);
+  TheLog().sink = std::move(previous_);
+}
+
+}  // namespace sensorvela::host
+
+int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
+  std::array<char, sensorvela::host::kMaxLineBytes> line;
+  std::va_list args;
+  va_start(args, fmt);
+  const int length = std::vsnprintf(line.data(), line.size(), fmt, args);
+  va_end(args);
+  if (length < 0) return length;
+
+  sensorvela::host::Log& log = sensorvela::host::TheLog();
+  const std::lock_guard lock(log.mutex);
+  log.sink(prio, tag, line.data());
+  return 1;
+}

@@ -1,0 +1,122 @@
+#include "platform/host/service_manager.h"
+
+#include <android/binder_manager.h>
+
+#include <condition_variable>
+#include <list>
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "platform/host/binder.h"
+#include "platform/host/timeline.h"
+
+namespace sensorvela::host {
+namespace {
+
+using aidl::android::frameworks::stats::IStats;
+
+struct Waiter {
+  bool released = false;
+  std::shared_ptr<IStats> service;
+};
+
+struct Instance {
+  bool declared = false;
+  std::shared_ptr<IStats> service;
+  std::list<Waiter*> waiters;
+};
+
+class ServiceManager {
+ public:
+  // Never destroyed: a reporter thread may look its service up while the process exits.
+  static ServiceManager& Get() {
+    static ServiceManager& manager = *new ServiceManager;
+    return manager;
+  }
+
+  /// Applies `change` to the instance under the lock.
+  template <typename Change>
+  void Update(const std::string& name, Change change) {
+    const std::lock_guard lock(mutex_);
+    change(instances_[name]);
+  }
+
+  void Release(Instance& instance) {
+    for (Waiter* waiter : instance.waiters) *waiter = {true, instance.service};
+    Timeline::Get().RemoveBlocked(instance.waiters.size());
+    instance.waiters.clear();
+    released_.notify_all();
+  }
+
+  void Reset() {
+    const std::lock_guard lock(mutex_);
+    for (auto& [name, instance] : instances_) {
+      instance.declared = false;
+      instance.service.reset();
+      Release(instance);
+    }
+  }
+
+  bool IsDeclared(const std::string& name) {
+    const std::lock_guard lock(mutex_);
+    return instances_[name].declared;
+  }
+
+  std::shared_ptr<IStats> Wait(const std::string& name) {
+    std::unique_lock lock(mutex_);
+    Instance& instance = instances_[name];
+    if (instance.service != nullptr || !instance.declared) return instance.service;
+    Waiter waiter;
+    instance.waiters.push_back(&waiter);
+    Timeline::Get().AddBlocked();
+    released_.wait(lock, [&] { return waiter.released; });
+    return std::move(waiter.service);
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable released_;
+  std::map<std::string, Instance> instances_;
+};
+
+}  // namespace
+
+void DeclareService(const std::string& instance) {
+  ServiceManager::Get().Update(instance, [](Instance& found) { found.declared = true; });
+}
+
+void UndeclareService(const std::string& instance) {
+  ServiceManager::Get().Update(instance, [](Instance& found) {
+    found.declared = false;
+    ServiceManager::Get().Release(found);
+  });
+}
+
+void RegisterService(const std::string& instance, std::shared_ptr<IStats> service) {
+  ServiceManager::Get().Update(instance, [&](Instance& found) {
+    found.service = std::move(service);
+    ServiceManager::Get().Release(found);
+  });
+}
+
+void UnregisterService(const std::string& instance) {
+  ServiceManager::Get().Update(instance, [](Instance& found) { found.service.reset(); });
+}
+
+void ReleaseServiceWaits(const std::string& instance) {
+  ServiceManager::Get().Update(instance,
+                               [](Instance& found) { ServiceManager::Get().Release(found); });
+}
+
+void ResetServices() { ServiceManager::Get().Reset(); }
+
+}  // namespace sensorvela::host
+
+bool AServiceManager_isDeclared(const char* instance) {
+  return sensorvela::host::ServiceManager::Get().IsDeclared(instance);
+}
+
+AIBinder* AServiceManager_waitForService(const char* instance) {
+  return sensorvela::host::NewBinder(sensorvela::host::ServiceManager::Get().Wait(instance));
+}

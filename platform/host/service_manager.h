@@ -1,0 +1,34 @@
+// The process's service manager: what the library's calls into `<android/binder_manager.h>` find.
+// Instances are named as the library asks for them, and begin undeclared and absent. Every
+// operation may be called from any thread.
+#pragma once
+
+#include <aidl/android/frameworks/stats/IStats.h>
+
+#include <memory>
+#include <string>
+
+namespace sensorvela::host {
+
+/// The device declares the instance: a lookup of it waits until it registers.
+void DeclareService(const std::string& instance);
+
+/// The device no longer declares the instance: lookups that wait for it are released with none, and
+/// while it is absent later ones do not wait.
+void UndeclareService(const std::string& instance);
+
+/// Registers `service` (not null) under the instance, in place of any other, and hands it to the
+/// lookups that wait for it. The service manager shares its ownership until it is unregistered.
+void RegisterService(const std::string& instance,
+                     std::shared_ptr<aidl::android::frameworks::stats::IStats> service);
+
+/// The instance is absent from now on. References that were handed out stay good.
+void UnregisterService(const std::string& instance);
+
+/// Releases every lookup that waits for the instance at this moment with none.
+void ReleaseServiceWaits(const std::string& instance);
+
+/// Back to the beginning: every instance undeclared and absent, every waiting lookup released.
+void ResetServices();
+
+}  // namespace sensorvela::host

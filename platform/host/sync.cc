@@ -1,0 +1,54 @@
+// The host's side of the seam and of the device's clock: the real clocks, or the virtual timeline
+// while there is one.
+#include "platform/sync.h"
+
+#include <time.h>
+#include <utils/SystemClock.h>
+
+#include <chrono>
+#include <cstdint>
+
+#include "platform/host/timeline.h"
+
+namespace sensorvela::platform {
+
+using host::Timeline;
+
+MonotonicClock::time_point MonotonicClock::now() noexcept {
+  const Timeline& timeline = Timeline::Get();
+  if (timeline.is_virtual()) return time_point(timeline.now());
+  return time_point(std::chrono::steady_clock::now().time_since_epoch());
+}
+
+CondVar::CondVar() { Timeline::Get().AddEngine(this); }
+CondVar::~CondVar() { Timeline::Get().RemoveEngine(this); }
+
+void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
+  Timeline& timeline = Timeline::Get();
+  if (timeline.is_virtual()) {
+    timeline.Sleep(this, mutex, cv_, deadline.time_since_epoch());
+    return;
+  }
+  std::unique_lock lock(mutex.mutex_, std::adopt_lock);
+  cv_.wait_until(lock, std::chrono::steady_clock::time_point(deadline.time_since_epoch()));
+  lock.release();  // `mutex` stays locked, as the caller left it.
+}
+
+void CondVar::NotifyAll() {
+  Timeline& timeline = Timeline::Get();
+  if (timeline.is_virtual()) {
+    timeline.Notify(this);
+  } else {
+    cv_.notify_all();
+  }
+}
+
+}  // namespace sensorvela::platform
+
+std::int64_t android::elapsedRealtimeNano() {
+  const sensorvela::host::Timeline& timeline = sensorvela::host::Timeline::Get();
+  if (timeline.is_virtual()) return timeline.now().count();
+  timespec now{};
+  clock_gettime(CLOCK_BOOTTIME, &now);
+  return std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
+}

@@ -1,0 +1,30 @@
+#include "platform/host/virtual_time.h"
+
+#include "platform/host/timeline.h"
+
+namespace sensorvela::host {
+
+VirtualTime::VirtualTime(Instant start) { Timeline::Get().Begin(start); }
+VirtualTime::~VirtualTime() { Timeline::Get().End(); }
+
+VirtualTime::Instant VirtualTime::Now() const { return Timeline::Get().now(); }
+
+void VirtualTime::RunTo(Instant instant) { Timeline::Get().RunTo(instant); }
+
+void VirtualTime::RunFor(std::chrono::nanoseconds duration) { RunTo(Now() + duration); }
+
+void VirtualTime::JumpTo(Instant instant) { Timeline::Get().MoveTo(instant, true); }
+
+void VirtualTime::SlipTo(Instant instant) { Timeline::Get().MoveTo(instant, false); }
+
+void VirtualTime::WaitUntilAtRest() { Timeline::Get().WaitUntilAtRest(); }
+
+void VirtualTime::WaitUntilSettled() { Timeline::Get().WaitUntilSettled(); }
+
+std::uint64_t VirtualTime::Notifications() const { return Timeline::Get().notifications(); }
+
+void VirtualTime::WaitForNotifications(std::uint64_t count) {
+  Timeline::Get().WaitForNotifications(count);
+}
+
+}  // namespace sensorvela::host

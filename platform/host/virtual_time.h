@@ -1,0 +1,58 @@
+// Virtual time: both of the platform's clocks on one timeline that moves only when told to, and
+// that knows when the engines have nothing left to do.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+namespace sensorvela::host {
+
+/// While one exists, elapsed realtime and the monotonic clock read its instant, and a reporter
+/// thread's timed wait ends by notification or by this timeline alone. Instants are nanoseconds
+/// from the timeline's own zero.
+///
+/// Construct it before the first engine and destroy it after the last, one at a time; anything else
+/// aborts. Its operations may be called from any thread, but those that wait for an engine not from
+/// that engine's own.
+class VirtualTime {
+ public:
+  using Instant = std::chrono::nanoseconds;
+
+  explicit VirtualTime(Instant start = Instant::zero());
+  ~VirtualTime();
+  VirtualTime(const VirtualTime&) = delete;
+  VirtualTime& operator=(const VirtualTime&) = delete;
+
+  Instant Now() const;
+
+  /// Moves the clocks to `instant` as an idle device would live through it: every deadline on the
+  /// way is reached at its own instant, and what it wakes runs until settled before time goes on.
+  /// Begins and ends settled. An instant in the past moves nothing.
+  void RunTo(Instant instant);
+  void RunFor(std::chrono::nanoseconds duration);
+
+  /// Moves the clocks in one step and wakes every sleeper whose deadline has been reached. Waits
+  /// for nobody.
+  void JumpTo(Instant instant);
+
+  /// Moves the clocks in one step and wakes nobody, as when a deadline passes between a sleeper's
+  /// notification and its next look at the clock.
+  void SlipTo(Instant instant);
+
+  /// Returns once every engine is at rest: its reporter thread asleep in its timed wait, nothing
+  /// queued.
+  void WaitUntilAtRest();
+
+  /// Returns once every engine is settled: at rest, or its reporter thread blocked in
+  /// `AServiceManager_waitForService`. Nothing more happens then until somebody acts.
+  void WaitUntilSettled();
+
+  /// How often an engine has been notified so far: once for each atom queued and once by each
+  /// engine's destruction.
+  std::uint64_t Notifications() const;
+
+  /// Returns once `Notifications()` has reached `count`.
+  void WaitForNotifications(std::uint64_t count);
+};
+
+}  // namespace sensorvela::host

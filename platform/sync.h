@@ -1,0 +1,92 @@
+// What the library needs of a machine's threads and time: an annotated lock, its scoped holder, a
+// condition variable with a timed wait, and a monotonic clock. Everything else of the device is
+// reached through the device's own headers.
+//
+// The lock is the same everywhere. The condition variable and the clock have two sides, one of
+// which is linked: platform/android/ (the device) and platform/host/ (a workstation, with virtual
+// time).
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+// Clang proves the lock discipline that these state; other compilers read past them.
+#if defined(__clang__)
+#define SENSORVELA_THREAD_ANNOTATION(x) __attribute__((x))
+#else
+#define SENSORVELA_THREAD_ANNOTATION(x)
+#endif
+#define SENSORVELA_CAPABILITY(name) SENSORVELA_THREAD_ANNOTATION(capability(name))
+#define SENSORVELA_SCOPED_CAPABILITY SENSORVELA_THREAD_ANNOTATION(scoped_lockable)
+#define SENSORVELA_GUARDED_BY(lock) SENSORVELA_THREAD_ANNOTATION(guarded_by(lock))
+#define SENSORVELA_ACQUIRED_BEFORE(...) SENSORVELA_THREAD_ANNOTATION(acquired_before(__VA_ARGS__))
+#define SENSORVELA_ACQUIRE(...) SENSORVELA_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
+#define SENSORVELA_RELEASE(...) SENSORVELA_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
+#define SENSORVELA_REQUIRES(...) SENSORVELA_THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
+#define SENSORVELA_EXCLUDES(...) SENSORVELA_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
+
+namespace sensorvela::platform {
+
+/// A lock that is not recursive.
+class SENSORVELA_CAPABILITY("mutex") Mutex {
+ public:
+  Mutex() = default;
+  Mutex(const Mutex&) = delete;
+  Mutex& operator=(const Mutex&) = delete;
+
+  void Lock() SENSORVELA_ACQUIRE() { mutex_.lock(); }
+  void Unlock() SENSORVELA_RELEASE() { mutex_.unlock(); }
+
+ private:
+  friend class CondVar;
+  std::mutex mutex_;
+};
+
+/// Holds a `Mutex` from its construction to the end of its scope.
+class SENSORVELA_SCOPED_CAPABILITY MutexLock {
+ public:
+  explicit MutexLock(Mutex& mutex) SENSORVELA_ACQUIRE(mutex) : mutex_(mutex) { mutex_.Lock(); }
+  ~MutexLock() SENSORVELA_RELEASE() { mutex_.Unlock(); }
+  MutexLock(const MutexLock&) = delete;
+  MutexLock& operator=(const MutexLock&) = delete;
+
+ private:
+  Mutex& mutex_;
+};
+
+/// The monotonic clock: never set back, in nanoseconds from an origin of its own. It satisfies the
+/// standard's Clock requirements.
+class MonotonicClock {
+ public:
+  using duration = std::chrono::nanoseconds;
+  using rep = duration::rep;
+  using period = duration::period;
+  using time_point = std::chrono::time_point<MonotonicClock>;
+  static constexpr bool is_steady = true;
+
+  static time_point now() noexcept;
+};
+
+/// A condition variable that one thread waits on and any thread notifies.
+class CondVar {
+ public:
+  CondVar();
+  ~CondVar();
+  CondVar(const CondVar&) = delete;
+  CondVar& operator=(const CondVar&) = delete;
+
+  /// Releases `mutex`, sleeps until a notification, a spurious wake-up or `deadline`, and takes
+  /// `mutex` again. A deadline that has been reached returns at once. It does not say what ended
+  /// the sleep: the caller asks its own state and the clock.
+  void WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) SENSORVELA_REQUIRES(mutex);
+
+  /// Wakes every waiter. A caller that holds the waiters' mutex cannot miss a thread that is about
+  /// to wait.
+  void NotifyAll();
+
+ private:
+  std::condition_variable cv_;
+};
+
+}  // namespace sensorvela::platform
