@@ -1,0 +1,45 @@
+#include "atoms/sensor_event_atoms.h"
+
+#include "atoms/build_vendor_atom.h"
+
+namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
+
+using aidl::android::frameworks::stats::VendorAtom;
+
+VendorAtom createVendorAtom(const SensorHalErrorDetected& r) {
+  return BuildVendorAtom(100024, r.reverse_domain_name, r.sensor_id_high, r.sensor_id_low,
+                         r.hal_call, r.error_code);
+}
+
+VendorAtom createVendorAtom(const SensorRuntimeErrorDetected& r) {
+  return BuildVendorAtom(100025, r.reverse_domain_name, r.sensor_id_high, r.sensor_id_low,
+                         r.error_type, r.error_code);
+}
+
+VendorAtom createVendorAtom(const ProxStatusReported& r) {
+  return BuildVendorAtom(100133, r.reverse_domain_name, r.int_0, r.int_1, r.int_2, r.int_3, r.int_4,
+                         r.int_5, r.int_6, r.int_7, r.float_0, r.float_1, r.float_2, r.float_3,
+                         r.int_8, r.int_9, r.float_4, r.float_5, r.float_6);
+}
+
+VendorAtom createVendorAtom(const HalSensorStateChanged& r) {
+  return BuildVendorAtom(100242, r.reverse_domain_name, r.sensor_id_high, r.sensor_id_low, r.state,
+                         r.sampling_period_ns, r.sample_count, r.late_sample_count,
+                         r.latency_histogram);
+}
+
+VendorAtom createVendorAtom(const SensorHalLatencyRecorded& r) {
+  return BuildVendorAtom(100243, r.reverse_domain_name, r.sensor_id_high, r.sensor_id_low,
+                         r.operation, r.latency_ns);
+}
+
+VendorAtom createVendorAtom(const SensorFirmwareStateChanged& r) {
+  return BuildVendorAtom(100244, r.reverse_domain_name, r.subject_id, r.state, r.detail_code);
+}
+
+VendorAtom createVendorAtom(const SensorFirstSampleReported& r) {
+  return BuildVendorAtom(100245, r.reverse_domain_name, r.sensor_id_high, r.sensor_id_low,
+                         r.first_sample_latency_ns);
+}
+
+}  // namespace android::hardware::halvard::orrin::vendor::OrrinAtoms

@@ -1,0 +1,67 @@
+// The reporter thread: sends what is queued, sleeps until there is more, and ends a cycle when its
+// deadline finds nothing to send.
+#include <android/log.h>
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "engine/log_tag.h"
+#include "engine/sensor_vela.h"
+#include "engine/stats_service.h"
+
+using sensorvela::platform::MonotonicClock;
+using sensorvela::platform::MutexLock;
+
+void SensorVela::RunReporterThread() {
+  // Set before the wait for the service, however long that takes, and then only at a cycle's end.
+  MonotonicClock::time_point deadline = MonotonicClock::now() + kCyclePeriod;
+  WaitForStatsService();
+  while (!StopRequested()) {
+    DrainAtomQueue();
+
+    bool cycle_ended = false;
+    {
+      const MutexLock lock(queue_mutex_);
+      if (atom_queue_.empty() && !stop_requested_) {
+        queue_cv_.WaitUntil(queue_mutex_, deadline);
+        // Whatever ended the wait: an atom that arrives at the deadline does not put the end off.
+        cycle_ended = MonotonicClock::now() >= deadline;
+      }
+    }
+    if (cycle_ended) {
+      deadline = MonotonicClock::now() + kCyclePeriod;
+      {
+        const MutexLock lock(error_counts_mutex_);
+        error_counts_.clear();
+      }
+      UploadDiagnostics();
+    }
+  }
+}
+
+bool SensorVela::StopRequested() {
+  const MutexLock lock(queue_mutex_);
+  return stop_requested_;
+}
+
+void SensorVela::DrainAtomQueue() {
+  std::vector<VendorAtom> batch;
+  {
+    const MutexLock lock(queue_mutex_);
+    batch.swap(atom_queue_);
+  }
+
+  const auto service = sensorvela::LookUpStatsService(stats_service_name_);
+  if (service == nullptr) {
+    __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag,
+                        "Failed to get IStats service. Atoms are dropped.");
+    return;
+  }
+  for (const VendorAtom& atom : batch) {
+    if (!sensorvela::ReportAtom(*service, atom)) {
+      __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag,
+                          "Failed to report atom [id = %d].", atom.atomId);
+    }
+  }
+}

@@ -1,0 +1,47 @@
+#include "engine/sensor_vela.h"
+
+#include <aidl/android/frameworks/stats/IStats.h>
+
+#include <utility>
+
+using aidl::android::frameworks::stats::IStats;
+using sensorvela::platform::MutexLock;
+
+static_assert(sizeof(long long) == sizeof(std::int64_t));
+
+SensorVela::SensorVela(std::unique_ptr<SystemDiagnosticsSupplier>&& supplier)
+    : stats_service_name_(std::string(IStats::descriptor) + "/default"),
+      diagnostics_supplier_(std::move(supplier)) {
+  Start();
+}
+
+SensorVela::SensorVela(std::unique_ptr<SystemDiagnosticsSupplierV2>&& supplier)
+    : stats_service_name_(std::string(IStats::descriptor) + "/default"),
+      diagnostics_supplier_v2_(std::move(supplier)) {
+  Start();
+}
+
+SensorVela::~SensorVela() {
+  {
+    // Under the lock, so that a thread that is about to wait sees either the flag or the
+    // notification.
+    const MutexLock lock(queue_mutex_);
+    stop_requested_ = true;
+    queue_cv_.NotifyAll();
+  }
+  reporter_thread_.join();
+}
+
+void SensorVela::Start() { reporter_thread_ = std::thread(&SensorVela::RunReporterThread, this); }
+
+void SensorVela::ReportVendorAtomAsync(const VendorAtom& atom) {
+  const MutexLock lock(queue_mutex_);
+  atom_queue_.push_back(atom);
+  queue_cv_.NotifyAll();
+}
+
+void SensorVela::Enqueue(VendorAtom&& atom) {
+  const MutexLock lock(queue_mutex_);
+  atom_queue_.push_back(std::move(atom));
+  queue_cv_.NotifyAll();
+}

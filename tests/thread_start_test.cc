@@ -1,0 +1,43 @@
+// A test of its own program: the engine that could not be constructed leaves its fields behind,
+// since the library has no exceptions to clean them up with.
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <memory>
+#include <string>
+#include <system_error>
+
+#include "engine/sensor_vela.h"
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#include <sanitizer/lsan_interface.h>
+#define SENSORVELA_EXPECT_LEAKS const __lsan::ScopedDisabler no_leak_check
+#endif
+#endif
+#ifndef SENSORVELA_EXPECT_LEAKS
+#define SENSORVELA_EXPECT_LEAKS static_cast<void>(0)
+#endif
+
+namespace {
+
+TEST(ThreadStartTest, ARefusalReachesTheHostAsASystemError) {
+  // No address space holds a stack of this size, so the system refuses every thread.
+  pthread_attr_t attributes;
+  ASSERT_EQ(pthread_attr_init(&attributes), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, SIZE_MAX / 4 & ~std::size_t{0xffff}), 0);
+  ASSERT_EQ(pthread_setattr_default_np(&attributes), 0);
+
+  SENSORVELA_EXPECT_LEAKS;
+  try {
+    const SensorVela engine{std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>()};
+    FAIL() << "the thread started";
+  } catch (const std::system_error& error) {
+    EXPECT_EQ(error.code(), std::errc::resource_unavailable_try_again);
+#if defined(_LIBCPP_VERSION)  // Others word it their own way.
+    EXPECT_EQ(std::string(error.what()).rfind("thread constructor failed", 0), 0U) << error.what();
+#endif
+  }
+}
+
+}  // namespace
