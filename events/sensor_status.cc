@@ -1,0 +1,126 @@
+// The status of each sensor since it was last enabled: how many samples it delivered, how late, and
+// with what gaps between them.
+#include <utils/SystemClock.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "atoms/sensor_event_atoms.h"
+#include "engine/sensor_vela.h"
+#include "engine/wrapping_arithmetic.h"
+
+using namespace android::hardware::halvard::orrin::vendor::OrrinAtoms;
+using sensorvela::WrappingAdd;
+using sensorvela::WrappingSubtract;
+using sensorvela::platform::MutexLock;
+
+namespace {
+
+constexpr std::int32_t kSensorStateDisabled = 1;
+constexpr std::int32_t kSensorStateEnabled = 2;
+
+/// The largest latency of each band but the last, which has no limit.
+constexpr std::array<std::int64_t, 4> kLatencyBandLimitsNs = {2'500'000, 5'000'000, 10'000'000,
+                                                              20'000'000};
+
+/// A gap between samples of up to this many sampling periods is not late.
+constexpr float kGapToleranceFactor = 1.1F;
+
+/// Counters wrap; nothing is lost sooner than after 2^32 samples.
+void Increment(std::uint32_t& counter) { counter = WrappingAdd(counter, std::uint32_t{1}); }
+
+std::uint64_t StatusKey(SensorVela::SensorId sensor) {
+  return std::uint64_t{sensor.high} << 32 | static_cast<std::uint32_t>(sensor.low);
+}
+
+std::size_t LatencyBand(std::int64_t latency_ns) {
+  std::size_t band = kLatencyBandLimitsNs.size();
+  while (band > 0 && latency_ns <= kLatencyBandLimitsNs[band - 1]) --band;
+  return band;
+}
+
+/// In single precision from end to end; a product outside the integer's range saturates, as the
+/// device's own conversion does.
+std::int64_t GapThresholdNs(std::int64_t sampling_period_ns) {
+  const float threshold_ns = static_cast<float>(sampling_period_ns) * kGapToleranceFactor;
+  constexpr float kTwoTo63 = 9223372036854775808.0F;
+  if (threshold_ns >= kTwoTo63) return std::numeric_limits<std::int64_t>::max();
+  if (threshold_ns < -kTwoTo63) return std::numeric_limits<std::int64_t>::min();
+  return static_cast<std::int64_t>(threshold_ns);
+}
+
+}  // namespace
+
+void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns) {
+  Enqueue(createVendorAtom(HalSensorStateChanged{
+      .sensor_id_high = static_cast<std::int32_t>(sensor.high),
+      .sensor_id_low = sensor.low,
+      .state = kSensorStateEnabled,
+      .sampling_period_ns = sampling_period_ns,
+      .sample_count = -1,
+      .late_sample_count = -1,
+      .latency_histogram = {},
+  }));
+
+  const MutexLock lock(status_mutex_);
+  PerSensorStatus& status = sensor_status_[StatusKey(sensor)];
+  const std::int64_t now_ns = android::elapsedRealtimeNano();
+  status = {};
+  status.enable_time_ns = now_ns;
+  status.last_sample_time_ns = now_ns;
+  status.gap_threshold_ns = GapThresholdNs(sampling_period_ns);
+}
+
+void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
+  const MutexLock lock(status_mutex_);
+  const PerSensorStatus& status = sensor_status_[StatusKey(sensor)];
+  Enqueue(createVendorAtom(HalSensorStateChanged{
+      .sensor_id_high = static_cast<std::int32_t>(sensor.high),
+      .sensor_id_low = sensor.low,
+      .state = kSensorStateDisabled,
+      .sampling_period_ns = -1,
+      .sample_count = static_cast<std::int32_t>(status.sample_count),
+      .late_sample_count = static_cast<std::int32_t>(status.late_sample_count),
+      .latency_histogram = {status.latency_buckets.begin(), status.latency_buckets.end()},
+  }));
+}
+
+void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
+  const MutexLock lock(status_mutex_);
+  auto entry = sensor_status_.find(StatusKey(sensor));
+  if (entry == sensor_status_.end()) {
+    EnsureSensorEntryInStatus(sensor);
+    entry = sensor_status_.find(StatusKey(sensor));
+  }
+  PerSensorStatus& status = entry->second;
+
+  const std::int64_t now_ns = android::elapsedRealtimeNano();
+  const std::int64_t latency_ns = WrappingSubtract<std::int64_t>(now_ns, timestamp_ns);
+  Increment(status.latency_buckets[LatencyBand(latency_ns)]);
+
+  const bool is_first = status.sample_count == 0;
+  Increment(status.sample_count);
+  if (WrappingSubtract<std::int64_t>(timestamp_ns, status.last_sample_time_ns) >
+      status.gap_threshold_ns) {
+    Increment(status.late_sample_count);
+  }
+  if (is_first) {
+    ReportFirstSample(sensor, WrappingSubtract(now_ns, status.enable_time_ns));
+  }
+  status.last_sample_time_ns = timestamp_ns;
+}
+
+void SensorVela::ReportFirstSample(SensorId sensor, long long latency_ns) {
+  Enqueue(createVendorAtom(SensorFirstSampleReported{
+      .sensor_id_high = static_cast<std::int32_t>(sensor.high),
+      .sensor_id_low = sensor.low,
+      .first_sample_latency_ns = latency_ns,
+  }));
+}
+
+void SensorVela::EnsureSensorEntryInStatus(SensorId sensor) {
+  sensor_status_.try_emplace(StatusKey(sensor));
+}

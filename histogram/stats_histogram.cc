@@ -1,0 +1,70 @@
+#include "histogram/stats_histogram.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <utility>
+
+namespace android::util::statslogapigen {
+namespace {
+
+constexpr float kLowest = std::numeric_limits<float>::lowest();
+
+bool IsValidCount(int count) { return count >= 1 && count < StatsHistogram::kCountLimit; }
+
+/// Underflow edge, `min`, the inner edges that `next` derives one from the other, `max`.
+template <typename Next>
+std::vector<float> MakeBins(float min, float max, int count, Next next) {
+  std::vector<float> bins(static_cast<std::size_t>(count) + 2);
+  bins[0] = kLowest;
+  bins[1] = min;
+  for (std::size_t i = 2; i + 1 < bins.size(); ++i) bins[i] = next(bins[i - 1]);
+  bins.back() = max;
+  return bins;
+}
+
+}  // namespace
+
+StatsHistogram::StatsHistogram(std::vector<float> bins)
+    : bins_(std::move(bins)), bin_counts_(bins_.size()) {}
+
+std::unique_ptr<StatsHistogram> StatsHistogram::createLinearBins(float min, float max, int count) {
+  if (!IsValidCount(count)) return createExplicitBins({});
+  const float step = (max - min) / static_cast<float>(count);
+  return std::unique_ptr<StatsHistogram>(
+      new StatsHistogram(MakeBins(min, max, count, [=](float edge) { return edge + step; })));
+}
+
+std::unique_ptr<StatsHistogram> StatsHistogram::createExponentialBins(float min, float max,
+                                                                      int count) {
+  if (!IsValidCount(count) || min == 0) return createExplicitBins({});
+  const float ratio = max / min;
+  const auto factor = static_cast<float>(std::pow(double{ratio}, 1.0 / count));
+  std::vector<float> bins = MakeBins(min, max, count, [=](float edge) { return edge * factor; });
+  const bool is_finite =
+      std::all_of(bins.begin(), bins.end(), [](float edge) { return std::isfinite(edge); });
+  if (!is_finite) return createExplicitBins({});
+  return std::unique_ptr<StatsHistogram>(new StatsHistogram(std::move(bins)));
+}
+
+std::unique_ptr<StatsHistogram> StatsHistogram::createExplicitBins(
+    std::initializer_list<float> edges) {
+  std::vector<float> bins = {kLowest};
+  if (edges.size() <= static_cast<std::size_t>(kCountLimit)) {
+    bins.reserve(edges.size() + 1);
+    bins.insert(bins.end(), edges.begin(), edges.end());
+  }
+  return std::unique_ptr<StatsHistogram>(new StatsHistogram(std::move(bins)));
+}
+
+void StatsHistogram::addValue(float value) {
+  std::size_t bin = 1;
+  while (bin < bins_.size() && !(value < bins_[bin])) ++bin;
+  std::int32_t& count = bin_counts_[bin - 1];
+  count = static_cast<std::int32_t>(static_cast<std::uint32_t>(count) + 1);
+}
+
+void StatsHistogram::clear() { std::fill(bin_counts_.begin(), bin_counts_.end(), 0); }
+
+}  // namespace android::util::statslogapigen

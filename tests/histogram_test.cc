@@ -1,0 +1,103 @@
+#include "histogram/stats_histogram.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "atoms/memory_serviceability_histograms.h"
+
+namespace android::util::statslogapigen {
+namespace {
+
+namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
+
+constexpr float kLowest = std::numeric_limits<float>::lowest();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+
+TEST(HistogramTest, AnEdgeBelongsToTheBinThatBeginsThere) {
+  const auto histogram = StatsHistogram::createLinearBins(0, 100, 20);
+  const struct {
+    float value;
+    std::size_t bin;
+  } kCases[] = {{-kInfinity, 0}, {kLowest, 0}, {-1, 0},    {0, 1},          {4.999F, 1}, {5, 2},
+                {99.9F, 20},     {100, 21},    {1e9F, 21}, {kInfinity, 21}, {kNan, 21}};
+  for (const auto& test : kCases) {
+    histogram->clear();
+    histogram->addValue(test.value);
+    std::vector<std::int32_t> expected(22);
+    expected[test.bin] = 1;
+    EXPECT_EQ(histogram->getBinCounts(), expected) << test.value;
+  }
+}
+
+TEST(HistogramTest, LinearEdgesAccumulate) {
+  const auto histogram = StatsHistogram::createLinearBins(0, 1, 10);
+  std::vector<float> expected = {kLowest, 0};
+  const float step = 1.0F / 10.0F;
+  while (expected.size() < 11) expected.push_back(expected.back() + step);
+  expected.push_back(1);
+  EXPECT_EQ(histogram->getBins(), expected);
+  EXPECT_NE(expected[9], 0.8F);  // Which `min + 8 * step` would be.
+  EXPECT_EQ(StatsHistogram::createLinearBins(7, 9, 1)->getBins(),
+            (std::vector<float>{kLowest, 7, 9}));
+}
+
+TEST(HistogramTest, ExponentialEdgesAccumulate) {
+  const auto histogram = StatsHistogram::createExponentialBins(1, 1000, 3);
+  const auto& bins = histogram->getBins();
+  ASSERT_EQ(bins.size(), 5U);
+  EXPECT_EQ(bins[1], 1);
+  EXPECT_FLOAT_EQ(bins[2], 10);
+  EXPECT_EQ(bins[3], bins[2] * bins[2]);
+  EXPECT_EQ(bins[4], 1000);
+}
+
+TEST(HistogramTest, ExplicitEdgesAreTakenAsTheyAre) {
+  const auto histogram = StatsHistogram::createExplicitBins({3, 1, 2});
+  EXPECT_EQ(histogram->getBins(), (std::vector<float>{kLowest, 3, 1, 2}));
+  for (const float value : {2.0F, 2.5F, 3.0F}) histogram->addValue(value);
+  EXPECT_EQ(histogram->getBinCounts(), (std::vector<std::int32_t>{2, 0, 0, 1}));
+}
+
+TEST(HistogramTest, ARequestThatCannotBeMetCountsEverythingInOneBin) {
+  std::unique_ptr<StatsHistogram> histograms[] = {
+      StatsHistogram::createExplicitBins({}),
+      StatsHistogram::createLinearBins(0, 1, 0),
+      StatsHistogram::createLinearBins(0, 1, std::numeric_limits<int>::min()),
+      StatsHistogram::createLinearBins(0, 1, StatsHistogram::kCountLimit),
+      StatsHistogram::createLinearBins(0, 1, std::numeric_limits<int>::max()),
+      StatsHistogram::createExponentialBins(1, 10, -1),
+      StatsHistogram::createExponentialBins(1, 10, StatsHistogram::kCountLimit),
+      StatsHistogram::createExponentialBins(0, 10, 3),
+      StatsHistogram::createExponentialBins(-1, 10, 3),
+      StatsHistogram::createExponentialBins(1e-30F, 1e30F, 3),
+      StatsHistogram::createExponentialBins(1, kInfinity, 1),
+      StatsHistogram::createExponentialBins(kNan, 1, 1),
+  };
+  for (const auto& histogram : histograms) {
+    EXPECT_EQ(histogram->getBins(), std::vector<float>{kLowest});
+    for (const float value : {-kInfinity, 0.0F, kNan}) histogram->addValue(value);
+    EXPECT_EQ(histogram->getBinCounts(), std::vector<std::int32_t>{3});
+  }
+}
+
+TEST(HistogramTest, TheMemoryServiceabilityHistogramsShareEdgesAndNothingElse) {
+  const auto counts = atoms::
+      create_sensor_memory_serviceability_stats_reported__bucket_allocation_count_histogram();
+  const auto durations =
+      atoms::create_sensor_memory_serviceability_stats_reported__bucket_duration_ms_histogram();
+  std::vector<float> expected = {kLowest};
+  for (int edge = 0; edge <= 100; edge += 5) expected.push_back(static_cast<float>(edge));
+  EXPECT_EQ(counts->getBins(), expected);
+  EXPECT_EQ(durations->getBins(), expected);
+  counts->addValue(100);
+  EXPECT_EQ(counts->getBinCounts().back(), 1);
+  EXPECT_EQ(durations->getBinCounts(), std::vector<std::int32_t>(22));
+}
+
+}  // namespace
+}  // namespace android::util::statslogapigen
