@@ -1,0 +1,149 @@
+#include "tools/replay.h"
+
+#include <android/log.h>
+
+#include <thread>
+#include <utility>
+
+#include "platform/host/service_manager.h"
+
+namespace sensorvela::replay {
+
+using aidl::android::frameworks::stats::IStats;
+using aidl::android::frameworks::stats::VendorAtom;
+
+class Replay::Service : public IStats {
+ public:
+  explicit Service(Replay& replay) : replay_(replay) {}
+
+  ndk::ScopedAStatus reportVendorAtom(const VendorAtom& atom) override {
+    switch (replay_.OnReport(atom)) {
+      case Answer::kOk:
+        return ndk::ScopedAStatus::ok();
+      case Answer::kError:
+        return ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
+      case Answer::kNoStatus:
+        break;
+    }
+    return ndk::ScopedAStatus(nullptr);
+  }
+
+ private:
+  Replay& replay_;
+};
+
+/// Has nothing to report. Its first operation is called once in every upload, so it counts cycles.
+class Replay::Supplier : public SensorVela::SystemDiagnosticsSupplierV2 {
+ public:
+  explicit Supplier(Replay& replay) : replay_(replay) {}
+
+  std::unique_ptr<SensorVela::ProcessorDiag> GetProcessorDiagnostics() override {
+    replay_.OnCycleEnd();
+    return nullptr;
+  }
+  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType1() override { return nullptr; }
+  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType2() override { return nullptr; }
+  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType3() override { return nullptr; }
+  std::vector<SensorVela::IpcErrorRate> GetIpcErrorRates() override { return {}; }
+  std::vector<SensorVela::MemoryPressure> GetMemoryPressures() override { return {}; }
+  std::vector<SensorVela::SensorUsage> GetSensorUsages() override { return {}; }
+  std::vector<SensorVela::GatingContext> GetGatingContexts() override { return {}; }
+  std::unique_ptr<SensorVela::DramException> GetDramException() override { return nullptr; }
+  std::unique_ptr<SensorVela::AadProxStats> GetAadProxStats() override { return nullptr; }
+
+ private:
+  Replay& replay_;
+};
+
+Replay::Replay(Report& report, bool report_log)
+    : stats_instance_(std::string(IStats::descriptor) + "/default"),
+      report_log_(report_log),
+      report_(report),
+      log_sink_([this](int priority, std::string_view tag, std::string_view text) {
+        OnLogLine(priority, tag, text);
+      }) {}
+
+Replay::~Replay() {
+  DestroyEngine();
+  host::ResetServices();
+}
+
+void Replay::Run(const std::vector<Event>& events) {
+  for (const Event& event : events) {
+    time_.RunTo(event.at);
+    event.action(*this);
+    time_.WaitUntilSettled();
+  }
+  const std::uint64_t queued = time_.Notifications();
+  DestroyEngine();
+  summary_.dropped = queued - summary_.delivered - summary_.failed;
+  report_.Finish(summary_);
+}
+
+void Replay::StartEngine() {
+  engine_ = std::make_unique<SensorVela>(
+      std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2>(std::make_unique<Supplier>(*this)));
+}
+
+void Replay::DestroyEngine() {
+  if (engine_ == nullptr) return;
+  // The destructor waits for the reporter thread, which may wait for the service: that wait must be
+  // released once the stop has been requested and not before, or it would begin anew.
+  const std::uint64_t stop_requested = time_.Notifications() + 1;
+  std::thread destroyer([this] { engine_.reset(); });
+  time_.WaitForNotifications(stop_requested);
+  ReleaseServiceWaits();
+  destroyer.join();
+}
+
+void Replay::DeclareService() { host::DeclareService(stats_instance_); }
+
+void Replay::UndeclareService() { host::UndeclareService(stats_instance_); }
+
+void Replay::RegisterService() {
+  host::RegisterService(stats_instance_, std::make_shared<Service>(*this));
+}
+
+void Replay::UnregisterService() { host::UnregisterService(stats_instance_); }
+
+void Replay::ReleaseServiceWaits() { host::ReleaseServiceWaits(stats_instance_); }
+
+void Replay::AnswerNext(std::int32_t reports, Answer answer) {
+  const std::lock_guard lock(mutex_);
+  planned_answers_.push_back({reports, answer});
+}
+
+void Replay::Note(std::string_view text) {
+  const std::lock_guard lock(mutex_);
+  report_.Note(time_.Now(), text);
+}
+
+void Replay::OnLogLine(int priority, std::string_view tag, std::string_view text) {
+  const std::lock_guard lock(mutex_);
+  const bool blocked = priority == ANDROID_LOG_ERROR &&
+                       text.find("upload blocked due to cap") != std::string_view::npos;
+  if (blocked) ++summary_.blocked_by_cap;
+  if (report_log_) report_.LogLine(time_.Now(), priority, tag, text);
+}
+
+Answer Replay::OnReport(const VendorAtom& atom) {
+  const std::lock_guard lock(mutex_);
+  const Answer answer = TakeAnswer();
+  ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
+  report_.Atom(time_.Now(), atom, answer);
+  return answer;
+}
+
+void Replay::OnCycleEnd() {
+  const std::lock_guard lock(mutex_);
+  ++summary_.cycles_ended;
+}
+
+Answer Replay::TakeAnswer() {
+  if (planned_answers_.empty()) return Answer::kOk;
+  const Answer answer = planned_answers_.front().answer;
+  if (--planned_answers_.front().reports == 0) planned_answers_.pop_front();
+  return answer;
+}
+
+}  // namespace sensorvela::replay

@@ -1,0 +1,89 @@
+// One run of a trace: an engine on the host platform in virtual time, and the stats service that it
+// reports to.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "engine/sensor_vela.h"
+#include "platform/host/log_sink.h"
+#include "platform/host/virtual_time.h"
+#include "tools/report.h"
+#include "tools/trace.h"
+
+namespace sensorvela::replay {
+
+/// Owns the process's virtual time, log and services while it exists, so there can be one at a
+/// time.
+///
+/// The report receives everything in the order in which it happened, and the same events give the
+/// same report.
+class Replay {
+ public:
+  /// `report` outlives the replay. It gets the engine's log lines only with `report_log`.
+  Replay(Report& report, bool report_log);
+  ~Replay();
+  Replay(const Replay&) = delete;
+  Replay& operator=(const Replay&) = delete;
+
+  /// Lives through `events`, destroys the engine at the last one's instant and reports the summary.
+  /// Once per replay.
+  void Run(const std::vector<Event>& events);
+
+  // What an event can do. Called by the events' actions, while the engine is settled.
+
+  void StartEngine();
+
+  /// Calls the engine `count` times; it is settled again after each call.
+  template <typename Call>
+  void CallEngine(std::int32_t count, const Call& call) {
+    for (std::int32_t i = 0; i < count; ++i) {
+      call(*engine_);
+      time_.WaitUntilSettled();
+    }
+  }
+
+  void DeclareService();
+  void UndeclareService();
+  void RegisterService();
+  void UnregisterService();
+  void ReleaseServiceWaits();
+
+  /// The service answers the next `reports` reports with `answer`, after those planned before.
+  void AnswerNext(std::int32_t reports, Answer answer);
+
+  void Note(std::string_view text);
+
+ private:
+  class Service;
+  class Supplier;
+  struct PlannedAnswers {
+    std::int32_t reports;
+    Answer answer;
+  };
+
+  void DestroyEngine();
+  void OnLogLine(int priority, std::string_view tag, std::string_view text);
+  Answer OnReport(const SensorVela::VendorAtom& atom);
+  void OnCycleEnd();
+  Answer TakeAnswer();
+
+  const std::string stats_instance_;
+  const bool report_log_;
+
+  std::mutex mutex_;  // Guards these three; the reporter thread comes here, too.
+  Report& report_;
+  Summary summary_;
+  std::deque<PlannedAnswers> planned_answers_;
+
+  host::VirtualTime time_;
+  host::ScopedLogSink log_sink_;
+  std::unique_ptr<SensorVela> engine_;
+};
+
+}  // namespace sensorvela::replay

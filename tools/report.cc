@@ -1,0 +1,254 @@
+#include "tools/report.h"
+
+#include <android/log.h>
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/atom_catalogue.h"
+#include "tools/printable_text.h"
+
+namespace sensorvela::replay {
+namespace {
+
+using aidl::android::frameworks::stats::VendorAtom;
+using aidl::android::frameworks::stats::VendorAtomValue;
+
+/// Keeps the order of keys, and holds floats as floats, so that they print with no more digits than
+/// a float needs.
+using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool,
+                                  std::int64_t, std::uint64_t, float>;
+
+template <typename T>
+Json ToJson(const T& value) {
+  return value;
+}
+
+Json ToJson(float value) {
+  if (std::isnan(value)) return "NaN";
+  if (std::isinf(value)) return value > 0 ? "Infinity" : "-Infinity";
+  return value;
+}
+
+template <typename T>
+Json ToJson(const std::vector<T>& list);
+
+template <typename T>
+Json ToJson(const std::optional<T>& value) {
+  return value ? ToJson(*value) : Json();
+}
+
+template <typename T>
+Json ToJson(const std::vector<T>& list) {
+  Json array = Json::array();
+  // A list of bools has no bools to refer to.
+  for (const auto& element : list) array.push_back(ToJson(static_cast<const T&>(element)));
+  return array;
+}
+
+Json ToJson(const VendorAtomValue& value) {
+  using Tag = VendorAtomValue::Tag;
+  switch (value.getTag()) {
+    case Tag::intValue:
+      return ToJson(value.get<Tag::intValue>());
+    case Tag::longValue:
+      return ToJson(value.get<Tag::longValue>());
+    case Tag::floatValue:
+      return ToJson(value.get<Tag::floatValue>());
+    case Tag::stringValue:
+      return ToJson(value.get<Tag::stringValue>());
+    case Tag::boolValue:
+      return ToJson(value.get<Tag::boolValue>());
+    case Tag::repeatedIntValue:
+      return ToJson(value.get<Tag::repeatedIntValue>());
+    case Tag::repeatedLongValue:
+      return ToJson(value.get<Tag::repeatedLongValue>());
+    case Tag::repeatedFloatValue:
+      return ToJson(value.get<Tag::repeatedFloatValue>());
+    case Tag::repeatedStringValue:
+      return ToJson(value.get<Tag::repeatedStringValue>());
+    case Tag::repeatedBoolValue:
+      return ToJson(value.get<Tag::repeatedBoolValue>());
+    case Tag::byteArrayValue:
+      return ToJson(value.get<Tag::byteArrayValue>());
+  }
+  return {};
+}
+
+std::string AtomName(const VendorAtom& atom) {
+  const AtomInfo* info = FindAtom(atom.atomId);
+  return info != nullptr ? std::string(info->name) : "atom " + std::to_string(atom.atomId);
+}
+
+std::string ValueName(const VendorAtom& atom, std::size_t index) {
+  const AtomInfo* info = FindAtom(atom.atomId);
+  if (info != nullptr && index < info->values.size()) return std::string(info->values[index].name);
+  return "value_" + std::to_string(index + 1);
+}
+
+std::string PriorityLetter(int priority) {
+  if (priority == ANDROID_LOG_INFO) return "I";
+  if (priority == ANDROID_LOG_ERROR) return "E";
+  return "?";
+}
+
+// Bytes that are no text are replaced instead of refused.
+std::string Dump(const Json& json, bool ascii_only) {
+  return json.dump(-1, ' ', ascii_only, Json::error_handler_t::replace);
+}
+
+class TextReport : public Report {
+ public:
+  explicit TextReport(std::ostream& out) : out_(out) {}
+
+  void Atom(Instant at, const VendorAtom& atom, Answer answer) override {
+    std::string name = AtomName(atom);
+    if (FindAtom(atom.atomId) != nullptr) name += " (" + std::to_string(atom.atomId) + ")";
+    std::string line = Padded(Mark(answer), kMarkWidth) + Padded(name, kAtomWidth);
+    for (std::size_t i = 0; i < atom.values.size(); ++i) {
+      if (i > 0) line += ' ';
+      line += ValueName(atom, i) + '=' + ValueText(atom.values[i]);
+    }
+    Line(at, line);
+  }
+
+  void LogLine(Instant at, int priority, std::string_view tag, std::string_view text) override {
+    Line(at, Padded("log", kMarkWidth) + PriorityLetter(priority) + ' ' + Printable(tag) + ": " +
+                 Printable(text));
+  }
+
+  void Note(Instant at, std::string_view text) override { Line(at, "# " + Printable(text)); }
+
+  void Finish(const Summary& summary) override {
+    out_ << '\n';
+    Count("delivered", summary.delivered, "atoms that the stats service took");
+    Count("failed", summary.failed, "atoms that it answered with an error or without a status");
+    Count("dropped", summary.dropped, "atoms queued that never reached it");
+    Count("blocked by the cap", summary.blocked_by_cap, "errors too many of their kind in a cycle");
+    Count("cycles ended", summary.cycles_ended, "");
+  }
+
+ private:
+  static constexpr std::size_t kMarkWidth = 11;
+  // Wide enough for the atoms of events; the few with longer names stick out.
+  static constexpr std::size_t kAtomWidth = 37;
+
+  static constexpr long long kNsPerS = 1'000'000'000;
+
+  static std::string Mark(Answer answer) {
+    switch (answer) {
+      case Answer::kOk:
+        return "atom";
+      case Answer::kError:
+        return "FAILED";
+      case Answer::kNoStatus:
+        return "NO STATUS";
+    }
+    return "?";
+  }
+
+  static std::string Padded(std::string text, std::size_t width) {
+    text += "  ";
+    if (text.size() < width) text.resize(width, ' ');
+    return text;
+  }
+
+  static std::string ValueText(const VendorAtomValue& value) {
+    const Json json = ToJson(value);
+    const bool not_a_number = json.is_string() && value.getTag() == VendorAtomValue::floatValue;
+    return not_a_number ? json.get<std::string>() : Dump(json, true);
+  }
+
+  void Line(Instant at, const std::string& text) {
+    const long long ns = at.count();
+    const long long s = ns / kNsPerS;
+    std::array<char, 40> time;
+    std::snprintf(time.data(), time.size(), "%02lld:%02lld:%02lld.%09lld", s / 3600, s / 60 % 60,
+                  s % 60, ns % kNsPerS);
+    out_ << time.data() << "  " << text << '\n';
+  }
+
+  void Count(const char* what, std::uint64_t count, const char* meaning) {
+    std::array<char, 120> line;
+    std::snprintf(line.data(), line.size(), "%-18s %10llu%s%s", what,
+                  static_cast<unsigned long long>(count), *meaning == '\0' ? "" : "  ", meaning);
+    out_ << line.data() << '\n';
+  }
+
+  std::ostream& out_;
+};
+
+class JsonLinesReport : public Report {
+ public:
+  explicit JsonLinesReport(std::ostream& out) : out_(out) {}
+
+  void Atom(Instant at, const VendorAtom& atom, Answer answer) override {
+    Json values = Json::object();
+    for (std::size_t i = 0; i < atom.values.size(); ++i) {
+      values[ValueName(atom, i)] = ToJson(atom.values[i]);
+    }
+    Line({{"kind", "atom"},
+          {"at_ns", at.count()},
+          {"answer", AnswerName(answer)},
+          {"atom_id", atom.atomId},
+          {"name", AtomName(atom)},
+          {"values", std::move(values)}});
+  }
+
+  void LogLine(Instant at, int priority, std::string_view tag, std::string_view text) override {
+    Line({{"kind", "log"},
+          {"at_ns", at.count()},
+          {"priority", PriorityLetter(priority)},
+          {"tag", tag},
+          {"text", text}});
+  }
+
+  void Note(Instant at, std::string_view text) override {
+    Line({{"kind", "note"}, {"at_ns", at.count()}, {"text", text}});
+  }
+
+  void Finish(const Summary& summary) override {
+    Line({{"kind", "summary"},
+          {"delivered", summary.delivered},
+          {"failed", summary.failed},
+          {"dropped", summary.dropped},
+          {"blocked_by_cap", summary.blocked_by_cap},
+          {"cycles_ended", summary.cycles_ended}});
+  }
+
+ private:
+  static const char* AnswerName(Answer answer) {
+    switch (answer) {
+      case Answer::kOk:
+        return "ok";
+      case Answer::kError:
+        return "error";
+      case Answer::kNoStatus:
+        return "no_status";
+    }
+    return "?";
+  }
+
+  void Line(const Json& object) { out_ << Dump(object, false) << '\n'; }
+
+  std::ostream& out_;
+};
+
+}  // namespace
+
+std::unique_ptr<Report> MakeTextReport(std::ostream& out) {
+  return std::make_unique<TextReport>(out);
+}
+
+std::unique_ptr<Report> MakeJsonLinesReport(std::ostream& out) {
+  return std::make_unique<JsonLinesReport>(out);
+}
+
+}  // namespace sensorvela::replay

@@ -1,0 +1,33 @@
+// An event trace: JSON Lines, one event a line, in the order of time.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/host/virtual_time.h"
+#include "tools/event_kinds.h"
+
+namespace sensorvela::replay {
+
+struct Event {
+  host::VirtualTime::Instant at;
+  Action action;
+};
+
+/// Why a trace cannot be run: one printable line, `FILE:LINE: what is wrong: what was expected`.
+class TraceError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// The whole content of the file at `path`, or of standard input for "-". Throws `TraceError` when
+/// it cannot be read.
+std::string ReadInput(const std::string& path);
+
+/// The events of a trace, every one of them checked. `path` is for messages. Throws `TraceError` at
+/// the first thing wrong; blank lines are passed over.
+std::vector<Event> ParseTrace(const std::string& path, std::string_view text);
+
+}  // namespace sensorvela::replay
