@@ -1,286 +1,168 @@
+// What the simulation's sequential model cannot say: what happens while the reporter thread is in
+// the middle of a step, and what the engine does to the host's objects.
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string>
 #include <utility>
-#include <vector>
 
-#include "platform/host/service_manager.h"
-#include "platform/host/virtual_time.h"
 #include "tests/test_support.h"
 
 namespace sensorvela::testing {
 namespace {
 
-using Instants = std::vector<std::chrono::nanoseconds>;
-using Texts = std::vector<std::string>;
 constexpr auto kCycle = 6h;
 
-const std::string kNotDeclared = "E IStats service is not registered.";
-const std::string kWaiting = "I Waiting for IStats service to come up.";
-const std::string kOnline = "I IStats service online.";
-const std::string kNotObtained = "E Failed to get IStats service.";
-const std::string kDropped = "E Failed to get IStats service. Atoms are dropped.";
+class EngineTest : public ::testing::Test, public World {
+ protected:
+  EngineTest() {
+    host::DeclareService(kInstance);
+    Register();
+  }
+};
 
-TEST_F(EngineTest, FindsARegisteredService) {
-  Start();
-  time_.WaitUntilAtRest();
-  EXPECT_EQ(Lines(), (Texts{kWaiting, kOnline}));
-}
-
-TEST_F(EngineTest, AsksForAnUndeclaredServiceAtEachDrainAllTheSame) {
-  host::UndeclareService(kInstance);
-  Start();
-  engine_->ReportVendorAtomAsync(Marker(1));
-  EXPECT_EQ(Delivered(), Texts{"1"});
-  EXPECT_EQ(Lines(), Texts{kNotDeclared});
-}
-
-TEST_F(EngineTest, DropsABatchWithOneLineWhileThereIsNoService) {
-  host::ResetServices();
-  Start();
-  time_.WaitUntilAtRest();
-  EXPECT_EQ(Lines(), (Texts{kNotDeclared, kDropped}));  // The batch was empty.
-
-  engine_->ReportVendorAtomAsync(Marker(1));
-  time_.WaitUntilAtRest();
-  EXPECT_EQ(Lines(), (Texts{kNotDeclared, kDropped, kDropped}));
-
-  host::RegisterService(kInstance, stats_);
-  engine_->ReportVendorAtomAsync(Marker(2));
-  EXPECT_EQ(Delivered(), Texts{"2"});
-}
-
-TEST_F(EngineTest, GoesOnWhenTheWaitForTheServiceYieldsNone) {
+TEST_F(EngineTest, DeliversInOrderOnceTheServiceIsUpAndLogsWhatFails) {
   host::UnregisterService(kInstance);
-  Start();
-  time_.WaitUntilSettled();
-  EXPECT_EQ(Lines(), Texts{kWaiting});
-  for (const int id : {1, 2}) engine_->ReportVendorAtomAsync(Marker(id));
-
-  host::ReleaseServiceWaits(kInstance);  // The wait at the start.
-  time_.WaitUntilSettled();
-  EXPECT_EQ(Lines(), (Texts{kWaiting, kNotObtained}));
-
-  host::ReleaseServiceWaits(kInstance);  // The first drain's, with both atoms in its batch.
-  time_.WaitUntilAtRest();
-  EXPECT_EQ(Lines(), (Texts{kWaiting, kNotObtained, kDropped}));
-  EXPECT_EQ(Delivered(), Texts{});
-}
-
-TEST_F(EngineTest, SendsInOrderWhatWasQueuedBeforeTheServiceCameUp) {
-  host::UnregisterService(kInstance);
-  Start();
-  for (const int id : {3, 1, 2}) engine_->ReportVendorAtomAsync(Marker(id));
-  time_.WaitUntilSettled();
-  host::RegisterService(kInstance, stats_);
-  EXPECT_EQ(Delivered(), (Texts{"3", "1", "2"}));
-  EXPECT_EQ(Lines(), (Texts{kWaiting, kOnline}));
-}
-
-TEST_F(EngineTest, LogsAReportThatFailsAndSendsTheOthers) {
-  stats_->answer = [](const VendorAtom& atom) {
-    if (atom.atomId == 2) return ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
-    if (atom.atomId == -3) return ndk::ScopedAStatus();  // No status at all.
+  answer = [](const VendorAtom& atom) {
+    if (atom.atomId == 3) return ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
+    if (atom.atomId == -1) return ndk::ScopedAStatus();  // No status at all.
     return ndk::ScopedAStatus::ok();
   };
   Start();
-  for (const int id : {1, 2, -3, 4}) engine_->ReportVendorAtomAsync(Marker(id));
-  EXPECT_EQ(Delivered(), (Texts{"1", "2", "-3", "4"}));
-  EXPECT_EQ(Lines(), (Texts{kWaiting, kOnline, "E Failed to report atom [id = 2].",
-                            "E Failed to report atom [id = -3]."}));
+  for (const int id : {3, -1, 2}) engine->ReportVendorAtomAsync(Marker(id));
+  EXPECT_EQ(Seen(), Texts{"I Waiting for IStats service to come up."});
+  Register();
+  EXPECT_EQ(Seen(), (Texts{"I IStats service online.", "3", "E Failed to report atom [id = 3].",
+                           "-1", "E Failed to report atom [id = -1].", "2"}));
 }
 
-TEST_F(EngineTest, FindsARestartedServiceAndKeepsNoHoldOnTheOldOne) {
+TEST_F(EngineTest, KeepsNoHoldOnTheService) {
+  class Service : public aidl::android::frameworks::stats::IStats {
+    ndk::ScopedAStatus reportVendorAtom(const VendorAtom&) override { return ndk::ScopedAStatus(); }
+  };
+  const auto service = std::make_shared<Service>();
+  host::RegisterService(kInstance, service);
   Start();
-  engine_->ReportVendorAtomAsync(Marker(1));
-  EXPECT_EQ(Delivered(), Texts{"1"});
-
-  const auto restarted = std::make_shared<RecordingStats>();
-  host::RegisterService(kInstance, restarted);
-  EXPECT_EQ(stats_.use_count(), 1);
-  engine_->ReportVendorAtomAsync(Marker(2));
-  EXPECT_EQ(Delivered(), Texts{});
-  EXPECT_EQ(restarted->shown(), Texts{"2"});
+  time.WaitUntilAtRest();
+  host::UnregisterService(kInstance);
+  EXPECT_EQ(service.use_count(), 1);
 }
 
 TEST_F(EngineTest, EnginesInOneProcessAreIndependent) {
   Start();
   SensorVela other{std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>()};
-  for (int i = 0; i < 11; ++i) engine_->LogSensorHalError({1, 1}, SensorVela::HalCall{7}, 0);
+  Seen();
+  for (int i = 0; i < 11; ++i) engine->LogSensorHalError({1, 1}, SensorVela::HalCall{7}, 0);
+  Seen();
   other.LogSensorHalError({2, 2}, SensorVela::HalCall{7}, 0);
-  EXPECT_EQ(Delivered().size(), 11U);
+  EXPECT_EQ(Seen(), (Texts{"I Reporting HAL call [7] error [0] on sensor [0x00000002].",
+                           "100024 i2 i2 i7 i0"}));
 }
 
-TEST_F(EngineTest, TakesTheSupplierOver) {
-  class FirstGeneration : public SensorVela::SystemDiagnosticsSupplier {
+TEST_F(EngineTest, TakesTheSupplierOverAndDestroysItOnce) {
+  class Supplier : public SensorVela::SystemDiagnosticsSupplier {
+   public:
+    explicit Supplier(int& destructions) : destructions_(destructions) {}
+    ~Supplier() override { ++destructions_; }
     SensorVela::ProcessorDiag GetProcessorDiagnostics() override { return {}; }
     SensorVela::QueueStress GetQueueStressType1() override { return {}; }
     SensorVela::QueueStress GetQueueStressType2() override { return {}; }
     SensorVela::QueueStress GetQueueStressType3() override { return {}; }
+
+   private:
+    int& destructions_;
   };
-  std::unique_ptr<SensorVela::SystemDiagnosticsSupplier> first =
-      std::make_unique<FirstGeneration>();
-  std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2> second =
-      std::make_unique<ScriptedSupplier>();
-  const SensorVela with_first(std::move(first));
-  const SensorVela with_second(std::move(second));
-  EXPECT_EQ(first, nullptr);
-  EXPECT_EQ(second, nullptr);
-}
-
-// Each tells when cycles ended; the supplier is asked once at each end.
-class CycleTest : public EngineTest {
- protected:
-  void StartRecordingUploads() {
-    Start([this] { uploads_.push_back(time_.Now()); });
-  }
-  Instants uploads_;
-};
-
-TEST_F(CycleTest, EndsEverySixHoursOfIdleness) {
-  StartRecordingUploads();
-  time_.RunTo(kCycle - 1ns);
-  EXPECT_EQ(uploads_, Instants{});
-  time_.RunTo(4 * kCycle);
-  EXPECT_EQ(uploads_, (Instants{kCycle, 2 * kCycle, 3 * kCycle, 4 * kCycle}));
-}
-
-TEST_F(CycleTest, ItsDeadlineIsMovedByNoDrainAndNoNotification) {
-  StartRecordingUploads();
-  for (const auto at : {1h, 3h, 5h}) {
-    time_.RunTo(at);
-    engine_->ReportVendorAtomAsync(Marker(1));
-  }
-  time_.RunTo(2 * kCycle);
-  EXPECT_EQ(uploads_, (Instants{kCycle, 2 * kCycle}));
-}
-
-TEST_F(CycleTest, TheFirstIsMeasuredFromTheStartNotFromTheService) {
-  host::UnregisterService(kInstance);
-  StartRecordingUploads();
-  time_.RunTo(5h);
-  host::RegisterService(kInstance, stats_);
-  time_.RunTo(kCycle);
-  EXPECT_EQ(uploads_, Instants{kCycle});
-
-  host::UnregisterService(kInstance);
-  engine_->ReportVendorAtomAsync(Marker(1));
-  time_.RunTo(13h);  // The drain is blocked while the deadline passes.
-  host::RegisterService(kInstance, stats_);
-  time_.RunTo(19h);
-  EXPECT_EQ(uploads_, (Instants{kCycle, 13h, 19h}));
-}
-
-TEST_F(CycleTest, EndsWhenANotificationComesAfterTheDeadline) {
-  StartRecordingUploads();
-  time_.WaitUntilAtRest();
-  time_.SlipTo(kCycle + 1ns);
-  engine_->ReportVendorAtomAsync(Marker(1));
-  EXPECT_EQ(Delivered(), Texts{"1"});
-  EXPECT_EQ(uploads_, Instants{kCycle + 1ns});
-}
-
-TEST_F(CycleTest, IsHeldBackByAStreamUntilTheQueueIsFoundEmpty) {
-  StartRecordingUploads();
-  time_.WaitUntilAtRest();
-  std::vector<std::size_t> uploads_seen;
-  stats_->answer = [&](const VendorAtom& atom) {
-    uploads_seen.push_back(uploads_.size());
-    if (atom.atomId == 2) time_.SlipTo(kCycle + 1h);
-    if (atom.atomId < 5) engine_->ReportVendorAtomAsync(Marker(atom.atomId + 1));
-    return ndk::ScopedAStatus::ok();
-  };
-  engine_->ReportVendorAtomAsync(Marker(1));
-  time_.WaitUntilAtRest();
-  EXPECT_EQ(uploads_seen, (std::vector<std::size_t>{0, 0, 0, 0, 0}));
-  EXPECT_EQ(uploads_, Instants{kCycle + 1h});
-}
-
-TEST_F(CycleTest, TheTimeThatAnUploadTakesBelongsToTheNextCycle) {
-  Start([this] {
-    uploads_.push_back(time_.Now());
-    time_.SlipTo(time_.Now() + 1h);
-  });
-  time_.RunTo(19h);
-  EXPECT_EQ(uploads_, (Instants{6h, 12h, 18h}));
-}
-
-TEST_F(CycleTest, ErrorCountsAreEmptiedBeforeTheUpload) {
-  const auto report = [this] { engine_->LogSensorHalError({1, 1}, SensorVela::HalCall{7}, 0); };
-  Start(report);
-  for (int i = 0; i < 12; ++i) report();
-  EXPECT_EQ(Delivered().size(), 10U);
-  time_.RunTo(kCycle);
-  EXPECT_EQ(Delivered().size(), 1U);
-}
-
-class StopTest : public EngineTest {};
-
-TEST_F(StopTest, DuringASleepNeitherDrainsNorUploads) {
-  int uploads = 0;
   int destructions = 0;
-  Start([&] { ++uploads; }, [&] { ++destructions; });
-  time_.RunTo(kCycle - 1ns);
-  engine_.reset();
-  EXPECT_EQ(uploads, 0);
+  std::unique_ptr<SensorVela::SystemDiagnosticsSupplier> supplier =
+      std::make_unique<Supplier>(destructions);
+  {
+    const SensorVela taker(std::move(supplier));
+    EXPECT_EQ(supplier, nullptr);
+    EXPECT_EQ(destructions, 0);
+  }
   EXPECT_EQ(destructions, 1);
 }
 
-TEST_F(StopTest, WakingASleepPastItsDeadlineEndsThatCycleOnce) {
+using CycleTest = EngineTest;
+
+TEST_F(CycleTest, IsHeldBackByAStreamUntilTheQueueIsFoundEmpty) {
   int uploads = 0;
-  Start([&] { ++uploads; });
-  time_.WaitUntilAtRest();
-  time_.SlipTo(kCycle);
-  engine_.reset();
+  int uploads_in_the_stream = 0;
+  on_upload = [&] { ++uploads; };
+  answer = [&](const VendorAtom& atom) {
+    uploads_in_the_stream += uploads;
+    if (atom.atomId == 2) time.SlipTo(kCycle + 1h);
+    if (atom.atomId < 5) engine->ReportVendorAtomAsync(Marker(atom.atomId + 1));
+    return ndk::ScopedAStatus::ok();
+  };
+  Start();
+  time.WaitUntilAtRest();
+  engine->ReportVendorAtomAsync(Marker(1));
+  time.WaitUntilAtRest();
+  EXPECT_EQ(uploads_in_the_stream, 0);
   EXPECT_EQ(uploads, 1);
 }
 
-TEST_F(StopTest, DuringTheWaitForTheServiceSendsNothing) {
-  for (const bool comes_up : {false, true}) {
-    host::UnregisterService(kInstance);
-    Start();
-    engine_->ReportVendorAtomAsync(Marker(1));
-    time_.WaitUntilSettled();
-    std::thread destruction = BeginStop();
-    comes_up ? host::RegisterService(kInstance, stats_) : host::ReleaseServiceWaits(kInstance);
-    destruction.join();
-    EXPECT_EQ(stats_->shown(), Texts{});
-  }
-  EXPECT_EQ(Lines(), (Texts{kWaiting, kNotObtained, kWaiting, kOnline}));
+TEST_F(CycleTest, TheTimeThatAnUploadTakesBelongsToTheNextCycle) {
+  std::vector<std::chrono::nanoseconds> uploads;
+  on_upload = [&] {
+    uploads.push_back(time.Now());
+    time.SlipTo(time.Now() + 1h);
+  };
+  Start();
+  time.RunTo(19h);
+  EXPECT_EQ(uploads, (std::vector<std::chrono::nanoseconds>{6h, 12h, 18h}));
 }
+
+TEST_F(CycleTest, ErrorCountsAreEmptiedBeforeTheUpload) {
+  const auto report = [this] { engine->LogSensorHalError({1, 1}, SensorVela::HalCall{7}, 0); };
+  on_upload = report;
+  Start();
+  for (int i = 0; i < 11; ++i) report();
+  Seen();
+  time.RunTo(kCycle);
+  EXPECT_EQ(Seen(), (Texts{"I Reporting HAL call [7] error [0] on sensor [0x00000001].",
+                           "100024 i1 i1 i7 i0"}));
+}
+
+using StopTest = EngineTest;
 
 TEST_F(StopTest, DuringADrainSendsTheBatchAndDiscardsTheRest) {
   Gate gate;
-  stats_->answer = [&](const VendorAtom& atom) {
+  answer = [&](const VendorAtom& atom) {
     if (atom.atomId == 1) gate.Pass();
     return ndk::ScopedAStatus::ok();
   };
   host::UnregisterService(kInstance);
   Start();
-  for (const int id : {1, 2}) engine_->ReportVendorAtomAsync(Marker(id));
-  host::RegisterService(kInstance, stats_);
+  for (const int id : {1, 2}) engine->ReportVendorAtomAsync(Marker(id));
+  Seen();
+  Register();
   gate.AwaitArrival();
-  engine_->ReportVendorAtomAsync(Marker(3));
+  engine->ReportVendorAtomAsync(Marker(3));
   std::thread destruction = BeginStop();
   gate.Open();
   destruction.join();
-  EXPECT_EQ(stats_->shown(), (Texts{"1", "2"}));
+  EXPECT_EQ(Seen(), (Texts{"I IStats service online.", "1", "2"}));
 }
 
 TEST_F(StopTest, DuringAnUploadFinishesItAndThenDestroysTheSupplier) {
   Gate gate;
   Texts events;
-  Start([&] { gate.Pass(), events.push_back("upload"); }, [&] { events.push_back("destroyed"); });
-  time_.WaitUntilAtRest();
-  time_.JumpTo(kCycle);
+  on_upload = [&] {
+    gate.Pass();
+    events.emplace_back("upload");
+  };
+  on_supplier_destroyed = [&] { events.emplace_back("destroyed"); };
+  Start();
+  Seen();
+  time.JumpTo(kCycle);
   gate.AwaitArrival();
-  engine_->ReportVendorAtomAsync(Marker(1));
+  engine->ReportVendorAtomAsync(Marker(1));
   std::thread destruction = BeginStop();
   gate.Open();
   destruction.join();
   EXPECT_EQ(events, (Texts{"upload", "destroyed"}));
-  EXPECT_EQ(stats_->shown(), Texts{});
+  EXPECT_EQ(Seen(), Texts{});
 }
 
 }  // namespace

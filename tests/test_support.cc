@@ -1,25 +1,13 @@
 #include "tests/test_support.h"
 
-#include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
 
 namespace sensorvela::testing {
 namespace {
 
 using aidl::android::frameworks::stats::VendorAtomValue;
-
-std::string ShowFloat(float value) {
-  char text[32];
-  if (std::isnan(value)) {
-    std::snprintf(text, sizeof text, "nan:%08x", std::bit_cast<std::uint32_t>(value));
-  } else {
-    std::snprintf(text, sizeof text, "%.9g", static_cast<double>(value));
-  }
-  return text;
-}
 
 std::string ShowValue(const VendorAtomValue& value) {
   switch (value.getTag()) {
@@ -43,6 +31,11 @@ std::string ShowValue(const VendorAtomValue& value) {
   }
 }
 
+template <typename Record>
+std::unique_ptr<Record> Copy(const std::optional<Record>& record) {
+  return record ? std::make_unique<Record>(*record) : nullptr;
+}
+
 }  // namespace
 
 std::string Show(const VendorAtom& atom) {
@@ -52,10 +45,122 @@ std::string Show(const VendorAtom& atom) {
   return text;
 }
 
+std::string ShowFloat(float value) {
+  char text[32];
+  if (std::isnan(value)) {
+    std::snprintf(text, sizeof text, "nan:%08x", std::bit_cast<std::uint32_t>(value));
+  } else {
+    std::snprintf(text, sizeof text, "%.9g", static_cast<double>(value));
+  }
+  return text;
+}
+
 VendorAtom Marker(int id) {
   VendorAtom atom;
   atom.atomId = id;
   return atom;
+}
+
+class World::Service : public aidl::android::frameworks::stats::IStats {
+ public:
+  explicit Service(World& world) : world_(world) {}
+  ndk::ScopedAStatus reportVendorAtom(const VendorAtom& atom) override {
+    world_.Keep(Show(atom));
+    return world_.answer ? world_.answer(atom) : ndk::ScopedAStatus::ok();
+  }
+
+ private:
+  World& world_;
+};
+
+class World::FirstSupplier : public SensorVela::SystemDiagnosticsSupplier {
+ public:
+  explicit FirstSupplier(World& world) : d_(world.diagnostics) {}
+  SensorVela::ProcessorDiag GetProcessorDiagnostics() override {
+    return d_.processor.value_or(SensorVela::ProcessorDiag{});
+  }
+  SensorVela::QueueStress GetQueueStressType1() override { return Stress(0); }
+  SensorVela::QueueStress GetQueueStressType2() override { return Stress(1); }
+  SensorVela::QueueStress GetQueueStressType3() override { return Stress(2); }
+
+ private:
+  SensorVela::QueueStress Stress(std::size_t queue) {
+    return d_.queues[queue].value_or(SensorVela::QueueStress{});
+  }
+  const Diagnostics& d_;
+};
+
+class World::SecondSupplier : public SensorVela::SystemDiagnosticsSupplierV2 {
+ public:
+  explicit SecondSupplier(World& world) : world_(world), d_(world.diagnostics) {}
+  ~SecondSupplier() override {
+    if (world_.on_supplier_destroyed) world_.on_supplier_destroyed();
+  }
+  std::unique_ptr<SensorVela::ProcessorDiag> GetProcessorDiagnostics() override {
+    if (world_.on_upload) world_.on_upload();
+    return Copy(d_.processor);
+  }
+  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType1() override {
+    return Copy(d_.queues[0]);
+  }
+  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType2() override {
+    return Copy(d_.queues[1]);
+  }
+  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType3() override {
+    return Copy(d_.queues[2]);
+  }
+  std::vector<SensorVela::IpcErrorRate> GetIpcErrorRates() override { return d_.ipc; }
+  std::vector<SensorVela::MemoryPressure> GetMemoryPressures() override { return d_.memory; }
+  std::vector<SensorVela::SensorUsage> GetSensorUsages() override { return d_.usages; }
+  std::vector<SensorVela::GatingContext> GetGatingContexts() override { return d_.gating; }
+  std::unique_ptr<SensorVela::DramException> GetDramException() override { return Copy(d_.dram); }
+  std::unique_ptr<SensorVela::AadProxStats> GetAadProxStats() override { return Copy(d_.prox); }
+
+ private:
+  World& world_;
+  const Diagnostics& d_;
+};
+
+World::World()
+    : sink_([this](int priority, std::string_view tag, std::string_view text) {
+        const char* letter = priority == 4 ? "I " : priority == 6 ? "E " : "? ";
+        Keep((tag == "sensor-vela" ? letter : "other tag ") + std::string(text));
+      }) {}
+
+World::~World() {
+  host::ResetServices();
+  engine.reset();
+}
+
+void World::Start(Generation generation) {
+  if (generation == Generation::kSecond) {
+    engine = std::make_unique<SensorVela>(
+        std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2>(new SecondSupplier(*this)));
+  } else {
+    std::unique_ptr<SensorVela::SystemDiagnosticsSupplier> supplier;
+    if (generation == Generation::kFirst) supplier = std::make_unique<FirstSupplier>(*this);
+    engine = std::make_unique<SensorVela>(std::move(supplier));
+  }
+}
+
+void World::Register() { host::RegisterService(kInstance, std::make_shared<Service>(*this)); }
+
+std::thread World::BeginStop() {
+  const auto before = time.Notifications();
+  std::thread destruction([this] { engine.reset(); });
+  time.WaitForNotifications(before + 1);
+  return destruction;
+}
+
+Texts World::Seen() {
+  time.WaitUntilSettled();
+  const std::lock_guard lock(mutex_);
+  return std::exchange(seen_, {});
+}
+
+void World::Keep(std::string text) {
+  const std::lock_guard lock(mutex_);
+  seen_.push_back(std::move(text));
 }
 
 void Gate::Pass() {
@@ -74,69 +179,6 @@ void Gate::Open() {
   const std::lock_guard lock(mutex_);
   open_ = true;
   changed_.notify_all();
-}
-
-ndk::ScopedAStatus RecordingStats::reportVendorAtom(const VendorAtom& atom) {
-  {
-    const std::lock_guard lock(mutex_);
-    shown_.push_back(Show(atom));
-  }
-  return answer ? answer(atom) : ndk::ScopedAStatus::ok();
-}
-
-std::vector<std::string> RecordingStats::shown() const {
-  const std::lock_guard lock(mutex_);
-  return shown_;
-}
-
-EngineTest::EngineTest()
-    : sink_([this](int priority, std::string_view tag, std::string_view text) {
-        const std::lock_guard lock(mutex_);
-        EXPECT_EQ(tag, "sensor-vela");
-        lines_.push_back((priority == 4 ? "I " : priority == 6 ? "E " : "? ") + std::string(text));
-      }) {
-  host::DeclareService(kInstance);
-  host::RegisterService(kInstance, stats_);
-}
-
-EngineTest::~EngineTest() {
-  host::ResetServices();
-  engine_.reset();
-}
-
-void EngineTest::Start(std::function<void()> on_upload, std::function<void()> on_destruction) {
-  auto supplier = std::make_unique<ScriptedSupplier>();
-  supplier->on_upload = std::move(on_upload);
-  supplier->on_destruction = std::move(on_destruction);
-  engine_ = std::make_unique<SensorVela>(
-      std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2>(std::move(supplier)));
-}
-
-std::thread EngineTest::BeginStop() {
-  const auto before = time_.Notifications();
-  std::thread destruction([this] { engine_.reset(); });
-  time_.WaitForNotifications(before + 1);
-  return destruction;
-}
-
-std::vector<std::string> EngineTest::Delivered() {
-  time_.WaitUntilAtRest();
-  std::vector<std::string> all = stats_->shown();
-  std::vector<std::string> fresh(all.begin() + static_cast<std::ptrdiff_t>(delivered_), all.end());
-  delivered_ = all.size();
-  return fresh;
-}
-
-std::vector<std::string> EngineTest::Lines() {
-  const std::lock_guard lock(mutex_);
-  return lines_;
-}
-
-int EngineTest::CountLines(const std::string& text) {
-  const std::lock_guard lock(mutex_);
-  return static_cast<int>(std::count_if(lines_.begin(), lines_.end(), [&](const std::string& line) {
-    return line.find(text) != std::string::npos;
-  }));
 }
 
 }  // namespace sensorvela::testing

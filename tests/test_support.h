@@ -1,15 +1,17 @@
-// What the tests share: a stats service that records, a supplier that can be scripted, an engine
-// with its surroundings, and a way to hold a thread at a chosen place.
+// What the tests share: an engine's whole world in virtual time, suppliers that can be scripted,
+// and a way to hold a thread at a chosen place.
 #pragma once
 
 #include <aidl/android/frameworks/stats/IStats.h>
-#include <gtest/gtest.h>
 
+#include <array>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -22,8 +24,8 @@
 
 namespace sensorvela::testing {
 
-using aidl::android::frameworks::stats::IStats;
 using aidl::android::frameworks::stats::VendorAtom;
+using Texts = std::vector<std::string>;
 using namespace std::chrono_literals;
 
 inline const std::string kInstance = "android.frameworks.stats.IStats/default";
@@ -31,9 +33,65 @@ inline const std::string kInstance = "android.frameworks.stats.IStats/default";
 /// An atom in one line, to the bit: identifier, domain if any, then each value after a letter for
 /// its kind.
 std::string Show(const VendorAtom& atom);
+std::string ShowFloat(float value);
 
 /// An atom from outside the library that is known by its identifier alone.
 VendorAtom Marker(int id);
+
+/// What a supplier answers; one of the first generation answers zeros where there is nothing.
+struct Diagnostics {
+  std::optional<SensorVela::ProcessorDiag> processor;
+  std::array<std::optional<SensorVela::QueueStress>, 3> queues;
+  std::vector<SensorVela::IpcErrorRate> ipc;
+  std::vector<SensorVela::MemoryPressure> memory;
+  std::vector<SensorVela::SensorUsage> usages;
+  std::vector<SensorVela::GatingContext> gating;
+  std::optional<SensorVela::DramException> dram;
+  std::optional<SensorVela::AadProxStats> prox;
+};
+
+enum class Generation { kNone, kFirst, kSecond };
+
+/// An engine's world. Nothing is declared or registered in the beginning.
+class World {
+ public:
+  World();
+  ~World();
+
+  /// Starts the engine with a supplier that answers with `diagnostics`.
+  void Start(Generation generation = Generation::kSecond);
+
+  /// Registers a service that keeps what it is sent, and asks `answer` what to say to it.
+  void Register();
+
+  /// Begins the engine's destruction on a thread of its own and returns, with that thread, once the
+  /// engine has been told to stop.
+  std::thread BeginStop();
+
+  /// All that the engine did since the last call, in order, once it is settled: log lines, each
+  /// after a letter for its priority, and the atoms that reached a service, as `Show` writes them.
+  Texts Seen();
+
+  host::VirtualTime time;
+  std::unique_ptr<SensorVela> engine;
+  Diagnostics diagnostics;
+
+  // Called on the reporter thread; to be set before it can be. Empty ones do nothing.
+  std::function<ndk::ScopedAStatus(const VendorAtom&)> answer;
+  std::function<void()> on_upload;
+  std::function<void()> on_supplier_destroyed;
+
+ private:
+  class Service;
+  class FirstSupplier;
+  class SecondSupplier;
+
+  void Keep(std::string text);
+
+  std::mutex mutex_;
+  Texts seen_;
+  host::ScopedLogSink sink_;
+};
 
 /// Holds the thread that passes until it is opened.
 class Gate {
@@ -49,78 +107,13 @@ class Gate {
   bool open_ = false;
 };
 
-/// Keeps what it is sent; answers OK unless told otherwise.
-class RecordingStats : public IStats {
- public:
-  ndk::ScopedAStatus reportVendorAtom(const VendorAtom& atom) override;
-
-  /// Every atom so far, as `Show` writes it.
-  std::vector<std::string> shown() const;
-
-  /// Called for each atom after it has been kept; set before the first one comes.
-  std::function<ndk::ScopedAStatus(const VendorAtom&)> answer;
-
- private:
-  mutable std::mutex mutex_;
-  std::vector<std::string> shown_;
-};
-
-/// Has nothing to report, and says when it is asked and when it dies.
-class ScriptedSupplier : public SensorVela::SystemDiagnosticsSupplierV2 {
- public:
-  ~ScriptedSupplier() override {
-    if (on_destruction) on_destruction();
-  }
-  std::unique_ptr<SensorVela::ProcessorDiag> GetProcessorDiagnostics() override {
-    if (on_upload) on_upload();
-    return nullptr;
-  }
-  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType1() override { return nullptr; }
-  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType2() override { return nullptr; }
-  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType3() override { return nullptr; }
-  std::vector<SensorVela::IpcErrorRate> GetIpcErrorRates() override { return {}; }
-  std::vector<SensorVela::MemoryPressure> GetMemoryPressures() override { return {}; }
-  std::vector<SensorVela::SensorUsage> GetSensorUsages() override { return {}; }
-  std::vector<SensorVela::GatingContext> GetGatingContexts() override { return {}; }
-  std::unique_ptr<SensorVela::DramException> GetDramException() override { return nullptr; }
-  std::unique_ptr<SensorVela::AadProxStats> GetAadProxStats() override { return nullptr; }
-
-  std::function<void()> on_upload;
-  std::function<void()> on_destruction;
-};
-
-/// An engine in virtual time, with a registered service and a log that is kept.
-class EngineTest : public ::testing::Test {
- protected:
-  EngineTest();
-  ~EngineTest() override;
-
-  /// Starts the engine; its supplier calls the two functions.
-  void Start(std::function<void()> on_upload = {}, std::function<void()> on_destruction = {});
-
-  /// Begins the engine's destruction on a thread of its own and returns, with that thread, once the
-  /// engine has been told to stop.
-  std::thread BeginStop();
-
-  /// The atoms that `stats_` has received since the last call, once the engine is at rest.
-  std::vector<std::string> Delivered();
-
-  /// Log lines so far, each after a letter for its priority.
-  std::vector<std::string> Lines();
-
-  /// How many lines hold `text`.
-  int CountLines(const std::string& text);
-
-  host::VirtualTime time_;
-  std::shared_ptr<RecordingStats> stats_ = std::make_shared<RecordingStats>();
-  std::unique_ptr<SensorVela> engine_;
-
- private:
-  std::mutex mutex_;
-  std::vector<std::string> lines_;
-  std::size_t delivered_ = 0;
-  host::ScopedLogSink sink_;
-};
+/// Runs `body` with 0, 1, ... on that many threads at once.
+template <typename Body>
+void OnThreads(int count, Body body) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < count; ++i) threads.emplace_back(body, i);
+  for (std::thread& thread : threads) thread.join();
+}
 
 }  // namespace sensorvela::testing
 
