@@ -1,0 +1,52 @@
+// The shortest complete host of the library, with a stats service of its own so that it runs on a
+// workstation.
+#include <aidl/android/frameworks/stats/IStats.h>
+#include <utils/SystemClock.h>
+
+#include <chrono>
+#include <cstdio>
+#include <memory>
+
+#include "engine/sensor_vela.h"
+#include "platform/host/service_manager.h"
+#include "platform/host/virtual_time.h"
+
+class Diagnostics : public SensorVela::SystemDiagnosticsSupplier {
+ public:
+  SensorVela::ProcessorDiag GetProcessorDiagnostics() override { return {1, 2, 3, 4}; }
+  SensorVela::QueueStress GetQueueStressType1() override { return {}; }
+  SensorVela::QueueStress GetQueueStressType2() override { return {}; }
+  SensorVela::QueueStress GetQueueStressType3() override { return {}; }
+};
+
+void RunSensors(sensorvela::host::VirtualTime& time) {
+  // Starts the reporter thread and waits for nothing; the engine owns the supplier.
+  SensorVela engine(
+      std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(std::make_unique<Diagnostics>()));
+
+  const SensorVela::SensorId accelerometer = {0x10, 1};
+  engine.ReportHalSensorEnabled(accelerometer, 20'000'000);  // A sample every 20 ms.
+  engine.LogSensorLatency(accelerometer, android::elapsedRealtimeNano());
+  engine.LogSensorHalError(accelerometer, SensorVela::HalCall{3}, -22);
+  engine.ReportHalSensorDisabled(accelerometer);
+
+  // Life goes on. Six hours later the cycle ends and the diagnostics are uploaded.
+  time.RunTo(std::chrono::hours(6));
+}  // Stops the thread; atoms that have not been sent by now are discarded.
+
+// The device has all of this already.
+class PrintingStats : public aidl::android::frameworks::stats::IStats {
+ public:
+  ndk::ScopedAStatus reportVendorAtom(
+      const aidl::android::frameworks::stats::VendorAtom& atom) override {
+    std::printf("atom %d with %zu values\n", atom.atomId, atom.values.size());
+    return ndk::ScopedAStatus::ok();
+  }
+};
+
+int main() {
+  sensorvela::host::VirtualTime time;
+  sensorvela::host::RegisterService("android.frameworks.stats.IStats/default",
+                                    std::make_shared<PrintingStats>());
+  RunSensors(time);
+}

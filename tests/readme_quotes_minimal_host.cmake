@@ -1,0 +1,10 @@
+# The README's C++ must stand in the example, which is built and run.
+file(READ ${CMAKE_CURRENT_LIST_DIR}/../README.md readme)
+file(READ ${CMAKE_CURRENT_LIST_DIR}/../examples/minimal_host.cc example)
+if(NOT readme MATCHES "```cpp\n([^`]+)```")
+  message(FATAL_ERROR "README.md has no C++ in it")
+endif()
+string(FIND "${example}" "${CMAKE_MATCH_1}" position)
+if(position EQUAL -1)
+  message(FATAL_ERROR "README.md's C++ is not in examples/minimal_host.cc")
+endif()
