@@ -18,6 +18,7 @@ template <typename Member>
 aidl::android::frameworks::stats::VendorAtomValue ToValue(const Member& member) {
   using aidl::android::frameworks::stats::VendorAtomValue;
   if constexpr (std::is_enum_v<Member>) {
+    static_assert(sizeof(Member) == sizeof(std::int32_t), "enumerations travel as 32 bits");
     return ToValue(static_cast<std::underlying_type_t<Member>>(member));
   } else if constexpr (std::is_same_v<Member, std::int32_t>) {
     return VendorAtomValue::make<VendorAtomValue::intValue>(member);

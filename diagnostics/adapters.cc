@@ -6,7 +6,7 @@
 #include "engine/sensor_vela.h"
 #include "engine/wrapping_arithmetic.h"
 
-using namespace android::hardware::halvard::orrin::vendor::OrrinAtoms;
+namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 
 namespace {
 
@@ -16,7 +16,7 @@ constexpr std::int32_t Low32Bits(std::int64_t value) { return static_cast<std::i
 }  // namespace
 
 SensorVela::VendorAtom SensorVela::ProcessorDiagnosticsAtom(const ProcessorDiag& diag) {
-  return createVendorAtom(SensorProcessorDiagnosticsReported{
+  return createVendorAtom(atoms::SensorProcessorDiagnosticsReported{
       .value_1 = Low32Bits(diag.value_1),
       .value_2 = Low32Bits(diag.value_2),
       .value_3 = Low32Bits(diag.value_3),
@@ -26,7 +26,7 @@ SensorVela::VendorAtom SensorVela::ProcessorDiagnosticsAtom(const ProcessorDiag&
 
 SensorVela::VendorAtom SensorVela::SystemQueueStressAtom(QueueType queue_type,
                                                          const QueueStress& stress) {
-  return createVendorAtom(SensorSystemQueueStressReported{
+  return createVendorAtom(atoms::SensorSystemQueueStressReported{
       .queue_type = queue_type,
       .value_1 = Low32Bits(stress.value_1),
       .value_2 = Low32Bits(stress.value_2),
@@ -38,7 +38,7 @@ SensorVela::VendorAtom SensorVela::SystemQueueStressAtom(QueueType queue_type,
 }
 
 SensorVela::VendorAtom SensorVela::IpcErrorRateAtom(const IpcErrorRate& rate) {
-  return createVendorAtom(SensorIpcErrorRateReported{
+  return createVendorAtom(atoms::SensorIpcErrorRateReported{
       .value_1 = rate.value_1,
       .value_2 = rate.value_2,
       .value_3 = rate.value_3,
@@ -47,7 +47,7 @@ SensorVela::VendorAtom SensorVela::IpcErrorRateAtom(const IpcErrorRate& rate) {
 }
 
 SensorVela::VendorAtom SensorVela::MemoryPressureAtom(const MemoryPressure& memory) {
-  return createVendorAtom(SensorMemoryPressureReported{
+  return createVendorAtom(atoms::SensorMemoryPressureReported{
       .shared_value = memory.shared_value,
       .pressure_value_1 = memory.pressure_value_1,
       .pressure_value_2 = memory.pressure_value_2,
@@ -57,7 +57,7 @@ SensorVela::VendorAtom SensorVela::MemoryPressureAtom(const MemoryPressure& memo
 }
 
 SensorVela::VendorAtom SensorVela::SensorUsageAtom(const SensorUsage& usage) {
-  return createVendorAtom(TarnSensorUsageReported{
+  return createVendorAtom(atoms::TarnSensorUsageReported{
       .value_1 = usage.value_1,
       .value_2 = usage.value_2,
       .value_3 = usage.value_3,
@@ -69,7 +69,7 @@ SensorVela::VendorAtom SensorVela::SensorUsageAtom(const SensorUsage& usage) {
 }
 
 SensorVela::VendorAtom SensorVela::GatingContextAtom(const GatingContext& context) {
-  return createVendorAtom(SensorGatingContextReported{
+  return createVendorAtom(atoms::SensorGatingContextReported{
       .value_1 = context.value_1,
       .value_2 = context.value_2,
       .value_3 = context.value_3,
@@ -83,7 +83,7 @@ SensorVela::VendorAtom SensorVela::GatingContextAtom(const GatingContext& contex
 }
 
 SensorVela::VendorAtom SensorVela::DramExceptionAtom(const DramException& exception) {
-  return createVendorAtom(SensorCoreDramExceptionsReported{
+  return createVendorAtom(atoms::SensorCoreDramExceptionsReported{
       .value_1 = exception.value_1,
       .value_2 = exception.value_2,
       .value_3 = exception.value_3,
@@ -93,7 +93,7 @@ SensorVela::VendorAtom SensorVela::DramExceptionAtom(const DramException& except
 }
 
 SensorVela::VendorAtom SensorVela::AadProxStatsAtom(const AadProxStats& stats) {
-  return createVendorAtom(AADProxStatsReported{
+  return createVendorAtom(atoms::AADProxStatsReported{
       .value_1 = stats.value_1,
       .value_2 = stats.value_2,
       .value_3 = stats.value_3,
@@ -120,7 +120,7 @@ SensorVela::VendorAtom SensorVela::AadProxStatsAtom(const AadProxStats& stats) {
 SensorVela::VendorAtom SensorVela::MemServiceabilityAtom(const MemoryPressure& memory) {
   const auto& counts = memory.bucket_allocation_count;
   const auto& durations = memory.bucket_duration_ms;
-  return createVendorAtom(SensorMemoryServiceabilityStatsReported{
+  return createVendorAtom(atoms::SensorMemoryServiceabilityStatsReported{
       .bucket_allocation_total = std::accumulate(counts.begin(), counts.end(), std::int32_t{0},
                                                  sensorvela::WrappingAdd<std::int32_t>),
       .shared_value = memory.shared_value,

@@ -2,8 +2,6 @@
 // deadline finds nothing to send.
 #include <android/log.h>
 
-#include <memory>
-#include <utility>
 #include <vector>
 
 #include "engine/log_tag.h"

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -48,6 +49,7 @@ class [[gnu::visibility("default")]] SensorVela {
     std::uint32_t high;
     std::int32_t low;
   };
+  static_assert(sizeof(SensorId) == 8 && offsetof(SensorId, low) == 4);
 
   /// A proximity status report. Its producer gives the fields their meaning.
   struct TarnVelaProxEvent {
@@ -69,6 +71,7 @@ class [[gnu::visibility("default")]] SensorVela {
     float float_5;
     float float_6;
   };
+  static_assert(sizeof(TarnVelaProxEvent) == 68 && offsetof(TarnVelaProxEvent, int_8) == 48);
 
   // The diagnostics records. Their supplier gives the fields their meaning; only the low 32 bits of
   // a 64-bit field reach the stats service.
@@ -79,6 +82,7 @@ class [[gnu::visibility("default")]] SensorVela {
     std::int64_t value_3;
     std::int64_t value_4;
   };
+  static_assert(sizeof(ProcessorDiag) == 32);
 
   /// The stress of one system queue; the operation that returns it says which.
   struct QueueStress {
@@ -89,6 +93,7 @@ class [[gnu::visibility("default")]] SensorVela {
     std::int64_t value_5;
     std::int64_t value_6;
   };
+  static_assert(sizeof(QueueStress) == 40 && offsetof(QueueStress, value_5) == 24);
 
   struct IpcErrorRate {
     std::int32_t value_1;
@@ -114,6 +119,8 @@ class [[gnu::visibility("default")]] SensorVela {
     std::array<std::int32_t, 20> bucket_allocation_count;
     std::array<std::int32_t, 20> bucket_duration_ms;
   };
+  static_assert(sizeof(MemoryPressure) == 192 &&
+                offsetof(MemoryPressure, bucket_allocation_count) == 32);
 
   struct SensorUsage {
     std::int32_t value_1;
@@ -167,6 +174,7 @@ class [[gnu::visibility("default")]] SensorVela {
     std::int32_t value_19;
     std::int32_t value_20;
   };
+  static_assert(sizeof(AadProxStats) == 80 && offsetof(AadProxStats, value_15) == 56);
 
   /// What the host implements to hand over diagnostics, first generation: every item has a value.
   ///
@@ -295,6 +303,7 @@ class [[gnu::visibility("default")]] SensorVela {
     std::int64_t enable_time_ns;
     std::int64_t last_sample_time_ns;
   };
+  static_assert(sizeof(PerSensorStatus) == 56 && offsetof(PerSensorStatus, gap_threshold_ns) == 32);
 
   // The reporter thread's own operations.
 

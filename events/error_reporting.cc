@@ -7,8 +7,7 @@
 #include "engine/log_tag.h"
 #include "engine/sensor_vela.h"
 
-using android::hardware::halvard::orrin::vendor::OrrinAtoms::SensorHalErrorDetected;
-using android::hardware::halvard::orrin::vendor::OrrinAtoms::SensorRuntimeErrorDetected;
+namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 using sensorvela::platform::MutexLock;
 
 void SensorVela::LogSensorHalError(SensorId sensor, HalCall call, int error) {
@@ -17,7 +16,7 @@ void SensorVela::LogSensorHalError(SensorId sensor, HalCall call, int error) {
   __android_log_print(ANDROID_LOG_INFO, sensorvela::kLogTag,
                       "Reporting HAL call [%d] error [%d] on sensor [0x%08x].", enumerator, error,
                       sensor.high);
-  Enqueue(createVendorAtom(SensorHalErrorDetected{
+  Enqueue(createVendorAtom(atoms::SensorHalErrorDetected{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),
       .sensor_id_low = sensor.low,
       .hal_call = call,
@@ -31,7 +30,7 @@ void SensorVela::LogSensorRuntimeError(SensorId sensor, ErrorType type, int code
   __android_log_print(ANDROID_LOG_INFO, sensorvela::kLogTag,
                       "Reporting runtime time error [%d] code [%d] on sensor [0x%08x].", enumerator,
                       code, sensor.high);
-  Enqueue(createVendorAtom(SensorRuntimeErrorDetected{
+  Enqueue(createVendorAtom(atoms::SensorRuntimeErrorDetected{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),
       .sensor_id_low = sensor.low,
       .error_type = type,

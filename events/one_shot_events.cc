@@ -1,13 +1,13 @@
 // Events that become one atom each, with nothing counted and nothing remembered.
-#include <utility>
+#include <cstdint>
 
 #include "atoms/sensor_event_atoms.h"
 #include "engine/sensor_vela.h"
 
-using namespace android::hardware::halvard::orrin::vendor::OrrinAtoms;
+namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 
 void SensorVela::LogSensorProxEvent(const TarnVelaProxEvent& event) {
-  Enqueue(createVendorAtom(ProxStatusReported{
+  Enqueue(createVendorAtom(atoms::ProxStatusReported{
       .int_0 = event.int_0,
       .int_1 = event.int_1,
       .int_2 = event.int_2,
@@ -29,7 +29,7 @@ void SensorVela::LogSensorProxEvent(const TarnVelaProxEvent& event) {
 }
 
 void SensorVela::ReportHalLatency(HalOperation operation, SensorId sensor, long long latency_ns) {
-  Enqueue(createVendorAtom(SensorHalLatencyRecorded{
+  Enqueue(createVendorAtom(atoms::SensorHalLatencyRecorded{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),
       .sensor_id_low = sensor.low,
       .operation = operation,
@@ -38,7 +38,7 @@ void SensorVela::ReportHalLatency(HalOperation operation, SensorId sensor, long 
 }
 
 void SensorVela::ReportFirmwareState(int subject_id, FirmwareState state, int detail_code) {
-  Enqueue(createVendorAtom(SensorFirmwareStateChanged{
+  Enqueue(createVendorAtom(atoms::SensorFirmwareStateChanged{
       .subject_id = subject_id,
       .state = state,
       .detail_code = detail_code,

@@ -6,13 +6,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <vector>
 
 #include "atoms/sensor_event_atoms.h"
 #include "engine/sensor_vela.h"
 #include "engine/wrapping_arithmetic.h"
 
-using namespace android::hardware::halvard::orrin::vendor::OrrinAtoms;
+namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 using sensorvela::WrappingAdd;
 using sensorvela::WrappingSubtract;
 using sensorvela::platform::MutexLock;
@@ -55,7 +54,7 @@ std::int64_t GapThresholdNs(std::int64_t sampling_period_ns) {
 }  // namespace
 
 void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns) {
-  Enqueue(createVendorAtom(HalSensorStateChanged{
+  Enqueue(createVendorAtom(atoms::HalSensorStateChanged{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),
       .sensor_id_low = sensor.low,
       .state = kSensorStateEnabled,
@@ -77,7 +76,7 @@ void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_peri
 void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
   const MutexLock lock(status_mutex_);
   const PerSensorStatus& status = sensor_status_[StatusKey(sensor)];
-  Enqueue(createVendorAtom(HalSensorStateChanged{
+  Enqueue(createVendorAtom(atoms::HalSensorStateChanged{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),
       .sensor_id_low = sensor.low,
       .state = kSensorStateDisabled,
@@ -114,7 +113,7 @@ void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
 }
 
 void SensorVela::ReportFirstSample(SensorId sensor, long long latency_ns) {
-  Enqueue(createVendorAtom(SensorFirstSampleReported{
+  Enqueue(createVendorAtom(atoms::SensorFirstSampleReported{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),
       .sensor_id_low = sensor.low,
       .first_sample_latency_ns = latency_ns,
