@@ -25,7 +25,7 @@ TEST(ThreadStartTest, ARefusalReachesTheHostAsASystemError) {
   // No address space holds a stack of this size, so the system refuses every thread.
   pthread_attr_t attributes;
   ASSERT_EQ(pthread_attr_init(&attributes), 0);
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, SIZE_MAX / 4 & ~std::size_t{0xffff}), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, SIZE_MAX / 4 * 3 & ~std::size_t{0xffff}), 0);
   ASSERT_EQ(pthread_setattr_default_np(&attributes), 0);
 
   SENSORVELA_EXPECT_LEAKS;

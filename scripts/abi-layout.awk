@@ -1,0 +1,25 @@
+# Turns abidw's XML into a line for each record and each of its members, with the member's offset in
+# bits, its name and its type. Run over the same file twice: types are named after they are used.
+function attribute(name) {
+  return match($0, name "='[^']*'") ? substr($0, RSTART + length(name) + 2, RLENGTH - length(name) - 3) : ""
+}
+NR == FNR {
+  if (/<(type-decl|typedef-decl|class-decl|enum-decl|array-type-def) /) names[attribute(" id")] = attribute("name")
+  next
+}
+/<class-decl .*[^\/]>$/ {
+  record = attribute("name")
+  if (record in seen) record = ""
+  seen[record] = 1
+  stack[++depth] = record
+  if (record != "") printf "%s: %s bits in all\n", record, attribute("size-in-bits")
+}
+/<\/class-decl>/ { --depth }
+/<data-member / { offset = attribute("layout-offset-in-bits") }
+/<var-decl / && offset != "" {
+  type = names[attribute("type-id")]
+  gsub("&lt;", "<", type)
+  gsub("&gt;", ">", type)
+  if (stack[depth] != "") printf "%s: %5d %s %s\n", stack[depth], offset, attribute("name"), type
+  offset = ""
+}
