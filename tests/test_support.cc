@@ -192,3 +192,11 @@ void SensorVelaTestPeer::SetCounters(SensorVela& engine, SensorVela::SensorId se
   status.late_sample_count = count;
   status.latency_buckets.back() = count;
 }
+
+std::int64_t SensorVelaTestPeer::AtomsTaken(SensorVela& engine,
+                                            const sensorvela::host::VirtualTime& time) {
+  // Atoms are queued and notified of under one lock.
+  const sensorvela::platform::MutexLock lock(engine.queue_mutex_);
+  return static_cast<std::int64_t>(time.Notifications() - engine.atom_queue_.size()) -
+         (engine.stop_requested_ ? 1 : 0);
+}

@@ -123,4 +123,7 @@ class SensorVelaTestPeer {
   /// As if the sensor, which is known, had delivered so many samples, all late and in the last
   /// band.
   static void SetCounters(SensorVela& engine, SensorVela::SensorId sensor, std::uint32_t count);
+
+  /// How many of the atoms queued so far the reporter thread has taken, when it is the only engine.
+  static std::int64_t AtomsTaken(SensorVela& engine, const sensorvela::host::VirtualTime& time);
 };
