@@ -46,30 +46,30 @@ class [[gnu::visibility("default")]] SensorVela {
 
   /// Names a sensor. The host assigns both halves; the engine gives them no meaning.
   struct SensorId {
-    std::uint32_t high;
-    std::int32_t low;
+    std::uint32_t high = 0;
+    std::int32_t low = 0;
   };
   static_assert(sizeof(SensorId) == 8 && offsetof(SensorId, low) == 4);
 
   /// A proximity status report. Its producer gives the fields their meaning.
   struct TarnVelaProxEvent {
-    std::int32_t int_0;
-    std::int32_t int_1;
-    std::int32_t int_2;
-    std::int32_t int_3;
-    std::int32_t int_4;
-    std::int32_t int_5;
-    std::int32_t int_6;
-    std::int32_t int_7;
-    float float_0;
-    float float_1;
-    float float_2;
-    float float_3;
-    std::int32_t int_8;
-    std::int32_t int_9;
-    float float_4;
-    float float_5;
-    float float_6;
+    std::int32_t int_0 = 0;
+    std::int32_t int_1 = 0;
+    std::int32_t int_2 = 0;
+    std::int32_t int_3 = 0;
+    std::int32_t int_4 = 0;
+    std::int32_t int_5 = 0;
+    std::int32_t int_6 = 0;
+    std::int32_t int_7 = 0;
+    float float_0 = 0;
+    float float_1 = 0;
+    float float_2 = 0;
+    float float_3 = 0;
+    std::int32_t int_8 = 0;
+    std::int32_t int_9 = 0;
+    float float_4 = 0;
+    float float_5 = 0;
+    float float_6 = 0;
   };
   static_assert(sizeof(TarnVelaProxEvent) == 68 && offsetof(TarnVelaProxEvent, int_8) == 48);
 
@@ -77,29 +77,29 @@ class [[gnu::visibility("default")]] SensorVela {
   // a 64-bit field reach the stats service.
 
   struct ProcessorDiag {
-    std::int64_t value_1;
-    std::int64_t value_2;
-    std::int64_t value_3;
-    std::int64_t value_4;
+    std::int64_t value_1 = 0;
+    std::int64_t value_2 = 0;
+    std::int64_t value_3 = 0;
+    std::int64_t value_4 = 0;
   };
   static_assert(sizeof(ProcessorDiag) == 32);
 
   /// The stress of one system queue; the operation that returns it says which.
   struct QueueStress {
-    std::int64_t value_1;
-    std::int64_t value_2;
-    std::int32_t value_3;
-    std::int32_t value_4;
-    std::int64_t value_5;
-    std::int64_t value_6;
+    std::int64_t value_1 = 0;
+    std::int64_t value_2 = 0;
+    std::int32_t value_3 = 0;
+    std::int32_t value_4 = 0;
+    std::int64_t value_5 = 0;
+    std::int64_t value_6 = 0;
   };
   static_assert(sizeof(QueueStress) == 40 && offsetof(QueueStress, value_5) == 24);
 
   struct IpcErrorRate {
-    std::int32_t value_1;
-    std::int32_t value_2;
-    std::int32_t value_3;
-    std::int32_t value_4;
+    std::int32_t value_1 = 0;
+    std::int32_t value_2 = 0;
+    std::int32_t value_3 = 0;
+    std::int32_t value_4 = 0;
   };
 
   /// One of two memory reports: `kind` says which, and the other one's fields are ignored.
@@ -108,71 +108,71 @@ class [[gnu::visibility("default")]] SensorVela {
     /// pressure.
     static constexpr std::uint8_t kServiceability = 1;
 
-    std::int32_t shared_value;
-    std::int32_t pressure_value_1;
-    std::int32_t pressure_value_2;
-    std::int32_t pressure_value_3;
-    float pressure_value_4;
-    std::uint8_t kind;
-    std::int32_t serviceability_value_1;
-    std::int32_t serviceability_value_2;
-    std::array<std::int32_t, 20> bucket_allocation_count;
-    std::array<std::int32_t, 20> bucket_duration_ms;
+    std::int32_t shared_value = 0;
+    std::int32_t pressure_value_1 = 0;
+    std::int32_t pressure_value_2 = 0;
+    std::int32_t pressure_value_3 = 0;
+    float pressure_value_4 = 0;
+    std::uint8_t kind = 0;
+    std::int32_t serviceability_value_1 = 0;
+    std::int32_t serviceability_value_2 = 0;
+    std::array<std::int32_t, 20> bucket_allocation_count{};
+    std::array<std::int32_t, 20> bucket_duration_ms{};
   };
   static_assert(sizeof(MemoryPressure) == 192 &&
                 offsetof(MemoryPressure, bucket_allocation_count) == 32);
 
   struct SensorUsage {
-    std::int32_t value_1;
-    std::int32_t value_2;
-    std::int32_t value_3;
-    std::int32_t value_4;
-    std::int32_t value_5;
-    std::int32_t value_6;
-    std::int32_t value_7;
+    std::int32_t value_1 = 0;
+    std::int32_t value_2 = 0;
+    std::int32_t value_3 = 0;
+    std::int32_t value_4 = 0;
+    std::int32_t value_5 = 0;
+    std::int32_t value_6 = 0;
+    std::int32_t value_7 = 0;
   };
 
   struct GatingContext {
-    std::int32_t value_1;
-    std::int32_t value_2;
-    std::int32_t value_3;
-    std::int32_t value_4;
-    std::int32_t value_5;
-    std::int32_t value_6;
-    std::int32_t value_7;
-    std::int32_t value_8;
-    std::int32_t value_9;
+    std::int32_t value_1 = 0;
+    std::int32_t value_2 = 0;
+    std::int32_t value_3 = 0;
+    std::int32_t value_4 = 0;
+    std::int32_t value_5 = 0;
+    std::int32_t value_6 = 0;
+    std::int32_t value_7 = 0;
+    std::int32_t value_8 = 0;
+    std::int32_t value_9 = 0;
   };
 
   struct DramException {
-    std::int32_t value_1;
-    std::int32_t value_2;
-    std::int32_t value_3;
-    std::int32_t value_4;
-    std::int32_t value_5;
+    std::int32_t value_1 = 0;
+    std::int32_t value_2 = 0;
+    std::int32_t value_3 = 0;
+    std::int32_t value_4 = 0;
+    std::int32_t value_5 = 0;
   };
 
   struct AadProxStats {
-    std::int32_t value_1;
-    std::int32_t value_2;
-    std::int32_t value_3;
-    std::int32_t value_4;
-    std::int32_t value_5;
-    std::int32_t value_6;
-    std::int32_t value_7;
-    std::int32_t value_8;
-    float value_9;
-    float value_10;
-    float value_11;
-    float value_12;
-    float value_13;
-    float value_14;
-    std::int32_t value_15;
-    std::int32_t value_16;
-    std::int32_t value_17;
-    std::int32_t value_18;
-    std::int32_t value_19;
-    std::int32_t value_20;
+    std::int32_t value_1 = 0;
+    std::int32_t value_2 = 0;
+    std::int32_t value_3 = 0;
+    std::int32_t value_4 = 0;
+    std::int32_t value_5 = 0;
+    std::int32_t value_6 = 0;
+    std::int32_t value_7 = 0;
+    std::int32_t value_8 = 0;
+    float value_9 = 0;
+    float value_10 = 0;
+    float value_11 = 0;
+    float value_12 = 0;
+    float value_13 = 0;
+    float value_14 = 0;
+    std::int32_t value_15 = 0;
+    std::int32_t value_16 = 0;
+    std::int32_t value_17 = 0;
+    std::int32_t value_18 = 0;
+    std::int32_t value_19 = 0;
+    std::int32_t value_20 = 0;
   };
   static_assert(sizeof(AadProxStats) == 80 && offsetof(AadProxStats, value_15) == 56);
 

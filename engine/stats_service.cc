@@ -31,7 +31,8 @@ void SensorVela::WaitForStatsService() const {
   }
   __android_log_print(ANDROID_LOG_INFO, sensorvela::kLogTag,
                       "Waiting for IStats service to come up.");
-  if (sensorvela::LookUpStatsService(stats_service_name_) != nullptr) {
+  const auto service = sensorvela::LookUpStatsService(stats_service_name_);
+  if (service != nullptr) {
     __android_log_print(ANDROID_LOG_INFO, sensorvela::kLogTag, "IStats service online.");
   } else {
     __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, "Failed to get IStats service.");

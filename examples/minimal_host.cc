@@ -21,8 +21,7 @@ class Diagnostics : public SensorVela::SystemDiagnosticsSupplier {
 
 void RunSensors(sensorvela::host::VirtualTime& time) {
   // Starts the reporter thread and waits for nothing; the engine owns the supplier.
-  SensorVela engine(
-      std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(std::make_unique<Diagnostics>()));
+  SensorVela engine(std::make_unique<Diagnostics>());
 
   const SensorVela::SensorId accelerometer = {0x10, 1};
   engine.ReportHalSensorEnabled(accelerometer, 20'000'000);  // A sample every 20 ms.

@@ -38,8 +38,8 @@ std::unique_ptr<StatsHistogram> StatsHistogram::createLinearBins(float min, floa
 
 std::unique_ptr<StatsHistogram> StatsHistogram::createExponentialBins(float min, float max,
                                                                       int count) {
-  if (!IsValidCount(count) || min == 0) return createExplicitBins({});
-  const float ratio = max / min;
+  if (!IsValidCount(count)) return createExplicitBins({});
+  const float ratio = min == 0 ? std::numeric_limits<float>::quiet_NaN() : max / min;
   const auto factor = static_cast<float>(std::pow(double{ratio}, 1.0 / count));
   std::vector<float> bins = MakeBins(min, max, count, [=](float edge) { return edge * factor; });
   const bool is_finite =
@@ -50,11 +50,10 @@ std::unique_ptr<StatsHistogram> StatsHistogram::createExponentialBins(float min,
 
 std::unique_ptr<StatsHistogram> StatsHistogram::createExplicitBins(
     std::initializer_list<float> edges) {
-  std::vector<float> bins = {kLowest};
-  if (edges.size() <= static_cast<std::size_t>(kCountLimit)) {
-    bins.reserve(edges.size() + 1);
-    bins.insert(bins.end(), edges.begin(), edges.end());
-  }
+  const bool can_be_met = edges.size() <= static_cast<std::size_t>(kCountLimit);
+  std::vector<float> bins(can_be_met ? edges.size() + 1 : 1);
+  bins[0] = kLowest;
+  if (can_be_met) std::copy(edges.begin(), edges.end(), bins.begin() + 1);
   return std::unique_ptr<StatsHistogram>(new StatsHistogram(std::move(bins)));
 }
 
@@ -66,5 +65,9 @@ void StatsHistogram::addValue(float value) {
 }
 
 void StatsHistogram::clear() { std::fill(bin_counts_.begin(), bin_counts_.end(), 0); }
+
+const std::vector<std::int32_t>& StatsHistogram::getBinCounts() const { return bin_counts_; }
+
+const std::vector<float>& StatsHistogram::getBins() const { return bins_; }
 
 }  // namespace android::util::statslogapigen

@@ -28,7 +28,8 @@ class [[gnu::visibility("default")]] StatsHistogram {
   static std::unique_ptr<StatsHistogram> createLinearBins(float min, float max, int count);
 
   /// The same with each edge the one before it times a constant factor. Cannot be met, in addition,
-  /// when an edge would not be finite, as when `min` is 0 or `min` and `max` differ in sign.
+  /// when an edge would not be finite: with inner edges, when `min` is 0 or differs in sign from
+  /// `max`.
   static std::unique_ptr<StatsHistogram> createExponentialBins(float min, float max, int count);
 
   /// An underflow bin, then one bin from each of `edges`, which are taken as they are: unsorted or
@@ -42,13 +43,16 @@ class [[gnu::visibility("default")]] StatsHistogram {
   /// Sets every count to 0.
   void clear();
 
-  const std::vector<std::int32_t>& getBinCounts() const { return bin_counts_; }
+  const std::vector<std::int32_t>& getBinCounts() const;
 
   /// The lower edge of each bin; that of bin 0 is the lowest finite float.
-  const std::vector<float>& getBins() const { return bins_; }
+  const std::vector<float>& getBins() const;
+
+  StatsHistogram(const StatsHistogram&) = delete;
+  StatsHistogram& operator=(const StatsHistogram&) = delete;
 
  private:
-  explicit StatsHistogram(std::vector<float> bins);
+  [[gnu::visibility("hidden")]] explicit StatsHistogram(std::vector<float> bins);
 
   std::vector<float> bins_;
   std::vector<std::int32_t> bin_counts_;

@@ -2,7 +2,6 @@
 // edge of lateness.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <limits>
@@ -34,20 +33,15 @@ TEST_F(EventsTest, ThreadsThatReportTheSameErrorShareItsCap) {
     for (int i = 0; i < kReportsEach; ++i)
       engine->LogSensorHalError({1, 1}, SensorVela::HalCall{-7}, 0);
   });
-  Texts expected;
-  for (int count = 1; count <= 8 * kReportsEach; ++count) {
-    if (count <= 10) {
-      expected.emplace_back("100024 i1 i1 i-7 i0");
-      expected.emplace_back("I Reporting HAL call [-7] error [0] on sensor [0x00000001].");
-    } else {
-      expected.push_back("E HAL Error [-7] has occurred [" + std::to_string(count) +
-                         "] times in current cycle, upload blocked due to cap [10] met.");
-    }
-  }
   Texts seen = Seen();
-  std::sort(seen.begin(), seen.end());
-  std::sort(expected.begin(), expected.end());
-  EXPECT_EQ(seen, expected);
+  EXPECT_EQ(std::erase(seen, "100024 i1 i1 i-7 i0"), 10U);
+  EXPECT_EQ(std::erase(seen, "I Reporting HAL call [-7] error [0] on sensor [0x00000001]."), 10U);
+  Texts blocked;  // Counted and logged under one lock, and so in order.
+  for (int count = 11; count <= 8 * kReportsEach; ++count) {
+    blocked.push_back("E HAL Error [-7] has occurred [" + std::to_string(count) +
+                      "] times in current cycle, upload blocked due to cap [10] met.");
+  }
+  EXPECT_EQ(seen, blocked);
 }
 
 TEST_F(EventsTest, ASampleIsLatePastTheThresholdInSinglePrecision) {

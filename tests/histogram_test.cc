@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -47,13 +48,15 @@ TEST(HistogramTest, LinearEdgesAccumulate) {
 }
 
 TEST(HistogramTest, ExponentialEdgesAccumulate) {
-  const auto histogram = StatsHistogram::createExponentialBins(1, 1000, 3);
-  const auto& bins = histogram->getBins();
-  ASSERT_EQ(bins.size(), 5U);
-  EXPECT_EQ(bins[1], 1);
-  EXPECT_FLOAT_EQ(bins[2], 10);
-  EXPECT_EQ(bins[3], bins[2] * bins[2]);
-  EXPECT_EQ(bins[4], 1000);
+  // Neither the powers of the factor nor a factor of single precision would give these edges.
+  const auto histogram = StatsHistogram::createExponentialBins(1, 1000, 10);
+  std::vector<float> expected = {kLowest, 1};
+  const auto factor = static_cast<float>(std::pow(1000.0, 1.0 / 10));
+  while (expected.size() < 11) expected.push_back(expected.back() * factor);
+  expected.push_back(1000);
+  EXPECT_EQ(histogram->getBins(), expected);
+  EXPECT_EQ(StatsHistogram::createExponentialBins(0, 10, 1)->getBins(),
+            (std::vector<float>{kLowest, 0, 10}));
 }
 
 TEST(HistogramTest, ExplicitEdgesAreTakenAsTheyAre) {

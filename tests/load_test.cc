@@ -1,10 +1,12 @@
 // The engine under load: no atom unaccounted for, no byte left behind.
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <random>
+#include <utility>
 
+#include "histogram/stats_histogram.h"
 #include "tests/heap_counter.h"
 #include "tests/test_support.h"
 
@@ -24,85 +26,115 @@ constexpr int kEvents = 1'000'000;
 #endif
 constexpr int kThreads = 8;
 
-class CountingStats : public aidl::android::frameworks::stats::IStats {
+/// The books of a run, kept by the reporter thread: at each report, and at each line that says that
+/// a batch was dropped.
+class Books : public aidl::android::frameworks::stats::IStats {
  public:
-  ndk::ScopedAStatus reportVendorAtom(const VendorAtom&) override {
-    ++reports;
+  explicit Books(const host::VirtualTime& time) : time_(time) {}
+
+  ndk::ScopedAStatus reportVendorAtom(const VendorAtom& atom) override {
+    ++delivered;
+    taken_ = SensorVelaTestPeer::AtomsTaken(*engine, time_);
+    if (atom.atomId == 100243) CheckSequence(atom);
     return ndk::ScopedAStatus::ok();
   }
-  std::int64_t reports = 0;  // Of the one reporter thread.
+
+  /// All that was taken since the last report or the last such line has just been lost.
+  void Drop() {
+    const std::int64_t taken = SensorVelaTestPeer::AtomsTaken(*engine, time_);
+    dropped += taken - std::exchange(taken_, taken);
+    ++drops_;
+  }
+
+  SensorVela* engine = nullptr;
+  std::int64_t delivered = 0;
+  std::int64_t dropped = 0;
+  int out_of_sequence = 0;
+
+ private:
+  /// Each thread numbers its atoms: they come in order, and only a line explains a gap.
+  void CheckSequence(const VendorAtom& atom) {
+    using Value = aidl::android::frameworks::stats::VendorAtomValue;
+    auto& last = last_[static_cast<std::size_t>(atom.values[0].get<Value::intValue>())];
+    const std::int64_t number = atom.values[3].get<Value::longValue>();
+    const bool is_next = number == last.number + 1;
+    const bool is_explained = number > last.number && drops_ > last.drops;
+    if (!is_next && !is_explained) ++out_of_sequence;
+    last = {number, drops_};
+  }
+
+  struct Last {
+    std::int64_t number = -1;
+    int drops = 0;
+  };
+
+  const host::VirtualTime& time_;
+  std::int64_t taken_ = 0;
+  int drops_ = 0;
+  std::array<Last, kThreads> last_;
 };
+
+/// One of a series of service outages of every kind.
+void NextOutage(int number, const std::shared_ptr<Books>& books) {
+  switch (number % 5) {
+    case 0:
+      return host::UndeclareService(kInstance);
+    case 1:
+      return host::UnregisterService(kInstance);
+    case 2:
+      return host::RegisterService(kInstance, books);
+    case 3:
+      return host::DeclareService(kInstance);
+    default:
+      return host::ReleaseServiceWaits(kInstance);
+  }
+}
 
 TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
   host::VirtualTime time;
-  const auto stats = std::make_shared<CountingStats>();
-  host::DeclareService(kInstance);
-  std::unique_ptr<SensorVela> engine;
-  std::int64_t dropped = 0;
+  const auto books = std::make_shared<Books>(time);
   const host::ScopedLogSink sink([&](int, std::string_view, std::string_view text) {
-    if (text != "Failed to get IStats service. Atoms are dropped.") return;
-    // Logged by the reporter thread, which has taken all but what is queued and has now lost what
-    // it took last.
-    const std::int64_t taken = SensorVelaTestPeer::AtomsTaken(*engine, time);
-    dropped = taken - stats->reports;
+    if (text == "Failed to get IStats service. Atoms are dropped.") books->Drop();
   });
-  engine =
+  host::DeclareService(kInstance);  // The reporter waits for it, and so touches no books yet.
+  auto engine =
       std::make_unique<SensorVela>(std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr));
+  books->engine = engine.get();
 
-  std::atomic<bool> done = false;
-  std::thread outages([&] {
-    std::mt19937 random(1);
-    while (!done) {
-      switch (random() % 4) {
-        case 0:
-          host::DeclareService(kInstance);
-          break;
-        case 1:
-          host::UndeclareService(kInstance);
-          break;
-        case 2:
-          host::UnregisterService(kInstance);
-          break;
-        default:
-          host::RegisterService(kInstance, stats);
-      }
-      std::this_thread::yield();
-    }
-  });
   OnThreads(kThreads, [&](int thread) {
     const SensorVela::SensorId sensor = {static_cast<std::uint32_t>(thread), 0};
-    for (int i = 0; i < kEvents / kThreads; i += 4) {
+    for (int i = 0; i < kEvents / kThreads / 4; ++i) {
+      if (i % 100 == thread) NextOutage(i / 100, books);
       engine->LogSensorLatency(sensor, i);
       engine->LogSensorHalError(sensor, SensorVela::HalCall{5}, i);
       engine->ReportHalLatency(SensorVela::HalOperation{1}, sensor, i);
       engine->ReportHalSensorDisabled(sensor);
     }
   });
-  done = true;
-  outages.join();
 
   // The last batch waits for the service, and behind it there is more, when the engine is
   // destroyed.
-  host::RegisterService(kInstance, stats);
+  host::RegisterService(kInstance, books);
   time.WaitUntilAtRest();
   host::UnregisterService(kInstance);
   host::DeclareService(kInstance);
-  engine->ReportFirmwareState(1, SensorVela::FirmwareState{1}, 1);
+  const auto report = [&] { engine->ReportFirmwareState(1, SensorVela::FirmwareState{1}, 1); };
+  report();
   time.WaitUntilSettled();
-  for (int i = 0; i < 3; ++i) engine->ReportFirmwareState(1, SensorVela::FirmwareState{1}, 1);
+  for (int i = 0; i < 3; ++i) report();
   const auto queued = static_cast<std::int64_t>(time.Notifications());
   const std::int64_t discarded = queued - SensorVelaTestPeer::AtomsTaken(*engine, time);
-  std::thread destruction([&] { engine->~SensorVela(); });
+  std::thread destruction([&] { engine.reset(); });
   time.WaitForNotifications(static_cast<std::uint64_t>(queued) + 1);
   host::ReleaseServiceWaits(kInstance);
   destruction.join();
-  ::operator delete(engine.release());
   host::ResetServices();
 
-  // First samples, errors up to the cap, latencies, disabled atoms, and the last four.
+  // First samples, errors up to the cap, latencies and disabled atoms, and the last four.
   EXPECT_EQ(queued, kThreads + 10 + kEvents / 2 + 4);
   EXPECT_EQ(discarded, 3);
-  EXPECT_EQ(queued, stats->reports + dropped + discarded);
+  EXPECT_EQ(queued, books->delivered + books->dropped + discarded);
+  EXPECT_EQ(books->out_of_sequence, 0);
 }
 
 TEST(LoadTest, AYearOfCyclesLeavesTheHeapAsItWas) {
@@ -123,6 +155,27 @@ TEST(LoadTest, AYearOfCyclesLeavesTheHeapAsItWas) {
     if (cycle == 2) after_the_second = HeapBytesInUse();
   }
   EXPECT_EQ(HeapBytesInUse(), after_the_second);
+}
+
+TEST(LoadTest, TheSteadyPathsAllocateNothing) {
+  World world;
+  world.Start();
+  const SensorVela::SensorId sensor = {1, 1};
+  const auto sample = [&] { world.engine->LogSensorLatency(sensor, 0); };
+  const auto error = [&] { world.engine->LogSensorHalError(sensor, SensorVela::HalCall{}, 0); };
+  const auto histogram = android::util::statslogapigen::StatsHistogram::createLinearBins(0, 1, 9);
+  sample();
+  for (int i = 0; i < 10; ++i) error();
+  world.Seen();
+  const host::ScopedLogSink to_nowhere([](int, std::string_view, std::string_view) {});
+  const std::int64_t before = AllocationsOfThisThread();
+  for (int i = 0; i < 100; ++i) {
+    sample();
+    error();  // Past the cap.
+    histogram->addValue(static_cast<float>(i));
+  }
+  histogram->clear();
+  EXPECT_EQ(AllocationsOfThisThread(), before);
 }
 
 }  // namespace

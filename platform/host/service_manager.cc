@@ -7,6 +7,7 @@
 #include <map>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 #include "platform/host/binder.h"
 #include "platform/host/timeline.h"
@@ -27,6 +28,7 @@ struct Instance {
   std::list<Waiter*> waiters;
 };
 
+/// A service that goes away is destroyed after the lock has been released: it may call back.
 class ServiceManager {
  public:
   // Never destroyed: a reporter thread may look its service up while the process exits.
@@ -50,10 +52,11 @@ class ServiceManager {
   }
 
   void Reset() {
+    std::vector<std::shared_ptr<IStats>> retired;
     const std::lock_guard lock(mutex_);
     for (auto& [name, instance] : instances_) {
       instance.declared = false;
-      instance.service.reset();
+      retired.push_back(std::exchange(instance.service, nullptr));
       Release(instance);
     }
   }
@@ -95,13 +98,14 @@ void UndeclareService(const std::string& instance) {
 
 void RegisterService(const std::string& instance, std::shared_ptr<IStats> service) {
   ServiceManager::Get().Update(instance, [&](Instance& found) {
-    found.service = std::move(service);
+    found.service.swap(service);
     ServiceManager::Get().Release(found);
   });
 }
 
 void UnregisterService(const std::string& instance) {
-  ServiceManager::Get().Update(instance, [](Instance& found) { found.service.reset(); });
+  std::shared_ptr<IStats> retired;
+  ServiceManager::Get().Update(instance, [&](Instance& found) { found.service.swap(retired); });
 }
 
 void ReleaseServiceWaits(const std::string& instance) {

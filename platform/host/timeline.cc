@@ -79,6 +79,7 @@ void Timeline::AddBlocked() {
 void Timeline::RemoveBlocked(std::size_t count) {
   const std::lock_guard lock(mutex_);
   blocked_ -= count;
+  changed_.notify_all();
 }
 
 void Timeline::RunTo(std::chrono::nanoseconds instant) {

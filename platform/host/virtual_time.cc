@@ -11,8 +11,6 @@ VirtualTime::Instant VirtualTime::Now() const { return Timeline::Get().now(); }
 
 void VirtualTime::RunTo(Instant instant) { Timeline::Get().RunTo(instant); }
 
-void VirtualTime::RunFor(std::chrono::nanoseconds duration) { RunTo(Now() + duration); }
-
 void VirtualTime::JumpTo(Instant instant) { Timeline::Get().MoveTo(instant, true); }
 
 void VirtualTime::SlipTo(Instant instant) { Timeline::Get().MoveTo(instant, false); }

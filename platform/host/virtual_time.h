@@ -12,8 +12,9 @@ namespace sensorvela::host {
 /// from the timeline's own zero.
 ///
 /// Construct it before the first engine and destroy it after the last, one at a time; anything else
-/// aborts. Its operations may be called from any thread, but those that wait for an engine not from
-/// that engine's own.
+/// aborts. Meanwhile only reporter threads may wait in the service manager. An engine whose thread
+/// could not start never comes to rest and cannot be told from one that is busy. Its operations may
+/// be called from any thread, but those that wait for an engine not from that engine's own.
 class VirtualTime {
  public:
   using Instant = std::chrono::nanoseconds;
@@ -29,7 +30,6 @@ class VirtualTime {
   /// way is reached at its own instant, and what it wakes runs until settled before time goes on.
   /// Begins and ends settled. An instant in the past moves nothing.
   void RunTo(Instant instant);
-  void RunFor(std::chrono::nanoseconds duration);
 
   /// Moves the clocks in one step and wakes every sleeper whose deadline has been reached. Waits
   /// for nobody.
