@@ -1,5 +1,6 @@
-# Turns abidw's XML into a line for each record and each of its members, with the member's offset in
-# bits, its name and its type. Run over the same file twice: types are named after they are used.
+# Turns abidw's XML into a line for each of our records, for each of its members (offset in bits, name,
+# type) and for each slot of its virtual table. Run over the same file twice: types are named after
+# they are used.
 function attribute(name) {
   return match($0, name "='[^']*'") ? substr($0, RSTART + length(name) + 2, RLENGTH - length(name) - 3) : ""
 }
@@ -9,7 +10,7 @@ NR == FNR {
 }
 /<class-decl .*[^\/]>$/ {
   record = attribute("name")
-  if (record in seen) record = ""
+  if (record in seen || attribute("filepath") !~ /(atoms|engine|histogram)\//) record = ""
   seen[record] = 1
   stack[++depth] = record
   if (record != "") printf "%s: %s bits in all\n", record, attribute("size-in-bits")
@@ -22,4 +23,9 @@ NR == FNR {
   gsub("&gt;", ">", type)
   if (stack[depth] != "") printf "%s: %5d %s %s\n", stack[depth], offset, attribute("name"), type
   offset = ""
+}
+/<member-function .*vtable-offset/ { slot = attribute("vtable-offset") }
+/<function-decl / && slot != "" {
+  if (stack[depth] != "") printf "%s: virtual slot %2d %s\n", stack[depth], slot, attribute("name")
+  slot = ""
 }
