@@ -67,11 +67,12 @@ constexpr std::array kHalSensorState = {
     ValueInfo{"state", kInt, "1: disabled, 2: enabled"},
     ValueInfo{"sampling_period_ns", kLong, "nanoseconds; -1 when disabled"},
     ValueInfo{"sample_count", kInt, "samples since the last enable; -1 when enabled"},
-    ValueInfo{"late_sample_count", kInt,
-              "of these, samples that came more than 1.1 sampling periods after the one before; "
-              "-1 when enabled"},
+    ValueInfo{
+        "late_sample_count", kInt,
+        "of these, samples more than 1.1 sampling periods after the one before, or the enable; "
+        "-1 when enabled"},
     ValueInfo{"latency_histogram", kInts,
-              "samples delivered within 2.5 ms, 5 ms, 10 ms, 20 ms, and later; empty when enabled"},
+              "samples by latency: up to 2.5 ms, 5 ms, 10 ms, 20 ms, and more; empty when enabled"},
 };
 
 constexpr std::array kSensorHalLatency = {

@@ -1,20 +1,25 @@
 #include "tools/event_kinds.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
 #include "engine/sensor_vela.h"
+#include "tools/diagnostics.h"
+#include "tools/outside_atom.h"
 #include "tools/printable_text.h"
 #include "tools/replay.h"
+#include "tools/sample_trains.h"
 
 namespace sensorvela::replay {
 namespace {
 
 constexpr std::int32_t kMaxCount = 1'000'000;
 
-// Of the names in the description; wider than any.
+// Of the names in the description, wider than any, and of its lines.
 constexpr std::size_t kNameWidth = 25;
+constexpr std::size_t kLineWidth = 100;
 
 SensorVela::SensorId ReadSensor(FieldReader& fields) {
   const auto high = fields.Integer<std::uint32_t>("sensor_high");
@@ -26,27 +31,56 @@ std::int32_t ReadCount(FieldReader& fields) {
   return fields.OptionalInteger<std::int32_t>("count", 1, 1, kMaxCount);
 }
 
+SupplierKind ReadSupplier(FieldReader& fields) {
+  constexpr std::array<std::string_view, 3> kNames = {"none", "first", "second"};
+  constexpr std::array kKinds = {SupplierKind::kNone, SupplierKind::kFirstGeneration,
+                                 SupplierKind::kSecondGeneration};
+  return kKinds.at(fields.OptionalChoice("supplier", kNames, 2));
+}
+
+SensorVela::TarnVelaProxEvent ReadProxEvent(FieldReader& fields) {
+  const auto integer = [&](std::string_view name) {
+    return fields.OptionalInteger<std::int32_t>(name, 0);
+  };
+  const auto number = [&](std::string_view name) { return fields.OptionalFloat(name); };
+  return {integer("int_0"),  integer("int_1"),  integer("int_2"),  integer("int_3"),
+          integer("int_4"),  integer("int_5"),  integer("int_6"),  integer("int_7"),
+          number("float_0"), number("float_1"), number("float_2"), number("float_3"),
+          integer("int_8"),  integer("int_9"),  number("float_4"), number("float_5"),
+          number("float_6")};
+}
+
+/// The engine is called once.
+template <typename Call>
+Action CallOnce(const Call& call) {
+  return [=](Replay& replay) { replay.CallEngine(1, call); };
+}
+
 /// An event without fields of its own.
 template <void (Replay::*Step)()>
-Action Plain(FieldReader&) {
+Action Plain(FieldReader&, TraceFacts&) {
   return [](Replay& replay) { (replay.*Step)(); };
 }
 
 template <Answer Given>
-Action AnswerReports(FieldReader& fields) {
+Action AnswerReports(FieldReader& fields, TraceFacts&) {
   const auto reports = fields.Integer<std::int32_t>("reports", 1, kMaxCount);
   return [=](Replay& replay) { replay.AnswerNext(reports, Given); };
 }
 
-Action Nothing(FieldReader&) {
+Action Nothing(FieldReader&, TraceFacts&) {
   return [](Replay&) {};
 }
 
 constexpr EventKind kEventKinds[] = {
-    {"engine_start", "the host constructs the engine", Place::kStartsEngine,
-     Plain<&Replay::StartEngine>},
+    {"engine_start", "the host constructs the engine; supplier: none, first or second generation",
+     Place::kStartsEngine,
+     [](FieldReader& fields, TraceFacts& facts) -> Action {
+       facts.supplier = ReadSupplier(fields);
+       return [supplier = facts.supplier](Replay& replay) { replay.StartEngine(supplier); };
+     }},
     {"hal_error", "a call into the sensors HAL fails, count times", Place::kNeedsEngine,
-     [](FieldReader& fields) -> Action {
+     [](FieldReader& fields, TraceFacts&) -> Action {
        const auto sensor = ReadSensor(fields);
        const auto call = SensorVela::HalCall{fields.Integer<std::int32_t>("call")};
        const auto error = fields.Integer<std::int32_t>("error");
@@ -57,7 +91,7 @@ constexpr EventKind kEventKinds[] = {
        };
      }},
     {"runtime_error", "a sensor fails while it runs, count times", Place::kNeedsEngine,
-     [](FieldReader& fields) -> Action {
+     [](FieldReader& fields, TraceFacts&) -> Action {
        const auto sensor = ReadSensor(fields);
        const auto type = SensorVela::ErrorType{fields.Integer<std::int32_t>("type")};
        const auto code = fields.Integer<std::int32_t>("code");
@@ -66,6 +100,83 @@ constexpr EventKind kEventKinds[] = {
          replay.CallEngine(
              count, [=](SensorVela& engine) { engine.LogSensorRuntimeError(sensor, type, code); });
        };
+     }},
+    {"sensor_enabled", "a sensor is enabled with that sampling period", Place::kNeedsEngine,
+     [](FieldReader& fields, TraceFacts&) -> Action {
+       const auto sensor = ReadSensor(fields);
+       const auto period_ns = fields.Integer<std::int64_t>("period_ns");
+       return CallOnce(
+           [=](SensorVela& engine) { engine.ReportHalSensorEnabled(sensor, period_ns); });
+     }},
+    {"sensor_disabled", "a sensor is disabled", Place::kNeedsEngine,
+     [](FieldReader& fields, TraceFacts&) -> Action {
+       const auto sensor = ReadSensor(fields);
+       return CallOnce([=](SensorVela& engine) { engine.ReportHalSensorDisabled(sensor); });
+     }},
+    {"sample", "a sample that bears that timestamp arrives at at_ns", Place::kNeedsEngine,
+     [](FieldReader& fields, TraceFacts&) -> Action {
+       const auto sensor = ReadSensor(fields);
+       const auto timestamp_ns = fields.Integer<std::int64_t>("timestamp_ns");
+       return [=](Replay& replay) { replay.DeliverSample(sensor, timestamp_ns); };
+     }},
+    {"samples",
+     "a train of count samples: the first bears the timestamp at_ns, each next one that of the one "
+     "before plus interval_ns, and gap_ns more after every gap_every samples; each arrives "
+     "latency_ns after its timestamp",
+     Place::kNeedsEngine,
+     [](FieldReader& fields, TraceFacts&) -> Action {
+       const auto sensor = ReadSensor(fields);
+       const auto train = ReadSampleTrain(fields, sensor);
+       return [=](Replay& replay) { replay.StartTrain(train); };
+     }},
+    {"first_sample", "the host itself reports a sensor's first sample", Place::kNeedsEngine,
+     [](FieldReader& fields, TraceFacts&) -> Action {
+       const auto sensor = ReadSensor(fields);
+       const auto latency_ns = fields.Integer<std::int64_t>("latency_ns");
+       return CallOnce([=](SensorVela& engine) { engine.ReportFirstSample(sensor, latency_ns); });
+     }},
+    {"prox", "a proximity status report; fields left out are 0", Place::kNeedsEngine,
+     [](FieldReader& fields, TraceFacts&) -> Action {
+       const auto event = ReadProxEvent(fields);
+       return CallOnce([=](SensorVela& engine) { engine.LogSensorProxEvent(event); });
+     }},
+    {"hal_latency", "an operation of the sensors HAL took that long", Place::kNeedsEngine,
+     [](FieldReader& fields, TraceFacts&) -> Action {
+       const auto operation = SensorVela::HalOperation{fields.Integer<std::int32_t>("operation")};
+       const auto sensor = ReadSensor(fields);
+       const auto latency_ns = fields.Integer<std::int64_t>("latency_ns");
+       return CallOnce(
+           [=](SensorVela& engine) { engine.ReportHalLatency(operation, sensor, latency_ns); });
+     }},
+    {"firmware_state", "a sensor firmware changes its state", Place::kNeedsEngine,
+     [](FieldReader& fields, TraceFacts&) -> Action {
+       const auto subject_id = fields.Integer<std::int32_t>("subject_id");
+       const auto state = SensorVela::FirmwareState{fields.Integer<std::int32_t>("state")};
+       const auto detail_code = fields.Integer<std::int32_t>("detail_code");
+       return CallOnce(
+           [=](SensorVela& engine) { engine.ReportFirmwareState(subject_id, state, detail_code); });
+     }},
+    {"atom",
+     "an atom that is not of the engine's making; each of the values is an object of one field, "
+     "named after its kind: int, long, float, string, bool, ints, longs, floats, strings, bools or "
+     "bytes",
+     Place::kNeedsEngine,
+     [](FieldReader& fields, TraceFacts&) -> Action {
+       const auto atom = ReadOutsideAtom(fields);
+       return CallOnce([=](SensorVela& engine) { engine.ReportVendorAtomAsync(atom); });
+     }},
+    {"diagnostics",
+     "what the supplier answers when a cycle ends, from now on; an item left out is absent, or all "
+     "zeros from a first-generation supplier, which has only processor (4 numbers) and the queues "
+     "(6 each). Lists of records: ipc_error_rates (4 numbers each), sensor_usages (7), "
+     "gating_contexts (9), and memory, objects with kind and any of shared_value, "
+     "pressure_value_1 to pressure_value_4, serviceability_value_1, serviceability_value_2, "
+     "bucket_allocation_count and bucket_duration_ms (20 numbers each). dram_exception has 5 "
+     "numbers, prox_stats 20",
+     Place::kNeedsEngine,
+     [](FieldReader& fields, TraceFacts& facts) -> Action {
+       const auto diagnostics = ReadDiagnostics(fields, facts.supplier);
+       return [=](Replay& replay) { replay.SetDiagnostics(diagnostics); };
      }},
     {"service_declared", "the device declares the stats service: lookups wait for it",
      Place::kAnywhere, Plain<&Replay::DeclareService>},
@@ -83,12 +194,26 @@ constexpr EventKind kEventKinds[] = {
      AnswerReports<Answer::kNoStatus>},
     {"time_passes", "nothing happens but the passing of time", Place::kAnywhere, Nothing},
     {"note", "a line of the story, printed with the output", Place::kAnywhere,
-     [](FieldReader& fields) -> Action {
+     [](FieldReader& fields, TraceFacts&) -> Action {
        return [text = fields.Text("text")](Replay& replay) { replay.Note(text); };
      }},
-    {"end", "the host destroys the engine; must be last, and may be left out", Place::kLast,
-     Nothing},
+    {"end",
+     "the host destroys the engine, and trains under way are cut; must be last; without it the run "
+     "ends with the last event and the last train",
+     Place::kLast, Plain<&Replay::CutTrains>},
 };
+
+/// `text` in lines of the description's right column.
+std::string InRightColumn(std::string_view text) {
+  constexpr std::size_t kWidth = kLineWidth - kNameWidth;
+  std::string lines;
+  while (text.size() > kWidth) {
+    const std::size_t space = text.rfind(' ', kWidth);
+    lines += std::string(text.substr(0, space)) + '\n' + std::string(kNameWidth, ' ');
+    text.remove_prefix(space + 1);
+  }
+  return lines + std::string(text) + '\n';
+}
 
 }  // namespace
 
@@ -108,12 +233,13 @@ std::string DescribeEventKinds() {
   std::string description;
   for (const EventKind& kind : kEventKinds) {
     FieldReader fields;
-    kind.read(fields);
-    std::string line = "  " + std::string(kind.name);
-    line.resize(kNameWidth, ' ');
-    description += line + std::string(kind.help) + '\n';
+    TraceFacts facts;
+    kind.read(fields, facts);
+    std::string name = "  " + std::string(kind.name);
+    name.resize(kNameWidth, ' ');
+    description += name + InRightColumn(kind.help);
     if (const std::string list = fields.FieldList(); !list.empty()) {
-      description += std::string(kNameWidth, ' ') + "fields: " + list + '\n';
+      description += std::string(kNameWidth, ' ') + InRightColumn("fields: " + list);
     }
   }
   return description;

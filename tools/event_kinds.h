@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "tools/diagnostics.h"
 #include "tools/field_reader.h"
 
 namespace sensorvela::replay {
@@ -23,13 +24,18 @@ enum class Place {
   kLast,
 };
 
+/// What one event says that matters for reading those after it.
+struct TraceFacts {
+  SupplierKind supplier = SupplierKind::kSecondGeneration;
+};
+
 /// One kind of event. To add a kind is to add an entry to the table in event_kinds.cc.
 struct EventKind {
   std::string_view name;
   std::string_view help;
   Place place;
   /// Reads the kind's own fields, beyond `at_ns` and `event`, and says what the event does.
-  Action (*read)(FieldReader& fields);
+  Action (*read)(FieldReader& fields, TraceFacts& facts);
 };
 
 std::span<const EventKind> EventKinds();

@@ -5,50 +5,53 @@
 #include "tools/printable_text.h"
 
 namespace sensorvela::replay {
-namespace {
 
-using nlohmann::json;
-
-[[noreturn]] void Reject(std::string_view name, const std::string& found,
-                         const std::string& expected) {
-  throw EventError("field " + Quoted(name) + " " + found + ": expected " + expected);
-}
-
-bool FitsInt64(const json& number) {
-  return !number.is_number_unsigned() ||
-         number.get<std::uint64_t>() <=
-             static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-}
-
-}  // namespace
-
-std::int64_t FieldReader::ReadInteger(std::string_view name, Range range,
-                                      const std::int64_t* fallback) {
-  const std::string expected =
-      "an integer from " + std::to_string(range.min) + " to " + std::to_string(range.max);
-  const json* value = Find(name, fallback != nullptr, expected);
-  if (value == nullptr) return fallback != nullptr ? *fallback : range.min;
-  if (!value->is_number()) Reject(name, "has type " + std::string(value->type_name()), expected);
-  // Integers of more than 64 bits arrive as floating-point numbers.
-  if (value->is_number_float()) Reject(name, "is not a plain 64-bit integer", expected);
-  if (FitsInt64(*value)) {
-    const auto number = value->get<std::int64_t>();
-    if (number >= range.min && number <= range.max) return number;
-  }
-  Reject(name, "is " + value->dump(), expected);
+float FieldReader::OptionalFloat(std::string_view name) {
+  const auto value = OptionalValue(name);
+  return value ? value->Float() : 0;
 }
 
 std::string FieldReader::Text(std::string_view name) {
-  const json* value = Find(name, false, "a string");
-  if (value == nullptr) return {};
-  if (!value->is_string()) Reject(name, "has type " + std::string(value->type_name()), "a string");
-  return value->get<std::string>();
+  const auto value = RequiredValue(name, "a string");
+  return value ? value->Text() : "";
+}
+
+std::string FieldReader::OptionalText(std::string_view name) {
+  const auto value = OptionalValue(name);
+  return value ? value->Text() : "";
+}
+
+std::size_t FieldReader::OptionalChoice(std::string_view name,
+                                        std::span<const std::string_view> choices,
+                                        std::size_t fallback) {
+  const auto value = OptionalValue(name);
+  if (!value) return fallback;
+  const std::string text = value->Text();
+  std::string expected;
+  for (std::size_t i = 0; i < choices.size(); ++i) {
+    if (text == choices[i]) return i;
+    expected += (i == 0 ? "one of " : ", ") + std::string(choices[i]);
+  }
+  value->Reject("is " + Quoted(text), expected);
+}
+
+std::vector<CheckedValue> FieldReader::List(std::string_view name) {
+  const auto value = RequiredValue(name, "an array");
+  return value ? value->List() : std::vector<CheckedValue>();
+}
+
+std::optional<CheckedValue> FieldReader::OptionalValue(std::string_view name) {
+  fields_.push_back({std::string(name), true});
+  if (object_ == nullptr) return std::nullopt;
+  const auto found = object_->find(fields_.back().name);
+  if (found == object_->end()) return std::nullopt;
+  return CheckedValue(*found, path_ + fields_.back().name);
 }
 
 void FieldReader::RejectOtherFields() const {
-  for (const auto& [name, value] : event_->items()) {
+  for (const auto& [name, value] : object_->items()) {
     if (std::ranges::find(fields_, name, &Field::name) == fields_.end()) {
-      throw EventError("unknown field " + Quoted(name) + ": expected no others than " +
+      throw EventError("unknown field " + Quoted(path_ + name) + ": expected no others than " +
                        FieldList());
     }
   }
@@ -63,13 +66,21 @@ std::string FieldReader::FieldList() const {
   return list;
 }
 
-const json* FieldReader::Find(std::string_view name, bool optional, const std::string& expected) {
-  fields_.push_back({std::string(name), optional});
-  if (event_ == nullptr) return nullptr;
-  const auto found = event_->find(fields_.back().name);
-  if (found != event_->end()) return &*found;
-  if (optional) return nullptr;
-  throw EventError("missing field " + Quoted(name) + ": expected " + expected);
+std::int64_t FieldReader::ReadInteger(std::string_view name, IntegerRange range,
+                                      std::optional<std::int64_t> fallback) {
+  const auto value = fallback ? OptionalValue(name) : RequiredValue(name, range.Description());
+  return value ? value->IntegerIn(range) : fallback.value_or(range.min);
+}
+
+std::optional<CheckedValue> FieldReader::RequiredValue(std::string_view name,
+                                                       std::string_view expected) {
+  const auto value = OptionalValue(name);
+  fields_.back().optional = false;
+  if (!value && object_ != nullptr) {
+    throw EventError("missing field " + Quoted(path_ + std::string(name)) + ": expected " +
+                     std::string(expected));
+  }
+  return value;
 }
 
 }  // namespace sensorvela::replay

@@ -1,29 +1,31 @@
-// Reads the fields of one event and checks them: presence, type, range, and that there are no
-// others.
+// Reads the fields of a JSON object of a trace and checks them: presence, content, and that there
+// are no others.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tools/checked_value.h"
+
 namespace sensorvela::replay {
 
-/// What is wrong with an event and what was expected, in one printable line.
-class EventError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-/// Reads the fields of one event, each by its name and once. A field that is not as asked for
+/// Reads the fields of one object, each by its name and once. A field that is not as asked for
 /// throws `EventError`.
 class FieldReader {
  public:
-  /// Reads from `event`, a JSON object that outlives the reader.
-  explicit FieldReader(const nlohmann::json& event) : event_(&event) {}
+  /// Reads the fields of an event, a JSON object that outlives the reader.
+  explicit FieldReader(const nlohmann::json& event) : object_(&event) {}
+
+  /// Reads the fields of an object inside of an event.
+  explicit FieldReader(const CheckedValue& nested)
+      : object_(&nested.Object()), path_(nested.name() + '.') {}
 
   /// Reads nothing: takes note of the fields that it is asked for, and answers with any value.
   FieldReader() = default;
@@ -32,40 +34,54 @@ class FieldReader {
   template <typename Int>
   Int Integer(std::string_view name, Int min = std::numeric_limits<Int>::min(),
               Int max = std::numeric_limits<Int>::max()) {
-    return static_cast<Int>(ReadInteger(name, {min, max}, nullptr));
+    return static_cast<Int>(ReadInteger(name, {min, max}, std::nullopt));
   }
 
-  /// The same; `fallback` when the event has no such field.
+  /// The same; `fallback` when there is no such field.
   template <typename Int>
-  Int OptionalInteger(std::string_view name, Int fallback, Int min, Int max) {
-    const std::int64_t wide_fallback = fallback;
-    return static_cast<Int>(ReadInteger(name, {min, max}, &wide_fallback));
+  Int OptionalInteger(std::string_view name, Int fallback,
+                      Int min = std::numeric_limits<Int>::min(),
+                      Int max = std::numeric_limits<Int>::max()) {
+    return static_cast<Int>(ReadInteger(name, {min, max}, fallback));
   }
+
+  /// 0 when there is no such field.
+  float OptionalFloat(std::string_view name);
 
   std::string Text(std::string_view name);
 
-  /// Throws when the event has a field that was not read.
+  /// Empty when there is no such field.
+  std::string OptionalText(std::string_view name);
+
+  /// The position in `choices` of the field's text; `fallback` when there is no such field.
+  std::size_t OptionalChoice(std::string_view name, std::span<const std::string_view> choices,
+                             std::size_t fallback);
+
+  std::vector<CheckedValue> List(std::string_view name);
+
+  /// For a field that none of the others can read.
+  std::optional<CheckedValue> OptionalValue(std::string_view name);
+
+  /// Throws when the object has a field that was not read.
   void RejectOtherFields() const;
 
   /// The fields read so far, in order, optional ones in brackets.
   std::string FieldList() const;
 
  private:
-  struct Range {
-    std::int64_t min;
-    std::int64_t max;
-  };
   struct Field {
     std::string name;
     bool optional;
   };
 
-  std::int64_t ReadInteger(std::string_view name, Range range, const std::int64_t* fallback);
+  std::int64_t ReadInteger(std::string_view name, IntegerRange range,
+                           std::optional<std::int64_t> fallback);
 
-  /// The field's value; null when there is none and it is optional, or when nothing is read.
-  const nlohmann::json* Find(std::string_view name, bool optional, const std::string& expected);
+  /// The field's value. None when nothing is read.
+  std::optional<CheckedValue> RequiredValue(std::string_view name, std::string_view expected);
 
-  const nlohmann::json* event_ = nullptr;
+  const nlohmann::json* object_ = nullptr;
+  std::string path_;
   std::vector<Field> fields_;
 };
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/host/service_manager.h"
+#include "tools/diagnostics_suppliers.h"
 
 namespace sensorvela::replay {
 
@@ -32,29 +33,6 @@ class Replay::Service : public IStats {
   Replay& replay_;
 };
 
-/// Has nothing to report. Its first operation is called once in every upload, so it counts cycles.
-class Replay::Supplier : public SensorVela::SystemDiagnosticsSupplierV2 {
- public:
-  explicit Supplier(Replay& replay) : replay_(replay) {}
-
-  std::unique_ptr<SensorVela::ProcessorDiag> GetProcessorDiagnostics() override {
-    replay_.OnCycleEnd();
-    return nullptr;
-  }
-  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType1() override { return nullptr; }
-  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType2() override { return nullptr; }
-  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType3() override { return nullptr; }
-  std::vector<SensorVela::IpcErrorRate> GetIpcErrorRates() override { return {}; }
-  std::vector<SensorVela::MemoryPressure> GetMemoryPressures() override { return {}; }
-  std::vector<SensorVela::SensorUsage> GetSensorUsages() override { return {}; }
-  std::vector<SensorVela::GatingContext> GetGatingContexts() override { return {}; }
-  std::unique_ptr<SensorVela::DramException> GetDramException() override { return nullptr; }
-  std::unique_ptr<SensorVela::AadProxStats> GetAadProxStats() override { return nullptr; }
-
- private:
-  Replay& replay_;
-};
-
 Replay::Replay(Report& report, bool report_log)
     : stats_instance_(std::string(IStats::descriptor) + "/default"),
       report_log_(report_log),
@@ -70,19 +48,61 @@ Replay::~Replay() {
 
 void Replay::Run(const std::vector<Event>& events) {
   for (const Event& event : events) {
+    DeliverTrains(event.at);
     time_.RunTo(event.at);
     event.action(*this);
     time_.WaitUntilSettled();
   }
+  DeliverTrains(host::VirtualTime::Instant::max());
   const std::uint64_t queued = time_.Notifications();
   DestroyEngine();
   summary_.dropped = queued - summary_.delivered - summary_.failed;
+  summary_.sensors = sensor_tally_.Summaries();
   report_.Finish(summary_);
 }
 
-void Replay::StartEngine() {
-  engine_ = std::make_unique<SensorVela>(
-      std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2>(std::make_unique<Supplier>(*this)));
+void Replay::StartEngine(SupplierKind supplier) {
+  const auto on_cycle_end = [this] { return OnCycleEnd(); };
+  switch (supplier) {
+    case SupplierKind::kNone:
+      engine_ =
+          std::make_unique<SensorVela>(std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2>());
+      break;
+    case SupplierKind::kFirstGeneration:
+      summary_.cycles_ended = 0;
+      engine_ = std::make_unique<SensorVela>(MakeFirstGenerationSupplier(on_cycle_end));
+      break;
+    case SupplierKind::kSecondGeneration:
+      summary_.cycles_ended = 0;
+      engine_ = std::make_unique<SensorVela>(MakeSecondGenerationSupplier(on_cycle_end));
+      break;
+  }
+}
+
+void Replay::DeliverTrains(host::VirtualTime::Instant until) {
+  while (trains_.HasSampleBy(until)) {
+    const SampleTrains::Sample sample = trains_.TakeNext();
+    time_.RunTo(sample.arrival);  // Begins settled, so that each sample is done before the next.
+    DeliverSample(sample.sensor, sample.timestamp_ns);
+  }
+  time_.WaitUntilSettled();
+}
+
+void Replay::DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns) {
+  {
+    const std::lock_guard lock(mutex_);
+    sensor_tally_.CountSample(sensor);
+  }
+  engine_->LogSensorLatency(sensor, timestamp_ns);
+}
+
+void Replay::StartTrain(const SampleTrain& train) { trains_.Start(train, time_.Now()); }
+
+void Replay::CutTrains() { trains_.Cut(); }
+
+void Replay::SetDiagnostics(const Diagnostics& diagnostics) {
+  const std::lock_guard lock(mutex_);
+  diagnostics_ = diagnostics;
 }
 
 void Replay::DestroyEngine() {
@@ -129,14 +149,20 @@ void Replay::OnLogLine(int priority, std::string_view tag, std::string_view text
 Answer Replay::OnReport(const VendorAtom& atom) {
   const std::lock_guard lock(mutex_);
   const Answer answer = TakeAnswer();
-  ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
+  if (answer == Answer::kOk) {
+    ++summary_.delivered;
+    sensor_tally_.CountAtom(atom);
+  } else {
+    ++summary_.failed;
+  }
   report_.Atom(time_.Now(), atom, answer);
   return answer;
 }
 
-void Replay::OnCycleEnd() {
+Diagnostics Replay::OnCycleEnd() {
   const std::lock_guard lock(mutex_);
-  ++summary_.cycles_ended;
+  summary_.cycles_ended = summary_.cycles_ended.value_or(0) + 1;
+  return diagnostics_;
 }
 
 Answer Replay::TakeAnswer() {

@@ -13,7 +13,10 @@
 #include "engine/sensor_vela.h"
 #include "platform/host/log_sink.h"
 #include "platform/host/virtual_time.h"
+#include "tools/diagnostics.h"
 #include "tools/report.h"
+#include "tools/sample_trains.h"
+#include "tools/sensor_tally.h"
 #include "tools/trace.h"
 
 namespace sensorvela::replay {
@@ -31,13 +34,16 @@ class Replay {
   Replay(const Replay&) = delete;
   Replay& operator=(const Replay&) = delete;
 
-  /// Lives through `events`, destroys the engine at the last one's instant and reports the summary.
-  /// Once per replay.
+  /// Lives through `events` and the trains that they start, destroys the engine and reports the
+  /// summary. Once per replay.
+  ///
+  /// What a train delivers at or before an instant happens before an event of that instant. Of
+  /// trains that share an instant, the one that began first comes first.
   void Run(const std::vector<Event>& events);
 
   // What an event can do. Called by the events' actions, while the engine is settled.
 
-  void StartEngine();
+  void StartEngine(SupplierKind supplier);
 
   /// Calls the engine `count` times; it is settled again after each call.
   template <typename Call>
@@ -47,6 +53,15 @@ class Replay {
       time_.WaitUntilSettled();
     }
   }
+
+  void DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns);
+
+  /// The train's first sample bears the timestamp of this instant.
+  void StartTrain(const SampleTrain& train);
+  void CutTrains();
+
+  /// What the supplier answers at the cycle ends from now on.
+  void SetDiagnostics(const Diagnostics& diagnostics);
 
   void DeclareService();
   void UndeclareService();
@@ -61,25 +76,31 @@ class Replay {
 
  private:
   class Service;
-  class Supplier;
   struct PlannedAnswers {
     std::int32_t reports;
     Answer answer;
   };
 
+  /// Lives through everything that the trains deliver up to that instant.
+  void DeliverTrains(host::VirtualTime::Instant until);
+
   void DestroyEngine();
   void OnLogLine(int priority, std::string_view tag, std::string_view text);
   Answer OnReport(const SensorVela::VendorAtom& atom);
-  void OnCycleEnd();
+  Diagnostics OnCycleEnd();
   Answer TakeAnswer();
 
   const std::string stats_instance_;
   const bool report_log_;
 
-  std::mutex mutex_;  // Guards these three; the reporter thread comes here, too.
+  std::mutex mutex_;  // Guards these five; the reporter thread comes here, too.
   Report& report_;
   Summary summary_;
   std::deque<PlannedAnswers> planned_answers_;
+  SensorTally sensor_tally_;
+  Diagnostics diagnostics_;
+
+  SampleTrains trains_;
 
   host::VirtualTime time_;
   host::ScopedLogSink log_sink_;

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "tools/atom_catalogue.h"
+#include "tools/latency_bars.h"
 #include "tools/printable_text.h"
 
 namespace sensorvela::replay {
@@ -112,11 +113,13 @@ class TextReport : public Report {
     std::string name = AtomName(atom);
     if (FindAtom(atom.atomId) != nullptr) name += " (" + std::to_string(atom.atomId) + ")";
     std::string line = Padded(Mark(answer), kMarkWidth) + Padded(name, kAtomWidth);
-    for (std::size_t i = 0; i < atom.values.size(); ++i) {
-      if (i > 0) line += ' ';
-      line += ValueName(atom, i) + '=' + ValueText(atom.values[i]);
+    if (!atom.reverseDomainName.empty()) {
+      line += "domain=" + Dump(atom.reverseDomainName, true) + ' ';
     }
-    Line(at, line);
+    for (std::size_t i = 0; i < atom.values.size(); ++i) {
+      line += ValueName(atom, i) + '=' + ValueText(atom.values[i]) + ' ';
+    }
+    Line(at, line.substr(0, line.find_last_not_of(' ') + 1));
   }
 
   void LogLine(Instant at, int priority, std::string_view tag, std::string_view text) override {
@@ -127,12 +130,18 @@ class TextReport : public Report {
   void Note(Instant at, std::string_view text) override { Line(at, "# " + Printable(text)); }
 
   void Finish(const Summary& summary) override {
+    if (!summary.sensors.empty()) out_ << "\nSamples by latency, as the engine's reports say\n";
+    for (const SensorSummary& sensor : summary.sensors) Sensor(sensor);
     out_ << '\n';
     Count("delivered", summary.delivered, "atoms that the stats service took");
     Count("failed", summary.failed, "atoms that it answered with an error or without a status");
     Count("dropped", summary.dropped, "atoms queued that never reached it");
     Count("blocked by the cap", summary.blocked_by_cap, "errors too many of their kind in a cycle");
-    Count("cycles ended", summary.cycles_ended, "");
+    if (summary.cycles_ended) {
+      Count("cycles ended", *summary.cycles_ended, "");
+    } else {
+      out_ << "cycles ended                -  not to be seen without a diagnostics supplier\n";
+    }
   }
 
  private:
@@ -175,6 +184,14 @@ class TextReport : public Report {
     out_ << time.data() << "  " << text << '\n';
   }
 
+  void Sensor(const SensorSummary& summary) {
+    const ReportedSamples& reported = summary.reported;
+    out_ << "\nsensor_high=" << summary.sensor.high << " sensor_low=" << summary.sensor.low << ": "
+         << summary.delivered << " samples, " << reported.samples << " reported, "
+         << summary.NotReported() << " not reported, " << reported.late << " late\n"
+         << LatencyBars(reported);
+  }
+
   void Count(const char* what, std::uint64_t count, const char* meaning) {
     std::array<char, 120> line;
     std::snprintf(line.data(), line.size(), "%-18s %10llu%s%s", what,
@@ -194,12 +211,14 @@ class JsonLinesReport : public Report {
     for (std::size_t i = 0; i < atom.values.size(); ++i) {
       values[ValueName(atom, i)] = ToJson(atom.values[i]);
     }
-    Line({{"kind", "atom"},
-          {"at_ns", at.count()},
-          {"answer", AnswerName(answer)},
-          {"atom_id", atom.atomId},
-          {"name", AtomName(atom)},
-          {"values", std::move(values)}});
+    Json object = {{"kind", "atom"},
+                   {"at_ns", at.count()},
+                   {"answer", AnswerName(answer)},
+                   {"atom_id", atom.atomId},
+                   {"name", AtomName(atom)}};
+    if (!atom.reverseDomainName.empty()) object["domain"] = atom.reverseDomainName;
+    object["values"] = std::move(values);
+    Line(object);
   }
 
   void LogLine(Instant at, int priority, std::string_view tag, std::string_view text) override {
@@ -215,12 +234,22 @@ class JsonLinesReport : public Report {
   }
 
   void Finish(const Summary& summary) override {
+    for (const SensorSummary& sensor : summary.sensors) {
+      Line({{"kind", "sensor"},
+            {"sensor_high", sensor.sensor.high},
+            {"sensor_low", sensor.sensor.low},
+            {"samples", sensor.delivered},
+            {"reported_samples", sensor.reported.samples},
+            {"not_reported_samples", sensor.NotReported()},
+            {"late_samples", sensor.reported.late},
+            {"latency_histogram", sensor.reported.bands}});
+    }
     Line({{"kind", "summary"},
           {"delivered", summary.delivered},
           {"failed", summary.failed},
           {"dropped", summary.dropped},
           {"blocked_by_cap", summary.blocked_by_cap},
-          {"cycles_ended", summary.cycles_ended}});
+          {"cycles_ended", ToJson(summary.cycles_ended)}});
   }
 
  private:

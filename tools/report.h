@@ -5,10 +5,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string_view>
+#include <vector>
 
 #include "platform/host/virtual_time.h"
+#include "tools/sensor_tally.h"
 
 namespace sensorvela::replay {
 
@@ -24,7 +27,9 @@ struct Summary {
   std::uint64_t dropped = 0;
   /// Errors past the cap, for which no atom was queued.
   std::uint64_t blocked_by_cap = 0;
-  std::uint64_t cycles_ended = 0;
+  /// None without a diagnostics supplier: then nothing shows the end of a cycle.
+  std::optional<std::uint64_t> cycles_ended;
+  std::vector<SensorSummary> sensors;
 };
 
 /// Writes what happens, in the order of the calls, which come one at a time.
@@ -44,8 +49,8 @@ class Report {
 std::unique_ptr<Report> MakeTextReport(std::ostream& out);
 
 /// JSON Lines for a program, onto `out`, which outlives the report: an object a line, its keys in a
-/// fixed order and the first of them `kind`: atom, log, note or summary. A float reads back as the
-/// same float; NaN and the infinities are the strings "NaN", "Infinity" and "-Infinity".
+/// fixed order and the first of them `kind`: atom, log, note, sensor or summary. A float reads back
+/// as the same float; NaN and the infinities are the strings "NaN", "Infinity" and "-Infinity".
 std::unique_ptr<Report> MakeJsonLinesReport(std::ostream& out);
 
 }  // namespace sensorvela::replay

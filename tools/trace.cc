@@ -75,7 +75,7 @@ class TraceParser {
     const std::string name = fields.Text("event");
     const EventKind& kind = FindEventKind(name);
     const auto at_ns = fields.Integer<std::int64_t>("at_ns", 0, kMaxAtNs);
-    Action action = kind.read(fields);
+    Action action = kind.read(fields, facts_);
     fields.RejectOtherFields();
     CheckTime(line_number, at_ns);
     CheckPlace(line_number, kind);
@@ -117,6 +117,7 @@ class TraceParser {
     if (kind.place == Place::kLast) end_line_ = line_number;
   }
 
+  TraceFacts facts_;
   std::int64_t last_at_ns_ = 0;
   // Line numbers; 0 while there is no such line.
   std::size_t last_line_ = 0;

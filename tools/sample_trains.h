@@ -1,0 +1,73 @@
+// Trains of samples: each stands for many samples of one sensor, at regular instants.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <queue>
+#include <vector>
+
+#include "engine/sensor_vela.h"
+#include "platform/host/virtual_time.h"
+#include "tools/field_reader.h"
+
+namespace sensorvela::replay {
+
+struct SampleTrain {
+  SensorVela::SensorId sensor;
+  std::int64_t count;
+  /// From one sample's timestamp to the next one's.
+  std::int64_t interval_ns;
+  /// From a sample's timestamp to its arrival.
+  std::int64_t latency_ns;
+  /// After every so many samples the next one comes `gap_ns` later than it would; 0 for never.
+  std::int64_t gap_every;
+  std::int64_t gap_ns;
+};
+
+/// Throws `EventError` for a train that lasts so long that its times could overflow.
+SampleTrain ReadSampleTrain(FieldReader& fields, SensorVela::SensorId sensor);
+
+/// The trains under way, merged: hands out their samples in the order in which they arrive.
+class SampleTrains {
+ public:
+  using Instant = host::VirtualTime::Instant;
+
+  struct Sample {
+    SensorVela::SensorId sensor;
+    std::int64_t timestamp_ns;
+    Instant arrival;
+  };
+
+  /// The train's first sample bears the timestamp `start`.
+  void Start(const SampleTrain& train, Instant start);
+
+  /// Drops what the trains have left.
+  void Cut() { running_ = {}; }
+
+  /// Whether a sample arrives by `instant`.
+  bool HasSampleBy(Instant instant) const;
+
+  /// Of the samples that are left, the one that arrives first; of several that arrive together, the
+  /// one of the train that was started first. There must be one.
+  Sample TakeNext();
+
+ private:
+  struct Running {
+    SampleTrain train;
+    std::size_t order;
+    std::int64_t timestamp_ns;
+    std::int64_t taken;
+
+    std::int64_t arrival_ns() const { return timestamp_ns + train.latency_ns; }
+    bool operator>(const Running& other) const {
+      if (arrival_ns() != other.arrival_ns()) return arrival_ns() > other.arrival_ns();
+      return order > other.order;
+    }
+  };
+
+  std::priority_queue<Running, std::vector<Running>, std::greater<>> running_;
+  std::size_t started_ = 0;
+};
+
+}  // namespace sensorvela::replay

@@ -1,0 +1,70 @@
+#include "tools/sensor_tally.h"
+
+#include <algorithm>
+#include <functional>
+
+#include "tools/atom_catalogue.h"
+
+namespace sensorvela::replay {
+namespace {
+
+using aidl::android::frameworks::stats::VendorAtomValue;
+using Tag = VendorAtomValue::Tag;
+
+constexpr std::int32_t kDisabled = 1;
+
+/// Counts are unsigned and travel in signed values.
+std::uint64_t Count(std::int32_t value) { return static_cast<std::uint32_t>(value); }
+
+/// Atoms from outside may look like anything.
+bool IsStateChange(const SensorVela::VendorAtom& atom) {
+  const AtomInfo* info = FindAtom(atom.atomId);
+  return info != nullptr && info->name == "HalSensorStateChanged" &&
+         atom.reverseDomainName.empty() &&
+         std::ranges::equal(atom.values, info->values, {}, &VendorAtomValue::getTag,
+                            &ValueInfo::kind);
+}
+
+ReportedSamples CountsOf(const SensorVela::VendorAtom& atom) {
+  ReportedSamples counts = {.samples = Count(atom.values[4].get<Tag::intValue>()),
+                            .late = Count(atom.values[5].get<Tag::intValue>())};
+  const auto& bands = atom.values[6].get<Tag::repeatedIntValue>();
+  if (bands && bands->size() == counts.bands.size()) {
+    std::ranges::transform(*bands, counts.bands.begin(), Count);
+  }
+  return counts;
+}
+
+ReportedSamples Sum(const ReportedSamples& a, const ReportedSamples& b) {
+  ReportedSamples sum = {.samples = a.samples + b.samples, .late = a.late + b.late};
+  std::ranges::transform(a.bands, b.bands, sum.bands.begin(), std::plus<>());
+  return sum;
+}
+
+}  // namespace
+
+void SensorTally::CountSample(SensorVela::SensorId sensor) {
+  ++entries_[{sensor.high, sensor.low}].delivered;
+}
+
+void SensorTally::CountAtom(const SensorVela::VendorAtom& atom) {
+  if (!IsStateChange(atom)) return;
+  const auto high = static_cast<std::uint32_t>(atom.values[0].get<Tag::intValue>());
+  Entry& entry = entries_[{high, atom.values[1].get<Tag::intValue>()}];
+  if (atom.values[2].get<Tag::intValue>() == kDisabled) {
+    entry.open = CountsOf(atom);
+  } else {
+    entry.closed = Sum(entry.closed, entry.open);
+    entry.open = {};
+  }
+}
+
+std::vector<SensorSummary> SensorTally::Summaries() const {
+  std::vector<SensorSummary> summaries;
+  for (const auto& [id, entry] : entries_) {
+    summaries.push_back({{id.first, id.second}, entry.delivered, Sum(entry.closed, entry.open)});
+  }
+  return summaries;
+}
+
+}  // namespace sensorvela::replay

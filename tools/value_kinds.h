@@ -1,0 +1,20 @@
+// The names of the kinds of value that an atom can have.
+#pragma once
+
+#include <aidl/android/frameworks/stats/VendorAtomValue.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace sensorvela::replay {
+
+std::string_view KindName(aidl::android::frameworks::stats::VendorAtomValue::Tag kind);
+
+std::optional<aidl::android::frameworks::stats::VendorAtomValue::Tag> FindKind(
+    std::string_view name);
+
+/// All of them, for a message.
+std::string KindNames();
+
+}  // namespace sensorvela::replay
