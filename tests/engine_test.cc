@@ -20,21 +20,6 @@ class EngineTest : public ::testing::Test, public World {
   }
 };
 
-TEST_F(EngineTest, DeliversInOrderOnceTheServiceIsUpAndLogsWhatFails) {
-  host::UnregisterService(kInstance);
-  answer = [](const VendorAtom& atom) {
-    if (atom.atomId == 3) return ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
-    if (atom.atomId == -1) return ndk::ScopedAStatus();  // No status at all.
-    return ndk::ScopedAStatus::ok();
-  };
-  Start();
-  for (const int id : {3, -1, 2}) engine->ReportVendorAtomAsync(Marker(id));
-  EXPECT_EQ(Seen(), Texts{"I Waiting for IStats service to come up."});
-  Register();
-  EXPECT_EQ(Seen(), (Texts{"I IStats service online.", "3", "E Failed to report atom [id = 3].",
-                           "-1", "E Failed to report atom [id = -1].", "2"}));
-}
-
 TEST_F(EngineTest, KeepsNoHoldOnTheService) {
   class Service : public aidl::android::frameworks::stats::IStats {
     ndk::ScopedAStatus reportVendorAtom(const VendorAtom&) override { return ndk::ScopedAStatus(); }

@@ -171,84 +171,81 @@ Step WorldStep(Dice& dice, const Model& now) {
           [=](Model& model) { model.RunTo(instant); }};
 }
 
-/// What the host tells the engine.
-Step EventStep(Dice& dice, const Model& now) {
+/// What the host tells the engine; the model has the same methods. Each is settled before the next.
+template <typename Call>
+Step Tell(const std::string& text, Call call, int times = 1) {
+  return {text,
+          [=](World& world) {
+            for (int i = 0; i < times; ++i) {
+              call(*world.engine);
+              world.time.WaitUntilSettled();
+            }
+          },
+          [=](Model& model) {
+            for (int i = 0; i < times; ++i) call(model);
+          }};
+}
+
+Step EventStep(Dice& dice, Model& now) {
   const V::SensorId sensor = dice.Sensor();
-  switch (dice.UpTo(8)) {
-    case 0: {
-      const VendorAtom atom = Marker(dice.Int());
-      return {"outside atom " + Show(atom),
-              [=](World& world) { world.engine->ReportVendorAtomAsync(atom); },
-              [=](Model& model) { model.OutsideAtom(Show(atom)); }};
-    }
-    case 1: {
-      const int32_t subject = dice.Int(), state = dice.Int(), detail = dice.Int();
-      return {Text("firmware", {subject, state, detail}),
-              [=](World& world) {
-                world.engine->ReportFirmwareState(subject, V::FirmwareState{state}, detail);
-              },
-              [=](Model& model) { model.Firmware(subject, state, detail); }};
-    }
-    case 2: {
-      const auto event = dice.Words<V::TarnVelaProxEvent>();
-      return {"prox", [=](World& world) { world.engine->LogSensorProxEvent(event); },
-              [=](Model& model) { model.Prox(event); }};
-    }
-    case 3: {
-      const int32_t operation = dice.Int();
-      const int64_t latency = dice.Long();
-      return {Text("hal latency", {operation, sensor.high, sensor.low, latency}),
-              [=](World& world) {
-                world.engine->ReportHalLatency(V::HalOperation{operation}, sensor, latency);
-              },
-              [=](Model& model) { model.HalLatency(operation, sensor, latency); }};
-    }
+  const int32_t a = dice.Int();
+  const int32_t b = dice.Int();
+  const int64_t time = dice.Long();
+  switch (dice.UpTo(9)) {
+    case 0:
+      return Tell(Text("outside atom", {a}),
+                  [=](auto& engine) { engine.ReportVendorAtomAsync(Marker(a)); });
+    case 1:
+      return Tell(Text("firmware", {a, b, a}),
+                  [=](auto& engine) { engine.ReportFirmwareState(a, V::FirmwareState{b}, a); });
+    case 2:
+      return Tell("prox", [event = dice.Words<V::TarnVelaProxEvent>()](auto& engine) {
+        engine.LogSensorProxEvent(event);
+      });
+    case 3:
+      return Tell(Text("hal latency", {a, sensor.high, sensor.low, time}),
+                  [=](auto& engine) { engine.ReportHalLatency(V::HalOperation{a}, sensor, time); });
     case 4: {
       const int64_t period =
-          dice.OneOf<int64_t>({20'000'000, 66'666'666, dice.Long(), dice.UpTo(1'000'000'000)});
-      return {Text("enable", {sensor.high, sensor.low, period}),
-              [=](World& world) { world.engine->ReportHalSensorEnabled(sensor, period); },
-              [=](Model& model) { model.Enable(sensor, period); }};
+          dice.OneOf<int64_t>({20'000'000, 66'666'666, time, dice.UpTo(1'000'000'000)});
+      return Tell(Text("enable", {sensor.high, sensor.low, period}),
+                  [=](auto& engine) { engine.ReportHalSensorEnabled(sensor, period); });
     }
     case 5:
-      return {Text("disable", {sensor.high, sensor.low}),
-              [=](World& world) { world.engine->ReportHalSensorDisabled(sensor); },
-              [=](Model& model) { model.Disable(sensor); }};
-    case 6: {
-      const int64_t latency = dice.OneOf<int64_t>({-1, 0, 2'500'000, 5'000'000, 10'000'000,
-                                                   20'000'000, dice.UpTo(25'000'000)}) +
-                              dice.UpTo(1);
-      const int64_t timestamp = dice.OneIn(8) ? dice.Long() : now.now_ns() - latency;
-      return {Text("sample", {sensor.high, sensor.low, timestamp}),
-              [=](World& world) { world.engine->LogSensorLatency(sensor, timestamp); },
-              [=](Model& model) { model.Sample(sensor, timestamp); }};
-    }
+      return Tell(Text("disable", {sensor.high, sensor.low}),
+                  [=](auto& engine) { engine.ReportHalSensorDisabled(sensor); });
+    case 6:
     case 7: {
-      const int64_t latency = dice.Long();
-      return {Text("first sample", {sensor.high, sensor.low, latency}),
-              [=](World& world) { world.engine->ReportFirstSample(sensor, latency); },
-              [=](Model& model) { model.FirstSample(sensor, latency); }};
+      // The last latency of a band, or the first of the next; the last gap in time, or the next.
+      const int64_t latency = dice.OneOf<int64_t>(
+          {-1, 0, 2'500'000, 5'000'000, 10'000'000, 20'000'000, dice.UpTo(25'000'000)});
+      const int64_t edge = dice.OneOf({now.LastInTime(sensor), now.now_ns() - latency - 1, time});
+      const int64_t timestamp = edge == INT64_MAX ? edge : edge + dice.UpTo(1);
+      return Tell(Text("sample", {sensor.high, sensor.low, timestamp}),
+                  [=](auto& engine) { engine.LogSensorLatency(sensor, timestamp); });
     }
+    case 8:
+      return Tell(Text("first sample", {sensor.high, sensor.low, time}),
+                  [=](auto& engine) { engine.ReportFirstSample(sensor, time); });
     default: {
       const bool hal = dice.OneIn(2);
-      const int32_t enumerator = dice.OneOf({0, 1, -1, INT32_MIN}), code = dice.Int();
-      const auto count = dice.OneOf({1, 1, 4, 11});
-      return {Text("errors", {hal, sensor.high, sensor.low, enumerator, code, count}),
-              [=](World& world) {
-                for (int i = 0; i < count; ++i) {
-                  hal ? world.engine->LogSensorHalError(sensor, V::HalCall{enumerator}, code)
-                      : world.engine->LogSensorRuntimeError(sensor, V::ErrorType{enumerator}, code);
-                  world.time.WaitUntilSettled();
-                }
-              },
-              [=](Model& model) {
-                for (int i = 0; i < count; ++i) model.Error(hal, sensor, enumerator, code);
-              }};
+      const int32_t enumerator = dice.OneOf({0, 1, -1, INT32_MIN});
+      const int count = dice.OneOf({1, 1, 4, 11});
+      return Tell(
+          Text("errors", {hal ? 1 : 2, sensor.high, sensor.low, enumerator, a, count}),
+          [=](auto& engine) {
+            if (hal) {
+              engine.LogSensorHalError(sensor, V::HalCall{enumerator}, a);
+            } else {
+              engine.LogSensorRuntimeError(sensor, V::ErrorType{enumerator}, a);
+            }
+          },
+          count);
     }
   }
 }
 
-Step NextStep(Dice& dice, const Model& now) {
+Step NextStep(Dice& dice, Model& now) {
   if (!now.has_engine() && dice.OneIn(2)) {
     const auto generation =
         dice.OneOf({Generation::kNone, Generation::kFirst, Generation::kSecond});

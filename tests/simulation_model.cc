@@ -1,6 +1,9 @@
 #include "tests/simulation_model.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
 #include <cstdio>
 
 namespace sensorvela::testing {
@@ -18,6 +21,19 @@ std::string Atom(int id, Ints... values) {
 
 std::string SensorAtom(int id, SensorVela::SensorId sensor) {
   return Atom(id, static_cast<std::int32_t>(sensor.high), sensor.low);
+}
+
+/// The 32-bit fields of a record, from one up to another, after a letter for their kind.
+template <typename Record>
+std::string Fields(const Record& record, std::size_t from = 0, std::size_t to = sizeof(Record) / 4,
+                   char kind = 'i') {
+  const auto words = std::bit_cast<std::array<std::int32_t, sizeof(Record) / 4>>(record);
+  std::string text;
+  for (std::size_t i = from; i < to; ++i) {
+    text += std::string(" ") + kind +
+            (kind == 'i' ? std::to_string(words[i]) : ShowFloat(std::bit_cast<float>(words[i])));
+  }
+  return text;
 }
 
 std::string Low(std::int64_t value) {
@@ -175,52 +191,29 @@ void Model::Upload() {
                      Low(q->value_4) + Low(q->value_5) + Low(q->value_6));
   }
   if (generation_ == Generation::kFirst) return;
-  for (const auto& r : d.ipc) {
-    queue_.push_back(Atom(100069, r.value_1, r.value_2, r.value_3, r.value_4));
-  }
+  for (const auto& r : d.ipc) queue_.push_back("100069" + Fields(r));
   for (const auto& m : d.memory) {
-    if (m.kind == 1) {
-      std::uint32_t total = 0;
-      for (const std::int32_t count : m.bucket_allocation_count) {
-        total =
-            static_cast<std::uint32_t>(std::uint64_t{total} + static_cast<std::uint32_t>(count));
-      }
-      queue_.push_back(Atom(100304, static_cast<std::int32_t>(total), m.shared_value,
-                            m.serviceability_value_1, m.serviceability_value_2) +
-                       ListText(m.bucket_allocation_count) + ListText(m.bucket_duration_ms));
-    } else {
-      queue_.push_back(
-          Atom(100070, m.shared_value, m.pressure_value_1, m.pressure_value_2, m.pressure_value_3) +
-          " f" + ShowFloat(m.pressure_value_4));
+    if (m.kind != 1) {
+      queue_.push_back("100070" + Fields(m, 0, 4) + Fields(m, 4, 5, 'f'));
+      continue;
     }
+    std::uint64_t total = 0;
+    for (const std::int32_t count : m.bucket_allocation_count) {
+      total += static_cast<std::uint32_t>(count);
+    }
+    queue_.push_back("100304" + Low(static_cast<std::int64_t>(total)) + Fields(m, 0, 1) +
+                     Fields(m, 6, 8) + ListText(m.bucket_allocation_count) +
+                     ListText(m.bucket_duration_ms));
   }
-  for (const auto& u : d.usages) {
-    queue_.push_back(
-        Atom(100107, u.value_1, u.value_2, u.value_3, u.value_4, u.value_5, u.value_6, u.value_7));
-  }
-  for (const auto& g : d.gating) {
-    queue_.push_back(Atom(100109, g.value_1, g.value_2, g.value_3, g.value_4, g.value_5, g.value_6,
-                          g.value_7, g.value_8, g.value_9));
-  }
-  if (const auto& x = d.dram) {
-    queue_.push_back(Atom(100110, x->value_1, x->value_2, x->value_3, x->value_4, x->value_5));
-  }
+  for (const auto& u : d.usages) queue_.push_back("100107" + Fields(u));
+  for (const auto& g : d.gating) queue_.push_back("100109" + Fields(g));
+  if (d.dram) queue_.push_back("100110" + Fields(*d.dram));
   if (const auto& p = d.prox) {
-    std::string floats;
-    for (const float value :
-         {p->value_9, p->value_10, p->value_11, p->value_12, p->value_13, p->value_14}) {
-      floats += " f" + ShowFloat(value);
-    }
-    const std::string rest =
-        Atom(0, p->value_15, p->value_16, p->value_17, p->value_18, p->value_19, p->value_20);
-    queue_.push_back(Atom(100334, p->value_1, p->value_2, p->value_3, p->value_4, p->value_5,
-                          p->value_6, p->value_7, p->value_8) +
-                     floats + rest.substr(1));
+    queue_.push_back("100334" + Fields(*p, 0, 8) + Fields(*p, 8, 14, 'f') + Fields(*p, 14, 20));
   }
 }
 
-void Model::Error(bool hal, SensorVela::SensorId sensor, std::int32_t enumerator,
-                  std::int32_t code) {
+void Model::CountError(bool hal, SensorVela::SensorId sensor, int enumerator, int code) {
   const int count = ++errors_[{hal, enumerator}];
   char line[160];
   if (count > 10) {
@@ -238,7 +231,7 @@ void Model::Error(bool hal, SensorVela::SensorId sensor, std::int32_t enumerator
   Enqueue(SensorAtom(hal ? 100024 : 100025, sensor) + Atom(0, enumerator, code).substr(1));
 }
 
-void Model::Enable(SensorVela::SensorId sensor, std::int64_t period_ns) {
+void Model::ReportHalSensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns) {
   Enqueue(SensorAtom(100242, sensor) + " i2 l" + std::to_string(period_ns) + " i-1 i-1 [ ]");
   const float threshold = static_cast<float>(period_ns) * 1.1F;
   Status& status = status_[{sensor.high, sensor.low}] = {};
@@ -249,13 +242,13 @@ void Model::Enable(SensorVela::SensorId sensor, std::int64_t period_ns) {
                                                 : static_cast<std::int64_t>(threshold);
 }
 
-void Model::Disable(SensorVela::SensorId sensor) {
+void Model::ReportHalSensorDisabled(SensorVela::SensorId sensor) {
   const Status& status = status_[{sensor.high, sensor.low}];
   Enqueue(SensorAtom(100242, sensor) + " i1 l-1 i" + std::to_string(status.samples) + " i" +
           std::to_string(status.late) + ListText(status.bands));
 }
 
-void Model::Sample(SensorVela::SensorId sensor, std::int64_t timestamp_ns) {
+void Model::LogSensorLatency(SensorVela::SensorId sensor, std::int64_t timestamp_ns) {
   Status& status = status_[{sensor.high, sensor.low}];
   const std::int64_t latency_ns = Minus(now_ns_, timestamp_ns);
   ++status.bands[latency_ns <= 2'500'000    ? 0
@@ -265,27 +258,32 @@ void Model::Sample(SensorVela::SensorId sensor, std::int64_t timestamp_ns) {
                                             : 4];
   if (Minus(timestamp_ns, status.last_ns) > status.threshold_ns) ++status.late;
   status.last_ns = timestamp_ns;
-  if (++status.samples == 1) FirstSample(sensor, Minus(now_ns_, status.enabled_ns));
+  if (++status.samples == 1) ReportFirstSample(sensor, Minus(now_ns_, status.enabled_ns));
 }
 
-void Model::FirstSample(SensorVela::SensorId sensor, std::int64_t latency_ns) {
+void Model::ReportFirstSample(SensorVela::SensorId sensor, std::int64_t latency_ns) {
   Enqueue(SensorAtom(100245, sensor) + " l" + std::to_string(latency_ns));
 }
 
-void Model::Prox(const SensorVela::TarnVelaProxEvent& e) {
-  const auto f = [](float value) { return " f" + ShowFloat(value); };
-  Enqueue(Atom(100133, e.int_0, e.int_1, e.int_2, e.int_3, e.int_4, e.int_5, e.int_6, e.int_7) +
-          f(e.float_0) + f(e.float_1) + f(e.float_2) + f(e.float_3) +
-          Atom(0, e.int_8, e.int_9).substr(1) + f(e.float_4) + f(e.float_5) + f(e.float_6));
+void Model::LogSensorProxEvent(const SensorVela::TarnVelaProxEvent& event) {
+  Enqueue("100133" + Fields(event, 0, 8) + Fields(event, 8, 12, 'f') + Fields(event, 12, 14) +
+          Fields(event, 14, 17, 'f'));
 }
 
-void Model::HalLatency(std::int32_t operation, SensorVela::SensorId sensor,
-                       std::int64_t latency_ns) {
-  Enqueue(SensorAtom(100243, sensor) + Atom(0, operation, latency_ns).substr(1));
+void Model::ReportHalLatency(SensorVela::HalOperation operation, SensorVela::SensorId sensor,
+                             std::int64_t latency_ns) {
+  Enqueue(SensorAtom(100243, sensor) + Atom(0, static_cast<int>(operation), latency_ns).substr(1));
 }
 
-void Model::Firmware(std::int32_t subject, std::int32_t state, std::int32_t detail) {
-  Enqueue(Atom(100244, subject, state, detail));
+void Model::ReportFirmwareState(int subject, SensorVela::FirmwareState state, int detail) {
+  Enqueue(Atom(100244, subject, static_cast<int>(state), detail));
+}
+
+std::int64_t Model::LastInTime(SensorVela::SensorId sensor) {
+  const Status& status = status_[{sensor.high, sensor.low}];
+  std::int64_t sum = 0;
+  __builtin_add_overflow(status.last_ns, status.threshold_ns, &sum);
+  return sum;
 }
 
 }  // namespace sensorvela::testing

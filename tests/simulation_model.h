@@ -46,16 +46,25 @@ class Model {
   void Create(Generation generation);
   void Destroy(bool comes_up);
 
-  // Its events.
-  void OutsideAtom(const std::string& shown) { Enqueue(shown); }
-  void Error(bool hal, SensorVela::SensorId sensor, std::int32_t enumerator, std::int32_t code);
-  void Enable(SensorVela::SensorId sensor, std::int64_t period_ns);
-  void Disable(SensorVela::SensorId sensor);
-  void Sample(SensorVela::SensorId sensor, std::int64_t timestamp_ns);
-  void FirstSample(SensorVela::SensorId sensor, std::int64_t latency_ns);
-  void Prox(const SensorVela::TarnVelaProxEvent& event);
-  void HalLatency(std::int32_t operation, SensorVela::SensorId sensor, std::int64_t latency_ns);
-  void Firmware(std::int32_t subject, std::int32_t state, std::int32_t detail);
+  // Its events, by the engine's own names.
+  void ReportVendorAtomAsync(const VendorAtom& atom) { Enqueue(Show(atom)); }
+  void LogSensorHalError(SensorVela::SensorId sensor, SensorVela::HalCall call, int error) {
+    CountError(true, sensor, static_cast<int>(call), error);
+  }
+  void LogSensorRuntimeError(SensorVela::SensorId sensor, SensorVela::ErrorType type, int code) {
+    CountError(false, sensor, static_cast<int>(type), code);
+  }
+  void ReportHalSensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns);
+  void ReportHalSensorDisabled(SensorVela::SensorId sensor);
+  void LogSensorLatency(SensorVela::SensorId sensor, std::int64_t timestamp_ns);
+  void ReportFirstSample(SensorVela::SensorId sensor, std::int64_t latency_ns);
+  void LogSensorProxEvent(const SensorVela::TarnVelaProxEvent& event);
+  void ReportHalLatency(SensorVela::HalOperation operation, SensorVela::SensorId sensor,
+                        std::int64_t latency_ns);
+  void ReportFirmwareState(int subject, SensorVela::FirmwareState state, int detail);
+
+  /// The latest timestamp with which a sample of the sensor would not be late.
+  std::int64_t LastInTime(SensorVela::SensorId sensor);
 
  private:
   enum class Reporter { kNone, kBlockedAtStart, kBlockedInDrain, kAsleep };
@@ -72,6 +81,7 @@ class Model {
   void Log(char priority, const std::string& text) {
     seen.push_back(std::string{priority} + " " + text);
   }
+  void CountError(bool hal, SensorVela::SensorId sensor, int enumerator, int code);
   void Enqueue(const std::string& atom);
   void WakeUp();
   void Pump();
