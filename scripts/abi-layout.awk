@@ -1,6 +1,6 @@
 # Turns abidw's XML into a line for each of our records, for each of its members (offset in bits, name,
-# type) and for each slot of its virtual table. Run over the same file twice: types are named after
-# they are used.
+# type) and for each slot of its virtual table. Our records are those that the library's headers below
+# the folder `root` declare. Run over the same file twice: types are named after they are used.
 function attribute(name) {
   return match($0, name "='[^']*'") ? substr($0, RSTART + length(name) + 2, RLENGTH - length(name) - 3) : ""
 }
@@ -10,7 +10,9 @@ NR == FNR {
 }
 /<class-decl .*[^\/]>$/ {
   record = attribute("name")
-  if (record in seen || attribute("filepath") !~ /(atoms|engine|histogram)\//) record = ""
+  path = attribute("filepath")
+  is_ours = index(path, root) == 1 && substr(path, length(root) + 1) ~ /^(atoms|engine|histogram)\//
+  if (record in seen || !is_ours) record = ""
   seen[record] = 1
   stack[++depth] = record
   if (record != "") printf "%s: %s bits in all\n", record, attribute("size-in-bits")

@@ -18,7 +18,8 @@ fail() {
   exit 1
 }
 
-# quietly NAME COMMAND...: keeps the command's output in a log and shows its end only if it fails.
+# quietly NAME COMMAND...: keeps the command's output in a log and shows its end only if it fails. Runs
+# it without errexit: a function must return its own failure.
 quietly() {
   local log=$logs/$1.log
   shift
@@ -57,6 +58,7 @@ apt_install() {
 apt_get() {
   local as_root=()
   [[ $(id -u) -eq 0 ]] || as_root=(sudo)
+  [[ $(id -u) -eq 0 || -z ${CI:-} ]] || as_root+=(-n)  # Nobody is there to type a password.
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
     apt-get -q -y -o DPkg::Lock::Timeout=300 "$@"
 }
@@ -119,6 +121,6 @@ passed() {
 sources() {
   local pattern names=()
   for pattern in "$@"; do names+=(-o -name "$pattern"); done
-  find . \( -path ./build -o -path ./.git \) -prune -o -type f \( "${names[@]:1}" \) -print |
+  find . \( -path './build*' -o -path './cmake-build*' -o -path ./.git \) -prune -o -type f \( "${names[@]:1}" \) -print |
     sort | grep . || fail "no file is named $*"
 }

@@ -37,10 +37,13 @@ std::string Complaint(const std::string& trace) {
 
 TEST(TraceTest, SaysWhatIsWrongWithATraceAndWhere) {
   std::istringstream cases(ReadInput(Source("tests/traces/bad_traces.jsonl")));
-  for (std::string line; std::getline(cases, line);) {
+  int count = 0;
+  for (std::string line; std::getline(cases, line); ++count) {
+    SCOPED_TRACE(line);
     const auto test = nlohmann::json::parse(line);
     EXPECT_EQ(Complaint(test.at("trace")), test.at("complaint").get<std::string>());
   }
+  EXPECT_GT(count, 40);
   // What JSON cannot hold, or a file should not.
   const std::string malformed = ": expected one JSON object";
   EXPECT_EQ(Complaint(std::string("\x00\xff\x1b", 3)),
@@ -76,7 +79,8 @@ TEST(TraceTest, AcceptsTheExamples) {
 TEST(ReplayTest, PrintsOfEachTraceWhatItMust) {
   for (const std::string name :
        {"first_generation", "no_supplier", "one_shot_events", "outage", "outside_atom",
-        "second_generation", "trains", "trains_to_their_end"}) {
+        "refused_enable", "second_generation", "trains", "trains_to_their_end"}) {
+    SCOPED_TRACE(name);
     const std::string path = Source("tests/traces/" + name);
     const auto events = ParseTrace(path, ReadInput(path + ".jsonl"));
     std::ostringstream text;

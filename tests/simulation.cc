@@ -1,8 +1,11 @@
 // Drives a real engine and the model with the same random life and holds their effects against each
 // other after every step. A seed stands for a whole life and can be given by hand.
+#include <unistd.h>
 #include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <bit>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -15,6 +18,9 @@
 
 #include "tests/simulation_model.h"
 #include "tests/test_support.h"
+
+// Present in a build with sanitizers.
+extern "C" void __sanitizer_set_death_callback(void (*callback)()) __attribute__((weak));
 
 namespace sensorvela::testing {
 namespace {
@@ -267,15 +273,36 @@ void PrintDifference(const std::vector<std::string>& seen,
   }
 }
 
+// For the last words of a run that crashes, hangs, or is ended by a sanitizer.
+std::uint64_t current_seed = 0;
+int current_step = 0;
+constexpr unsigned kHangSeconds = 50;  // A life takes milliseconds.
+
+void LastWords() {
+  std::fprintf(stderr, "seed %llu died in step %d; again: --print --first %llu --seeds 1\n",
+               static_cast<unsigned long long>(current_seed), current_step,
+               static_cast<unsigned long long>(current_seed));
+}
+
+void OnFatalSignal(int signal) {
+  LastWords();
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+}
+
 /// One life. False, with the steps up to the first difference printed, when the two disagree.
-bool Live(std::uint64_t seed, int steps, int64_t& lived_ns) {
+bool Live(std::uint64_t seed, int steps, bool print, int64_t& lived_ns) {
+  current_seed = seed;
+  alarm(kHangSeconds);
   Dice dice(seed);
   World world;
   Model model;
   std::vector<std::string> done;
   for (int i = 0; i < steps; ++i) {
     const Step step = NextStep(dice, model);
+    current_step = i + 1;
     done.push_back(step.text);
+    if (print) std::fprintf(stderr, "%s\n", step.text.c_str());
     step.real(world);
     step.model(model);
     const std::vector<std::string> seen = world.Seen();
@@ -300,15 +327,27 @@ int main(int argc, char** argv) {
   int steps = 80;
   CLI::App app("Holds the engine against a model of it through random lives.");
   app.add_option("--first", first, "the first seed")->capture_default_str();
-  app.add_option("--seeds", seeds, "how many lives")->capture_default_str();
-  app.add_option("--steps", steps, "steps in a life")->capture_default_str();
+  app.add_option("--seeds", seeds, "how many lives")
+      ->capture_default_str()
+      ->check(CLI::PositiveNumber);
+  app.add_option("--steps", steps, "steps in a life")
+      ->capture_default_str()
+      ->check(CLI::PositiveNumber);
+  bool print = false;
+  app.add_flag("--print", print, "print each step before it is done");
   CLI11_PARSE(app, argc, argv);
+  for (const int signal : {SIGABRT, SIGALRM, SIGSEGV}) {
+    std::signal(signal, sensorvela::testing::OnFatalSignal);
+  }
+  if (__sanitizer_set_death_callback != nullptr) {
+    __sanitizer_set_death_callback(sensorvela::testing::LastWords);
+  }
 
   std::int64_t lived_ns = 0;
   double days = 0;
   for (std::uint64_t seed = first; seed - first < seeds; ++seed) {
     lived_ns = 0;
-    if (!sensorvela::testing::Live(seed, steps, lived_ns)) {
+    if (!sensorvela::testing::Live(seed, steps, print, lived_ns)) {
       std::printf("again: --first %llu --seeds 1 --steps %d\n",
                   static_cast<unsigned long long>(seed), steps);
       return 1;

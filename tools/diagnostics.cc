@@ -113,7 +113,7 @@ Diagnostics ReadDiagnostics(FieldReader& fields, SupplierKind supplier) {
     const auto item = fields.OptionalValue(name);
     if (item && supplier == SupplierKind::kFirstGeneration) {
       item->Reject("is no item of a first-generation supplier",
-                   "none but processor, queue_1, queue_2 and queue_3");
+                   "only processor, queue_1, queue_2 and queue_3");
     }
     return item;
   };

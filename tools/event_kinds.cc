@@ -129,7 +129,8 @@ constexpr EventKind kEventKinds[] = {
        const auto train = ReadSampleTrain(fields, sensor);
        return [=](Replay& replay) { replay.StartTrain(train); };
      }},
-    {"first_sample", "the host itself reports a sensor's first sample", Place::kNeedsEngine,
+    {"first_sample", "the host reports a first sample beside the one that the engine reports",
+     Place::kNeedsEngine,
      [](FieldReader& fields, TraceFacts&) -> Action {
        const auto sensor = ReadSensor(fields);
        const auto latency_ns = fields.Integer<std::int64_t>("latency_ns");

@@ -149,12 +149,8 @@ void Replay::OnLogLine(int priority, std::string_view tag, std::string_view text
 Answer Replay::OnReport(const VendorAtom& atom) {
   const std::lock_guard lock(mutex_);
   const Answer answer = TakeAnswer();
-  if (answer == Answer::kOk) {
-    ++summary_.delivered;
-    sensor_tally_.CountAtom(atom);
-  } else {
-    ++summary_.failed;
-  }
+  ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
+  sensor_tally_.CountAtom(atom, answer == Answer::kOk);
   report_.Atom(time_.Now(), atom, answer);
   return answer;
 }

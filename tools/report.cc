@@ -136,11 +136,12 @@ class TextReport : public Report {
     Count("delivered", summary.delivered, "atoms that the stats service took");
     Count("failed", summary.failed, "atoms that it answered with an error or without a status");
     Count("dropped", summary.dropped, "atoms queued that never reached it");
-    Count("blocked by the cap", summary.blocked_by_cap, "errors too many of their kind in a cycle");
+    Count("blocked by the cap", summary.blocked_by_cap,
+          "errors past the 10 of a kind that a cycle allows");
     if (summary.cycles_ended) {
       Count("cycles ended", *summary.cycles_ended, "");
     } else {
-      out_ << "cycles ended                -  not to be seen without a diagnostics supplier\n";
+      out_ << "cycles ended                -  unknown: there is no diagnostics supplier\n";
     }
   }
 

@@ -47,16 +47,18 @@ void SensorTally::CountSample(SensorVela::SensorId sensor) {
   ++entries_[{sensor.high, sensor.low}].delivered;
 }
 
-void SensorTally::CountAtom(const SensorVela::VendorAtom& atom) {
+void SensorTally::CountAtom(const SensorVela::VendorAtom& atom, bool is_taken) {
   if (!IsStateChange(atom)) return;
   const auto high = static_cast<std::uint32_t>(atom.values[0].get<Tag::intValue>());
   Entry& entry = entries_[{high, atom.values[1].get<Tag::intValue>()}];
-  if (atom.values[2].get<Tag::intValue>() == kDisabled) {
-    entry.open = CountsOf(atom);
-  } else {
+  const bool is_disable = atom.values[2].get<Tag::intValue>() == kDisabled;
+  if (is_disable && !is_taken) return;
+  const ReportedSamples reported = is_disable ? CountsOf(atom) : ReportedSamples{};
+  // Counts only grow from one enable to the next.
+  if (!is_disable || reported.samples < entry.open.samples) {
     entry.closed = Sum(entry.closed, entry.open);
-    entry.open = {};
   }
+  entry.open = reported;
 }
 
 std::vector<SensorSummary> SensorTally::Summaries() const {

@@ -31,14 +31,16 @@ struct SensorSummary {
   }
 };
 
-/// Trusts the atoms alone. So an enable that the service did not take joins the stretches before
-/// and after it, and the later one's report stands for both.
+/// Goes by the atoms that reach the stats service. An enable that is dropped on the way joins the
+/// stretches before and after it, unless the later one's report is the smaller.
 class SensorTally {
  public:
   void CountSample(SensorVela::SensorId sensor);
 
-  /// Takes note of an atom that the stats service took. Only a sensor's changes of state matter.
-  void CountAtom(const SensorVela::VendorAtom& atom);
+  /// Takes note of an atom that reached the stats service, which took it or refused it. Only a
+  /// sensor's changes of state matter; a refused report reports nothing, but a refused enable still
+  /// was one.
+  void CountAtom(const SensorVela::VendorAtom& atom, bool is_taken);
 
   /// By ascending identifier, its high half first: every sensor that had a sample or an atom.
   std::vector<SensorSummary> Summaries() const;

@@ -8,8 +8,8 @@ enum android_LogPriority {
 
 extern "C" {
 
-/// Writes one line to the log; platform/host/log_sink.h says where it goes. Returns 1, or a negative
-/// number for a format that cannot be printed. Safe on any thread.
+/// Writes one line to the log; platform/host/log_sink.h says where it goes. Returns 1, or a
+/// negative number for a format that cannot be printed. Safe on any thread.
 int __android_log_print(int prio, const char* tag, const char* fmt, ...)
     __attribute__((format(printf, 3, 4)));
 

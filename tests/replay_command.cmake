@@ -1,0 +1,20 @@
+# The command line of sensorvela-replay: exit status, and what goes to which stream.
+function(expect status arguments input out err)
+  file(WRITE ${WORK}/input "${input}")
+  execute_process(COMMAND ${REPLAY} ${arguments} INPUT_FILE ${WORK}/input
+    RESULT_VARIABLE result OUTPUT_VARIABLE printed ERROR_VARIABLE complained)
+  if(NOT result STREQUAL status OR NOT printed MATCHES "${out}" OR NOT complained MATCHES "${err}")
+    message(FATAL_ERROR
+      "${arguments}: status ${result}\nprinted: ${printed}\ncomplained: ${complained}")
+  endif()
+endfunction()
+
+set(trace "{\"at_ns\":0,\"event\":\"engine_start\"}\n")
+expect(0 "-" "${trace}" "^\ndelivered  .*cycles ended" "^$")
+expect(0 "-;--log" "${trace}" "^00:00:00.000000000  log  " "^$")
+expect(0 "-;--format;jsonl" "${trace}" "^{\"kind\":\"summary\"" "^$")
+expect(0 "--help" "" "engine_start" "^$")
+expect(2 "-" "nonsense" "^$" "^<stdin>:1: malformed JSON[^\n]*\n$")
+expect(2 "no/such" "" "^$" "^no/such: No such file or directory[^\n]*\n$")
+expect(2 "-;--format;xml" "${trace}" "^$" "xml")
+expect(2 "" "" "^$" "TRACE")
