@@ -17,21 +17,22 @@ struct Pointers<Record, Records...> : Pointers<Records...> {
 template <>
 struct Pointers<> {};
 
-extern const Pointers<
-    SensorVela, SensorVela::SensorId, SensorVela::TarnVelaProxEvent, SensorVela::ProcessorDiag,
-    SensorVela::QueueStress, SensorVela::IpcErrorRate, SensorVela::MemoryPressure,
-    SensorVela::SensorUsage, SensorVela::GatingContext, SensorVela::DramException,
-    SensorVela::AadProxStats, SensorVela::SystemDiagnosticsSupplier,
-    SensorVela::SystemDiagnosticsSupplierV2, android::util::statslogapigen::StatsHistogram,
-    atoms::SensorHalErrorDetected, atoms::SensorRuntimeErrorDetected, atoms::ProxStatusReported,
-    atoms::HalSensorStateChanged, atoms::SensorHalLatencyRecorded,
-    atoms::SensorFirmwareStateChanged, atoms::SensorFirstSampleReported,
-    atoms::SensorProcessorDiagnosticsReported, atoms::SensorSystemQueueStressReported,
-    atoms::SensorIpcErrorRateReported, atoms::SensorMemoryPressureReported,
-    atoms::TarnSensorUsageReported, atoms::SensorGatingContextReported,
-    atoms::SensorCoreDramExceptionsReported, atoms::SensorMemoryServiceabilityStatsReported,
-    atoms::AADProxStatsReported, atoms::HingeAngleStateChanged,
-    atoms::TarnServerWorkerUsageReported, atoms::HingeHallSensorTriggered,
-    atoms::AlsLuxLevelDistributionReported>
-    public_records;
-decltype(public_records) public_records = {};
+using PublicRecords =
+    Pointers<SensorVela, SensorVela::SensorId, SensorVela::TarnVelaProxEvent,
+             SensorVela::ProcessorDiag, SensorVela::QueueStress, SensorVela::IpcErrorRate,
+             SensorVela::MemoryPressure, SensorVela::SensorUsage, SensorVela::GatingContext,
+             SensorVela::DramException, SensorVela::AadProxStats,
+             SensorVela::SystemDiagnosticsSupplier, SensorVela::SystemDiagnosticsSupplierV2,
+             android::util::statslogapigen::StatsHistogram, atoms::SensorHalErrorDetected,
+             atoms::SensorRuntimeErrorDetected, atoms::ProxStatusReported,
+             atoms::HalSensorStateChanged, atoms::SensorHalLatencyRecorded,
+             atoms::SensorFirmwareStateChanged, atoms::SensorFirstSampleReported,
+             atoms::SensorProcessorDiagnosticsReported, atoms::SensorSystemQueueStressReported,
+             atoms::SensorIpcErrorRateReported, atoms::SensorMemoryPressureReported,
+             atoms::TarnSensorUsageReported, atoms::SensorGatingContextReported,
+             atoms::SensorCoreDramExceptionsReported,
+             atoms::SensorMemoryServiceabilityStatsReported, atoms::AADProxStatsReported,
+             atoms::HingeAngleStateChanged, atoms::TarnServerWorkerUsageReported,
+             atoms::HingeHallSensorTriggered, atoms::AlsLuxLevelDistributionReported>;
+extern const PublicRecords kPublicRecords;
+const PublicRecords kPublicRecords = {};

@@ -26,7 +26,8 @@ TEST(AtomsTest, TheListOfValuesHasItsExactSize) {
   const auto atom = createVendorAtom(HalSensorStateChanged{{}, 1, 2, 3, 4, 5, 6, {7, 8}});
   EXPECT_EQ(atom.values.capacity(), 7U);
   using Value = aidl::android::frameworks::stats::VendorAtomValue;
-  EXPECT_EQ(atom.values.back().get<Value::repeatedIntValue>()->capacity(), 2U);
+  const auto& list = atom.values.back().get<Value::repeatedIntValue>();
+  EXPECT_EQ(list ? list->capacity() : 0, 2U);
 }
 
 }  // namespace

@@ -47,7 +47,7 @@ TEST_F(UploadTest, HostThreadsReportAllThroughIt) {
   opener.join();
 
   Texts upload = Seen();
-  EXPECT_EQ(std::erase(upload, "1"), std::size_t{4 * kAtomsEach});
+  EXPECT_EQ(std::erase(upload, "1"), 4U * kAtomsEach);
   EXPECT_EQ(upload, kUpload);
 }
 

@@ -26,8 +26,9 @@ class EventsTest : public ::testing::Test, public World {
 TEST_F(EventsTest, ThreadsThatReportTheSameErrorShareItsCap) {
   constexpr int kReportsEach = 50;
   OnThreads(8, [this](int) {
-    for (int i = 0; i < kReportsEach; ++i)
+    for (int i = 0; i < kReportsEach; ++i) {
       engine->LogSensorHalError({1, 1}, SensorVela::HalCall{-7}, 0);
+    }
   });
   Texts seen = Seen();
   EXPECT_EQ(std::erase(seen, "100024 i1 i1 i-7 i0"), 10U);

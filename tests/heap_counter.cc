@@ -20,7 +20,7 @@ std::int64_t AllocationsOfThisThread() { return allocations; }
 }  // namespace sensorvela::testing
 
 void* operator new(std::size_t size) {
-  void* block = std::malloc(size);
+  void* block = std::malloc(size);  // NOLINT(cppcoreguidelines-no-malloc)
   if (block == nullptr) std::abort();
   sensorvela::testing::bytes_in_use += static_cast<std::int64_t>(malloc_usable_size(block));
   ++sensorvela::testing::allocations;
@@ -29,7 +29,7 @@ void* operator new(std::size_t size) {
 
 void operator delete(void* block) noexcept {
   sensorvela::testing::bytes_in_use -= static_cast<std::int64_t>(malloc_usable_size(block));
-  std::free(block);
+  std::free(block);  // NOLINT(cppcoreguidelines-no-malloc)
 }
 
 void operator delete(void* block, std::size_t) noexcept { operator delete(block); }

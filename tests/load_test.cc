@@ -78,15 +78,19 @@ class Books : public aidl::android::frameworks::stats::IStats {
 void NextOutage(int number, const std::shared_ptr<Books>& books) {
   switch (number % 5) {
     case 0:
-      return host::UndeclareService(kInstance);
+      host::UndeclareService(kInstance);
+      break;
     case 1:
-      return host::UnregisterService(kInstance);
+      host::UnregisterService(kInstance);
+      break;
     case 2:
-      return host::RegisterService(kInstance, books);
+      host::RegisterService(kInstance, books);
+      break;
     case 3:
-      return host::DeclareService(kInstance);
+      host::DeclareService(kInstance);
+      break;
     default:
-      return host::ReleaseServiceWaits(kInstance);
+      host::ReleaseServiceWaits(kInstance);
   }
 }
 

@@ -19,7 +19,8 @@
 #include "tests/simulation_model.h"
 #include "tests/test_support.h"
 
-// Present in a build with sanitizers.
+// Present in a build with sanitizers, which name it.
+// NOLINTNEXTLINE(bugprone-reserved-identifier, readability-identifier-naming)
 extern "C" void __sanitizer_set_death_callback(void (*callback)()) __attribute__((weak));
 
 namespace sensorvela::testing {
@@ -161,7 +162,7 @@ Step WorldStep(Dice& dice, const Model& now) {
     case 9: {
       const bool comes_up = dice.OneIn(2);
       if (!now.has_engine() || !dice.OneIn(4)) break;
-      return {Text("destroy", {comes_up}),
+      return {Text("destroy", {comes_up ? 1 : 0}),
               [=, blocked = now.is_blocked()](World& world) { Destroy(world, blocked, comes_up); },
               [=](Model& model) { model.Destroy(comes_up); }};
     }

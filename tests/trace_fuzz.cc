@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     sensorvela::replay::ParseTrace("trace", {reinterpret_cast<const char*>(data), size});
   } catch (const sensorvela::replay::TraceError& error) {
     const std::string_view complaint = error.what();
-    if (complaint.rfind("trace:", 0) != 0) std::abort();
+    if (!complaint.starts_with("trace:")) std::abort();
     for (const char c : complaint) {
       if (static_cast<unsigned char>(c) < ' ' || c == 0x7f) std::abort();
     }
