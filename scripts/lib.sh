@@ -71,6 +71,7 @@ need_for() {
       need "${build_packages[@]}" "${clang_packages[@]}" qemu-user
       scripts/armv7-sysroot
       ;;
+    fuzz) need "${build_packages[@]}" "${clang_packages[@]}" g++ ;;
     *) need "${build_packages[@]}" "${clang_packages[@]}" ;;
   esac
 }

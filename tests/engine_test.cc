@@ -21,10 +21,10 @@ class EngineTest : public ::testing::Test, public World {
 };
 
 TEST_F(EngineTest, KeepsNoHoldOnTheService) {
-  class Service : public aidl::android::frameworks::stats::IStats {
+  class SilentStats : public aidl::android::frameworks::stats::IStats {
     ndk::ScopedAStatus reportVendorAtom(const VendorAtom&) override { return ndk::ScopedAStatus(); }
   };
-  const auto service = std::make_shared<Service>();
+  const auto service = std::make_shared<SilentStats>();
   host::RegisterService(kInstance, service);
   Start();
   time.WaitUntilAtRest();

@@ -19,6 +19,13 @@ std::int64_t AllocationsOfThisThread() { return allocations; }
 
 }  // namespace sensorvela::testing
 
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define SENSORVELA_HEAP_IS_NOT_COUNTED
+#endif
+#endif
+
+#if !defined(SENSORVELA_HEAP_IS_NOT_COUNTED)
 void* operator new(std::size_t size) {
   void* block = std::malloc(size);  // NOLINT(cppcoreguidelines-no-malloc)
   if (block == nullptr) std::abort();
@@ -33,3 +40,4 @@ void operator delete(void* block) noexcept {
 }
 
 void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
+#endif

@@ -5,6 +5,13 @@
 
 namespace sensorvela::testing {
 
+/// False in a build with the Thread sanitizer, whose own `operator new` cannot be replaced.
+#if defined(__has_feature)
+inline constexpr bool kHeapIsCounted = !__has_feature(thread_sanitizer);
+#else
+inline constexpr bool kHeapIsCounted = true;
+#endif
+
 /// Since the program's start, over all threads.
 std::int64_t HeapBytesInUse();
 
