@@ -180,8 +180,9 @@ class [[gnu::visibility("default")]] SensorVela {
   ///
   /// The engine calls each operation once per cycle, in the order declared, one at a time, on its
   /// reporter thread only and with none of its locks held, so an implementation may take its time
-  /// and may call the engine. It needs locking of its own only against the host's other threads.
-  /// The engine deletes the supplier when it is destroyed, after the last call.
+  /// and may call the engine, but not destroy it. It must not throw: the library has no exceptions.
+  /// It needs locking of its own only against the host's other threads. The engine deletes the
+  /// supplier when it is destroyed, after the last call.
   class SystemDiagnosticsSupplier {
    public:
     virtual ~SystemDiagnosticsSupplier() = default;
@@ -213,8 +214,8 @@ class [[gnu::visibility("default")]] SensorVela {
   /// service and does not wait. A null supplier is accepted: there are no diagnostics then.
   ///
   /// The one failure: when the system refuses the thread, the standard library's
-  /// `std::system_error` reaches the caller with the system's error code; the supplier is lost
-  /// then.
+  /// `std::system_error` reaches the caller with the system's error code. The supplier is lost
+  /// then, and with it the little memory of the engine that did not come to be.
   explicit SensorVela(std::unique_ptr<SystemDiagnosticsSupplier>&& supplier);
   explicit SensorVela(std::unique_ptr<SystemDiagnosticsSupplierV2>&& supplier);
 
@@ -229,8 +230,8 @@ class [[gnu::visibility("default")]] SensorVela {
   /// Queues a copy of `atom`. Atoms are sent in the order in which they were queued.
   void ReportVendorAtomAsync(const VendorAtom& atom);
 
-  /// A call into the sensors HAL failed with `error`. At most `kErrorCapPerCycle` atoms are sent
-  /// per `call` and cycle, over all sensors and errors; later occurrences are only logged.
+  /// A call into the sensors HAL failed with `error`. At most 10 atoms are sent per `call`
+  /// and cycle, over all sensors and errors; later occurrences are only logged.
   void LogSensorHalError(SensorId sensor, HalCall call, int error);
 
   /// A sensor failed while it ran. Capped like HAL errors, per `type`, and counted apart from them.
@@ -337,8 +338,7 @@ class [[gnu::visibility("default")]] SensorVela {
   [[gnu::visibility("hidden")]] bool CountError(ErrorFamily family, std::int32_t enumerator)
       SENSORVELA_EXCLUDES(error_counts_mutex_);
 
-  // The order of the fields is the reverse of the order in which destruction frees them: the
-  // supplier goes after everything that the reporter thread uses.
+  // The supplier is declared before the queue, and so outlives it and the thread that calls it.
 
   const std::string stats_service_name_;
 
