@@ -3,7 +3,9 @@
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <new>
 #include <optional>
 #include <string>
 #include <type_traits>
@@ -13,37 +15,48 @@
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
 /// The value that a record's member becomes: its type fixes the kind, its bits are carried
-/// unchanged.
+/// unchanged. A list that is an rvalue is taken over.
 template <typename Member>
-aidl::android::frameworks::stats::VendorAtomValue ToValue(const Member& member) {
+aidl::android::frameworks::stats::VendorAtomValue ToValue(Member&& member) {
   using aidl::android::frameworks::stats::VendorAtomValue;
-  if constexpr (std::is_enum_v<Member>) {
-    static_assert(sizeof(Member) == sizeof(std::int32_t), "enumerations travel as 32 bits");
-    return ToValue(static_cast<std::underlying_type_t<Member>>(member));
-  } else if constexpr (std::is_same_v<Member, std::int32_t>) {
+  using Type = std::remove_cvref_t<Member>;
+  if constexpr (std::is_enum_v<Type>) {
+    static_assert(sizeof(Type) == sizeof(std::int32_t), "enumerations travel as 32 bits");
+    return ToValue(static_cast<std::underlying_type_t<Type>>(member));
+  } else if constexpr (std::is_same_v<Type, std::int32_t>) {
     return VendorAtomValue::make<VendorAtomValue::intValue>(member);
-  } else if constexpr (std::is_same_v<Member, std::int64_t>) {
+  } else if constexpr (std::is_same_v<Type, std::int64_t>) {
     return VendorAtomValue::make<VendorAtomValue::longValue>(member);
-  } else if constexpr (std::is_same_v<Member, float>) {
+  } else if constexpr (std::is_same_v<Type, float>) {
     return VendorAtomValue::make<VendorAtomValue::floatValue>(member);
-  } else if constexpr (std::is_same_v<Member, bool>) {
+  } else if constexpr (std::is_same_v<Type, bool>) {
     return VendorAtomValue::make<VendorAtomValue::boolValue>(member);
   } else {
-    static_assert(std::is_same_v<Member, std::vector<std::int32_t>>, "no value kind for this type");
-    return VendorAtomValue::make<VendorAtomValue::repeatedIntValue>(std::optional(member));
+    static_assert(std::is_same_v<Type, std::vector<std::int32_t>>, "no value kind for this type");
+    return VendorAtomValue::make<VendorAtomValue::repeatedIntValue>(
+        std::optional(std::forward<Member>(member)));
   }
 }
 
+/// An atom of `value_count` ints of 0 and no annotations. The one allocation is exact.
+aidl::android::frameworks::stats::VendorAtom MakeVendorAtom(std::int32_t atom_id,
+                                                            const std::string& reverse_domain_name,
+                                                            std::size_t value_count);
+
 /// An atom with one value for each member, in the order given, and no annotations.
+///
+/// What all builders have in common is in `MakeVendorAtom`, so that a builder is one store per
+/// value.
 template <typename... Members>
 aidl::android::frameworks::stats::VendorAtom BuildVendorAtom(std::int32_t atom_id,
                                                              const std::string& reverse_domain_name,
-                                                             const Members&... members) {
-  aidl::android::frameworks::stats::VendorAtom atom;
-  atom.atomId = atom_id;
-  atom.reverseDomainName = reverse_domain_name;
-  atom.values.reserve(sizeof...(members));
-  (atom.values.push_back(ToValue(members)), ...);
+                                                             Members&&... members) {
+  using aidl::android::frameworks::stats::VendorAtomValue;
+  auto atom = MakeVendorAtom(atom_id, reverse_domain_name, sizeof...(members));
+  VendorAtomValue* value = atom.values.data();
+  // An int of 0 owns nothing: the new value takes its storage without asking what it was.
+  (::new (static_cast<void*>(value++)) VendorAtomValue(ToValue(std::forward<Members>(members))),
+   ...);
   return atom;
 }
 

@@ -1,0 +1,17 @@
+#include "atoms/build_vendor_atom.h"
+
+namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
+
+using aidl::android::frameworks::stats::VendorAtom;
+using aidl::android::frameworks::stats::VendorAtomValue;
+
+VendorAtom MakeVendorAtom(std::int32_t atom_id, const std::string& reverse_domain_name,
+                          std::size_t value_count) {
+  VendorAtom atom;
+  atom.atomId = atom_id;
+  atom.reverseDomainName = reverse_domain_name;
+  atom.values = std::vector<VendorAtomValue>(value_count);
+  return atom;
+}
+
+}  // namespace android::hardware::halvard::orrin::vendor::OrrinAtoms
