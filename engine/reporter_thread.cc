@@ -2,7 +2,7 @@
 // deadline finds nothing to send.
 #include <android/log.h>
 
-#include <vector>
+#include <deque>
 
 #include "engine/log_tag.h"
 #include "engine/sensor_vela.h"
@@ -44,7 +44,7 @@ bool SensorVela::StopRequested() {
 }
 
 void SensorVela::DrainAtomQueue() {
-  std::vector<VendorAtom> batch;
+  std::deque<VendorAtom> batch;
   {
     const MutexLock lock(queue_mutex_);
     batch.swap(atom_queue_);

@@ -35,9 +35,7 @@ SensorVela::~SensorVela() {
 void SensorVela::Start() { reporter_thread_ = std::thread(&SensorVela::RunReporterThread, this); }
 
 void SensorVela::ReportVendorAtomAsync(const VendorAtom& atom) {
-  const MutexLock lock(queue_mutex_);
-  atom_queue_.push_back(atom);
-  queue_cv_.NotifyAll();
+  Enqueue(VendorAtom(atom));  // Copied before the lock is taken: nobody waits for a copy.
 }
 
 void SensorVela::Enqueue(VendorAtom&& atom) {

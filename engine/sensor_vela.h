@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
 #include <thread>
@@ -353,7 +354,8 @@ class [[gnu::visibility("default")]] SensorVela {
   /// Started last, when every other field is in place.
   std::thread reporter_thread_;
 
-  std::vector<VendorAtom> atom_queue_ SENSORVELA_GUARDED_BY(queue_mutex_);
+  /// Grows by blocks: no caller waits while a long queue is moved to larger storage.
+  std::deque<VendorAtom> atom_queue_ SENSORVELA_GUARDED_BY(queue_mutex_);
   sensorvela::platform::Mutex queue_mutex_;
   /// Notified with `queue_mutex_` held; only the reporter thread waits on it.
   sensorvela::platform::CondVar queue_cv_;
