@@ -1,6 +1,9 @@
 #include "atoms/sensor_event_atoms.h"
 
+#include <utility>
+
 #include "atoms/build_vendor_atom.h"
+#include "atoms/moved_records.h"
 
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
@@ -23,9 +26,13 @@ VendorAtom createVendorAtom(const ProxStatusReported& r) {
 }
 
 VendorAtom createVendorAtom(const HalSensorStateChanged& r) {
+  return MoveIntoVendorAtom(HalSensorStateChanged(r));
+}
+
+VendorAtom MoveIntoVendorAtom(HalSensorStateChanged&& r) {
   return BuildVendorAtom(100242, r.reverse_domain_name, r.sensor_id_high, r.sensor_id_low, r.state,
                          r.sampling_period_ns, r.sample_count, r.late_sample_count,
-                         r.latency_histogram);
+                         std::move(r.latency_histogram));
 }
 
 VendorAtom createVendorAtom(const SensorHalLatencyRecorded& r) {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "atoms/moved_records.h"
 #include "atoms/sensor_event_atoms.h"
 #include "engine/sensor_vela.h"
 #include "engine/wrapping_arithmetic.h"
@@ -54,7 +55,7 @@ std::int64_t GapThresholdNs(std::int64_t sampling_period_ns) {
 }  // namespace
 
 void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns) {
-  Enqueue(createVendorAtom(atoms::HalSensorStateChanged{
+  Enqueue(MoveIntoVendorAtom(atoms::HalSensorStateChanged{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),
       .sensor_id_low = sensor.low,
       .state = kSensorStateEnabled,
@@ -76,7 +77,7 @@ void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_peri
 void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
   const MutexLock lock(status_mutex_);
   const PerSensorStatus& status = sensor_status_[StatusKey(sensor)];
-  Enqueue(createVendorAtom(atoms::HalSensorStateChanged{
+  Enqueue(MoveIntoVendorAtom(atoms::HalSensorStateChanged{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),
       .sensor_id_low = sensor.low,
       .state = kSensorStateDisabled,
