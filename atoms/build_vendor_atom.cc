@@ -7,11 +7,11 @@ using aidl::android::frameworks::stats::VendorAtomValue;
 
 VendorAtom MakeVendorAtom(std::int32_t atom_id, const std::string& reverse_domain_name,
                           std::size_t value_count) {
-  VendorAtom atom;
-  atom.atomId = atom_id;
-  atom.reverseDomainName = reverse_domain_name;
-  atom.values = std::vector<VendorAtomValue>(value_count);
-  return atom;
+  return {.reverseDomainName = reverse_domain_name,
+          .atomId = atom_id,
+          .values = std::vector<VendorAtomValue>(value_count),
+          .valuesAnnotations = {},
+          .atomAnnotations = {}};
 }
 
 }  // namespace android::hardware::halvard::orrin::vendor::OrrinAtoms

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <new>
-#include <optional>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -33,8 +32,7 @@ aidl::android::frameworks::stats::VendorAtomValue ToValue(Member&& member) {
     return VendorAtomValue::make<VendorAtomValue::boolValue>(member);
   } else {
     static_assert(std::is_same_v<Type, std::vector<std::int32_t>>, "no value kind for this type");
-    return VendorAtomValue::make<VendorAtomValue::repeatedIntValue>(
-        std::optional(std::forward<Member>(member)));
+    return VendorAtomValue::make<VendorAtomValue::repeatedIntValue>(std::forward<Member>(member));
   }
 }
 
@@ -48,9 +46,8 @@ aidl::android::frameworks::stats::VendorAtom MakeVendorAtom(std::int32_t atom_id
 /// What all builders have in common is in `MakeVendorAtom`, so that a builder is one store per
 /// value.
 template <typename... Members>
-aidl::android::frameworks::stats::VendorAtom BuildVendorAtom(std::int32_t atom_id,
-                                                             const std::string& reverse_domain_name,
-                                                             Members&&... members) {
+[[gnu::always_inline]] inline aidl::android::frameworks::stats::VendorAtom BuildVendorAtom(
+    std::int32_t atom_id, const std::string& reverse_domain_name, Members&&... members) {
   using aidl::android::frameworks::stats::VendorAtomValue;
   auto atom = MakeVendorAtom(atom_id, reverse_domain_name, sizeof...(members));
   VendorAtomValue* value = atom.values.data();

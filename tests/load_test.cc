@@ -7,8 +7,7 @@
 #include <functional>
 #include <utility>
 
-#include "histogram/stats_histogram.h"
-#include "tests/heap_counter.h"
+#include "tests/call_counts.h"
 #include "tests/test_support.h"
 
 namespace sensorvela::testing {
@@ -17,7 +16,7 @@ namespace {
 #if defined(__arm__)
 constexpr int kEvents = 80'000;  // Under emulation.
 #else
-constexpr int kEvents = kHeapIsCounted ? 1'000'000 : 80'000;
+constexpr int kEvents = kCallsAreCounted ? 1'000'000 : 80'000;
 #endif
 constexpr int kThreads = 8;
 
@@ -121,7 +120,7 @@ TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
 }
 
 TEST(LoadTest, AYearOfCyclesLeavesTheHeapAsItWas) {
-  if (!kHeapIsCounted) GTEST_SKIP() << "the sanitizer has the heap";
+  if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap";
   World world;
   world.Register();
   world.Start();
@@ -139,28 +138,6 @@ TEST(LoadTest, AYearOfCyclesLeavesTheHeapAsItWas) {
     if (cycle == 2) after_the_second = HeapBytesInUse();
   }
   EXPECT_EQ(HeapBytesInUse(), after_the_second);
-}
-
-TEST(LoadTest, TheSteadyPathsAllocateNothing) {
-  if (!kHeapIsCounted) GTEST_SKIP() << "the sanitizer has the heap";
-  World world;
-  world.Start();
-  const SensorVela::SensorId sensor = {1, 1};
-  const auto sample = [&] { world.engine->LogSensorLatency(sensor, 0); };
-  const auto error = [&] { world.engine->LogSensorHalError(sensor, SensorVela::HalCall{}, 0); };
-  const auto histogram = android::util::statslogapigen::StatsHistogram::createLinearBins(0, 1, 9);
-  sample();
-  for (int i = 0; i < 10; ++i) error();
-  world.Seen();
-  const host::ScopedLogSink to_nowhere([](int, std::string_view, std::string_view) {});
-  const std::int64_t before = AllocationsOfThisThread();
-  for (int i = 0; i < 100; ++i) {
-    sample();
-    error();  // Past the cap.
-    histogram->addValue(static_cast<float>(i));
-  }
-  histogram->clear();
-  EXPECT_EQ(AllocationsOfThisThread(), before);
 }
 
 }  // namespace

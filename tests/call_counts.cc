@@ -1,6 +1,8 @@
-#include "tests/heap_counter.h"
+#include "tests/call_counts.h"
 
+#include <dlfcn.h>
 #include <malloc.h>
+#include <pthread.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -10,27 +12,27 @@ namespace sensorvela::testing {
 namespace {
 
 std::atomic<std::int64_t> bytes_in_use = 0;
-thread_local std::int64_t allocations = 0;
+thread_local CallCounts counts;
 
 }  // namespace
 
 std::int64_t HeapBytesInUse() { return bytes_in_use; }
-std::int64_t AllocationsOfThisThread() { return allocations; }
+CallCounts CallsOfThisThread() { return counts; }
 
 }  // namespace sensorvela::testing
 
 #if defined(__has_feature)
 #if __has_feature(thread_sanitizer)
-#define SENSORVELA_HEAP_IS_NOT_COUNTED
+#define SENSORVELA_CALLS_ARE_NOT_COUNTED
 #endif
 #endif
 
-#if !defined(SENSORVELA_HEAP_IS_NOT_COUNTED)
+#if !defined(SENSORVELA_CALLS_ARE_NOT_COUNTED)
 void* operator new(std::size_t size) {
   void* block = std::malloc(size);  // NOLINT(cppcoreguidelines-no-malloc)
   if (block == nullptr) std::abort();
   sensorvela::testing::bytes_in_use += static_cast<std::int64_t>(malloc_usable_size(block));
-  ++sensorvela::testing::allocations;
+  ++sensorvela::testing::counts.allocations;
   return block;
 }
 
@@ -40,4 +42,14 @@ void operator delete(void* block) noexcept {
 }
 
 void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
+
+// Stands before the C library's own for the libraries, too. It may be called at any time, so that
+// nothing in here may need a lock.
+int pthread_mutex_lock(pthread_mutex_t* mutex) {
+  using Lock = int (*)(pthread_mutex_t*);
+  static std::atomic<Lock> real = nullptr;
+  if (real == nullptr) real = reinterpret_cast<Lock>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
+  ++sensorvela::testing::counts.locks;
+  return real.load()(mutex);
+}
 #endif

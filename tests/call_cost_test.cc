@@ -1,0 +1,132 @@
+// What a call costs its caller, counted exactly: allocations, locks, clock readings and log lines.
+#include <android/log.h>
+#include <gtest/gtest.h>
+#include <utils/SystemClock.h>
+
+#include <functional>
+#include <memory>
+#include <tuple>
+#include <vector>
+
+#include "atoms/diagnostics_atoms.h"
+#include "atoms/sensor_event_atoms.h"
+#include "atoms/standalone_atoms.h"
+#include "histogram/stats_histogram.h"
+#include "tests/call_counts.h"
+#include "tests/test_support.h"
+
+namespace {
+
+int clock_readings = 0;
+int log_lines = 0;
+
+}  // namespace
+
+// Stand before the host platform's own, for the library, too.
+std::int64_t android::elapsedRealtimeNano() {
+  ++clock_readings;
+  return 0;
+}
+int __android_log_print(int, const char*, const char*, ...) {
+  ++log_lines;
+  return 1;
+}
+
+namespace sensorvela::testing {
+namespace {
+
+struct Cost {
+  CallCounts calls;
+  int clock_readings = 0;
+  int log_lines = 0;
+
+  bool operator==(const Cost&) const = default;
+};
+
+void PrintTo(const Cost& cost, std::ostream* out) {
+  *out << cost.calls.allocations << " allocations, " << cost.calls.locks << " locks, "
+       << cost.clock_readings << " clock readings, " << cost.log_lines << " log lines";
+}
+
+Cost CostOf(const std::function<void()>& call) {
+  const CallCounts before = CallsOfThisThread();
+  clock_readings = 0;
+  log_lines = 0;
+  call();
+  const CallCounts after = CallsOfThisThread();
+  return {{after.allocations - before.allocations, after.locks - before.locks},
+          clock_readings,
+          log_lines};
+}
+
+constexpr SensorVela::SensorId kSensor = {1, 1};
+
+TEST(CallCostTest, OfEachEvent) {
+  if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
+  const auto sample = [](SensorVela& it) { it.LogSensorLatency(kSensor, 0); };
+  const auto enable = [](SensorVela& it) { it.ReportHalSensorEnabled(kSensor, 1); };
+  const auto hal_error = [](SensorVela& it) { it.LogSensorHalError(kSensor, {}, 0); };
+  const auto runtime_error = [](SensorVela& it) { it.LogSensorRuntimeError(kSensor, {}, 0); };
+  VendorAtom outside_atom;
+  outside_atom.values.resize(20);
+  struct {
+    const char* what;
+    int times_before;
+    std::function<void(SensorVela&)> call;
+    Cost cost;
+  } const kCases[] = {
+      {"a sample", 1, sample, {{0, 1}, 1, 0}},
+      {"an error past the cap", 10, hal_error, {{0, 1}, 0, 1}},
+      {"another past the cap", 10, runtime_error, {{0, 1}, 0, 1}},
+      {"a HAL error", 1, hal_error, {{1, 2}, 0, 1}},
+      {"a runtime error", 1, runtime_error, {{1, 2}, 0, 1}},
+      {"an enable", 1, enable, {{1, 2}, 1, 0}},
+      {"a disable", 1, [](auto& it) { it.ReportHalSensorDisabled(kSensor); }, {{2, 2}, 0, 0}},
+      {"a first sample", 0, [](auto& it) { it.ReportFirstSample(kSensor, 1); }, {{1, 1}, 0, 0}},
+      {"a HAL latency", 0, [](auto& it) { it.ReportHalLatency({}, kSensor, 1); }, {{1, 1}, 0, 0}},
+      {"a firmware state", 0, [](auto& it) { it.ReportFirmwareState(1, {}, 1); }, {{1, 1}, 0, 0}},
+      {"a proximity report", 0, [](auto& it) { it.LogSensorProxEvent({}); }, {{1, 1}, 0, 0}},
+      {"a copy", 0, [&](auto& it) { it.ReportVendorAtomAsync(outside_atom); }, {{1, 1}, 0, 0}}};
+  for (const auto& [what, times_before, call, cost] : kCases) {
+    host::DeclareService(
+        kInstance);  // The reporter thread waits for it and leaves the queue alone.
+    SensorVela engine(std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr));
+    engine.ReportFirmwareState(1, {}, 1);  // The queue has a block now, with room for some more.
+    for (int i = 0; i < times_before; ++i) call(engine);
+    EXPECT_EQ(CostOf([&] { call(engine); }), cost) << what;
+    host::ResetServices();
+  }
+}
+
+TEST(CallCostTest, OfEachBuilderAndTheHistogram) {
+  if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
+  using namespace android::hardware::halvard::orrin::vendor::OrrinAtoms;
+  const auto expect_allocations = [](int count, const auto&... records) {
+    const auto built = [&](const auto& record) {
+      EXPECT_EQ(CostOf([&] { createVendorAtom(record); }), Cost({{count, 0}}));
+    };
+    (built(records), ...);
+  };
+  expect_allocations(
+      1, SensorHalErrorDetected{}, SensorRuntimeErrorDetected{},
+      SensorProcessorDiagnosticsReported{}, SensorSystemQueueStressReported{},
+      SensorIpcErrorRateReported{}, SensorMemoryPressureReported{}, HingeAngleStateChanged{},
+      TarnSensorUsageReported{}, TarnServerWorkerUsageReported{}, SensorGatingContextReported{},
+      SensorCoreDramExceptionsReported{}, ProxStatusReported{}, HingeHallSensorTriggered{},
+      HalSensorStateChanged{}, SensorHalLatencyRecorded{}, SensorFirmwareStateChanged{},
+      SensorFirstSampleReported{}, AlsLuxLevelDistributionReported{},
+      SensorMemoryServiceabilityStatsReported{}, AADProxStatsReported{});
+  expect_allocations(2, HalSensorStateChanged{.latency_histogram = {1, 2, 3, 4, 5}});
+  expect_allocations(3, SensorMemoryServiceabilityStatsReported{.bucket_allocation_count = {1},
+                                                                .bucket_duration_ms = {1}});
+
+  const auto histogram = android::util::statslogapigen::StatsHistogram::createLinearBins(0, 1, 9);
+  EXPECT_EQ(CostOf([&] {
+              histogram->addValue(0.5F);
+              histogram->clear();
+            }),
+            Cost{});
+}
+
+}  // namespace
+}  // namespace sensorvela::testing

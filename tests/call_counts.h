@@ -1,0 +1,29 @@
+// Counts what the whole program, the libraries included, asks of the machine.
+#pragma once
+
+#include <cstdint>
+
+namespace sensorvela::testing {
+
+/// False in a build with the Thread sanitizer, whose own `operator new` and locks cannot be
+/// replaced.
+#if defined(__has_feature)
+inline constexpr bool kCallsAreCounted = !__has_feature(thread_sanitizer);
+#else
+inline constexpr bool kCallsAreCounted = true;
+#endif
+
+struct CallCounts {
+  int allocations = 0;
+  int locks = 0;
+
+  bool operator==(const CallCounts&) const = default;
+};
+
+/// By the calling thread, since its start.
+CallCounts CallsOfThisThread();
+
+/// Since the program's start, over all threads.
+std::int64_t HeapBytesInUse();
+
+}  // namespace sensorvela::testing
