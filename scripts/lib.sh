@@ -71,6 +71,10 @@ need_for() {
       need "${build_packages[@]}" "${clang_packages[@]}" qemu-user
       scripts/armv7-sysroot
       ;;
+    bench)
+      need cmake ninja-build "${clang_packages[@]}" libspdlog-dev libfmt-dev
+      scripts/benchmark-source
+      ;;
     fuzz) need "${build_packages[@]}" "${clang_packages[@]}" g++ ;;
     *) need "${build_packages[@]}" "${clang_packages[@]}" ;;
   esac

@@ -1,0 +1,87 @@
+// What each enqueue takes while a million atoms pile up behind a service that does not answer.
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "benchmarks/comparison.h"
+#include "benchmarks/engine.h"
+#include "benchmarks/floor_queue.h"
+#include "benchmarks/tables.h"
+
+namespace sensorvela::benchmarks {
+namespace {
+
+constexpr std::size_t kAtoms = 1'000'000;
+
+/// The enqueues from one length of the queue up to another.
+struct Stretch {
+  std::size_t begin;
+  std::size_t end;
+};
+
+/// Times each enqueue from an empty queue to a million atoms; shows those of the stretch.
+template <typename Call>
+void Measure(benchmark::State& state, Stretch stretch, const Call& enqueue) {
+  using Clock = std::chrono::steady_clock;
+  std::vector<std::int64_t> times_ns(stretch.end - stretch.begin);
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < stretch.begin; ++i) enqueue();
+    for (std::int64_t& time_ns : times_ns) {
+      const auto start = Clock::now();
+      enqueue();
+      time_ns = std::chrono::nanoseconds(Clock::now() - start).count();
+    }
+  }
+  std::sort(times_ns.begin(), times_ns.end());
+  const auto at = [&](std::size_t per_mille) {
+    return static_cast<double>(times_ns[(times_ns.size() - 1) * per_mille / 1000]);
+  };
+  state.counters["1: median ns"] = at(500);
+  state.counters["2: 99.9 % ns"] = at(999);
+  state.counters["3: worst ns"] = static_cast<double>(times_ns.back());
+}
+
+/// A queue in one piece of memory, which is moved as a whole whenever it has to grow.
+class ContiguousQueue {
+ public:
+  void Enqueue(VendorAtom&& atom) {
+    const std::lock_guard lock(mutex_);
+    atoms_.push_back(std::move(atom));
+    not_empty_.notify_all();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable not_empty_;
+  std::vector<VendorAtom> atoms_;
+};
+
+}  // namespace
+
+void AddBacklog() {
+  std::size_t begin = 0;
+  for (const std::size_t end :
+       {std::size_t{1'000}, std::size_t{10'000}, std::size_t{100'000}, kAtoms}) {
+    const std::string name = std::to_string(begin) + " to " + std::to_string(end);
+    const Stretch stretch = {begin, end};
+    AddCounters("An enqueue, by the atoms queued already", name, [=](benchmark::State& state) {
+      BusyEngine engine;
+      Measure(state, stretch,
+              [&] { engine->ReportHalLatency(SensorVela::HalOperation{4}, {0x10, 1}, 1'500'000); });
+    });
+    begin = end;
+  }
+  AddCounters("The same, were the queue one piece of memory", "0 to 1000000",
+              [](benchmark::State& state) {
+                ContiguousQueue queue;
+                Measure(state, {0, kAtoms}, [&] { queue.Enqueue(FloorAtom(4)); });
+              });
+}
+
+}  // namespace sensorvela::benchmarks

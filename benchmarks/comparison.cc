@@ -1,0 +1,100 @@
+#include "benchmarks/comparison.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace sensorvela::benchmarks {
+namespace {
+
+struct Row {
+  std::string name;
+  double goal;
+};
+
+struct Table {
+  std::string title;
+  std::vector<Row> rows;
+};
+
+std::vector<Table> tables;
+
+void AddRow(const std::string& title, const Row& row) {
+  if (tables.empty() || tables.back().title != title) tables.push_back({title, {}});
+  tables.back().rows.push_back(row);
+}
+
+std::string FullName(const std::string& table, const std::string& row, const char* what) {
+  return table + ": " + row + what;
+}
+constexpr char kFloor[] = " (floor)";
+
+void Register(const std::string& name, const Body& body, const Settings& settings) {
+  auto* const registered = benchmark::RegisterBenchmark(name.c_str(), body);
+  registered->UseRealTime();
+  if (settings) settings(*registered);
+}
+
+double Median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+}  // namespace
+
+void Add(const Road& road) {
+  AddRow(road.table, {road.name, road.goal});
+  Register(FullName(road.table, road.name, ""), road.ours, road.settings);
+  Register(FullName(road.table, road.name, kFloor), road.floor, road.settings);
+}
+
+void Add(const std::string& table, const std::string& name, const Body& body) {
+  AddRow(table, {name, 0});
+  Register(FullName(table, name, ""), body, {});
+}
+
+void AddCounters(const std::string& table, const std::string& name, const Body& body) {
+  AddRow(table, {name, 0});
+  Register(FullName(table, name, ""), body,
+           [](benchmark::internal::Benchmark& it) { it.Iterations(1)->Repetitions(1); });
+}
+
+bool Tables::ReportContext(const Context&) { return true; }
+
+void Tables::ReportRuns(const std::vector<Run>& runs) {
+  for (const Run& run : runs) {
+    if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
+    times_ns_[run.run_name.function_name].push_back(run.GetAdjustedRealTime());
+    counters_[run.run_name.function_name] = run.counters;
+  }
+}
+
+void Tables::Finalize() {
+  for (const auto& [title, rows] : tables) {
+    bool has_title = false;
+    for (const auto& [name, goal] : rows) {
+      const auto ours = times_ns_.find(FullName(title, name, ""));
+      if (ours == times_ns_.end()) continue;  // Filtered out.
+      if (!has_title) std::printf("\n%s\n", title.c_str());
+      has_title = true;
+      std::printf("  %-52s", name.c_str());
+      const auto floor = times_ns_.find(FullName(title, name, kFloor));
+      if (const auto& counters = counters_.at(ours->first); !counters.empty()) {
+        for (const auto& [label, counter] : counters) {
+          std::printf("  %s %10.0f", label.c_str(), counter.value);
+        }
+      } else if (floor == times_ns_.end()) {
+        std::printf("%10.1f ns", Median(ours->second));
+      } else {
+        const double ours_ns = Median(ours->second);
+        const double floor_ns = Median(floor->second);
+        const double ratio = ours_ns / floor_ns;
+        std::printf("%10.1f ns  floor %10.1f ns  ratio %5.2f", ours_ns, floor_ns, ratio);
+        if (goal > 0) std::printf("  goal %.2f%s", goal, ratio > goal ? "  MISSED" : "");
+      }
+      std::printf("\n");
+    }
+  }
+}
+
+}  // namespace sensorvela::benchmarks

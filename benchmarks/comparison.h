@@ -1,0 +1,49 @@
+// Measures things beside each other and prints the result as tables.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace sensorvela::benchmarks {
+
+using Body = std::function<void(benchmark::State&)>;
+using Settings = std::function<void(benchmark::internal::Benchmark&)>;
+
+/// What a road costs beside its floor, the unavoidable work written by hand.
+struct Road {
+  std::string table;
+  std::string name;
+  Body ours;
+  Body floor;
+  /// The ratio to reach; 0 for a row that has none.
+  double goal = 0;
+  Settings settings = {};
+};
+
+/// Measures both, in this process and run; the table shows the ratio of their medians.
+void Add(const Road& road);
+
+/// Measures one thing that has no floor.
+void Add(const std::string& table, const std::string& name, const Body& body);
+
+/// Shows the counters that `body` sets, each a column of the table.
+void AddCounters(const std::string& table, const std::string& name, const Body& body);
+
+/// Prints a table for each that was named, in the order in which they were.
+class Tables : public benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context& context) override;
+  void ReportRuns(const std::vector<Run>& runs) override;
+  void Finalize() override;
+
+ private:
+  /// By name, the times of each repetition in nanoseconds, or the counters of the last one.
+  std::map<std::string, std::vector<double>> times_ns_;
+  std::map<std::string, benchmark::UserCounters> counters_;
+};
+
+}  // namespace sensorvela::benchmarks

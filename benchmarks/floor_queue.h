@@ -1,0 +1,49 @@
+// The least that a queue of atoms costs its callers.
+#pragma once
+
+#include <aidl/android/frameworks/stats/VendorAtom.h>
+
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <variant>
+
+namespace sensorvela::benchmarks {
+
+using aidl::android::frameworks::stats::VendorAtom;
+using aidl::android::frameworks::stats::VendorAtomValue;
+
+class FloorQueue {
+ public:
+  void Enqueue(VendorAtom&& atom) {
+    const std::lock_guard lock(mutex_);
+    atoms_.push_back(std::move(atom));
+    not_empty_.notify_all();
+  }
+
+  /// Has another thread free everything, as the engine's callers have.
+  void Empty() {
+    std::thread([&] { std::deque<VendorAtom>().swap(atoms_); }).join();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable not_empty_;
+  std::deque<VendorAtom> atoms_;
+};
+
+/// An atom with one exact allocation for `ints` ints, and a list of five more if asked for.
+inline VendorAtom FloorAtom(int ints, bool with_list = false) {
+  VendorAtom atom;
+  atom.atomId = 1;
+  atom.values.reserve(static_cast<std::size_t>(ints) + (with_list ? 1 : 0));
+  for (std::int32_t i = 0; i < ints; ++i) atom.values.emplace_back(std::in_place_index<0>, i);
+  if (with_list) atom.values.emplace_back(std::in_place_index<5>, std::in_place, 5U);
+  return atom;
+}
+
+}  // namespace sensorvela::benchmarks

@@ -1,0 +1,59 @@
+// A value counted in a histogram of 22 bins.
+#include "histogram/stats_histogram.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "atoms/memory_serviceability_histograms.h"
+#include "benchmarks/comparison.h"
+#include "benchmarks/tables.h"
+
+namespace sensorvela::benchmarks {
+namespace {
+
+/// Calls `add` with a value of each bin in turn, 5 apart.
+template <typename Add>
+void ForEachValue(benchmark::State& state, const Add& add) {
+  float value = -2.5F;
+  for (auto _ : state) {
+    add(value);
+    value = value > 100 ? -2.5F : value + 5;
+  }
+}
+
+auto NewHistogram() {
+  return android::hardware::halvard::orrin::vendor::OrrinAtoms::
+      create_sensor_memory_serviceability_stats_reported__bucket_duration_ms_histogram();
+}
+
+void Ours(benchmark::State& state) {
+  const auto histogram = NewHistogram();
+  ForEachValue(state, [&](float value) { histogram->addValue(value); });
+}
+
+/// The linear scan.
+[[gnu::noinline]] void FloorAdd(const std::vector<float>& edges, std::vector<std::int32_t>& counts,
+                                float value) {
+  std::size_t bin = 1;
+  while (bin < edges.size() && !(value < edges[bin])) ++bin;
+  ++counts[bin - 1];
+}
+
+void Floor(benchmark::State& state) {
+  const std::vector<float> edges = NewHistogram()->getBins();
+  std::vector<std::int32_t> counts(edges.size());
+  ForEachValue(state, [&](float value) { FloorAdd(edges, counts, value); });
+}
+
+}  // namespace
+
+void AddHistogram() {
+  Add({.table = "StatsHistogram::addValue",
+       .name = "22 bins, a value of each in turn",
+       .ours = Ours,
+       .floor = Floor,
+       .goal = 1.05});
+}
+
+}  // namespace sensorvela::benchmarks

@@ -1,0 +1,115 @@
+// A sample of a sensor that is known: the road that runs for every sample of every sensor.
+#include <utils/SystemClock.h>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
+#include "benchmarks/comparison.h"
+#include "benchmarks/engine.h"
+#include "benchmarks/tables.h"
+
+namespace sensorvela::benchmarks {
+namespace {
+
+SensorVela::SensorId Sensor(std::uint32_t number) {
+  return {0x10, static_cast<std::int32_t>(number)};
+}
+
+/// Samples of `sensors` sensors in turn; the threads begin at different ones.
+Body Samples(std::uint32_t sensors) {
+  const auto engine = std::make_shared<std::unique_ptr<SensorVela>>();
+  return [=](benchmark::State& state) {
+    if (state.thread_index() == 0) {
+      *engine = StartEngine();
+      for (std::uint32_t i = 0; i < sensors; ++i) {
+        (*engine)->ReportHalSensorEnabled(Sensor(i), 5'000'000);
+        (*engine)->LogSensorLatency(Sensor(i), 0);
+      }
+    }
+    const std::int64_t timestamp_ns = android::elapsedRealtimeNano();
+    std::uint32_t next = static_cast<std::uint32_t>(state.thread_index()) * 7 % sensors;
+    for (auto _ : state) {
+      (*engine)->LogSensorLatency(Sensor(next), timestamp_ns);
+      if (++next == sensors) next = 0;
+    }
+    if (state.thread_index() == 0) engine->reset();
+  };
+}
+
+struct Status {
+  std::array<std::uint32_t, 5> buckets{};
+  std::uint32_t count = 0;
+  std::uint32_t late_count = 0;
+  std::int64_t threshold_ns = 5'500'000;
+  std::int64_t enabled_ns = 0;
+  std::int64_t last_ns = 0;
+};
+
+struct Table {
+  std::mutex mutex;
+  std::unordered_map<std::uint64_t, Status> status;
+};
+
+std::uint64_t Key(std::uint32_t number) { return std::uint64_t{0x10} << 32 | number; }
+
+/// One lock, one clock reading, one lookup, the fields.
+[[gnu::noinline]] void FloorSample(Table& table, std::uint64_t key, std::int64_t timestamp_ns) {
+  const std::lock_guard lock(table.mutex);
+  Status& status = table.status.find(key)->second;
+  const std::int64_t latency_ns = android::elapsedRealtimeNano() - timestamp_ns;
+  ++status.buckets[latency_ns > 20'000'000   ? 4
+                   : latency_ns > 10'000'000 ? 3
+                   : latency_ns > 5'000'000  ? 2
+                   : latency_ns > 2'500'000  ? 1
+                                             : 0];
+  ++status.count;
+  if (timestamp_ns - status.last_ns > status.threshold_ns) ++status.late_count;
+  status.last_ns = timestamp_ns;
+}
+
+Body FloorSamples(std::uint32_t sensors) {
+  const auto table = std::make_shared<Table>();
+  return [=](benchmark::State& state) {
+    if (state.thread_index() == 0) {
+      for (std::uint32_t i = 0; i < sensors; ++i) table->status[Key(i)] = {};
+    }
+    const std::int64_t timestamp_ns = android::elapsedRealtimeNano();
+    std::uint32_t next = static_cast<std::uint32_t>(state.thread_index()) * 7 % sensors;
+    for (auto _ : state) {
+      FloorSample(*table, Key(next), timestamp_ns);
+      if (++next == sensors) next = 0;
+    }
+    if (state.thread_index() == 0) table->status.clear();
+  };
+}
+
+void AddRow(const char* table, const std::string& name, std::uint32_t sensors, int threads,
+            double goal) {
+  Add({.table = table,
+       .name = name,
+       .ours = Samples(sensors),
+       .floor = FloorSamples(sensors),
+       .goal = goal,
+       .settings = [=](benchmark::internal::Benchmark& it) { it.Threads(threads); }});
+}
+
+}  // namespace
+
+void AddSamplePath() {
+  for (const int threads : {1, 2, 8}) {
+    AddRow("A sample (LogSensorLatency)", "64 sensors, threads: " + std::to_string(threads), 64,
+           threads, 1.10);
+  }
+  for (const std::uint32_t sensors : {1U, 10U, 100U, 1'000U, 10'000U, 100'000U}) {
+    AddRow("A sample, by the number of sensors", std::to_string(sensors), sensors, 1, 0);
+  }
+  for (const int threads : {1, 2, 4, 8, 16}) {
+    AddRow("A sample of 64 sensors, by the number of threads", std::to_string(threads), 64, threads,
+           0);
+  }
+}
+
+}  // namespace sensorvela::benchmarks
