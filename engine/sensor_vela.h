@@ -324,6 +324,10 @@ class [[gnu::visibility("default")]] SensorVela {
   /// Makes sure that the sensor has a status.
   void EnsureSensorEntryInStatus(SensorId sensor) SENSORVELA_REQUIRES(status_mutex_);
 
+  /// The sensor's status, which is all zero if there was none. Good until the lock is released.
+  [[gnu::visibility("hidden")]] PerSensorStatus& StatusOf(SensorId sensor)
+      SENSORVELA_REQUIRES(status_mutex_);
+
   [[gnu::visibility("hidden")]] void UploadFrom(SystemDiagnosticsSupplier& supplier)
       SENSORVELA_EXCLUDES(queue_mutex_);
   [[gnu::visibility("hidden")]] void UploadFrom(SystemDiagnosticsSupplierV2& supplier)

@@ -66,7 +66,7 @@ void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_peri
   }));
 
   const MutexLock lock(status_mutex_);
-  PerSensorStatus& status = sensor_status_[StatusKey(sensor)];
+  PerSensorStatus& status = StatusOf(sensor);
   const std::int64_t now_ns = android::elapsedRealtimeNano();
   status = {};
   status.enable_time_ns = now_ns;
@@ -76,7 +76,7 @@ void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_peri
 
 void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
   const MutexLock lock(status_mutex_);
-  const PerSensorStatus& status = sensor_status_[StatusKey(sensor)];
+  const PerSensorStatus& status = StatusOf(sensor);
   Enqueue(MoveIntoVendorAtom(atoms::HalSensorStateChanged{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),
       .sensor_id_low = sensor.low,
@@ -90,13 +90,7 @@ void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
 
 void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
   const MutexLock lock(status_mutex_);
-  auto entry = sensor_status_.find(StatusKey(sensor));
-  if (entry == sensor_status_.end()) {
-    EnsureSensorEntryInStatus(sensor);
-    entry = sensor_status_.find(StatusKey(sensor));
-  }
-  PerSensorStatus& status = entry->second;
-
+  PerSensorStatus& status = StatusOf(sensor);
   const std::int64_t now_ns = android::elapsedRealtimeNano();
   const std::int64_t latency_ns = WrappingSubtract<std::int64_t>(now_ns, timestamp_ns);
   Increment(status.latency_buckets[LatencyBand(latency_ns)]);
@@ -113,7 +107,8 @@ void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
   status.last_sample_time_ns = timestamp_ns;
 }
 
-void SensorVela::ReportFirstSample(SensorId sensor, long long latency_ns) {
+// Kept out of the sample path, which calls it once per enable.
+[[gnu::noinline]] void SensorVela::ReportFirstSample(SensorId sensor, long long latency_ns) {
   Enqueue(createVendorAtom(atoms::SensorFirstSampleReported{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),
       .sensor_id_low = sensor.low,
@@ -121,6 +116,15 @@ void SensorVela::ReportFirstSample(SensorId sensor, long long latency_ns) {
   }));
 }
 
-void SensorVela::EnsureSensorEntryInStatus(SensorId sensor) {
+SensorVela::PerSensorStatus& SensorVela::StatusOf(SensorId sensor) {
+  auto entry = sensor_status_.find(StatusKey(sensor));
+  if (entry == sensor_status_.end()) {
+    EnsureSensorEntryInStatus(sensor);
+    entry = sensor_status_.find(StatusKey(sensor));
+  }
+  return entry->second;
+}
+
+[[gnu::noinline]] void SensorVela::EnsureSensorEntryInStatus(SensorId sensor) {
   sensor_status_.try_emplace(StatusKey(sensor));
 }
