@@ -1,4 +1,4 @@
-# 32-bit Arm with hard floats, as on the device, from a workstation: Clang 19, LLD and libc++ against
+# 32-bit Arm in Thumb code with hard floats, as on the device, from a workstation: Clang 19, LLD and libc++ against
 # the private sysroot that scripts/armv7-sysroot unpacks; tests run under user-mode emulation.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7-a)
@@ -6,9 +6,9 @@ set(CMAKE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/armv7-sysroot)
 
 set(CMAKE_CXX_COMPILER clang++-19)
 set(CMAKE_CXX_COMPILER_TARGET arm-linux-gnueabihf)
-set(CMAKE_CXX_FLAGS_INIT "-march=armv7-a -mfpu=neon -stdlib=libc++")
+set(CMAKE_CXX_FLAGS_INIT "-march=armv7-a -mthumb -mfpu=neon -stdlib=libc++")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-fuse-ld=lld")
-set(CMAKE_SHARED_LINKER_FLAGS_INIT "-fuse-ld=lld")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "-fuse-ld=lld -Wl,--icf=safe")
 
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
