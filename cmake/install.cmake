@@ -1,0 +1,49 @@
+# What `cmake --install` gives: the libraries, their headers, sensorvela-replay if it is built, a
+# CMake package and pkg-config files. The prefix may be moved afterwards.
+include(CheckCXXSymbolExists)
+include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
+
+set(include_dir ${CMAKE_INSTALL_INCLUDEDIR}/sensorvela)
+install(TARGETS sensorvela sensorvela_host_platform EXPORT sensorvela
+  FILE_SET HEADERS DESTINATION ${include_dir}
+  # The device's names, in a folder of their own.
+  FILE_SET device_headers DESTINATION ${include_dir}/host_platform
+  # For hosts whose CMake is older than 3.23, which cannot read file sets.
+  INCLUDES DESTINATION ${include_dir} ${include_dir}/host_platform)
+install(FILES LICENSE TYPE DOC)
+
+if(TARGET sensorvela-replay)
+  file(RELATIVE_PATH to_libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+  set_target_properties(sensorvela-replay PROPERTIES INSTALL_RPATH $ORIGIN/${to_libraries})
+  install(TARGETS sensorvela-replay)
+endif()
+
+# The interface passes the standard library's types, so a host must use the one that this build
+# uses. The packages say which and do not impose it: it is the choice of a whole program.
+check_cxx_symbol_exists(_LIBCPP_VERSION cstddef SENSORVELA_USES_LIBCXX)
+set(standard_library libstdc++)
+if(SENSORVELA_USES_LIBCXX)
+  set(standard_library libc++)
+endif()
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/sensorvela)
+set(generated ${PROJECT_BINARY_DIR}/install)
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/sensorvela-config.cmake.in
+  ${generated}/sensorvela-config.cmake INSTALL_DESTINATION ${package_dir}
+  NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+write_basic_package_version_file(${generated}/sensorvela-config-version.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${generated}/sensorvela-config.cmake ${generated}/sensorvela-config-version.cmake
+  DESTINATION ${package_dir})
+install(EXPORT sensorvela NAMESPACE sensorvela:: FILE sensorvela-targets.cmake
+  DESTINATION ${package_dir})
+
+# Every path is relative to where the file itself lies.
+set(pkgconfig_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH to_prefix ${pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
+file(RELATIVE_PATH to_include_dir ${pkgconfig_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR}/sensorvela)
+foreach(package sensorvela sensorvela-host-platform)
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${generated}/${package}.pc @ONLY)
+  install(FILES ${generated}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
