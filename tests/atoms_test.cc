@@ -3,7 +3,7 @@
 
 #include "atoms/sensor_event_atoms.h"
 #include "atoms/standalone_atoms.h"
-#include "tests/test_support.h"
+#include "tests/show_atom.h"
 
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 namespace {

@@ -1,35 +1,7 @@
 #include "tests/test_support.h"
 
-#include <bit>
-#include <cmath>
-#include <cstdio>
-
 namespace sensorvela::testing {
 namespace {
-
-using aidl::android::frameworks::stats::VendorAtomValue;
-
-std::string ShowValue(const VendorAtomValue& value) {
-  switch (value.getTag()) {
-    case VendorAtomValue::intValue:
-      return "i" + std::to_string(value.get<VendorAtomValue::intValue>());
-    case VendorAtomValue::longValue:
-      return "l" + std::to_string(value.get<VendorAtomValue::longValue>());
-    case VendorAtomValue::floatValue:
-      return "f" + ShowFloat(value.get<VendorAtomValue::floatValue>());
-    case VendorAtomValue::boolValue:
-      return value.get<VendorAtomValue::boolValue>() ? "true" : "false";
-    case VendorAtomValue::repeatedIntValue: {
-      const auto& list = value.get<VendorAtomValue::repeatedIntValue>();
-      if (!list) return "absent";
-      std::string text = "[";
-      for (const std::int32_t element : *list) text += " " + std::to_string(element);
-      return text + " ]";
-    }
-    default:
-      return "other";
-  }
-}
 
 template <typename Record>
 std::unique_ptr<Record> Copy(const std::optional<Record>& record) {
@@ -37,23 +9,6 @@ std::unique_ptr<Record> Copy(const std::optional<Record>& record) {
 }
 
 }  // namespace
-
-std::string Show(const VendorAtom& atom) {
-  std::string text = std::to_string(atom.atomId) + atom.reverseDomainName;
-  for (const VendorAtomValue& value : atom.values) text += " " + ShowValue(value);
-  if (atom.valuesAnnotations || atom.atomAnnotations) text += " annotated";
-  return text;
-}
-
-std::string ShowFloat(float value) {
-  char text[32];
-  if (std::isnan(value)) {
-    std::snprintf(text, sizeof text, "nan:%08x", std::bit_cast<std::uint32_t>(value));
-  } else {
-    std::snprintf(text, sizeof text, "%.9g", static_cast<double>(value));
-  }
-  return text;
-}
 
 VendorAtom Marker(int id) {
   VendorAtom atom;

@@ -21,19 +21,14 @@
 #include "platform/host/log_sink.h"
 #include "platform/host/service_manager.h"
 #include "platform/host/virtual_time.h"
+#include "tests/show_atom.h"
 
 namespace sensorvela::testing {
 
-using aidl::android::frameworks::stats::VendorAtom;
 using Texts = std::vector<std::string>;
 using namespace std::chrono_literals;
 
 inline const std::string kInstance = "android.frameworks.stats.IStats/default";
-
-/// An atom in one line, to the bit: identifier, domain if any, then each value after a letter for
-/// its kind.
-std::string Show(const VendorAtom& atom);
-std::string ShowFloat(float value);
 
 /// An atom from outside the library that is known by its identifier alone.
 VendorAtom Marker(int id);
