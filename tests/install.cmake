@@ -1,8 +1,8 @@
 # Installs into a prefix and moves it, then builds the example against it as a host would, with CMake
 # and with pkg-config, and runs both.
 function(run)
-  execute_process(COMMAND ${ARGV} OUTPUT_VARIABLE output OUTPUT_STRIP_TRAILING_WHITESPACE
-    COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${ARGV} OUTPUT_VARIABLE output ECHO_OUTPUT_VARIABLE
+    OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   set(output "${output}" PARENT_SCOPE)
 endfunction()
 
@@ -10,6 +10,9 @@ set(prefix ${WORK}/moved)
 file(REMOVE_RECURSE ${WORK})
 run(${CMAKE_COMMAND} --install ${BUILD} --config ${CONFIG} --prefix ${WORK}/prefix)
 file(RENAME ${WORK}/prefix ${prefix})
+# Fails if the library cannot be found by this name, or does not find the host platform by itself.
+file(GET_RUNTIME_DEPENDENCIES LIBRARIES ${prefix}/${LIBDIR}/libsensorvela.so.1
+  RESOLVED_DEPENDENCIES_VAR dependencies)
 if(EXISTS ${prefix}/${BINDIR}/sensorvela-replay)
   run(${prefix}/${BINDIR}/sensorvela-replay --help)
 endif()
@@ -24,9 +27,8 @@ include(${SOURCE}/tests/minimal_host.cmake)
 
 set(ENV{PKG_CONFIG_LIBDIR} ${prefix}/${LIBDIR}/pkgconfig)
 run(${PKG_CONFIG} --cflags --libs sensorvela)
-separate_arguments(package_flags UNIX_COMMAND "${output}")
+separate_arguments(flags UNIX_COMMAND "${CXX_FLAGS} ${output}")
 run(${PKG_CONFIG} --variable=libdir sensorvela)
-separate_arguments(flags UNIX_COMMAND "${CXX_FLAGS} -std=c++17 -Wl,-rpath,${output}")
 set(EXAMPLE ${WORK}/minimal_host)
-run(${CXX} ${flags} ${SOURCE}/examples/minimal_host.cc ${package_flags} -o ${EXAMPLE})
+run(${CXX} -std=c++17 ${SOURCE}/examples/minimal_host.cc ${flags} -Wl,-rpath,${output} -o ${EXAMPLE})
 include(${SOURCE}/tests/minimal_host.cmake)
