@@ -18,7 +18,28 @@ SensorVela::SensorId Sensor(std::uint32_t number) {
   return {0x10, static_cast<std::int32_t>(number)};
 }
 
-/// Samples of `sensors` sensors in turn; the threads begin at different ones.
+/// The sensors' samples come in no order that the machine could foresee, as those of a phone do.
+class Sensors {
+ public:
+  Sensors(std::uint32_t count, int thread)
+      : count_(count),
+        step_(kPrime % count),
+        next_(static_cast<std::uint32_t>(thread) * 7 % count) {}
+
+  std::uint32_t Next() {
+    next_ += step_;
+    if (next_ >= count_) next_ -= count_;
+    return next_;
+  }
+
+ private:
+  static constexpr std::uint32_t kPrime = 61'813;  // So that all are visited.
+
+  std::uint32_t count_;
+  std::uint32_t step_;
+  std::uint32_t next_;
+};
+
 Body Samples(std::uint32_t sensors) {
   const auto engine = std::make_shared<std::unique_ptr<SensorVela>>();
   return [=](benchmark::State& state) {
@@ -30,10 +51,9 @@ Body Samples(std::uint32_t sensors) {
       }
     }
     const std::int64_t timestamp_ns = android::elapsedRealtimeNano();
-    std::uint32_t next = static_cast<std::uint32_t>(state.thread_index()) * 7 % sensors;
+    Sensors order(sensors, state.thread_index());
     for (auto _ : state) {
-      (*engine)->LogSensorLatency(Sensor(next), timestamp_ns);
-      if (++next == sensors) next = 0;
+      (*engine)->LogSensorLatency(Sensor(order.Next()), timestamp_ns);
     }
     if (state.thread_index() == 0) engine->reset();
   };
@@ -77,10 +97,9 @@ Body FloorSamples(std::uint32_t sensors) {
       for (std::uint32_t i = 0; i < sensors; ++i) table->status[Key(i)] = {};
     }
     const std::int64_t timestamp_ns = android::elapsedRealtimeNano();
-    std::uint32_t next = static_cast<std::uint32_t>(state.thread_index()) * 7 % sensors;
+    Sensors order(sensors, state.thread_index());
     for (auto _ : state) {
-      FloorSample(*table, Key(next), timestamp_ns);
-      if (++next == sensors) next = 0;
+      FloorSample(*table, Key(order.Next()), timestamp_ns);
     }
     if (state.thread_index() == 0) table->status.clear();
   };
