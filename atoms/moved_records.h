@@ -7,6 +7,6 @@
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
 /// Like `createVendorAtom`, but the atom takes the record's list over: it is allocated once.
-aidl::android::frameworks::stats::VendorAtom MoveIntoVendorAtom(HalSensorStateChanged&& record);
+aidl::android::frameworks::stats::VendorAtom MoveIntoVendorAtom(HalSensorStateChanged record);
 
 }  // namespace android::hardware::halvard::orrin::vendor::OrrinAtoms

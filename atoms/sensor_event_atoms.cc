@@ -25,11 +25,9 @@ VendorAtom createVendorAtom(const ProxStatusReported& r) {
                          r.int_8, r.int_9, r.float_4, r.float_5, r.float_6);
 }
 
-VendorAtom createVendorAtom(const HalSensorStateChanged& r) {
-  return MoveIntoVendorAtom(HalSensorStateChanged(r));
-}
+VendorAtom createVendorAtom(const HalSensorStateChanged& r) { return MoveIntoVendorAtom(r); }
 
-VendorAtom MoveIntoVendorAtom(HalSensorStateChanged&& r) {
+VendorAtom MoveIntoVendorAtom(HalSensorStateChanged r) {
   return BuildVendorAtom(100242, r.reverse_domain_name, r.sensor_id_high, r.sensor_id_low, r.state,
                          r.sampling_period_ns, r.sample_count, r.late_sample_count,
                          std::move(r.latency_histogram));

@@ -1,12 +1,9 @@
 // What each enqueue takes while a million atoms pile up behind a service that does not answer.
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "benchmarks/comparison.h"
@@ -47,20 +44,8 @@ void Measure(benchmark::State& state, Stretch stretch, const Call& enqueue) {
   state.counters["3: worst ns"] = static_cast<double>(times_ns.back());
 }
 
-/// A queue in one piece of memory, which is moved as a whole whenever it has to grow.
-class ContiguousQueue {
- public:
-  void Enqueue(VendorAtom&& atom) {
-    const std::lock_guard lock(mutex_);
-    atoms_.push_back(std::move(atom));
-    not_empty_.notify_all();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable not_empty_;
-  std::vector<VendorAtom> atoms_;
-};
+/// Its memory is one piece, which is moved as a whole whenever it has to grow.
+using ContiguousQueue = BasicFloorQueue<std::vector<VendorAtom>>;
 
 }  // namespace
 

@@ -73,28 +73,32 @@ void Tables::Finalize() {
   for (const auto& [title, rows] : tables) {
     bool has_title = false;
     for (const auto& [name, goal] : rows) {
-      const auto ours = times_ns_.find(FullName(title, name, ""));
-      if (ours == times_ns_.end()) continue;  // Filtered out.
+      const std::string ours = FullName(title, name, "");
+      if (!times_ns_.contains(ours)) continue;  // Filtered out.
       if (!has_title) std::printf("\n%s\n", title.c_str());
       has_title = true;
       std::printf("  %-52s", name.c_str());
-      const auto floor = times_ns_.find(FullName(title, name, kFloor));
-      if (const auto& counters = counters_.at(ours->first); !counters.empty()) {
-        for (const auto& [label, counter] : counters) {
-          std::printf("  %s %10.0f", label.c_str(), counter.value);
-        }
-      } else if (floor == times_ns_.end()) {
-        std::printf("%10.1f ns", Median(ours->second));
-      } else {
-        const double ours_ns = Median(ours->second);
-        const double floor_ns = Median(floor->second);
-        const double ratio = ours_ns / floor_ns;
-        std::printf("%10.1f ns  floor %10.1f ns  ratio %5.2f", ours_ns, floor_ns, ratio);
-        if (goal > 0) std::printf("  goal %.2f%s", goal, ratio > goal ? "  MISSED" : "");
-      }
-      std::printf("\n");
+      PrintFigures(ours, FullName(title, name, kFloor), goal);
     }
   }
+}
+
+void Tables::PrintFigures(const std::string& ours, const std::string& floor, double goal) const {
+  const double ours_ns = Median(times_ns_.at(ours));
+  const auto floor_times_ns = times_ns_.find(floor);
+  if (const auto& counters = counters_.at(ours); !counters.empty()) {
+    for (const auto& [label, counter] : counters) {
+      std::printf("  %s %10.0f", label.c_str(), counter.value);
+    }
+  } else if (floor_times_ns == times_ns_.end()) {
+    std::printf("%10.1f ns", ours_ns);
+  } else {
+    const double floor_ns = Median(floor_times_ns->second);
+    const double ratio = ours_ns / floor_ns;
+    std::printf("%10.1f ns  floor %10.1f ns  ratio %5.2f", ours_ns, floor_ns, ratio);
+    if (goal > 0) std::printf("  goal %.2f%s", goal, ratio > goal ? "  MISSED" : "");
+  }
+  std::printf("\n");
 }
 
 }  // namespace sensorvela::benchmarks

@@ -41,6 +41,8 @@ class Tables : public benchmark::BenchmarkReporter {
   void Finalize() override;
 
  private:
+  void PrintFigures(const std::string& ours, const std::string& floor, double goal) const;
+
   /// By name, the times of each repetition in nanoseconds, or the counters of the last one.
   std::map<std::string, std::vector<double>> times_ns_;
   std::map<std::string, benchmark::UserCounters> counters_;

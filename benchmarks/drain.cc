@@ -21,8 +21,9 @@ void Ours(benchmark::State& state) {
   BusyEngine engine;
   while (state.KeepRunningBatch(kBatch)) {
     engine.Empty();
-    for (int i = 0; i < kBatch; ++i)
+    for (int i = 0; i < kBatch; ++i) {
       engine->ReportFirmwareState(1, SensorVela::FirmwareState{2}, i);
+    }
     SetTime(state, engine.Drain());
   }
 }

@@ -17,7 +17,8 @@ namespace sensorvela::benchmarks {
 using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
 
-class FloorQueue {
+template <typename Atoms>
+class BasicFloorQueue {
  public:
   void Enqueue(VendorAtom&& atom) {
     const std::lock_guard lock(mutex_);
@@ -27,14 +28,16 @@ class FloorQueue {
 
   /// Has another thread free everything, as the engine's callers have.
   void Empty() {
-    std::thread([&] { std::deque<VendorAtom>().swap(atoms_); }).join();
+    std::thread([&] { Atoms().swap(atoms_); }).join();
   }
 
  private:
   std::mutex mutex_;
   std::condition_variable not_empty_;
-  std::deque<VendorAtom> atoms_;
+  Atoms atoms_;
 };
+
+using FloorQueue = BasicFloorQueue<std::deque<VendorAtom>>;
 
 /// An atom with one exact allocation for `ints` ints, and a list of five more if asked for.
 inline VendorAtom FloorAtom(int ints, bool with_list = false) {

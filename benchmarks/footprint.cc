@@ -29,7 +29,8 @@ void PrintAtom(const char* what, const VendorAtom& atom) {
   std::size_t bytes = sizeof(atom) + atom.values.capacity() * sizeof(VendorAtomValue);
   for (const VendorAtomValue& value : atom.values) {
     if (value.getTag() != VendorAtomValue::repeatedIntValue) continue;
-    bytes += value.get<VendorAtomValue::repeatedIntValue>()->capacity() * sizeof(std::int32_t);
+    const auto& list = value.get<VendorAtomValue::repeatedIntValue>();
+    if (list) bytes += list->capacity() * sizeof(std::int32_t);
   }
   Print(what, bytes);
 }

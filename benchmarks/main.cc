@@ -12,8 +12,8 @@ int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
   // The heap keeps what is freed, so that no road is charged for the kernel's pages.
-  mallopt(M_TRIM_THRESHOLD, 1 << 30);
-  mallopt(M_MMAP_THRESHOLD, 1 << 30);
+  mallopt(M_TRIM_THRESHOLD, 1 << 30);  // NOLINT(concurrency-mt-unsafe): the only thread.
+  mallopt(M_MMAP_THRESHOLD, 1 << 30);  // NOLINT(concurrency-mt-unsafe)
   const sensorvela::host::ScopedLogSink to_nowhere([](int, std::string_view, std::string_view) {});
   benchmarks::AddSamplePath();
   benchmarks::AddEnqueue();

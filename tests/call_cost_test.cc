@@ -35,6 +35,8 @@ int __android_log_print(int, const char*, const char*, ...) {
 namespace sensorvela::testing {
 namespace {
 
+namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
+
 struct Cost {
   CallCounts calls;
   int clock_readings = 0;
@@ -100,7 +102,6 @@ TEST(CallCostTest, OfEachEvent) {
 
 TEST(CallCostTest, OfEachBuilderAndTheHistogram) {
   if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
-  using namespace android::hardware::halvard::orrin::vendor::OrrinAtoms;
   const auto expect_allocations = [](int count, const auto&... records) {
     const auto built = [&](const auto& record) {
       EXPECT_EQ(CostOf([&] { createVendorAtom(record); }), Cost({{count, 0}}));
@@ -108,17 +109,19 @@ TEST(CallCostTest, OfEachBuilderAndTheHistogram) {
     (built(records), ...);
   };
   expect_allocations(
-      1, SensorHalErrorDetected{}, SensorRuntimeErrorDetected{},
-      SensorProcessorDiagnosticsReported{}, SensorSystemQueueStressReported{},
-      SensorIpcErrorRateReported{}, SensorMemoryPressureReported{}, HingeAngleStateChanged{},
-      TarnSensorUsageReported{}, TarnServerWorkerUsageReported{}, SensorGatingContextReported{},
-      SensorCoreDramExceptionsReported{}, ProxStatusReported{}, HingeHallSensorTriggered{},
-      HalSensorStateChanged{}, SensorHalLatencyRecorded{}, SensorFirmwareStateChanged{},
-      SensorFirstSampleReported{}, AlsLuxLevelDistributionReported{},
-      SensorMemoryServiceabilityStatsReported{}, AADProxStatsReported{});
-  expect_allocations(2, HalSensorStateChanged{.latency_histogram = {1, 2, 3, 4, 5}});
-  expect_allocations(3, SensorMemoryServiceabilityStatsReported{.bucket_allocation_count = {1},
-                                                                .bucket_duration_ms = {1}});
+      1, atoms::SensorHalErrorDetected{}, atoms::SensorRuntimeErrorDetected{},
+      atoms::SensorProcessorDiagnosticsReported{}, atoms::SensorSystemQueueStressReported{},
+      atoms::SensorIpcErrorRateReported{}, atoms::SensorMemoryPressureReported{},
+      atoms::HingeAngleStateChanged{}, atoms::TarnSensorUsageReported{},
+      atoms::TarnServerWorkerUsageReported{}, atoms::SensorGatingContextReported{},
+      atoms::SensorCoreDramExceptionsReported{}, atoms::ProxStatusReported{},
+      atoms::HingeHallSensorTriggered{}, atoms::HalSensorStateChanged{},
+      atoms::SensorHalLatencyRecorded{}, atoms::SensorFirmwareStateChanged{},
+      atoms::SensorFirstSampleReported{}, atoms::AlsLuxLevelDistributionReported{},
+      atoms::SensorMemoryServiceabilityStatsReported{}, atoms::AADProxStatsReported{});
+  expect_allocations(2, atoms::HalSensorStateChanged{.latency_histogram = {1, 2, 3, 4, 5}});
+  expect_allocations(3, atoms::SensorMemoryServiceabilityStatsReported{
+                            .bucket_allocation_count = {1}, .bucket_duration_ms = {1}});
 
   const auto histogram = android::util::statslogapigen::StatsHistogram::createLinearBins(0, 1, 9);
   EXPECT_EQ(CostOf([&] {
