@@ -3,16 +3,12 @@
 #include <android/log.h>
 
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <cstdio>
-#include <nlohmann/json.hpp>
-#include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "tools/atom_catalogue.h"
+#include "tools/atom_json.h"
 #include "tools/latency_bars.h"
 #include "tools/printable_text.h"
 
@@ -22,87 +18,10 @@ namespace {
 using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
 
-/// Keeps the order of keys, and holds floats as floats, so that they print with no more digits than
-/// a float needs.
-using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool,
-                                  std::int64_t, std::uint64_t, float>;
-
-template <typename T>
-Json ToJson(const T& value) {
-  return value;
-}
-
-Json ToJson(float value) {
-  if (std::isnan(value)) return "NaN";
-  if (std::isinf(value)) return value > 0 ? "Infinity" : "-Infinity";
-  return value;
-}
-
-template <typename T>
-Json ToJson(const std::vector<T>& list);
-
-template <typename T>
-Json ToJson(const std::optional<T>& value) {
-  return value ? ToJson(*value) : Json();
-}
-
-template <typename T>
-Json ToJson(const std::vector<T>& list) {
-  Json array = Json::array();
-  // A list of bools has no bools to refer to.
-  for (const auto& element : list) array.push_back(ToJson(static_cast<const T&>(element)));
-  return array;
-}
-
-Json ToJson(const VendorAtomValue& value) {
-  using Tag = VendorAtomValue::Tag;
-  switch (value.getTag()) {
-    case Tag::intValue:
-      return ToJson(value.get<Tag::intValue>());
-    case Tag::longValue:
-      return ToJson(value.get<Tag::longValue>());
-    case Tag::floatValue:
-      return ToJson(value.get<Tag::floatValue>());
-    case Tag::stringValue:
-      return ToJson(value.get<Tag::stringValue>());
-    case Tag::boolValue:
-      return ToJson(value.get<Tag::boolValue>());
-    case Tag::repeatedIntValue:
-      return ToJson(value.get<Tag::repeatedIntValue>());
-    case Tag::repeatedLongValue:
-      return ToJson(value.get<Tag::repeatedLongValue>());
-    case Tag::repeatedFloatValue:
-      return ToJson(value.get<Tag::repeatedFloatValue>());
-    case Tag::repeatedStringValue:
-      return ToJson(value.get<Tag::repeatedStringValue>());
-    case Tag::repeatedBoolValue:
-      return ToJson(value.get<Tag::repeatedBoolValue>());
-    case Tag::byteArrayValue:
-      return ToJson(value.get<Tag::byteArrayValue>());
-  }
-  return {};
-}
-
-std::string AtomName(const VendorAtom& atom) {
-  const AtomInfo* info = FindAtom(atom.atomId);
-  return info != nullptr ? std::string(info->name) : "atom " + std::to_string(atom.atomId);
-}
-
-std::string ValueName(const VendorAtom& atom, std::size_t index) {
-  const AtomInfo* info = FindAtom(atom.atomId);
-  if (info != nullptr && index < info->values.size()) return std::string(info->values[index].name);
-  return "value_" + std::to_string(index + 1);
-}
-
 std::string PriorityLetter(int priority) {
   if (priority == ANDROID_LOG_INFO) return "I";
   if (priority == ANDROID_LOG_ERROR) return "E";
   return "?";
-}
-
-// Bytes that are no text are replaced instead of refused.
-std::string Dump(const Json& json, bool ascii_only) {
-  return json.dump(-1, ' ', ascii_only, Json::error_handler_t::replace);
 }
 
 class TextReport : public Report {
@@ -208,17 +127,13 @@ class JsonLinesReport : public Report {
   explicit JsonLinesReport(std::ostream& out) : out_(out) {}
 
   void Atom(Instant at, const VendorAtom& atom, Answer answer) override {
-    Json values = Json::object();
-    for (std::size_t i = 0; i < atom.values.size(); ++i) {
-      values[ValueName(atom, i)] = ToJson(atom.values[i]);
-    }
     Json object = {{"kind", "atom"},
                    {"at_ns", at.count()},
                    {"answer", AnswerName(answer)},
                    {"atom_id", atom.atomId},
                    {"name", AtomName(atom)}};
     if (!atom.reverseDomainName.empty()) object["domain"] = atom.reverseDomainName;
-    object["values"] = std::move(values);
+    object["values"] = NamedValues(atom);
     Line(object);
   }
 
@@ -250,7 +165,7 @@ class JsonLinesReport : public Report {
           {"failed", summary.failed},
           {"dropped", summary.dropped},
           {"blocked_by_cap", summary.blocked_by_cap},
-          {"cycles_ended", ToJson(summary.cycles_ended)}});
+          {"cycles_ended", summary.cycles_ended ? Json(*summary.cycles_ended) : Json()}});
   }
 
  private:
