@@ -69,18 +69,31 @@ class ServiceManager {
   std::shared_ptr<IStats> Wait(const std::string& name) {
     std::unique_lock lock(mutex_);
     Instance& instance = instances_[name];
-    if (instance.service != nullptr || !instance.declared) return instance.service;
-    Waiter waiter;
-    instance.waiters.push_back(&waiter);
-    Timeline::Get().AddBlocked();
-    released_.wait(lock, [&] { return waiter.released; });
+    Waiter waiter = {instance.service != nullptr || !instance.declared, instance.service};
+    if (!waiter.released) {
+      Observe(LookupStep::kWaits);
+      instance.waiters.push_back(&waiter);
+      Timeline::Get().AddBlocked();
+      released_.wait(lock, [&] { return waiter.released; });
+    }
+    Observe(waiter.service != nullptr ? LookupStep::kFinds : LookupStep::kFindsNone);
     return std::move(waiter.service);
   }
 
+  void SetObserver(LookupObserver observer) {
+    const std::lock_guard lock(mutex_);
+    observer_ = std::move(observer);
+  }
+
  private:
+  void Observe(LookupStep step) {
+    if (observer_) observer_(step);
+  }
+
   std::mutex mutex_;
   std::condition_variable released_;
   std::map<std::string, Instance> instances_;
+  LookupObserver observer_;
 };
 
 }  // namespace
@@ -114,6 +127,12 @@ void ReleaseServiceWaits(const std::string& instance) {
 }
 
 void ResetServices() { ServiceManager::Get().Reset(); }
+
+ScopedLookupObserver::ScopedLookupObserver(LookupObserver observer) {
+  ServiceManager::Get().SetObserver(std::move(observer));
+}
+
+ScopedLookupObserver::~ScopedLookupObserver() { ServiceManager::Get().SetObserver(nullptr); }
 
 }  // namespace sensorvela::host
 

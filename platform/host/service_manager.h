@@ -5,6 +5,7 @@
 
 #include <aidl/android/frameworks/stats/IStats.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -30,5 +31,21 @@ void ReleaseServiceWaits(const std::string& instance);
 
 /// Back to the beginning: every instance undeclared and absent, every waiting lookup released.
 void ResetServices();
+
+/// What a lookup comes to: maybe a wait, and then an answer.
+enum class LookupStep { kWaits, kFinds, kFindsNone };
+
+/// Receives every step of every lookup. Calls come one at a time, on the thread that looks up. An
+/// observer must not call the service manager.
+using LookupObserver = std::function<void(LookupStep step)>;
+
+/// Has `observer` called from construction to destruction; one at a time.
+class ScopedLookupObserver {
+ public:
+  explicit ScopedLookupObserver(LookupObserver observer);
+  ~ScopedLookupObserver();
+  ScopedLookupObserver(const ScopedLookupObserver&) = delete;
+  ScopedLookupObserver& operator=(const ScopedLookupObserver&) = delete;
+};
 
 }  // namespace sensorvela::host

@@ -115,11 +115,6 @@ void Timeline::WaitUntilSettled() {
   changed_.wait(lock, [this] { return Settled(); });
 }
 
-std::uint64_t Timeline::notifications() {
-  const std::lock_guard lock(mutex_);
-  return notifications_;
-}
-
 void Timeline::WaitForNotifications(std::uint64_t count) {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [this, count] { return notifications_ >= count; });

@@ -47,7 +47,7 @@ class Timeline {
   void MoveTo(std::chrono::nanoseconds instant, bool wake_due);
   void WaitUntilAtRest();
   void WaitUntilSettled();
-  std::uint64_t notifications();
+  std::uint64_t notifications() const { return notifications_.load(std::memory_order_acquire); }
   void WaitForNotifications(std::uint64_t count);
 
  private:
@@ -63,13 +63,13 @@ class Timeline {
 
   std::atomic<bool> is_virtual_ = false;
   std::atomic<std::int64_t> now_ns_ = 0;
+  std::atomic<std::uint64_t> notifications_ = 0;  // Changed under the mutex only.
 
   std::mutex mutex_;  // Guards all that follows; taken after an engine's own mutex.
   std::condition_variable changed_;
   std::map<platform::CondVar*, Sleeper> engines_;
   std::size_t asleep_ = 0;
   std::size_t blocked_ = 0;
-  std::uint64_t notifications_ = 0;
 };
 
 }  // namespace sensorvela::host
