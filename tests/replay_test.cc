@@ -84,10 +84,10 @@ TEST(ReplayTest, PrintsOfEachTraceWhatItMust) {
     const std::string path = Source("tests/traces/" + name);
     const auto events = ParseTrace(path, ReadInput(path + ".jsonl"));
     std::ostringstream text;
-    Replay(*MakeTextReport(text), true).Run(events);
+    Replay({MakeTextReport(text).get()}, true).Run(events);
     EXPECT_EQ(text.str(), ReadInput(path + ".text"));
     std::ostringstream json_lines;
-    Replay(*MakeJsonLinesReport(json_lines), true).Run(events);
+    Replay({MakeJsonLinesReport(json_lines).get()}, true).Run(events);
     EXPECT_EQ(json_lines.str(), ReadInput(path + ".json_lines"));
   }
 }

@@ -105,13 +105,12 @@ constexpr EventKind kEventKinds[] = {
      [](FieldReader& fields, TraceFacts&) -> Action {
        const auto sensor = ReadSensor(fields);
        const auto period_ns = fields.Integer<std::int64_t>("period_ns");
-       return CallOnce(
-           [=](SensorVela& engine) { engine.ReportHalSensorEnabled(sensor, period_ns); });
+       return [=](Replay& replay) { replay.EnableSensor(sensor, period_ns); };
      }},
     {"sensor_disabled", "a sensor is disabled", Place::kNeedsEngine,
      [](FieldReader& fields, TraceFacts&) -> Action {
        const auto sensor = ReadSensor(fields);
-       return CallOnce([=](SensorVela& engine) { engine.ReportHalSensorDisabled(sensor); });
+       return [=](Replay& replay) { replay.DisableSensor(sensor); };
      }},
     {"sample", "a sample that bears that timestamp arrives at at_ns", Place::kNeedsEngine,
      [](FieldReader& fields, TraceFacts&) -> Action {

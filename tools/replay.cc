@@ -5,7 +5,6 @@
 #include <thread>
 #include <utility>
 
-#include "platform/host/service_manager.h"
 #include "tools/diagnostics_suppliers.h"
 
 namespace sensorvela::replay {
@@ -33,13 +32,14 @@ class Replay::Service : public IStats {
   Replay& replay_;
 };
 
-Replay::Replay(Report& report, bool report_log)
+Replay::Replay(std::vector<Report*> reports, bool report_log)
     : stats_instance_(std::string(IStats::descriptor) + "/default"),
       report_log_(report_log),
-      report_(report),
+      reports_(std::move(reports)),
       log_sink_([this](int priority, std::string_view tag, std::string_view text) {
         OnLogLine(priority, tag, text);
-      }) {}
+      }),
+      lookup_observer_([this](host::LookupStep step) { OnLookup(step); }) {}
 
 Replay::~Replay() {
   DestroyEngine();
@@ -50,15 +50,18 @@ void Replay::Run(const std::vector<Event>& events) {
   for (const Event& event : events) {
     DeliverTrains(event.at);
     time_.RunTo(event.at);
+    {
+      const std::lock_guard lock(mutex_);
+      SetCause({event.at, event.kind, event.line});
+    }
     event.action(*this);
     time_.WaitUntilSettled();
   }
   DeliverTrains(host::VirtualTime::Instant::max());
-  const std::uint64_t queued = time_.Notifications();
   DestroyEngine();
-  summary_.dropped = queued - summary_.delivered - summary_.failed;
+  summary_.dropped = queued_ - summary_.delivered - summary_.failed;
   summary_.sensors = sensor_tally_.Summaries();
-  report_.Finish(summary_);
+  Tell(&Report::Finish, time_.Now(), summary_);
 }
 
 void Replay::StartEngine(SupplierKind supplier) {
@@ -83,20 +86,46 @@ void Replay::DeliverTrains(host::VirtualTime::Instant until) {
   while (trains_.HasSampleBy(until)) {
     const SampleTrains::Sample sample = trains_.TakeNext();
     time_.RunTo(sample.arrival);  // Begins settled, so that each sample is done before the next.
-    DeliverSample(sample.sensor, sample.timestamp_ns);
+    DeliverSample(sample.sensor, sample.timestamp_ns, {sample.arrival, "samples", sample.line});
   }
   time_.WaitUntilSettled();
 }
 
-void Replay::DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns) {
+void Replay::EnableSensor(SensorVela::SensorId sensor, std::int64_t period_ns) {
   {
     const std::lock_guard lock(mutex_);
+    Tell(&Report::SensorEnabled, time_.Now(), sensor, period_ns);
+  }
+  engine_->ReportHalSensorEnabled(sensor, period_ns);
+}
+
+void Replay::DisableSensor(SensorVela::SensorId sensor) {
+  {
+    const std::lock_guard lock(mutex_);
+    Tell(&Report::SensorDisabled, time_.Now(), sensor);
+  }
+  engine_->ReportHalSensorDisabled(sensor);
+}
+
+void Replay::DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns) {
+  DeliverSample(sensor, timestamp_ns, cause_);
+}
+
+void Replay::DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns,
+                           const Cause& cause) {
+  {
+    const std::lock_guard lock(mutex_);
+    SetCause(cause);
     sensor_tally_.CountSample(sensor);
+    Tell(&Report::Sample, cause.at, sensor);
   }
   engine_->LogSensorLatency(sensor, timestamp_ns);
 }
 
-void Replay::StartTrain(const SampleTrain& train) { trains_.Start(train, time_.Now()); }
+void Replay::StartTrain(const SampleTrain& train) {
+  const std::lock_guard lock(mutex_);
+  trains_.Start(train, time_.Now(), cause_.line);
+}
 
 void Replay::CutTrains() { trains_.Cut(); }
 
@@ -107,6 +136,11 @@ void Replay::SetDiagnostics(const Diagnostics& diagnostics) {
 
 void Replay::DestroyEngine() {
   if (engine_ == nullptr) return;
+  {
+    const std::lock_guard lock(mutex_);
+    TellQueued();
+    is_stopping_ = true;
+  }
   // The destructor waits for the reporter thread, which may wait for the service: that wait must be
   // released once the stop has been requested and not before, or it would begin anew.
   const std::uint64_t stop_requested = time_.Notifications() + 1;
@@ -114,6 +148,18 @@ void Replay::DestroyEngine() {
   time_.WaitForNotifications(stop_requested);
   ReleaseServiceWaits();
   destroyer.join();
+}
+
+void Replay::SetCause(const Cause& cause) {
+  TellQueued();
+  cause_ = cause;
+}
+
+void Replay::TellQueued() {
+  if (is_stopping_) return;  // The destruction notifies, too, and queues nothing.
+  for (const std::uint64_t queued = time_.Notifications(); queued_ < queued; ++queued_) {
+    Tell(&Report::AtomQueued, cause_);
+  }
 }
 
 void Replay::DeclareService() { host::DeclareService(stats_instance_); }
@@ -135,15 +181,33 @@ void Replay::AnswerNext(std::int32_t reports, Answer answer) {
 
 void Replay::Note(std::string_view text) {
   const std::lock_guard lock(mutex_);
-  report_.Note(time_.Now(), text);
+  Tell(&Report::Note, time_.Now(), text);
 }
 
 void Replay::OnLogLine(int priority, std::string_view tag, std::string_view text) {
   const std::lock_guard lock(mutex_);
   const bool blocked = priority == ANDROID_LOG_ERROR &&
                        text.find("upload blocked due to cap") != std::string_view::npos;
-  if (blocked) ++summary_.blocked_by_cap;
-  if (report_log_) report_.LogLine(time_.Now(), priority, tag, text);
+  if (blocked) {
+    ++summary_.blocked_by_cap;
+    Tell(&Report::BlockedByCap, time_.Now(), cause_, text);
+  }
+  if (text.starts_with("Waiting for IStats service")) is_starting_ = true;
+  if (report_log_) Tell(&Report::LogLine, time_.Now(), priority, tag, text);
+}
+
+void Replay::OnLookup(host::LookupStep step) {
+  using host::LookupStep;
+  const std::lock_guard lock(mutex_);
+  TellQueued();
+  if (step == LookupStep::kWaits) {
+    Tell(&Report::Reporter, time_.Now(), ReporterStep::kWaits);
+  } else if (std::exchange(is_starting_, false)) {
+    Tell(&Report::Reporter, time_.Now(), ReporterStep::kStarts);
+  } else {
+    Tell(&Report::Reporter, time_.Now(),
+         step == LookupStep::kFinds ? ReporterStep::kSends : ReporterStep::kDrops);
+  }
 }
 
 Answer Replay::OnReport(const VendorAtom& atom) {
@@ -151,13 +215,16 @@ Answer Replay::OnReport(const VendorAtom& atom) {
   const Answer answer = TakeAnswer();
   ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
   sensor_tally_.CountAtom(atom, answer == Answer::kOk);
-  report_.Atom(time_.Now(), atom, answer);
+  Tell(&Report::Atom, time_.Now(), atom, answer);
   return answer;
 }
 
 Diagnostics Replay::OnCycleEnd() {
   const std::lock_guard lock(mutex_);
+  TellQueued();
+  cause_ = {time_.Now(), "end of a cycle", 0};
   summary_.cycles_ended = summary_.cycles_ended.value_or(0) + 1;
+  Tell(&Report::Reporter, time_.Now(), ReporterStep::kUploads);
   return diagnostics_;
 }
 

@@ -12,6 +12,7 @@
 
 #include "engine/sensor_vela.h"
 #include "platform/host/log_sink.h"
+#include "platform/host/service_manager.h"
 #include "platform/host/virtual_time.h"
 #include "tools/diagnostics.h"
 #include "tools/report.h"
@@ -24,12 +25,13 @@ namespace sensorvela::replay {
 /// Owns the process's virtual time, log and services while it exists, so there can be one at a
 /// time.
 ///
-/// The report receives everything in the order in which it happened, and the same events give the
-/// same report.
+/// Each report receives everything in the order in which it happened, and the same events give the
+/// same reports.
 class Replay {
  public:
-  /// `report` outlives the replay. It gets the engine's log lines only with `report_log`.
-  Replay(Report& report, bool report_log);
+  /// The reports outlive the replay, and are told one after the other. They get the engine's log
+  /// lines only with `report_log`.
+  Replay(std::vector<Report*> reports, bool report_log);
   ~Replay();
   Replay(const Replay&) = delete;
   Replay& operator=(const Replay&) = delete;
@@ -54,6 +56,8 @@ class Replay {
     }
   }
 
+  void EnableSensor(SensorVela::SensorId sensor, std::int64_t period_ns);
+  void DisableSensor(SensorVela::SensorId sensor);
   void DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns);
 
   /// The train's first sample bears the timestamp of this instant.
@@ -84,7 +88,21 @@ class Replay {
   /// Lives through everything that the trains deliver up to that instant.
   void DeliverTrains(host::VirtualTime::Instant until);
 
+  void DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns, const Cause& cause);
+
   void DestroyEngine();
+
+  /// What is queued from now on is of that cause.
+  void SetCause(const Cause& cause);
+
+  template <typename... Parameters, typename... Arguments>
+  void Tell(void (Report::*what)(Parameters...), const Arguments&... arguments) {
+    for (Report* report : reports_) (report->*what)(arguments...);
+  }
+  /// Tells of the atoms that have been queued since it was last called.
+  void TellQueued();
+
+  void OnLookup(host::LookupStep step);
   void OnLogLine(int priority, std::string_view tag, std::string_view text);
   Answer OnReport(const SensorVela::VendorAtom& atom);
   Diagnostics OnCycleEnd();
@@ -93,9 +111,14 @@ class Replay {
   const std::string stats_instance_;
   const bool report_log_;
 
-  std::mutex mutex_;  // Guards these five; the reporter thread comes here, too.
-  Report& report_;
+  std::mutex mutex_;  // Guards all up to the diagnostics; the reporter thread comes here, too.
+  const std::vector<Report*> reports_;
   Summary summary_;
+  Cause cause_ = {};
+  std::uint64_t queued_ = 0;
+  bool is_stopping_ = false;
+  /// The next lookup is the one at the reporter thread's start.
+  bool is_starting_ = false;
   std::deque<PlannedAnswers> planned_answers_;
   SensorTally sensor_tally_;
   Diagnostics diagnostics_;
@@ -104,6 +127,7 @@ class Replay {
 
   host::VirtualTime time_;
   host::ScopedLogSink log_sink_;
+  host::ScopedLookupObserver lookup_observer_;
   std::unique_ptr<SensorVela> engine_;
 };
 

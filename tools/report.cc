@@ -48,7 +48,7 @@ class TextReport : public Report {
 
   void Note(Instant at, std::string_view text) override { Line(at, "# " + Printable(text)); }
 
-  void Finish(const Summary& summary) override {
+  void Finish(Instant /*at*/, const Summary& summary) override {
     if (!summary.sensors.empty()) out_ << "\nSamples by latency, as the engine's reports say\n";
     for (const SensorSummary& sensor : summary.sensors) Sensor(sensor);
     out_ << '\n';
@@ -149,7 +149,7 @@ class JsonLinesReport : public Report {
     Line({{"kind", "note"}, {"at_ns", at.count()}, {"text", text}});
   }
 
-  void Finish(const Summary& summary) override {
+  void Finish(Instant /*at*/, const Summary& summary) override {
     for (const SensorSummary& sensor : summary.sensors) {
       Line({{"kind", "sensor"},
             {"sensor_high", sensor.sensor.high},
@@ -169,24 +169,24 @@ class JsonLinesReport : public Report {
   }
 
  private:
-  static const char* AnswerName(Answer answer) {
-    switch (answer) {
-      case Answer::kOk:
-        return "ok";
-      case Answer::kError:
-        return "error";
-      case Answer::kNoStatus:
-        return "no_status";
-    }
-    return "?";
-  }
-
   void Line(const Json& object) { out_ << Dump(object, false) << '\n'; }
 
   std::ostream& out_;
 };
 
 }  // namespace
+
+std::string_view AnswerName(Answer answer) {
+  switch (answer) {
+    case Answer::kOk:
+      return "ok";
+    case Answer::kError:
+      return "error";
+    case Answer::kNoStatus:
+      return "no_status";
+  }
+  return "?";
+}
 
 std::unique_ptr<Report> MakeTextReport(std::ostream& out) {
   return std::make_unique<TextReport>(out);

@@ -1,8 +1,10 @@
-// What the tool prints of a run: a line for each thing that happened, and a summary.
+// Who is told what happens in a run, and what the tool prints of it: a line for each thing that
+// happened, and a summary.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -10,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/sensor_vela.h"
 #include "platform/host/virtual_time.h"
 #include "tools/sensor_tally.h"
 
@@ -32,17 +35,56 @@ struct Summary {
   std::vector<SensorSummary> sensors;
 };
 
-/// Writes what happens, in the order of the calls, which come one at a time.
+/// "ok", "error" or "no_status".
+std::string_view AnswerName(Answer answer);
+
+/// What had an atom queued.
+struct Cause {
+  host::VirtualTime::Instant at;
+  /// The kind of the event, or "end of a cycle".
+  std::string_view what;
+  /// The event's line in the trace; 0 for none.
+  std::size_t line;
+};
+
+/// What the reporter thread does, as far as it can be seen from outside.
+enum class ReporterStep {
+  /// It begins to wait for the stats service: before anything else, or with a batch in its hands.
+  kWaits,
+  /// The wait that comes before anything else is over, or there was none.
+  kStarts,
+  /// It sends a batch: everything that was queued when it took it.
+  kSends,
+  /// It drops the batch: there is no service.
+  kDrops,
+  /// A cycle has ended, and it asks the supplier for diagnostics.
+  kUploads,
+};
+
+/// Is told what happens, in the order of the calls, which come one at a time.
 class Report {
  public:
   using Instant = host::VirtualTime::Instant;
 
   virtual ~Report() = default;
+
+  /// Comes once for each atom, before anything else about it. Atoms leave the queue in this order.
+  virtual void AtomQueued(const Cause& /*cause*/) {}
+  /// The stats service has been given an atom.
   virtual void Atom(Instant at, const aidl::android::frameworks::stats::VendorAtom& atom,
                     Answer answer) = 0;
+  virtual void BlockedByCap(Instant /*at*/, const Cause& /*cause*/, std::string_view /*text*/) {}
+  virtual void Reporter(Instant /*at*/, ReporterStep /*step*/) {}
+
+  virtual void SensorEnabled(Instant /*at*/, SensorVela::SensorId /*sensor*/,
+                             std::int64_t /*period_ns*/) {}
+  virtual void SensorDisabled(Instant /*at*/, SensorVela::SensorId /*sensor*/) {}
+  virtual void Sample(Instant /*at*/, SensorVela::SensorId /*sensor*/) {}
+
   virtual void LogLine(Instant at, int priority, std::string_view tag, std::string_view text) = 0;
   virtual void Note(Instant at, std::string_view text) = 0;
-  virtual void Finish(const Summary& summary) = 0;
+  /// The run is over.
+  virtual void Finish(Instant at, const Summary& summary) = 0;
 };
 
 /// Columns for a reader, onto `out`, which outlives the report. Control characters are escaped.

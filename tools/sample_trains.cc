@@ -46,8 +46,8 @@ SampleTrain ReadSampleTrain(FieldReader& fields, SensorVela::SensorId sensor) {
   return train;
 }
 
-void SampleTrains::Start(const SampleTrain& train, Instant start) {
-  running_.push({train, started_++, start.count(), 0});
+void SampleTrains::Start(const SampleTrain& train, Instant start, std::size_t line) {
+  running_.push({train, line, started_++, start.count(), 0});
 }
 
 bool SampleTrains::HasSampleBy(Instant instant) const {
@@ -57,7 +57,8 @@ bool SampleTrains::HasSampleBy(Instant instant) const {
 SampleTrains::Sample SampleTrains::TakeNext() {
   Running next = running_.top();
   running_.pop();
-  const Sample sample = {next.train.sensor, next.timestamp_ns, Instant(next.arrival_ns())};
+  const Sample sample = {next.train.sensor, next.timestamp_ns, Instant(next.arrival_ns()),
+                         next.line};
   const SampleTrain& train = next.train;
   if (++next.taken < train.count) {
     next.timestamp_ns += train.interval_ns;

@@ -37,10 +37,12 @@ class SampleTrains {
     SensorVela::SensorId sensor;
     std::int64_t timestamp_ns;
     Instant arrival;
+    /// Where in the trace the train stands.
+    std::size_t line;
   };
 
   /// The train's first sample bears the timestamp `start`.
-  void Start(const SampleTrain& train, Instant start);
+  void Start(const SampleTrain& train, Instant start, std::size_t line);
 
   /// Drops what the trains have left.
   void Cut() { running_ = {}; }
@@ -55,6 +57,7 @@ class SampleTrains {
  private:
   struct Running {
     SampleTrain train;
+    std::size_t line;
     std::size_t order;
     std::int64_t timestamp_ns;
     std::int64_t taken;

@@ -4,6 +4,8 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -13,6 +15,7 @@
 #include "tools/replay.h"
 #include "tools/report.h"
 #include "tools/trace.h"
+#include "tools/trace_event_report.h"
 
 namespace {
 
@@ -56,7 +59,13 @@ struct Options {
   std::string trace;
   bool log = false;
   std::string format = "text";
+  std::string trace_out;
 };
+
+int CannotWrite(const std::string& what) {
+  std::cerr << "sensorvela-replay: cannot write " << what << '\n';
+  return kExitFailed;
+}
 
 int Replay(const Options& options) {
   namespace replay = sensorvela::replay;
@@ -67,12 +76,23 @@ int Replay(const Options& options) {
     std::cerr << error.what() << '\n';
     return kExitBadInput;
   }
-  const auto report = options.format == "jsonl" ? replay::MakeJsonLinesReport(std::cout)
-                                                : replay::MakeTextReport(std::cout);
-  replay::Replay(*report, options.log).Run(events);
-  if (std::cout.flush()) return 0;
-  std::cerr << "sensorvela-replay: cannot write to standard output\n";
-  return kExitFailed;
+  const auto printed = options.format == "jsonl" ? replay::MakeJsonLinesReport(std::cout)
+                                                 : replay::MakeTextReport(std::cout);
+  std::vector<replay::Report*> reports = {printed.get()};
+
+  std::ofstream trace_out;
+  std::unique_ptr<replay::Report> trace_events;
+  if (!options.trace_out.empty()) {
+    trace_out.open(options.trace_out, std::ios::binary);
+    if (!trace_out) return CannotWrite(options.trace_out);
+    trace_events = replay::MakeTraceEventReport(trace_out);
+    reports.push_back(trace_events.get());
+  }
+
+  replay::Replay(reports, options.log).Run(events);
+  if (!std::cout.flush()) return CannotWrite("to standard output");
+  if (!trace_out.flush()) return CannotWrite(options.trace_out);
+  return 0;
 }
 
 }  // namespace
@@ -91,6 +111,10 @@ int main(int argc, char** argv) try {
   app.add_option("--format", options.format, "What to print: columns for a reader, or JSON Lines")
       ->check(CLI::IsMember({"text", "jsonl"}))
       ->capture_default_str();
+  app.add_option("--trace-out", options.trace_out,
+                 "Also write the run as a picture, in the Trace Event Format that the usual trace "
+                 "viewers open")
+      ->type_name("FILE");
   app.footer(kTraceHelp + sensorvela::replay::DescribeEventKinds() + kExitHelp);
   try {
     app.parse(argc, argv);

@@ -79,7 +79,7 @@ class TraceParser {
     fields.RejectOtherFields();
     CheckTime(line_number, at_ns);
     CheckPlace(line_number, kind);
-    return {std::chrono::nanoseconds(at_ns), std::move(action)};
+    return {std::chrono::nanoseconds(at_ns), kind.name, line_number, std::move(action)};
   }
 
   void CheckWhole() const {

@@ -1,6 +1,7 @@
 // An event trace: JSON Lines, one event a line, in the order of time.
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -13,6 +14,9 @@ namespace sensorvela::replay {
 
 struct Event {
   host::VirtualTime::Instant at;
+  std::string_view kind;
+  /// Its line in the trace, from 1.
+  std::size_t line;
   Action action;
 };
 

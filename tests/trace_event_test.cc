@@ -1,0 +1,94 @@
+// What `sensorvela-replay --trace-out` writes, held against the rules of the Trace Event Format.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "tools/replay.h"
+#include "tools/report.h"
+#include "tools/trace.h"
+#include "tools/trace_event_report.h"
+
+namespace sensorvela::replay {
+namespace {
+
+using nlohmann::json;
+
+// What a viewer needs of an event, by phase.
+const std::map<std::string, std::vector<std::string>> kRequiredKeys = {
+    {"M", {"name", "pid", "tid", "args"}},
+    {"X", {"name", "pid", "tid", "ts", "dur"}},
+    {"B", {"name", "pid", "tid", "ts"}},
+    {"E", {"pid", "tid", "ts"}},
+    {"i", {"name", "pid", "tid", "ts", "s", "cat"}},
+    {"C", {"name", "pid", "ts", "args"}}};
+
+/// Nanoseconds, as the microseconds are meant.
+std::int64_t Ns(const json& microseconds) {
+  return std::llround(microseconds.get<double>() * 1000);
+}
+
+/// What has been seen of one track or counter.
+struct Row {
+  std::int64_t last_ns = 0;
+  std::int64_t span_end_ns = 0;
+  int open = 0;
+};
+
+void CheckTimes(const json& event, Row& row) {
+  const std::int64_t at_ns = Ns(event.at("ts"));
+  EXPECT_GE(at_ns, std::exchange(row.last_ns, at_ns));
+  if (event.at("ph") == "B") EXPECT_EQ(++row.open, 1);
+  if (event.at("ph") == "E") EXPECT_EQ(--row.open, 0);
+  if (event.at("ph") != "X") return;
+  // The reporter thread's spans follow each other without a gap.
+  EXPECT_EQ(at_ns, row.span_end_ns);
+  row.span_end_ns = at_ns + Ns(event.at("dur"));
+}
+
+/// Checks the events of a whole file, and counts its marks by category.
+std::map<std::string, std::uint64_t> CheckedMarks(const json& events) {
+  std::map<std::string, std::uint64_t> marks;
+  std::map<std::tuple<int, int, std::string>, Row> rows;
+  for (const json& event : events) {
+    SCOPED_TRACE(event.dump());
+    const auto phase = event.at("ph").get<std::string>();
+    for (const auto& key : kRequiredKeys.at(phase)) EXPECT_TRUE(event.contains(key)) << key;
+    if (phase == "M") continue;
+    const std::string counter = phase == "C" ? event.at("name") : "";
+    CheckTimes(event, rows[{event.at("pid"), event.at("tid"), counter}]);
+    if (phase == "i") ++marks[event.at("cat")];
+  }
+  for (const auto& [id, row] : rows) EXPECT_EQ(row.open, 0);
+  return marks;
+}
+
+TEST(TraceEventTest, KeepsTheFormatsRulesAndTheSummarysCounts) {
+  for (const std::string name : {"no_supplier", "outage", "outside_atom", "refused_enable",
+                                 "second_generation", "trains", "trains_to_their_end"}) {
+    SCOPED_TRACE(name);
+    std::ostringstream printed;
+    std::ostringstream file;
+    const std::string path = SENSORVELA_SOURCE_DIR "/tests/traces/" + name + ".jsonl";
+    Replay({MakeJsonLinesReport(printed).get(), MakeTraceEventReport(file).get()}, false)
+        .Run(ParseTrace(path, ReadInput(path)));
+
+    auto marks = CheckedMarks(json::parse(file.str()).at("traceEvents"));
+    const std::string lines = printed.str();
+    const json summary = json::parse(lines.substr(lines.rfind('\n', lines.size() - 2) + 1));
+    EXPECT_EQ(marks["delivered"], summary.at("delivered"));
+    EXPECT_EQ(marks["failed"], summary.at("failed"));
+    EXPECT_EQ(marks["dropped"], summary.at("dropped"));
+    EXPECT_EQ(marks["blocked"], summary.at("blocked_by_cap"));
+  }
+}
+
+}  // namespace
+}  // namespace sensorvela::replay
