@@ -9,6 +9,7 @@
 
 #include "tools/atom_catalogue.h"
 #include "tools/atom_json.h"
+#include "tools/clock_time.h"
 #include "tools/latency_bars.h"
 #include "tools/printable_text.h"
 
@@ -69,8 +70,6 @@ class TextReport : public Report {
   // Wide enough for the atoms of events; the few with longer names stick out.
   static constexpr std::size_t kAtomWidth = 37;
 
-  static constexpr long long kNsPerS = 1'000'000'000;
-
   static std::string Mark(Answer answer) {
     switch (answer) {
       case Answer::kOk:
@@ -96,12 +95,7 @@ class TextReport : public Report {
   }
 
   void Line(Instant at, const std::string& text) {
-    const long long ns = at.count();
-    const long long s = ns / kNsPerS;
-    std::array<char, 40> time;
-    std::snprintf(time.data(), time.size(), "%02lld:%02lld:%02lld.%09lld", s / 3600, s / 60 % 60,
-                  s % 60, ns % kNsPerS);
-    out_ << time.data() << "  " << text << '\n';
+    out_ << ExactClockTime(at) << "  " << text << '\n';
   }
 
   void Sensor(const SensorSummary& summary) {

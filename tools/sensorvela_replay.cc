@@ -1,5 +1,7 @@
 // sensorvela-replay: runs a recorded stretch of sensor-stack events through the engine in virtual
 // time and prints what the stats service received.
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
@@ -8,10 +10,13 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "tools/event_kinds.h"
+#include "tools/progress.h"
 #include "tools/replay.h"
 #include "tools/report.h"
 #include "tools/trace.h"
@@ -78,11 +83,23 @@ int Replay(const Options& options) {
   }
   const auto printed = options.format == "jsonl" ? replay::MakeJsonLinesReport(std::cout)
                                                  : replay::MakeTextReport(std::cout);
-  std::vector<replay::Report*> reports = {printed.get()};
+  std::vector<replay::Report*> reports;
+
+  std::optional<replay::Progress> progress;
+  if (isatty(STDERR_FILENO) != 0) {
+    progress.emplace(std::cerr, events.back().at, isatty(STDOUT_FILENO) != 0);
+    reports.push_back(&*progress);
+  }
+  reports.push_back(printed.get());
 
   std::ofstream trace_out;
   std::unique_ptr<replay::Report> trace_events;
   if (!options.trace_out.empty()) {
+    std::error_code no_such_file;
+    if (std::filesystem::equivalent(options.trace, options.trace_out, no_such_file)) {
+      std::cerr << "sensorvela-replay: --trace-out would overwrite the trace\n";
+      return kExitBadInput;
+    }
     trace_out.open(options.trace_out, std::ios::binary);
     if (!trace_out) return CannotWrite(options.trace_out);
     trace_events = replay::MakeTraceEventReport(trace_out);
