@@ -12,6 +12,8 @@
 #include "atoms/sensor_event_atoms.h"
 #include "atoms/standalone_atoms.h"
 #include "tools/atom_catalogue.h"
+#include "tools/event_kinds.h"
+#include "tools/field_reader.h"
 #include "tools/replay.h"
 #include "tools/report.h"
 #include "tools/trace.h"
@@ -90,6 +92,53 @@ TEST(ReplayTest, PrintsOfEachTraceWhatItMust) {
     Replay({MakeJsonLinesReport(json_lines).get()}, true).Run(events);
     EXPECT_EQ(json_lines.str(), ReadInput(path + ".json_lines"));
   }
+}
+
+// Of each kind: its heading, and the first three cells of each of its fields.
+TEST(TraceFormatTest, IsWhatTheDocumentSays) {
+  std::ostringstream read;
+  for (const EventKind& kind : EventKinds()) {
+    FieldReader fields;
+    TraceFacts facts;
+    kind.read(fields, facts);
+    read << "## `" << kind.name << "`\n";
+    for (const auto& [name, optional, expected] : fields.fields()) {
+      read << "| `" << name << "` | " << (optional ? "no" : "yes") << " | " << expected << " |\n";
+    }
+  }
+  std::istringstream document(ReadInput(Source("docs/trace-format.md")));
+  std::string documented;
+  for (std::string line; std::getline(document, line);) {
+    if (line.starts_with("## `")) documented += line + '\n';
+    if (!line.starts_with("| `")) continue;
+    documented += line.substr(0, line.rfind(" | ", line.size() - 3)) + " |\n";
+  }
+  EXPECT_EQ(documented, read.str());
+}
+
+TEST(TraceFormatTest, HasAnExampleOfEachKindThatRuns) {
+  std::istringstream document(ReadInput(Source("docs/trace-format.md")));
+  std::string kind;
+  std::string example;
+  std::size_t examples = 0;
+  bool is_example = false;
+  for (std::string line; std::getline(document, line);) {
+    if (line.starts_with("## `")) kind = line.substr(4, line.size() - 5);
+    if (is_example && line == "```") {
+      SCOPED_TRACE(example);
+      ++examples;
+      EXPECT_NE(example.find("\"event\": \"" + kind + '"'), std::string::npos);
+      std::ostringstream printed;
+      Replay({MakeTextReport(printed).get()}, false).Run(ParseTrace("example", example));
+      is_example = false;
+    }
+    if (is_example) example += line + '\n';
+    if (line == "```jsonl") {
+      is_example = true;
+      example.clear();
+    }
+  }
+  EXPECT_EQ(examples, EventKinds().size());
 }
 
 TEST(AtomCatalogueTest, AgreesWithEveryBuilder) {

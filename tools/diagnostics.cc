@@ -60,7 +60,7 @@ SensorVela::AadProxStats ReadProxStats(const CheckedValue& list) {
 
 std::array<std::int32_t, 20> ReadBuckets(FieldReader& fields, std::string_view name) {
   std::array<std::int32_t, 20> buckets = {};
-  if (const auto list = fields.OptionalValue(name)) {
+  if (const auto list = fields.OptionalValue(name, "an array of 20 integers")) {
     NumberReader in(*list, buckets.size());
     for (std::int32_t& bucket : buckets) bucket = in.Int();
   }
@@ -109,8 +109,8 @@ Diagnostics ReadDiagnostics(FieldReader& fields, SupplierKind supplier) {
   if (supplier == SupplierKind::kNone) {
     throw EventError("diagnostics without a supplier: expected an engine_start with one");
   }
-  const auto second_generation = [&](std::string_view name) {
-    const auto item = fields.OptionalValue(name);
+  const auto second_generation = [&](std::string_view name, std::string_view expected) {
+    const auto item = fields.OptionalValue(name, expected);
     if (item && supplier == SupplierKind::kFirstGeneration) {
       item->Reject("is no item of a first-generation supplier",
                    "only processor, queue_1, queue_2 and queue_3");
@@ -118,16 +118,24 @@ Diagnostics ReadDiagnostics(FieldReader& fields, SupplierKind supplier) {
     return item;
   };
   return {
-      .processor = ReadItem(fields.OptionalValue("processor"), ReadProcessor),
-      .queues = {ReadItem(fields.OptionalValue("queue_1"), ReadQueue),
-                 ReadItem(fields.OptionalValue("queue_2"), ReadQueue),
-                 ReadItem(fields.OptionalValue("queue_3"), ReadQueue)},
-      .ipc_error_rates = ReadItems(second_generation("ipc_error_rates"), ReadIpcErrorRate),
-      .memory = ReadItems(second_generation("memory"), ReadMemory),
-      .sensor_usages = ReadItems(second_generation("sensor_usages"), ReadSensorUsage),
-      .gating_contexts = ReadItems(second_generation("gating_contexts"), ReadGatingContext),
-      .dram_exception = ReadItem(second_generation("dram_exception"), ReadDramException),
-      .prox_stats = ReadItem(second_generation("prox_stats"), ReadProxStats),
+      .processor =
+          ReadItem(fields.OptionalValue("processor", "an array of 4 integers"), ReadProcessor),
+      .queues = {ReadItem(fields.OptionalValue("queue_1", "an array of 6 integers"), ReadQueue),
+                 ReadItem(fields.OptionalValue("queue_2", "an array of 6 integers"), ReadQueue),
+                 ReadItem(fields.OptionalValue("queue_3", "an array of 6 integers"), ReadQueue)},
+      .ipc_error_rates =
+          ReadItems(second_generation("ipc_error_rates", "an array of arrays of 4 integers"),
+                    ReadIpcErrorRate),
+      .memory = ReadItems(second_generation("memory", "an array of objects"), ReadMemory),
+      .sensor_usages = ReadItems(
+          second_generation("sensor_usages", "an array of arrays of 7 integers"), ReadSensorUsage),
+      .gating_contexts =
+          ReadItems(second_generation("gating_contexts", "an array of arrays of 9 integers"),
+                    ReadGatingContext),
+      .dram_exception = ReadItem(second_generation("dram_exception", "an array of 5 integers"),
+                                 ReadDramException),
+      .prox_stats =
+          ReadItem(second_generation("prox_stats", "an array of 20 numbers"), ReadProxStats),
   };
 }
 

@@ -7,7 +7,7 @@
 namespace sensorvela::replay {
 
 float FieldReader::OptionalFloat(std::string_view name) {
-  const auto value = OptionalValue(name);
+  const auto value = OptionalValue(name, CheckedValue::kFloatDescription);
   return value ? value->Float() : 0;
 }
 
@@ -17,21 +17,22 @@ std::string FieldReader::Text(std::string_view name) {
 }
 
 std::string FieldReader::OptionalText(std::string_view name) {
-  const auto value = OptionalValue(name);
+  const auto value = OptionalValue(name, "a string");
   return value ? value->Text() : "";
 }
 
 std::size_t FieldReader::OptionalChoice(std::string_view name,
                                         std::span<const std::string_view> choices,
                                         std::size_t fallback) {
-  const auto value = OptionalValue(name);
+  std::string expected;
+  for (const std::string_view choice : choices) {
+    expected += (expected.empty() ? "one of " : ", ") + std::string(choice);
+  }
+  const auto value = OptionalValue(name, expected);
   if (!value) return fallback;
   const std::string text = value->Text();
-  std::string expected;
-  for (std::size_t i = 0; i < choices.size(); ++i) {
-    if (text == choices[i]) return i;
-    expected += (i == 0 ? "one of " : ", ") + std::string(choices[i]);
-  }
+  const auto found = std::ranges::find(choices, text);
+  if (found != choices.end()) return static_cast<std::size_t>(found - choices.begin());
   value->Reject("is " + Quoted(text), expected);
 }
 
@@ -40,9 +41,13 @@ std::vector<CheckedValue> FieldReader::List(std::string_view name) {
   return value ? value->List() : std::vector<CheckedValue>();
 }
 
-std::optional<CheckedValue> FieldReader::OptionalValue(std::string_view name) {
-  fields_.push_back({std::string(name), true});
-  if (object_ == nullptr) return std::nullopt;
+std::optional<CheckedValue> FieldReader::OptionalValue(std::string_view name,
+                                                       std::string_view expected) {
+  fields_.push_back({std::string(name), true, ""});
+  if (object_ == nullptr) {
+    fields_.back().expected = expected;
+    return std::nullopt;
+  }
   const auto found = object_->find(fields_.back().name);
   if (found == object_->end()) return std::nullopt;
   return CheckedValue(*found, path_ + fields_.back().name);
@@ -59,22 +64,23 @@ void FieldReader::RejectOtherFields() const {
 
 std::string FieldReader::FieldList() const {
   std::string list;
-  for (const auto& [name, optional] : fields_) {
+  for (const Field& field : fields_) {
     if (!list.empty()) list += ' ';
-    list += optional ? '[' + name + ']' : name;
+    list += field.optional ? '[' + field.name + ']' : field.name;
   }
   return list;
 }
 
 std::int64_t FieldReader::ReadInteger(std::string_view name, IntegerRange range,
                                       std::optional<std::int64_t> fallback) {
-  const auto value = fallback ? OptionalValue(name) : RequiredValue(name, range.Description());
+  const auto value = fallback ? OptionalValue(name, range.Description())
+                              : RequiredValue(name, range.Description());
   return value ? value->IntegerIn(range) : fallback.value_or(range.min);
 }
 
 std::optional<CheckedValue> FieldReader::RequiredValue(std::string_view name,
                                                        std::string_view expected) {
-  const auto value = OptionalValue(name);
+  const auto value = OptionalValue(name, expected);
   fields_.back().optional = false;
   if (!value && object_ != nullptr) {
     throw EventError("missing field " + Quoted(path_ + std::string(name)) + ": expected " +

@@ -20,6 +20,13 @@ namespace sensorvela::replay {
 /// throws `EventError`.
 class FieldReader {
  public:
+  struct Field {
+    std::string name;
+    bool optional;
+    /// What a value must be. Noted only by a reader that reads nothing.
+    std::string expected;
+  };
+
   /// Reads the fields of an event, a JSON object that outlives the reader.
   explicit FieldReader(const nlohmann::json& event) : object_(&event) {}
 
@@ -59,21 +66,19 @@ class FieldReader {
 
   std::vector<CheckedValue> List(std::string_view name);
 
-  /// For a field that none of the others can read.
-  std::optional<CheckedValue> OptionalValue(std::string_view name);
+  /// For a field that none of the others can read; the caller checks that it is as `expected`.
+  std::optional<CheckedValue> OptionalValue(std::string_view name, std::string_view expected);
 
   /// Throws when the object has a field that was not read.
   void RejectOtherFields() const;
 
-  /// The fields read so far, in order, optional ones in brackets.
+  /// The fields read so far, in order.
+  const std::vector<Field>& fields() const { return fields_; }
+
+  /// The same for a reader; optional ones are in brackets.
   std::string FieldList() const;
 
  private:
-  struct Field {
-    std::string name;
-    bool optional;
-  };
-
   std::int64_t ReadInteger(std::string_view name, IntegerRange range,
                            std::optional<std::int64_t> fallback);
 

@@ -54,7 +54,7 @@ constexpr char kTraceHelp[] =
     "reported "
     "them.\n"
     "\n"
-    "Events:\n";
+    "Events (docs/trace-format.md has an example of each):\n";
 
 constexpr char kExitHelp[] =
     "\nExit status: 0 the trace was run; 1 the output could not be written, or the run failed;\n"
