@@ -72,20 +72,19 @@ class SensorTrack {
   }
 
   void Enable(Instant at, std::int64_t period_ns) {
-    if (is_enabled_) out_.End(track_, at);
-    out_.Begin(track_, at, "enabled", {{"sampling_period_ns", period_ns}});
-    is_enabled_ = true;
+    WriteStretch(at);
+    enabled_at_ = at;
+    period_ns_ = period_ns;
     samples_ = 0;
   }
 
   void Disable(Instant at) {
-    if (is_enabled_) out_.End(track_, at);
-    is_enabled_ = false;
+    WriteStretch(at);
     out_.Mark(track_, at, "sensor", "disabled", {{"samples_since_enable", samples_}});
   }
 
   void Sample(Instant at) {
-    if (samples_++ == 0) out_.Mark(track_, at, "sensor", "first sample", Json::object());
+    if (samples_++ == 0) first_sample_at_ = at;
     if (at >= minute_ + kMinute) {
       EndMinute(at);
       minute_ = at - at % kMinute;
@@ -94,12 +93,25 @@ class SensorTrack {
   }
 
   void Finish(Instant at) {
-    if (is_enabled_) out_.End(track_, at);
+    WriteStretch(at);
     EndMinute(at);
     samples_per_minute_.Flush();
   }
 
  private:
+  /// A span is written at its end, and what happened in it after it, in the order of time.
+  void WriteStretch(Instant at) {
+    if (enabled_at_) {
+      out_.Span(track_, *enabled_at_, at, "enabled",
+                {{"sampling_period_ns", period_ns_}, {"samples", samples_}});
+    }
+    if (first_sample_at_) {
+      out_.Mark(track_, *first_sample_at_, "sensor", "first sample", Json::object());
+    }
+    enabled_at_.reset();
+    first_sample_at_.reset();
+  }
+
   /// The next sample comes at `next`, or the run ends.
   void EndMinute(Instant next) {
     if (samples_in_minute_ == 0) return;
@@ -113,8 +125,11 @@ class SensorTrack {
   StepCounter samples_per_minute_;
   Instant minute_ = {};
   std::uint64_t samples_in_minute_ = 0;
+  /// None while the sensor is disabled.
+  std::optional<Instant> enabled_at_;
+  std::int64_t period_ns_ = 0;
+  std::optional<Instant> first_sample_at_;
   std::uint64_t samples_ = 0;
-  bool is_enabled_ = false;
 };
 
 class TraceEventReport : public Report {

@@ -35,21 +35,13 @@ void TraceEventWriter::NameTrack(Track track, std::string_view name) {
 void TraceEventWriter::Span(Track track, Instant from, Instant to, std::string_view name,
                             const Json& arguments) {
   Write('X', track, TimeField("ts", from) + TimeField("dur", to - from),
-        {{"name", name}, {"args", arguments}});
-}
-
-void TraceEventWriter::Begin(Track track, Instant at, std::string_view name,
-                             const Json& arguments) {
-  Write('B', track, TimeField("ts", at), {{"name", name}, {"args", arguments}});
-}
-
-void TraceEventWriter::End(Track track, Instant at) {
-  Write('E', track, TimeField("ts", at), {{"args", Json::object()}});
+        {{"cat", "span"}, {"name", name}, {"args", arguments}});
 }
 
 void TraceEventWriter::Mark(Track track, Instant at, std::string_view category,
                             std::string_view name, const Json& arguments) {
-  Write('i', track, TimeField("ts", at),
+  // The older of its two letters, which every viewer knows.
+  Write('I', track, TimeField("ts", at),
         {{"s", "t"}, {"cat", category}, {"name", name}, {"args", arguments}});
 }
 

@@ -32,12 +32,8 @@ class TraceEventWriter {
   /// Tracks are shown in the order of their threads.
   void NameTrack(Track track, std::string_view name);
 
-  /// Something that lasts. Spans of a track lie apart or one within the other.
+  /// Something that lasted. Spans of a track lie apart or one within the other.
   void Span(Track track, Instant from, Instant to, std::string_view name, const Json& arguments);
-
-  /// The same, of which the end is not known yet. `End` ends the last of the track that has begun.
-  void Begin(Track track, Instant at, std::string_view name, const Json& arguments);
-  void End(Track track, Instant at);
 
   void Mark(Track track, Instant at, std::string_view category, std::string_view name,
             const Json& arguments);
