@@ -67,23 +67,40 @@ std::map<std::string, std::uint64_t> CheckedMarks(const json& events) {
   return marks;
 }
 
+struct Written {
+  json summary;
+  std::string trace_events;
+};
+
+Written Replayed(const std::string& path) {
+  std::stringstream printed;
+  std::ostringstream trace_events;
+  Replay({MakeJsonLinesReport(printed).get(), MakeTraceEventReport(trace_events).get()}, false)
+      .Run(ParseTrace(path, ReadInput(path)));
+  json last;
+  for (std::string line; std::getline(printed, line);) last = json::parse(line);
+  return {last, trace_events.str()};
+}
+
+std::string Trace(const std::string& name) { return SENSORVELA_SOURCE_DIR "/tests/traces/" + name; }
+
 TEST(TraceEventTest, KeepsTheFormatsRulesAndTheSummarysCounts) {
   for (const std::string name : {"no_supplier", "outage", "outside_atom", "refused_enable",
                                  "second_generation", "trains", "trains_to_their_end"}) {
     SCOPED_TRACE(name);
-    std::ostringstream printed;
-    std::ostringstream file;
-    const std::string path = SENSORVELA_SOURCE_DIR "/tests/traces/" + name + ".jsonl";
-    Replay({MakeJsonLinesReport(printed).get(), MakeTraceEventReport(file).get()}, false)
-        .Run(ParseTrace(path, ReadInput(path)));
-
-    auto marks = CheckedMarks(json::parse(file.str()).at("traceEvents"));
-    const std::string lines = printed.str();
-    const json summary = json::parse(lines.substr(lines.rfind('\n', lines.size() - 2) + 1));
+    const auto [summary, trace_events] = Replayed(Trace(name + ".jsonl"));
+    auto marks = CheckedMarks(json::parse(trace_events).at("traceEvents"));
     EXPECT_EQ(marks["delivered"], summary.at("delivered"));
     EXPECT_EQ(marks["failed"], summary.at("failed"));
     EXPECT_EQ(marks["dropped"], summary.at("dropped"));
     EXPECT_EQ(marks["blocked"], summary.at("blocked_by_cap"));
+  }
+}
+
+TEST(TraceEventTest, WritesOfATraceWhatItMust) {
+  for (const std::string name : {"outage", "trains"}) {
+    EXPECT_EQ(Replayed(Trace(name + ".jsonl")).trace_events,
+              ReadInput(Trace(name + ".trace_events")));
   }
 }
 
