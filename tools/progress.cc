@@ -9,7 +9,7 @@ constexpr std::chrono::seconds kFirstAfter{1};
 constexpr std::chrono::milliseconds kEvery{200};
 
 // A tick is much less work than a look at the clock.
-constexpr unsigned kTicksPerLook = 1024;
+constexpr std::uint64_t kTicksPerLook = 1024;
 
 // To the line's start, and all of it cleared.
 constexpr char kErase[] = "\r\x1b[K";

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <ostream>
 
 #include "tools/report.h"
@@ -39,7 +40,7 @@ class Progress : public Report {
   const Instant last_event_;
   const bool shares_terminal_;
   bool is_shown_ = false;
-  unsigned ticks_ = 0;
+  std::uint64_t ticks_ = 0;
   Clock::time_point next_;
 };
 
