@@ -28,6 +28,8 @@ std::string FullName(const std::string& table, const std::string& row, const cha
 }
 constexpr char kFloor[] = " (floor)";
 
+constexpr int kCounterRepetitions = 7;
+
 void Register(const std::string& name, const Body& body, const Settings& settings) {
   auto* const registered = benchmark::RegisterBenchmark(name.c_str(), body);
   registered->UseRealTime();
@@ -55,8 +57,9 @@ void Add(const std::string& table, const std::string& name, const Body& body) {
 
 void AddCounters(const std::string& table, const std::string& name, const Body& body) {
   AddRow(table, {name, 0});
-  Register(FullName(table, name, ""), body,
-           [](benchmark::internal::Benchmark& it) { it.Iterations(1)->Repetitions(1); });
+  Register(FullName(table, name, ""), body, [](benchmark::internal::Benchmark& it) {
+    it.Iterations(1)->Repetitions(kCounterRepetitions);
+  });
 }
 
 bool Tables::ReportContext(const Context&) { return true; }
@@ -65,7 +68,9 @@ void Tables::ReportRuns(const std::vector<Run>& runs) {
   for (const Run& run : runs) {
     if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
     times_ns_[run.run_name.function_name].push_back(run.GetAdjustedRealTime());
-    counters_[run.run_name.function_name] = run.counters;
+    for (const auto& [label, counter] : run.counters) {
+      counters_[run.run_name.function_name][label].push_back(counter.value);
+    }
   }
 }
 
@@ -77,7 +82,7 @@ void Tables::Finalize() {
       if (!times_ns_.contains(ours)) continue;  // Filtered out.
       if (!has_title) std::printf("\n%s\n", title.c_str());
       has_title = true;
-      std::printf("  %-52s", name.c_str());
+      std::printf("  %-56s", name.c_str());
       PrintFigures(ours, FullName(title, name, kFloor), goal);
     }
   }
@@ -86,9 +91,9 @@ void Tables::Finalize() {
 void Tables::PrintFigures(const std::string& ours, const std::string& floor, double goal) const {
   const double ours_ns = Median(times_ns_.at(ours));
   const auto floor_times_ns = times_ns_.find(floor);
-  if (const auto& counters = counters_.at(ours); !counters.empty()) {
-    for (const auto& [label, counter] : counters) {
-      std::printf("  %s %10.0f", label.c_str(), counter.value);
+  if (const auto counters = counters_.find(ours); counters != counters_.end()) {
+    for (const auto& [label, values] : counters->second) {
+      std::printf("  %s %10.0f", label.c_str(), Median(values));
     }
   } else if (floor_times_ns == times_ns_.end()) {
     std::printf("%10.1f ns", ours_ns);

@@ -30,7 +30,7 @@ void Add(const Road& road);
 /// Measures one thing that has no floor.
 void Add(const std::string& table, const std::string& name, const Body& body);
 
-/// Shows the counters that `body` sets, each a column of the table.
+/// Shows the counters that `body` sets, each a column of the table: medians over some runs.
 void AddCounters(const std::string& table, const std::string& name, const Body& body);
 
 /// Prints a table for each that was named, in the order in which they were.
@@ -43,9 +43,9 @@ class Tables : public benchmark::BenchmarkReporter {
  private:
   void PrintFigures(const std::string& ours, const std::string& floor, double goal) const;
 
-  /// By name, the times of each repetition in nanoseconds, or the counters of the last one.
+  /// By name, what each repetition took and counted.
   std::map<std::string, std::vector<double>> times_ns_;
-  std::map<std::string, benchmark::UserCounters> counters_;
+  std::map<std::string, std::map<std::string, std::vector<double>>> counters_;
 };
 
 }  // namespace sensorvela::benchmarks

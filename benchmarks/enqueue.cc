@@ -1,4 +1,8 @@
 // Events that become an atom each, while the reporter thread is busy: build it, queue it.
+#include <cstdint>
+#include <mutex>
+#include <unordered_map>
+
 #include "benchmarks/comparison.h"
 #include "benchmarks/engine.h"
 #include "benchmarks/floor_queue.h"
@@ -24,6 +28,22 @@ Body Repeat(Call call) {
   };
 }
 
+/// A status table under its lock, and the queue.
+class FloorTable {
+ public:
+  void Report() {
+    const std::lock_guard lock(mutex_);
+    benchmark::DoNotOptimize(counts_.find(1)->second);
+    queue_.Enqueue(FloorAtom(6, true));
+  }
+  void Empty() { queue_.Empty(); }
+
+ private:
+  std::mutex mutex_;
+  std::unordered_map<std::uint64_t, std::uint32_t> counts_ = {{1, 0}};
+  FloorQueue queue_;
+};
+
 }  // namespace
 
 void AddEnqueue() {
@@ -41,6 +61,11 @@ void AddEnqueue() {
            Repeat<BusyEngine>([](BusyEngine& engine) { engine->ReportHalSensorDisabled(kSensor); }),
        .floor = Repeat<FloorQueue>([](FloorQueue& queue) { queue.Enqueue(FloorAtom(6, true)); }),
        .goal = 1.15});
+  Add({.table = kTable,
+       .name = "the same, floor with a lock and a lookup for the status",
+       .ours =
+           Repeat<BusyEngine>([](BusyEngine& engine) { engine->ReportHalSensorDisabled(kSensor); }),
+       .floor = Repeat<FloorTable>([](FloorTable& table) { table.Report(); })});
   Add({.table = kTable,
        .name = "20 values, copied (ReportVendorAtomAsync)",
        .ours = Repeat<BusyEngine>(
