@@ -6,7 +6,8 @@
 
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
-/// Like `createVendorAtom`, but the atom takes the record's list over: it is allocated once.
+/// Like `createVendorAtom`, but the atom takes the record's text and list over: each is allocated
+/// once.
 aidl::android::frameworks::stats::VendorAtom MoveIntoVendorAtom(HalSensorStateChanged record);
 
 }  // namespace android::hardware::halvard::orrin::vendor::OrrinAtoms

@@ -28,9 +28,11 @@ VendorAtom createVendorAtom(const ProxStatusReported& r) {
 VendorAtom createVendorAtom(const HalSensorStateChanged& r) { return MoveIntoVendorAtom(r); }
 
 VendorAtom MoveIntoVendorAtom(HalSensorStateChanged r) {
-  return BuildVendorAtom(100242, r.reverse_domain_name, r.sensor_id_high, r.sensor_id_low, r.state,
-                         r.sampling_period_ns, r.sample_count, r.late_sample_count,
-                         std::move(r.latency_histogram));
+  VendorAtom atom =
+      BuildVendorAtom(100242, {}, r.sensor_id_high, r.sensor_id_low, r.state, r.sampling_period_ns,
+                      r.sample_count, r.late_sample_count, std::move(r.latency_histogram));
+  atom.reverseDomainName = std::move(r.reverse_domain_name);
+  return atom;
 }
 
 VendorAtom createVendorAtom(const SensorHalLatencyRecorded& r) {
