@@ -5,7 +5,8 @@
 
 #include <functional>
 #include <memory>
-#include <tuple>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "atoms/diagnostics_atoms.h"
@@ -17,8 +18,9 @@
 
 namespace {
 
-int clock_readings = 0;
-int log_lines = 0;
+// By the calling thread: the reporter thread logs, too.
+thread_local int clock_readings = 0;
+thread_local int log_lines = 0;
 
 }  // namespace
 
@@ -78,6 +80,9 @@ TEST(CallCostTest, OfEachEvent) {
     Cost cost;
   } const kCases[] = {
       {"a sample", 1, sample, {{0, 1}, 1, 0}},
+      // The first of all: its atom, and its place in a table that has to be made.
+      {"a first sensor", 0, sample, {{3, 2}, 1, 0}},
+      {"a first error", 0, hal_error, {{3, 2}, 0, 1}},
       {"an error past the cap", 10, hal_error, {{0, 1}, 0, 1}},
       {"another past the cap", 10, runtime_error, {{0, 1}, 0, 1}},
       {"a HAL error", 1, hal_error, {{1, 2}, 0, 1}},
@@ -123,12 +128,38 @@ TEST(CallCostTest, OfEachBuilderAndTheHistogram) {
   expect_allocations(3, atoms::SensorMemoryServiceabilityStatsReported{
                             .bucket_allocation_count = {1}, .bucket_duration_ms = {1}});
 
+  // A text that is too long for its object costs one more, and is not copied twice.
+  const std::string long_name(100, 'x');
+  expect_allocations(2, atoms::HingeHallSensorTriggered{.reverse_domain_name = long_name});
+  expect_allocations(
+      3, atoms::HalSensorStateChanged{.reverse_domain_name = long_name, .latency_histogram = {1}});
+
   const auto histogram = android::util::statslogapigen::StatsHistogram::createLinearBins(0, 1, 9);
   EXPECT_EQ(CostOf([&] {
               histogram->addValue(0.5F);
               histogram->clear();
             }),
             Cost{});
+}
+
+TEST(CallCostTest, OfTakingABatchIsTheSameForEveryLength) {
+  if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
+  const auto calls_until_the_first_report = [](int atoms_queued) {
+    World world;
+    std::optional<CallCounts> calls;
+    world.answer = [&](const VendorAtom&) {
+      if (!calls) calls = CallsOfThisThread();
+      return ndk::ScopedAStatus::ok();
+    };
+    host::DeclareService(kInstance);
+    world.Start();
+    for (int i = 0; i < atoms_queued; ++i) world.engine->ReportFirmwareState(1, {}, i);
+    world.Register();
+    world.Seen();
+    return *calls;
+  };
+  EXPECT_EQ(calls_until_the_first_report(1).allocations,
+            calls_until_the_first_report(500).allocations);
 }
 
 }  // namespace

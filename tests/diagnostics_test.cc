@@ -32,25 +32,6 @@ TEST_F(UploadTest, ASupplierMayCallTheEngineAndItsAtomsKeepTheirPlace) {
   EXPECT_EQ(Seen(), expected);
 }
 
-TEST_F(UploadTest, HostThreadsReportAllThroughIt) {
-  constexpr int kAtomsEach = 200;
-  Gate gate;
-  on_upload = [&gate] { gate.Pass(); };
-  const auto report = [this](int) {
-    for (int i = 0; i < kAtomsEach; ++i) engine->ReportVendorAtomAsync(Marker(1));
-  };
-  time.JumpTo(6h);
-  gate.AwaitArrival();
-  OnThreads(2, report);  // The supplier takes long now, and no enqueue waits for it.
-  std::thread opener([&gate] { gate.Open(); });
-  OnThreads(2, report);
-  opener.join();
-
-  Texts upload = Seen();
-  EXPECT_EQ(std::erase(upload, "1"), 4U * kAtomsEach);
-  EXPECT_EQ(upload, kUpload);
-}
-
 TEST(AdaptersTest, TheCallerChoosesBetweenTheMemoryAtomsNotTheRecord) {
   SensorVela::MemoryPressure memory{1, 2, 3, 4, 5.5F, 0, 7, 8, {}, {}};
   EXPECT_EQ(SensorVela::MemServiceabilityAtom(memory).atomId, 100304);

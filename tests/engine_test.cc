@@ -43,30 +43,6 @@ TEST_F(EngineTest, EnginesInOneProcessAreIndependent) {
                            "100024 i2 i2 i7 i0"}));
 }
 
-TEST_F(EngineTest, TakesTheSupplierOverAndDestroysItOnce) {
-  class Supplier : public SensorVela::SystemDiagnosticsSupplier {
-   public:
-    explicit Supplier(int& destructions) : destructions_(destructions) {}
-    ~Supplier() override { ++destructions_; }
-    SensorVela::ProcessorDiag GetProcessorDiagnostics() override { return {}; }
-    SensorVela::QueueStress GetQueueStressType1() override { return {}; }
-    SensorVela::QueueStress GetQueueStressType2() override { return {}; }
-    SensorVela::QueueStress GetQueueStressType3() override { return {}; }
-
-   private:
-    int& destructions_;
-  };
-  int destructions = 0;
-  std::unique_ptr<SensorVela::SystemDiagnosticsSupplier> supplier =
-      std::make_unique<Supplier>(destructions);
-  {
-    const SensorVela taker(std::move(supplier));
-    EXPECT_EQ(supplier, nullptr);
-    EXPECT_EQ(destructions, 0);
-  }
-  EXPECT_EQ(destructions, 1);
-}
-
 using CycleTest = EngineTest;
 
 TEST_F(CycleTest, IsHeldBackByAStreamUntilTheQueueIsFoundEmpty) {

@@ -1,5 +1,7 @@
 #include "tests/test_support.h"
 
+#include <gtest/gtest.h>
+
 namespace sensorvela::testing {
 namespace {
 
@@ -89,12 +91,15 @@ World::~World() {
 
 void World::Start(Generation generation) {
   if (generation == Generation::kSecond) {
-    engine = std::make_unique<SensorVela>(
-        std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2>(new SecondSupplier(*this)));
+    std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2> supplier =
+        std::make_unique<SecondSupplier>(*this);
+    engine = std::make_unique<SensorVela>(std::move(supplier));
+    EXPECT_EQ(supplier, nullptr);  // NOLINT(bugprone-use-after-move): the engine promises it.
   } else {
     std::unique_ptr<SensorVela::SystemDiagnosticsSupplier> supplier;
     if (generation == Generation::kFirst) supplier = std::make_unique<FirstSupplier>(*this);
     engine = std::make_unique<SensorVela>(std::move(supplier));
+    EXPECT_EQ(supplier, nullptr);  // NOLINT(bugprone-use-after-move)
   }
 }
 
