@@ -22,7 +22,7 @@ struct Stretch {
   std::size_t end;
 };
 
-/// Times each enqueue from an empty queue to a million atoms; shows those of the stretch.
+/// Fills the queue up to the stretch, and times each enqueue in it.
 template <typename Call>
 void Measure(benchmark::State& state, Stretch stretch, const Call& enqueue) {
   using Clock = std::chrono::steady_clock;

@@ -2,6 +2,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -28,19 +29,28 @@ Body Builds(const Record& record) {
   };
 }
 
-/// Makes `ints` values from as many ints, and one from each of `lists`.
+/// Makes `ints` values from as many ints, and one from each of `lists`, in memory of their own: no
+/// vector knows of them.
 template <std::size_t ints>
 Body Stores(const std::vector<std::vector<std::int32_t>>& lists) {
   return [lists](benchmark::State& state) {
     std::array<std::int32_t, ints> members{};
+    const std::size_t count = ints + lists.size();
+    std::allocator<VendorAtomValue> allocator;
     for (auto _ : state) {
       benchmark::DoNotOptimize(members);
       VendorAtom atom;
       atom.atomId = 1;
-      atom.values.reserve(ints + lists.size());
-      for (const auto& member : members) atom.values.emplace_back(std::in_place_index<0>, member);
-      for (const auto& list : lists) atom.values.emplace_back(std::in_place_index<5>, list);
       benchmark::DoNotOptimize(atom);
+      VendorAtomValue* const values = allocator.allocate(count);
+      VendorAtomValue* value = values;
+      for (const std::int32_t member : members) {
+        std::construct_at(value++, std::in_place_index<0>, member);
+      }
+      for (const auto& list : lists) std::construct_at(value++, std::in_place_index<5>, list);
+      benchmark::DoNotOptimize(values);
+      std::destroy_n(values, count);
+      allocator.deallocate(values, count);
     }
   };
 }

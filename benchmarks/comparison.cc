@@ -30,10 +30,8 @@ constexpr char kFloor[] = " (floor)";
 
 constexpr int kCounterRepetitions = 7;
 
-void Register(const std::string& name, const Body& body, const Settings& settings) {
-  auto* const registered = benchmark::RegisterBenchmark(name.c_str(), body);
-  registered->UseRealTime();
-  if (settings) settings(*registered);
+benchmark::internal::Benchmark* Register(const std::string& name, const Body& body) {
+  return benchmark::RegisterBenchmark(name.c_str(), body);
 }
 
 double Median(std::vector<double> values) {
@@ -46,27 +44,28 @@ double Median(std::vector<double> values) {
 
 void Add(const Road& road) {
   AddRow(road.table, {road.name, road.goal});
-  Register(FullName(road.table, road.name, ""), road.ours, road.settings);
-  Register(FullName(road.table, road.name, kFloor), road.floor, road.settings);
+  for (auto* const it : {Register(FullName(road.table, road.name, ""), road.ours),
+                         Register(FullName(road.table, road.name, kFloor), road.floor)}) {
+    it->Threads(road.threads);
+    road.manual_time ? it->UseManualTime() : it->UseRealTime();
+  }
 }
 
 void Add(const std::string& table, const std::string& name, const Body& body) {
   AddRow(table, {name, 0});
-  Register(FullName(table, name, ""), body, {});
+  Register(FullName(table, name, ""), body)->UseRealTime();
 }
 
 void AddCounters(const std::string& table, const std::string& name, const Body& body) {
   AddRow(table, {name, 0});
-  Register(FullName(table, name, ""), body, [](benchmark::internal::Benchmark& it) {
-    it.Iterations(1)->Repetitions(kCounterRepetitions);
-  });
+  Register(FullName(table, name, ""), body)->Iterations(1)->Repetitions(kCounterRepetitions);
 }
 
 bool Tables::ReportContext(const Context&) { return true; }
 
 void Tables::ReportRuns(const std::vector<Run>& runs) {
   for (const Run& run : runs) {
-    if (run.run_type != Run::RT_Iteration || run.error_occurred) continue;
+    if (run.run_type != Run::RT_Iteration) continue;
     times_ns_[run.run_name.function_name].push_back(run.GetAdjustedRealTime());
     for (const auto& [label, counter] : run.counters) {
       counters_[run.run_name.function_name][label].push_back(counter.value);

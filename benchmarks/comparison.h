@@ -11,7 +11,6 @@
 namespace sensorvela::benchmarks {
 
 using Body = std::function<void(benchmark::State&)>;
-using Settings = std::function<void(benchmark::internal::Benchmark&)>;
 
 /// What a road costs beside its floor, the unavoidable work written by hand.
 struct Road {
@@ -21,7 +20,9 @@ struct Road {
   Body floor;
   /// The ratio to reach; 0 for a row that has none.
   double goal = 0;
-  Settings settings = {};
+  int threads = 1;
+  /// The bodies say themselves how long they took.
+  bool manual_time = false;
 };
 
 /// Measures both, in this process and run; the table shows the ratio of their medians.

@@ -1,12 +1,15 @@
 // sensorvela-footprint: what an engine, a sensor and a queued atom take of the memory.
-#include <unistd.h>
-
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "atoms/diagnostics_atoms.h"
@@ -35,25 +38,73 @@ void PrintAtom(const char* what, const VendorAtom& atom) {
   Print(what, bytes);
 }
 
-std::size_t ResidentBytes() {
-  std::ifstream statm("/proc/self/statm");
-  std::size_t pages = 0;
-  statm >> pages >> pages;
-  return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+std::size_t allocated_bytes = 0;
+
+template <typename T>
+struct CountingAllocator : std::allocator<T> {
+  template <typename U>
+  struct rebind {  // NOLINT(readability-identifier-naming): the standard's name.
+    using other = CountingAllocator<U>;
+  };
+  CountingAllocator() = default;
+  template <typename U>
+  explicit CountingAllocator(const CountingAllocator<U>&) {}
+
+  T* allocate(std::size_t count) {
+    allocated_bytes += count * sizeof(T);  // NOLINT(bugprone-sizeof-expression)
+    return std::allocator<T>::allocate(count);
+  }
+};
+
+/// What one more sensor allocates: the status table's keys and statuses in a table of our own.
+std::size_t TableEntryBytes() {
+  using Status = std::array<std::int64_t, 7>;
+  std::unordered_map<std::uint64_t, Status, std::hash<std::uint64_t>, std::equal_to<>,
+                     CountingAllocator<std::pair<const std::uint64_t, Status>>>
+      table;
+  table.reserve(2);
+  table[1] = {};
+  const std::size_t before = allocated_bytes;
+  table[2] = {};
+  return allocated_bytes - before;
 }
 
-/// The mean of some: a single one may fit into what the process has already.
-std::size_t IdleEngineBytes() {
-  constexpr std::size_t kEngines = 32;
+/// The process's resident memory: its own (the heap, the stacks) and that of mapped files.
+struct Resident {
+  std::size_t own_bytes = 0;
+  std::size_t file_bytes = 0;
+};
+
+Resident ResidentNow() {
+  std::ifstream totals("/proc/self/smaps_rollup");
+  std::size_t all_kib = 0;
+  std::size_t own_kib = 0;
+  for (std::string key; totals >> key;) {
+    if (key == "Rss:") totals >> all_kib;
+    if (key == "Anonymous:") totals >> own_kib;
+  }
+  return {own_kib * 1024, (all_kib - own_kib) * 1024};
+}
+
+void PrintResident() {
   sensorvela::host::VirtualTime time;
   std::vector<std::unique_ptr<SensorVela>> engines;
-  const std::size_t before = ResidentBytes();
-  for (std::size_t i = 0; i < kEngines; ++i) {
-    engines.push_back(std::make_unique<SensorVela>(
-        std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr)));
-  }
-  time.WaitUntilAtRest();
-  return (ResidentBytes() - before) / kEngines;
+  const auto start = [&](std::size_t count) {
+    const Resident before = ResidentNow();
+    for (std::size_t i = 0; i < count; ++i) {
+      engines.push_back(std::make_unique<SensorVela>(
+          std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr)));
+    }
+    time.WaitUntilAtRest();
+    const Resident after = ResidentNow();
+    return Resident{(after.own_bytes - before.own_bytes) / count,
+                    (after.file_bytes - before.file_bytes) / count};
+  };
+  ResidentNow();  // What reading it takes is there already.
+  const Resident first = start(1);
+  Print("the first idle engine: the heap and the thread's stack", first.own_bytes);
+  Print("the first idle engine: pages of the libraries", first.file_bytes);
+  Print("each of 32 more: the heap and the thread's stack", start(32).own_bytes);
 }
 
 }  // namespace
@@ -62,8 +113,7 @@ int main() {
   const sensorvela::host::ScopedLogSink to_nowhere([](int, std::string_view, std::string_view) {});
   std::printf("Of the memory, without the heap's own overhead:\n");
   Print("the engine", sizeof(SensorVela));
-  // The map's node: the next one, the hash, the key and the status; and its place in the table.
-  Print("a sensor in the status table", 3 * sizeof(void*) + sizeof(std::uint64_t) + 56);
+  Print("a sensor in the status table, and its bucket", TableEntryBytes() + sizeof(void*));
   Print("an atom's own fields", sizeof(VendorAtom));
   Print("one value", sizeof(VendorAtomValue));
   std::printf("A queued atom with its values:\n");
@@ -78,5 +128,5 @@ int main() {
   PrintAtom("ProxStatusReported", createVendorAtom(atoms::ProxStatusReported{}));
   PrintAtom("AADProxStatsReported", createVendorAtom(atoms::AADProxStatsReported{}));
   std::printf("Resident:\n");
-  Print("an idle engine, its thread's stack included", IdleEngineBytes());
+  PrintResident();
 }

@@ -6,9 +6,11 @@
 #include <memory>
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 #include "benchmarks/comparison.h"
 #include "benchmarks/engine.h"
+#include "benchmarks/floor_queue.h"
 #include "benchmarks/tables.h"
 
 namespace sensorvela::benchmarks {
@@ -18,7 +20,7 @@ SensorVela::SensorId Sensor(std::uint32_t number) {
   return {0x10, static_cast<std::int32_t>(number)};
 }
 
-/// The sensors' samples come in no order that the machine could foresee, as those of a phone do.
+/// The sensors' samples come in an order that has nothing to do with where they lie in memory.
 class Sensors {
  public:
   Sensors(std::uint32_t count, int thread)
@@ -94,7 +96,12 @@ Body FloorSamples(std::uint32_t sensors) {
   const auto table = std::make_shared<Table>();
   return [=](benchmark::State& state) {
     if (state.thread_index() == 0) {
-      for (std::uint32_t i = 0; i < sensors; ++i) table->status[Key(i)] = {};
+      // An atom comes between two of them, as in the engine.
+      std::vector<VendorAtom> between;
+      for (std::uint32_t i = 0; i < sensors; ++i) {
+        table->status[Key(i)] = {};
+        between.push_back(FloorAtom(7));
+      }
     }
     const std::int64_t timestamp_ns = android::elapsedRealtimeNano();
     Sensors order(sensors, state.thread_index());
@@ -112,7 +119,7 @@ void AddRow(const char* table, const std::string& name, std::uint32_t sensors, i
        .ours = Samples(sensors),
        .floor = FloorSamples(sensors),
        .goal = goal,
-       .settings = [=](benchmark::internal::Benchmark& it) { it.Threads(threads); }});
+       .threads = threads});
 }
 
 }  // namespace

@@ -17,12 +17,18 @@ constexpr SensorVela::SensorId kSensor = {0x10, 1};
 constexpr int kError = -22;
 
 /// Below the cap: after ten errors it is another call that fails.
-void Engine(benchmark::State& state) {
-  const auto engine = StartEngine();
+void ReportErrors(benchmark::State& state, SensorVela& engine) {
   std::int32_t errors = 0;
   for (auto _ : state) {
-    engine->LogSensorHalError(kSensor, static_cast<SensorVela::HalCall>(errors++ / 10), kError);
+    engine.LogSensorHalError(kSensor, static_cast<SensorVela::HalCall>(errors++ / 10), kError);
   }
+}
+
+void Engine(benchmark::State& state) { ReportErrors(state, *StartEngine()); }
+
+void EngineWithABusyReporter(benchmark::State& state) {
+  BusyEngine engine;
+  ReportErrors(state, *engine);
 }
 
 /// A full queue drops its oldest line, so that the caller waits no more than the engine's does.
@@ -58,6 +64,7 @@ void DirectCall(benchmark::State& state) {
 void AddScale() {
   constexpr char kTable[] = "One HAL error, on the caller's thread";
   Add(kTable, "LogSensorHalError", Engine);
+  Add(kTable, "LogSensorHalError, the reporter thread busy elsewhere", EngineWithABusyReporter);
   Add(kTable, "spdlog, asynchronous, null sink", AsynchronousLogger);
   Add(kTable, "a direct call into a service in this process", DirectCall);
 }
