@@ -1,5 +1,6 @@
-# 32-bit Arm in Thumb code with hard floats, as on the device, from a workstation: Clang 19, LLD and libc++ against
-# the private sysroot that scripts/armv7-sysroot unpacks; tests run under user-mode emulation.
+# 32-bit Arm in Thumb code with hard floats, as on the device, from a workstation: Clang 19, LLD and
+# libc++ against the private sysroot that scripts/armv7-sysroot unpacks; tests run under user-mode
+# emulation.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7-a)
 set(CMAKE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/armv7-sysroot)

@@ -11,7 +11,7 @@ install(TARGETS sensorvela sensorvela_host_platform EXPORT sensorvela
   FILE_SET device_headers DESTINATION ${include_dir}/host_platform
   # For hosts whose CMake is older than 3.23, which cannot read file sets.
   INCLUDES DESTINATION ${include_dir} ${include_dir}/host_platform)
-install(FILES LICENSE TYPE DOC)
+install(FILES LICENSE docs/atoms.md docs/trace-format.md TYPE DOC)
 
 if(TARGET sensorvela-replay)
   file(RELATIVE_PATH to_libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
