@@ -1,5 +1,7 @@
 #include "tools/progress.h"
 
+#include <utility>
+
 #include "tools/clock_time.h"
 
 namespace sensorvela::replay {
@@ -16,13 +18,22 @@ constexpr char kErase[] = "\r\x1b[K";
 
 }  // namespace
 
-Progress::Progress(std::ostream& terminal, Instant last_event, bool shares_terminal)
+Progress::Progress(std::ostream& terminal, bool shares_terminal, Clock clock)
     : terminal_(terminal),
-      last_event_(last_event),
       shares_terminal_(shares_terminal),
-      next_(Clock::now() + kFirstAfter) {}
+      clock_(std::move(clock)),
+      next_(clock_() + kFirstAfter) {}
 
 Progress::~Progress() { Erase(); }
+
+void Progress::Read(std::size_t bytes, std::size_t total) {
+  if (IsDue()) Show("read " + std::to_string(std::uint64_t{bytes} * 100 / total) + " %");
+}
+
+void Progress::DoneReading(Instant last_event) {
+  Erase();
+  last_event_ = last_event;
+}
 
 void Progress::Atom(Instant /*at*/, const SensorVela::VendorAtom& /*atom*/, Answer /*answer*/) {
   MakeRoom();
@@ -38,12 +49,19 @@ void Progress::Note(Instant /*at*/, std::string_view /*text*/) { MakeRoom(); }
 void Progress::Finish(Instant /*at*/, const Summary& /*summary*/) { Erase(); }
 
 void Progress::Tick(Instant at) {
-  if (++ticks_ % kTicksPerLook != 0) return;
-  const Clock::time_point now = Clock::now();
-  if (now < next_) return;
+  if (IsDue()) Show("replayed to " + ClockTime(at) + ", last event at " + ClockTime(last_event_));
+}
+
+bool Progress::IsDue() {
+  if (++ticks_ % kTicksPerLook != 0) return false;
+  const auto now = clock_();
+  if (now < next_) return false;
   next_ = now + kEvery;
-  terminal_ << kErase << "replayed to " << ClockTime(at) << ", last event at "
-            << ClockTime(last_event_) << std::flush;
+  return true;
+}
+
+void Progress::Show(const std::string& line) {
+  terminal_ << kErase << line << std::flush;
   is_shown_ = true;
 }
 

@@ -2,25 +2,41 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <ostream>
+#include <string>
 
 #include "tools/report.h"
 
 namespace sensorvela::replay {
 
-/// Once a run has taken a second it shows, on a line of its own and some times a second, how far
-/// it is; the line is erased when the run ends, however that is.
+/// Once reading a trace and running it have taken a second it shows, on a line of its own and some
+/// times a second, how far that is; the line is erased when the run ends, however that is.
 class Progress : public Report {
  public:
-  /// `terminal` outlives it. `last_event` is the instant of the trace's last event. With
-  /// `shares_terminal` the other reports print on the same terminal: then it comes before them in
-  /// the replay, and clears the line for what they print.
-  Progress(std::ostream& terminal, Instant last_event, bool shares_terminal);
+  /// What it takes for the present moment.
+  using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+  /// `terminal` outlives it. With `shares_terminal` the other reports print on the same terminal:
+  /// then it comes before them in the replay, and clears the line for what they print.
+  Progress(std::ostream& terminal, bool shares_terminal,
+           Clock clock = std::chrono::steady_clock::now);
   ~Progress() override;
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
+  /// So many bytes of the trace have been read and checked.
+  void Read(std::size_t bytes, std::size_t total);
+
+  /// The whole trace has been. `last_event` is the instant of its last event.
+  void DoneReading(Instant last_event);
+
+  void AtomQueued(const Cause& cause) override { Tick(cause.at); }
+  void BlockedByCap(Instant at, const Cause& /*cause*/, std::string_view /*text*/) override {
+    Tick(at);
+  }
   void Sample(Instant at, SensorVela::SensorId /*sensor*/) override { Tick(at); }
   void Reporter(Instant at, ReporterStep /*step*/) override { Tick(at); }
 
@@ -30,18 +46,19 @@ class Progress : public Report {
   void Finish(Instant at, const Summary& summary) override;
 
  private:
-  using Clock = std::chrono::steady_clock;
-
   void Tick(Instant at);
+  bool IsDue();
+  void Show(const std::string& line);
   void MakeRoom();
   void Erase();
 
   std::ostream& terminal_;
-  const Instant last_event_;
   const bool shares_terminal_;
+  const Clock clock_;
+  Instant last_event_ = {};
   bool is_shown_ = false;
   std::uint64_t ticks_ = 0;
-  Clock::time_point next_;
+  std::chrono::steady_clock::time_point next_;
 };
 
 }  // namespace sensorvela::replay

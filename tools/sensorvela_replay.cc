@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -23,6 +24,8 @@
 #include "tools/trace_event_report.h"
 
 namespace {
+
+namespace replay = sensorvela::replay;
 
 constexpr int kExitFailed = 1;
 constexpr int kExitBadInput = 2;
@@ -72,24 +75,22 @@ int CannotWrite(const std::string& what) {
   return kExitFailed;
 }
 
-int Replay(const Options& options) {
-  namespace replay = sensorvela::replay;
-  std::vector<replay::Event> events;
-  try {
-    events = replay::ParseTrace(options.trace, replay::ReadInput(options.trace));
-  } catch (const replay::TraceError& error) {
-    std::cerr << error.what() << '\n';
-    return kExitBadInput;
-  }
-  const auto printed = options.format == "jsonl" ? replay::MakeJsonLinesReport(std::cout)
-                                                 : replay::MakeTextReport(std::cout);
-  std::vector<replay::Report*> reports;
-
+int Replay(const Options& options) try {
   std::optional<replay::Progress> progress;
+  std::vector<replay::Report*> reports;
   if (isatty(STDERR_FILENO) != 0) {
-    progress.emplace(std::cerr, events.back().at, isatty(STDOUT_FILENO) != 0);
+    progress.emplace(std::cerr, isatty(STDOUT_FILENO) != 0);
     reports.push_back(&*progress);
   }
+
+  const std::string input = replay::ReadInput(options.trace);
+  const auto events = replay::ParseTrace(options.trace, input, [&](std::size_t bytes) {
+    if (progress) progress->Read(bytes, input.size());
+  });
+  if (progress) progress->DoneReading(events.back().at);
+
+  const auto printed = options.format == "jsonl" ? replay::MakeJsonLinesReport(std::cout)
+                                                 : replay::MakeTextReport(std::cout);
   reports.push_back(printed.get());
 
   std::ofstream trace_out;
@@ -110,6 +111,9 @@ int Replay(const Options& options) {
   if (!std::cout.flush()) return CannotWrite("to standard output");
   if (!trace_out.flush()) return CannotWrite(options.trace_out);
   return 0;
+} catch (const replay::TraceError& error) {
+  std::cerr << error.what() << '\n';
+  return kExitBadInput;
 }
 
 }  // namespace
@@ -132,7 +136,7 @@ int main(int argc, char** argv) try {
                  "Also write the run as a picture, in the Trace Event Format that the usual trace "
                  "viewers open")
       ->type_name("FILE");
-  app.footer(kTraceHelp + sensorvela::replay::DescribeEventKinds() + kExitHelp);
+  app.footer(kTraceHelp + replay::DescribeEventKinds() + kExitHelp);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

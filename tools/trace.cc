@@ -149,8 +149,10 @@ std::string ReadInput(const std::string& path) {
   return content;
 }
 
-std::vector<Event> ParseTrace(const std::string& path, std::string_view text) {
+std::vector<Event> ParseTrace(const std::string& path, std::string_view text,
+                              const std::function<void(std::size_t bytes)>& on_line) {
   std::vector<Event> events;
+  const std::size_t size = text.size();
   TraceParser parser;
   std::size_t line_number = 0;
   try {
@@ -161,6 +163,7 @@ std::vector<Event> ParseTrace(const std::string& path, std::string_view text) {
       text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
       if (line.find_first_not_of(" \t\r") == std::string_view::npos) continue;
       events.push_back(parser.Parse(line_number, line));
+      if (on_line) on_line(size - text.size());
     }
     if (events.empty()) line_number = 1;
     parser.CheckWhole();

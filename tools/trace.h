@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -31,7 +32,9 @@ class TraceError : public std::runtime_error {
 std::string ReadInput(const std::string& path);
 
 /// The events of a trace, every one of them checked. `path` is for messages. Throws `TraceError` at
-/// the first thing wrong; blank lines are passed over.
-std::vector<Event> ParseTrace(const std::string& path, std::string_view text);
+/// the first thing wrong; blank lines are passed over. `on_line`, if given, is called after each
+/// line with the number of bytes read so far.
+std::vector<Event> ParseTrace(const std::string& path, std::string_view text,
+                              const std::function<void(std::size_t bytes)>& on_line = nullptr);
 
 }  // namespace sensorvela::replay
