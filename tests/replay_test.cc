@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -14,6 +15,7 @@
 #include "tools/atom_catalogue.h"
 #include "tools/event_kinds.h"
 #include "tools/field_reader.h"
+#include "tools/progress.h"
 #include "tools/replay.h"
 #include "tools/report.h"
 #include "tools/trace.h"
@@ -91,6 +93,44 @@ TEST(ReplayTest, PrintsOfEachTraceWhatItMust) {
     std::ostringstream json_lines;
     Replay({MakeJsonLinesReport(json_lines).get()}, true).Run(events);
     EXPECT_EQ(json_lines.str(), ReadInput(path + ".json_lines"));
+  }
+}
+
+TEST(TraceTest, KnowsWhenTheRunEnds) {
+  const std::string train = R"({"at_ns":5,"event":"engine_start"}
+{"at_ns":7,"event":"samples","sensor_high":1,"sensor_low":1,"count":5,"interval_ns":100,)"
+                            R"("latency_ns":30,"gap_every":2,"gap_ns":1000}
+)";
+  const std::map<std::string, int> kCases = {{"", 7 + 4 * 100 + 2 * 1000 + 30},
+                                             {R"({"at_ns":2436,"event":"time_passes"})", 2437},
+                                             {R"({"at_ns":2438,"event":"time_passes"})", 2438},
+                                             {R"({"at_ns":8,"event":"end"})", 8}};
+  for (const auto& [last, end_ns] : kCases) {
+    EXPECT_EQ(ParseTrace("t", train + last).back().run_end.count(), end_ns) << last;
+  }
+}
+
+TEST(ProgressTest, ShowsARunThatTakesLong) {
+  const std::string erase = "\r\x1b[K";
+  for (const bool shares_terminal : {false, true}) {
+    std::chrono::steady_clock::time_point now;
+    std::ostringstream terminal;
+    Progress progress(terminal, shares_terminal, [&] { return now; });
+    const auto run_on = [&](std::chrono::milliseconds time) {
+      now += time;
+      for (int i = 0; i < 2000; ++i) progress.Sample(std::chrono::minutes(90), {1, 1});
+    };
+    progress.DoneReading(std::chrono::hours(6));
+    run_on(std::chrono::milliseconds(999));
+    EXPECT_EQ(terminal.str(), "");
+    run_on(std::chrono::milliseconds(1));
+    std::string shown = erase + "replayed to 01:30:00 of 06:00:00";
+    EXPECT_EQ(terminal.str(), shown);
+    progress.Atom({}, {}, Answer::kOk);
+    if (shares_terminal) shown += erase;
+    EXPECT_EQ(terminal.str(), shown);
+    progress.Finish({}, {});
+    EXPECT_EQ(terminal.str(), shown + (shares_terminal ? "" : erase));
   }
 }
 

@@ -123,9 +123,10 @@ constexpr EventKind kEventKinds[] = {
      "before plus interval_ns, and gap_ns more after every gap_every samples; each arrives "
      "latency_ns after its timestamp",
      Place::kNeedsEngine,
-     [](FieldReader& fields, TraceFacts&) -> Action {
+     [](FieldReader& fields, TraceFacts& facts) -> Action {
        const auto sensor = ReadSensor(fields);
        const auto train = ReadSampleTrain(fields, sensor);
+       facts.train_ns = train.DurationNs();
        return [=](Replay& replay) { replay.StartTrain(train); };
      }},
     {"first_sample", "the host reports a first sample beside the one that the engine reports",

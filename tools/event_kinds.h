@@ -1,6 +1,7 @@
 // The table of everything that can happen in a trace.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <span>
 #include <string>
@@ -24,9 +25,11 @@ enum class Place {
   kLast,
 };
 
-/// What one event says that matters for reading those after it.
+/// What an event says that matters beyond it.
 struct TraceFacts {
   SupplierKind supplier = SupplierKind::kSecondGeneration;
+  /// How long the train goes on that the event starts; 0 if it starts none.
+  std::int64_t train_ns = 0;
 };
 
 /// One kind of event. To add a kind is to add an entry to the table in event_kinds.cc.

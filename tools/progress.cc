@@ -30,9 +30,9 @@ void Progress::Read(std::size_t bytes, std::size_t total) {
   if (IsDue()) Show("read " + std::to_string(std::uint64_t{bytes} * 100 / total) + " %");
 }
 
-void Progress::DoneReading(Instant last_event) {
+void Progress::DoneReading(Instant run_end) {
   Erase();
-  last_event_ = last_event;
+  run_end_ = run_end;
 }
 
 void Progress::Atom(Instant /*at*/, const SensorVela::VendorAtom& /*atom*/, Answer /*answer*/) {
@@ -49,7 +49,7 @@ void Progress::Note(Instant /*at*/, std::string_view /*text*/) { MakeRoom(); }
 void Progress::Finish(Instant /*at*/, const Summary& /*summary*/) { Erase(); }
 
 void Progress::Tick(Instant at) {
-  if (IsDue()) Show("replayed to " + ClockTime(at) + ", last event at " + ClockTime(last_event_));
+  if (IsDue()) Show("replayed to " + ClockTime(at) + " of " + ClockTime(run_end_));
 }
 
 bool Progress::IsDue() {

@@ -30,8 +30,8 @@ class Progress : public Report {
   /// So many bytes of the trace have been read and checked.
   void Read(std::size_t bytes, std::size_t total);
 
-  /// The whole trace has been. `last_event` is the instant of its last event.
-  void DoneReading(Instant last_event);
+  /// The whole trace has been, and its run ends at `run_end`.
+  void DoneReading(Instant run_end);
 
   void AtomQueued(const Cause& cause) override { Tick(cause.at); }
   void BlockedByCap(Instant at, const Cause& /*cause*/, std::string_view /*text*/) override {
@@ -55,7 +55,7 @@ class Progress : public Report {
   std::ostream& terminal_;
   const bool shares_terminal_;
   const Clock clock_;
-  Instant last_event_ = {};
+  Instant run_end_ = {};
   bool is_shown_ = false;
   std::uint64_t ticks_ = 0;
   std::chrono::steady_clock::time_point next_;

@@ -23,6 +23,12 @@ bool LastsTooLong(const SampleTrain& train) {
 
 }  // namespace
 
+std::int64_t SampleTrain::DurationNs() const {
+  const std::int64_t steps = count - 1;
+  const std::int64_t gaps = gap_every == 0 ? 0 : steps / gap_every;
+  return steps * interval_ns + gaps * gap_ns + latency_ns;
+}
+
 SampleTrain ReadSampleTrain(FieldReader& fields, SensorVela::SensorId sensor) {
   constexpr std::int64_t kAbsent = -1;
   SampleTrain train = {};

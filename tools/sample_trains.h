@@ -23,6 +23,9 @@ struct SampleTrain {
   /// After every so many samples the next one comes `gap_ns` later than it would; 0 for never.
   std::int64_t gap_every;
   std::int64_t gap_ns;
+
+  /// From the first sample's timestamp to the last one's arrival.
+  std::int64_t DurationNs() const;
 };
 
 /// Throws `EventError` for a train that lasts so long that its times could overflow.

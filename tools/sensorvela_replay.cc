@@ -87,7 +87,7 @@ int Replay(const Options& options) try {
   const auto events = replay::ParseTrace(options.trace, input, [&](std::size_t bytes) {
     if (progress) progress->Read(bytes, input.size());
   });
-  if (progress) progress->DoneReading(events.back().at);
+  if (progress) progress->DoneReading(events.back().run_end);
 
   const auto printed = options.format == "jsonl" ? replay::MakeJsonLinesReport(std::cout)
                                                  : replay::MakeTextReport(std::cout);

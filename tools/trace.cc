@@ -1,5 +1,6 @@
 #include "tools/trace.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -75,11 +76,15 @@ class TraceParser {
     const std::string name = fields.Text("event");
     const EventKind& kind = FindEventKind(name);
     const auto at_ns = fields.Integer<std::int64_t>("at_ns", 0, kMaxAtNs);
+    facts_.train_ns = 0;
     Action action = kind.read(fields, facts_);
     fields.RejectOtherFields();
     CheckTime(line_number, at_ns);
     CheckPlace(line_number, kind);
-    return {std::chrono::nanoseconds(at_ns), kind.name, line_number, std::move(action)};
+    run_end_ns_ =
+        kind.place == Place::kLast ? at_ns : std::max(run_end_ns_, at_ns + facts_.train_ns);
+    return {std::chrono::nanoseconds(at_ns), kind.name, line_number, std::move(action),
+            std::chrono::nanoseconds(run_end_ns_)};
   }
 
   void CheckWhole() const {
@@ -119,6 +124,7 @@ class TraceParser {
 
   TraceFacts facts_;
   std::int64_t last_at_ns_ = 0;
+  std::int64_t run_end_ns_ = 0;
   // Line numbers; 0 while there is no such line.
   std::size_t last_line_ = 0;
   std::size_t engine_line_ = 0;

@@ -19,6 +19,8 @@ struct Event {
   /// Its line in the trace, from 1.
   std::size_t line;
   Action action;
+  /// When the run ends if this is the last event.
+  host::VirtualTime::Instant run_end;
 };
 
 /// Why a trace cannot be run: one printable line, `FILE:LINE: what is wrong: what was expected`.
