@@ -65,6 +65,11 @@ void Replay::Run(const std::vector<Event>& events) {
 }
 
 void Replay::StartEngine(SupplierKind supplier) {
+  {
+    // Only a declared service is looked up at the start.
+    const std::lock_guard lock(mutex_);
+    is_starting_ = is_service_declared_;
+  }
   const auto on_cycle_end = [this] { return OnCycleEnd(); };
   switch (supplier) {
     case SupplierKind::kNone:
@@ -111,8 +116,7 @@ void Replay::DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_n
   DeliverSample(sensor, timestamp_ns, cause_);
 }
 
-void Replay::DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns,
-                           const Cause& cause) {
+void Replay::DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns, Cause cause) {
   {
     const std::lock_guard lock(mutex_);
     SetCause(cause);
@@ -162,9 +166,15 @@ void Replay::TellQueued() {
   }
 }
 
-void Replay::DeclareService() { host::DeclareService(stats_instance_); }
+void Replay::DeclareService() {
+  is_service_declared_ = true;
+  host::DeclareService(stats_instance_);
+}
 
-void Replay::UndeclareService() { host::UndeclareService(stats_instance_); }
+void Replay::UndeclareService() {
+  is_service_declared_ = false;
+  host::UndeclareService(stats_instance_);
+}
 
 void Replay::RegisterService() {
   host::RegisterService(stats_instance_, std::make_shared<Service>(*this));
@@ -192,7 +202,6 @@ void Replay::OnLogLine(int priority, std::string_view tag, std::string_view text
     ++summary_.blocked_by_cap;
     Tell(&Report::BlockedByCap, time_.Now(), cause_, text);
   }
-  if (text.starts_with("Waiting for IStats service")) is_starting_ = true;
   if (report_log_) Tell(&Report::LogLine, time_.Now(), priority, tag, text);
 }
 

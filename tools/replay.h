@@ -88,7 +88,7 @@ class Replay {
   /// Lives through everything that the trains deliver up to that instant.
   void DeliverTrains(host::VirtualTime::Instant until);
 
-  void DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns, const Cause& cause);
+  void DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns, Cause cause);
 
   void DestroyEngine();
 
@@ -123,6 +123,7 @@ class Replay {
   SensorTally sensor_tally_;
   Diagnostics diagnostics_;
 
+  bool is_service_declared_ = false;
   SampleTrains trains_;
 
   host::VirtualTime time_;
