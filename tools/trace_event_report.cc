@@ -1,20 +1,17 @@
 #include "tools/trace_event_report.h"
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <map>
-#include <optional>
-#include <string>
 #include <utility>
 
+#include "tools/sensor_track.h"
+#include "tools/step_counter.h"
 #include "tools/trace_event_writer.h"
 
 namespace sensorvela::replay {
 namespace {
-
-using Instant = Report::Instant;
 
 constexpr int kEngine = 1;
 constexpr int kSensors = 2;
@@ -26,111 +23,11 @@ constexpr Track kDropped = {kEngine, 4};
 constexpr Track kBlocked = {kEngine, 5};
 constexpr Track kNotes = {kEngine, 6};
 
-constexpr Instant kMinute = std::chrono::minutes(1);
-
 Json Arguments(const Cause& cause) {
   Json arguments = {{"queued_at_ns", cause.at.count()}, {"queued_by", cause.what}};
   if (cause.line != 0) arguments["trace_line"] = cause.line;
   return arguments;
 }
-
-/// A counter of which only the last value of an instant is written, and no value twice in a row.
-class StepCounter {
- public:
-  StepCounter(TraceEventWriter& out, int process, std::string name)
-      : out_(out), process_(process), name_(std::move(name)) {}
-
-  void Set(Instant at, std::uint64_t value) {
-    if (at != at_) Flush();
-    at_ = at;
-    value_ = value;
-  }
-
-  void Flush() {
-    if (value_ && value_ != written_) out_.Counter(process_, at_, name_, *value_);
-    written_ = value_;
-  }
-
- private:
-  TraceEventWriter& out_;
-  const int process_;
-  const std::string name_;
-  Instant at_ = {};
-  std::optional<std::uint64_t> value_;
-  std::optional<std::uint64_t> written_;
-};
-
-/// The track of one sensor.
-class SensorTrack {
- public:
-  SensorTrack(TraceEventWriter& out, SensorVela::SensorId sensor, int thread)
-      : out_(out),
-        track_{kSensors, thread},
-        name_(std::to_string(sensor.high) + ':' + std::to_string(sensor.low)),
-        samples_per_minute_(out, kSensors, "samples per minute " + name_) {
-    out_.NameTrack(track_, "sensor " + name_);
-  }
-
-  void Enable(Instant at, std::int64_t period_ns) {
-    WriteStretch(at);
-    enabled_at_ = at;
-    period_ns_ = period_ns;
-    samples_ = 0;
-  }
-
-  void Disable(Instant at) {
-    WriteStretch(at);
-    out_.Mark(track_, at, "sensor", "disabled", {{"samples_since_enable", samples_}});
-  }
-
-  void Sample(Instant at) {
-    if (samples_++ == 0) first_sample_at_ = at;
-    if (at >= minute_ + kMinute) {
-      EndMinute(at);
-      minute_ = at - at % kMinute;
-    }
-    ++samples_in_minute_;
-  }
-
-  void Finish(Instant at) {
-    WriteStretch(at);
-    EndMinute(at);
-    samples_per_minute_.Flush();
-  }
-
- private:
-  /// A span is written at its end, and what happened in it after it, in the order of time.
-  void WriteStretch(Instant at) {
-    if (enabled_at_) {
-      out_.Span(track_, *enabled_at_, at, "enabled",
-                {{"sampling_period_ns", period_ns_}, {"samples", samples_}});
-    }
-    if (first_sample_at_) {
-      out_.Mark(track_, *first_sample_at_, "sensor", "first sample", Json::object());
-    }
-    enabled_at_.reset();
-    first_sample_at_.reset();
-  }
-
-  /// The next sample comes at `next`, or the run ends.
-  void EndMinute(Instant next) {
-    if (samples_in_minute_ == 0) return;
-    samples_per_minute_.Set(minute_, std::exchange(samples_in_minute_, 0));
-    if (next >= minute_ + kMinute) samples_per_minute_.Set(minute_ + kMinute, 0);
-  }
-
-  TraceEventWriter& out_;
-  const Track track_;
-  const std::string name_;
-  StepCounter samples_per_minute_;
-  Instant minute_ = {};
-  std::uint64_t samples_in_minute_ = 0;
-  /// None while the sensor is disabled.
-  std::optional<Instant> enabled_at_;
-  std::int64_t period_ns_ = 0;
-  std::optional<Instant> first_sample_at_;
-  std::uint64_t samples_ = 0;
-};
 
 class TraceEventReport : public Report {
  public:
@@ -242,8 +139,8 @@ class TraceEventReport : public Report {
   }
 
   SensorTrack& TrackOf(SensorVela::SensorId sensor) {
-    const int thread = static_cast<int>(sensors_.size()) + 1;
-    return sensors_.try_emplace({sensor.high, sensor.low}, out_, sensor, thread).first->second;
+    const Track next = {kSensors, static_cast<int>(sensors_.size()) + 1};
+    return sensors_.try_emplace({sensor.high, sensor.low}, out_, sensor, next).first->second;
   }
 
   TraceEventWriter out_;
