@@ -86,7 +86,8 @@ TEST(ReplayTest, PrintsOfEachTraceWhatItMust) {
         "refused_enable", "second_generation", "trains", "trains_to_their_end"}) {
     SCOPED_TRACE(name);
     const std::string path = Source("tests/traces/" + name);
-    const auto events = ParseTrace(path, ReadInput(path + ".jsonl"));
+    const std::string trace = ReadInput(path + ".jsonl");
+    const auto events = ParseTrace(path, trace);
     std::ostringstream text;
     Replay({MakeTextReport(text).get()}, true).Run(events);
     EXPECT_EQ(text.str(), ReadInput(path + ".text"));

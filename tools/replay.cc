@@ -231,7 +231,7 @@ Answer Replay::OnReport(const VendorAtom& atom) {
 Diagnostics Replay::OnCycleEnd() {
   const std::lock_guard lock(mutex_);
   TellQueued();
-  cause_ = {time_.Now(), "end of a cycle", 0};
+  cause_ = {time_.Now(), "end of a cycle", {}};
   summary_.cycles_ended = summary_.cycles_ended.value_or(0) + 1;
   Tell(&Report::Reporter, time_.Now(), ReporterStep::kUploads);
   return diagnostics_;

@@ -36,8 +36,8 @@ class Replay {
   Replay(const Replay&) = delete;
   Replay& operator=(const Replay&) = delete;
 
-  /// Lives through `events` and the trains that they start, destroys the engine and reports the
-  /// summary. Once per replay.
+  /// Lives through `events`, whose trace's text is still there, and the trains that they start,
+  /// destroys the engine and reports the summary. Once per replay.
   ///
   /// What a train delivers at or before an instant happens before an event of that instant. Of
   /// trains that share an instant, the one that began first comes first.

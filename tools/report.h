@@ -2,9 +2,6 @@
 // happened, and a summary.
 #pragma once
 
-#include <aidl/android/frameworks/stats/VendorAtom.h>
-
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -15,6 +12,7 @@
 #include "engine/sensor_vela.h"
 #include "platform/host/virtual_time.h"
 #include "tools/sensor_tally.h"
+#include "tools/trace_line.h"
 
 namespace sensorvela::replay {
 
@@ -43,8 +41,8 @@ struct Cause {
   host::VirtualTime::Instant at;
   /// The kind of the event, or "end of a cycle".
   std::string_view what;
-  /// The event's line in the trace; 0 for none.
-  std::size_t line;
+  /// The event's; the end of a cycle has none.
+  TraceLine line;
 };
 
 /// What the reporter thread does, as far as it can be seen from outside.
@@ -71,8 +69,7 @@ class Report {
   /// Comes once for each atom, before anything else about it. Atoms leave the queue in this order.
   virtual void AtomQueued(const Cause& /*cause*/) {}
   /// The stats service has been given an atom.
-  virtual void Atom(Instant at, const aidl::android::frameworks::stats::VendorAtom& atom,
-                    Answer answer) = 0;
+  virtual void Atom(Instant /*at*/, const SensorVela::VendorAtom& /*atom*/, Answer /*answer*/) {}
   virtual void BlockedByCap(Instant /*at*/, const Cause& /*cause*/, std::string_view /*text*/) {}
   virtual void Reporter(Instant /*at*/, ReporterStep /*step*/) {}
 
@@ -81,10 +78,11 @@ class Report {
   virtual void SensorDisabled(Instant /*at*/, SensorVela::SensorId /*sensor*/) {}
   virtual void Sample(Instant /*at*/, SensorVela::SensorId /*sensor*/) {}
 
-  virtual void LogLine(Instant at, int priority, std::string_view tag, std::string_view text) = 0;
-  virtual void Note(Instant at, std::string_view text) = 0;
+  virtual void LogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
+                       std::string_view /*text*/) {}
+  virtual void Note(Instant /*at*/, std::string_view /*text*/) {}
   /// The run is over.
-  virtual void Finish(Instant at, const Summary& summary) = 0;
+  virtual void Finish(Instant /*at*/, const Summary& /*summary*/) {}
 };
 
 /// Columns for a reader, onto `out`, which outlives the report. Control characters are escaped.

@@ -52,7 +52,7 @@ SampleTrain ReadSampleTrain(FieldReader& fields, SensorVela::SensorId sensor) {
   return train;
 }
 
-void SampleTrains::Start(const SampleTrain& train, Instant start, std::size_t line) {
+void SampleTrains::Start(const SampleTrain& train, Instant start, TraceLine line) {
   running_.push({train, line, started_++, start.count(), 0});
 }
 

@@ -10,6 +10,7 @@
 #include "engine/sensor_vela.h"
 #include "platform/host/virtual_time.h"
 #include "tools/field_reader.h"
+#include "tools/trace_line.h"
 
 namespace sensorvela::replay {
 
@@ -41,11 +42,11 @@ class SampleTrains {
     std::int64_t timestamp_ns;
     Instant arrival;
     /// Where in the trace the train stands.
-    std::size_t line;
+    TraceLine line;
   };
 
   /// The train's first sample bears the timestamp `start`.
-  void Start(const SampleTrain& train, Instant start, std::size_t line);
+  void Start(const SampleTrain& train, Instant start, TraceLine line);
 
   /// Drops what the trains have left.
   void Cut() { running_ = {}; }
@@ -60,7 +61,7 @@ class SampleTrains {
  private:
   struct Running {
     SampleTrain train;
-    std::size_t line;
+    TraceLine line;
     std::size_t order;
     std::int64_t timestamp_ns;
     std::int64_t taken;

@@ -83,7 +83,10 @@ class TraceParser {
     CheckPlace(line_number, kind);
     run_end_ns_ =
         kind.place == Place::kLast ? at_ns : std::max(run_end_ns_, at_ns + facts_.train_ns);
-    return {std::chrono::nanoseconds(at_ns), kind.name, line_number, std::move(action),
+    return {std::chrono::nanoseconds(at_ns),
+            kind.name,
+            {line_number, line},
+            std::move(action),
             std::chrono::nanoseconds(run_end_ns_)};
   }
 

@@ -10,14 +10,14 @@
 
 #include "platform/host/virtual_time.h"
 #include "tools/event_kinds.h"
+#include "tools/trace_line.h"
 
 namespace sensorvela::replay {
 
 struct Event {
   host::VirtualTime::Instant at;
   std::string_view kind;
-  /// Its line in the trace, from 1.
-  std::size_t line;
+  TraceLine line;
   Action action;
   /// When the run ends if this is the last event.
   host::VirtualTime::Instant run_end;
@@ -33,9 +33,9 @@ class TraceError : public std::runtime_error {
 /// it cannot be read.
 std::string ReadInput(const std::string& path);
 
-/// The events of a trace, every one of them checked. `path` is for messages. Throws `TraceError` at
-/// the first thing wrong; blank lines are passed over. `on_line`, if given, is called after each
-/// line with the number of bytes read so far.
+/// The events of a trace, every one of them checked. They refer to `text`. `path` is for messages.
+/// Throws `TraceError` at the first thing wrong; blank lines are passed over. `on_line`, if given,
+/// is called after each line with the number of bytes read so far.
 std::vector<Event> ParseTrace(const std::string& path, std::string_view text,
                               const std::function<void(std::size_t bytes)>& on_line = nullptr);
 

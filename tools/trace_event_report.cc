@@ -23,10 +23,19 @@ constexpr Track kDropped = {kEngine, 4};
 constexpr Track kBlocked = {kEngine, 5};
 constexpr Track kNotes = {kEngine, 6};
 
-Json Arguments(const Cause& cause) {
+Json QueuedBy(const Cause& cause) {
   Json arguments = {{"queued_at_ns", cause.at.count()}, {"queued_by", cause.what}};
-  if (cause.line != 0) arguments["trace_line"] = cause.line;
+  if (cause.line.number != 0) arguments["trace_line"] = cause.line.number;
   return arguments;
+}
+
+/// The event's own fields, for what has no atom to show.
+void AddEvent(const Cause& cause, Json& arguments) {
+  if (cause.line.number == 0) return;
+  Json fields = Json::parse(cause.line.text);
+  fields.erase("at_ns");
+  fields.erase("event");
+  arguments["event"] = std::move(fields);
 }
 
 class TraceEventReport : public Report {
@@ -48,8 +57,10 @@ class TraceEventReport : public Report {
   }
 
   void Atom(Instant at, const SensorVela::VendorAtom& atom, Answer answer) override {
-    Json arguments = NamedValues(atom);
-    arguments.update(Arguments(TakeOldest(at)));
+    Json arguments = {{"atom_id", atom.atomId}};
+    if (!atom.reverseDomainName.empty()) arguments["domain"] = atom.reverseDomainName;
+    arguments.update(NamedValues(atom));
+    arguments.update(QueuedBy(TakeOldest(at)));
     if (answer == Answer::kOk) {
       out_.Mark(kDelivered, at, "delivered", AtomName(atom), arguments);
     } else {
@@ -59,7 +70,9 @@ class TraceEventReport : public Report {
   }
 
   void BlockedByCap(Instant at, const Cause& cause, std::string_view text) override {
-    out_.Mark(kBlocked, at, "blocked", cause.what, {{"log", text}, {"trace_line", cause.line}});
+    Json arguments = {{"log", text}, {"trace_line", cause.line.number}};
+    AddEvent(cause, arguments);
+    out_.Mark(kBlocked, at, "blocked", cause.what, arguments);
   }
 
   void Reporter(Instant at, ReporterStep step) override {
@@ -76,7 +89,8 @@ class TraceEventReport : public Report {
       case ReporterStep::kSends:
       case ReporterStep::kDrops:
         if (!has_waited) batch_ = waiting_.size();
-        out_.Span(kReporterThread, at, at, "draining", {{"atoms", batch_}});
+        out_.Span(kReporterThread, at, at, step == ReporterStep::kSends ? "draining" : "dropping",
+                  {{"atoms", batch_}});
         if (step == ReporterStep::kDrops) Drop(at, batch_);
         break;
       case ReporterStep::kUploads:
@@ -95,9 +109,6 @@ class TraceEventReport : public Report {
   }
 
   void Sample(Instant at, SensorVela::SensorId sensor) override { TrackOf(sensor).Sample(at); }
-
-  void LogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
-               std::string_view /*text*/) override {}
 
   void Note(Instant at, std::string_view text) override {
     out_.Mark(kNotes, at, "note", text, Json::object());
@@ -134,7 +145,9 @@ class TraceEventReport : public Report {
   void Drop(Instant at, std::size_t atoms) {
     for (std::size_t i = 0; i < atoms; ++i) {
       const Cause cause = TakeOldest(at);
-      out_.Mark(kDropped, at, "dropped", cause.what, Arguments(cause));
+      Json arguments = QueuedBy(cause);
+      AddEvent(cause, arguments);
+      out_.Mark(kDropped, at, "dropped", cause.what, arguments);
     }
   }
 

@@ -29,7 +29,7 @@ class TraceEventWriter {
 
   void NameProcess(int process, std::string_view name);
 
-  /// Tracks are shown in the order of their threads.
+  /// Viewers are asked to show tracks in the order of their threads.
   void NameTrack(Track track, std::string_view name);
 
   /// Something that lasted. Spans of a track lie apart or one within the other.
