@@ -18,5 +18,7 @@ expect(1 "-;--trace-out;/dev/full" "${trace}" "^\ndelivered" "^[^\n]*cannot writ
 expect(0 "--help" "" "engine_start" "^$")
 expect(2 "-" "nonsense" "^$" "^<stdin>:1: malformed JSON[^\n]*\n$")
 expect(2 "no/such" "" "^$" "^no/such: No such file or directory[^\n]*\n$")
+expect(2 "/" "" "^$" "^/: Is a directory[^\n]*\n$")
+expect(2 "-;--trace-out;-" "${trace}" "^$" "^sensorvela-replay: --trace-out -:[^\n]*\n$")
 expect(2 "-;--format;xml" "${trace}" "^$" "xml")
 expect(2 "" "" "^$" "TRACE")

@@ -31,33 +31,15 @@ constexpr int kExitFailed = 1;
 constexpr int kExitBadInput = 2;
 
 constexpr char kAbout[] =
-    "Runs the sensor-stack events of TRACE through a SensorVela engine, in virtual time, and "
-    "prints\n"
-    "what the stats service received.";
+    "Runs the sensor-stack events of TRACE through a SensorVela engine, in virtual time, and\n"
+    "prints what the stats service received, and at the end each sensor's samples by latency.";
 
 constexpr char kTraceHelp[] =
-    "TRACE has one JSON object a line, in the order of time; blank lines are passed over. Each "
-    "has\n"
-    "  at_ns   its instant, in nanoseconds of virtual time from 0\n"
-    "  event   its kind, one of those below\n"
-    "and the fields of its kind; those in brackets may be left out. Most are integers; a float "
-    "may\n"
-    "also be \"NaN\", \"Infinity\" or \"-Infinity\". The trace is checked as a whole before the "
-    "engine\n"
-    "starts.\n"
+    "TRACE has one JSON object a line, in the order of time: at_ns, event, and the event's "
+    "fields;\n"
+    "those in brackets may be left out. docs/trace-format.md describes them and has examples.\n"
     "\n"
-    "Trains of samples run beside each other and beside the lines after them. What a train "
-    "delivers "
-    "at\n"
-    "or before an instant happens before a line of that instant; of trains that share an instant, "
-    "the\n"
-    "one that began first comes first.\n"
-    "\n"
-    "At the end each sensor's samples are shown by latency, as the engine's disabled atoms "
-    "reported "
-    "them.\n"
-    "\n"
-    "Events (docs/trace-format.md has an example of each):\n";
+    "Events:\n";
 
 constexpr char kExitHelp[] =
     "\nExit status: 0 the trace was run; 1 the output could not be written, or the run failed;\n"
@@ -76,6 +58,11 @@ int CannotWrite(const std::string& what) {
 }
 
 int Replay(const Options& options) try {
+  if (options.trace_out == "-") {
+    std::cerr << "sensorvela-replay: --trace-out -: expected the name of a file\n";
+    return kExitBadInput;
+  }
+
   std::optional<replay::Progress> progress;
   std::vector<replay::Report*> reports;
   if (isatty(STDERR_FILENO) != 0) {
