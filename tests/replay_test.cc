@@ -19,6 +19,7 @@
 #include "tools/replay.h"
 #include "tools/report.h"
 #include "tools/trace.h"
+#include "tools/trace_event_report.h"
 #include "tools/value_kinds.h"
 
 namespace sensorvela::replay {
@@ -58,42 +59,26 @@ TEST(TraceTest, SaysWhatIsWrongWithATraceAndWhere) {
             "t:1: a JSON value of type array: expected an object");
 }
 
-TEST(TraceTest, SaysWhyAFileCannotBeRead) {
-  const std::map<std::string, std::string> kCases = {
-      {"no/such", "no/such: No such file or directory: expected a readable file"},
-      {"/", "/: Is a directory: expected a readable file"}};
-  for (const auto& [path, complaint] : kCases) {
-    try {
-      ReadInput(path);
-      ADD_FAILURE() << path << " was read";
-    } catch (const TraceError& error) {
-      EXPECT_EQ(error.what(), complaint);
-    }
-  }
-}
-
-TEST(TraceTest, AcceptsTheExamples) {
-  for (const char* name : {"errors", "first_generation", "one_day"}) {
-    const std::string path = Source("examples/" + std::string(name) + ".jsonl");
-    EXPECT_FALSE(ParseTrace(path, ReadInput(path)).empty());
-  }
-}
-
-// Beside each trace stands what `sensorvela-replay --log` prints of it, in both formats.
-TEST(ReplayTest, PrintsOfEachTraceWhatItMust) {
+// Beside each trace stands what `sensorvela-replay --log` prints of it, in both formats, and beside
+// some what `--trace-out` writes.
+TEST(ReplayTest, TellsOfEachTraceWhatItMust) {
   for (const std::string name :
        {"first_generation", "no_supplier", "one_shot_events", "outage", "outside_atom",
         "refused_enable", "second_generation", "trains", "trains_to_their_end"}) {
     SCOPED_TRACE(name);
     const std::string path = Source("tests/traces/" + name);
     const std::string trace = ReadInput(path + ".jsonl");
-    const auto events = ParseTrace(path, trace);
     std::ostringstream text;
-    Replay({MakeTextReport(text).get()}, true).Run(events);
-    EXPECT_EQ(text.str(), ReadInput(path + ".text"));
     std::ostringstream json_lines;
-    Replay({MakeJsonLinesReport(json_lines).get()}, true).Run(events);
+    std::ostringstream trace_events;
+    Replay({MakeTextReport(text).get(), MakeJsonLinesReport(json_lines).get(),
+            MakeTraceEventReport(trace_events).get()},
+           true)
+        .Run(ParseTrace(path, trace));
+    EXPECT_EQ(text.str(), ReadInput(path + ".text"));
     EXPECT_EQ(json_lines.str(), ReadInput(path + ".json_lines"));
+    if (name != "outage" && name != "trains") continue;
+    EXPECT_EQ(trace_events.str(), ReadInput(path + ".trace_events"));
   }
 }
 
