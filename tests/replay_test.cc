@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "atoms/diagnostics_atoms.h"
 #include "atoms/sensor_event_atoms.h"
@@ -94,30 +95,40 @@ TEST(TraceTest, KnowsWhenTheRunEnds) {
   for (const auto& [last, end_ns] : kCases) {
     EXPECT_EQ(ParseTrace("t", train + last).back().run_end.count(), end_ns) << last;
   }
+  const std::string day = ReadInput(Source("examples/one_day.jsonl"));
+  EXPECT_EQ(ParseTrace("t", day).back().run_end, std::chrono::hours(24));
+}
+
+/// What a run that takes long adds to the terminal at each of its steps.
+std::vector<std::string> ShownOfALongRun(bool shares_terminal) {
+  std::chrono::steady_clock::time_point now;
+  std::ostringstream terminal;
+  Progress progress(terminal, shares_terminal, [&] { return now; });
+  std::vector<std::string> shown;
+  const auto after = [&](std::chrono::milliseconds time, int times, const auto& step) {
+    now += time;
+    for (int i = 0; i < times; ++i) step();
+    shown.push_back(terminal.str());
+    terminal.str("");
+  };
+  const auto read = [&] { progress.Read(9, 20); };
+  const auto run = [&] { progress.Sample(std::chrono::minutes(90), {1, 1}); };
+  after(std::chrono::milliseconds(999), 2000, read);
+  after(std::chrono::milliseconds(1), 2000, read);
+  after({}, 1, [&] { progress.DoneReading(std::chrono::hours(6)); });
+  after(std::chrono::seconds(1), 2000, run);
+  after({}, 1, [&] { progress.Atom({}, {}, Answer::kOk); });
+  after({}, 1, [&] { progress.Finish({}, {}); });
+  return shown;
 }
 
 TEST(ProgressTest, ShowsARunThatTakesLong) {
   const std::string erase = "\r\x1b[K";
-  for (const bool shares_terminal : {false, true}) {
-    std::chrono::steady_clock::time_point now;
-    std::ostringstream terminal;
-    Progress progress(terminal, shares_terminal, [&] { return now; });
-    const auto run_on = [&](std::chrono::milliseconds time) {
-      now += time;
-      for (int i = 0; i < 2000; ++i) progress.Sample(std::chrono::minutes(90), {1, 1});
-    };
-    progress.DoneReading(std::chrono::hours(6));
-    run_on(std::chrono::milliseconds(999));
-    EXPECT_EQ(terminal.str(), "");
-    run_on(std::chrono::milliseconds(1));
-    std::string shown = erase + "replayed to 01:30:00 of 06:00:00";
-    EXPECT_EQ(terminal.str(), shown);
-    progress.Atom({}, {}, Answer::kOk);
-    if (shares_terminal) shown += erase;
-    EXPECT_EQ(terminal.str(), shown);
-    progress.Finish({}, {});
-    EXPECT_EQ(terminal.str(), shown + (shares_terminal ? "" : erase));
-  }
+  const std::string reads = erase + "read 45 %";
+  const std::string runs = erase + "replayed to 01:30:00 of 06:00:00";
+  using Shown = std::vector<std::string>;
+  EXPECT_EQ(ShownOfALongRun(false), Shown({"", reads, erase, runs, "", erase}));
+  EXPECT_EQ(ShownOfALongRun(true), Shown({"", reads, erase, runs, erase, ""}));
 }
 
 // Of each kind: its heading, and the first three cells of each of its fields.
