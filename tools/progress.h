@@ -30,7 +30,7 @@ class Progress : public Report {
   /// So many bytes of the trace have been read and checked.
   void Read(std::size_t bytes, std::size_t total);
 
-  /// The whole trace has been, and its run ends at `run_end`.
+  /// The whole trace has been read, and its run ends at `run_end`.
   void DoneReading(Instant run_end);
 
   void AtomQueued(const Cause& cause) override { Tick(cause.at); }

@@ -35,9 +35,8 @@ constexpr char kAbout[] =
     "prints what the stats service received, and at the end each sensor's samples by latency.";
 
 constexpr char kTraceHelp[] =
-    "TRACE has one JSON object a line, in the order of time: at_ns, event, and the event's "
-    "fields;\n"
-    "those in brackets may be left out. docs/trace-format.md describes them and has examples.\n"
+    "TRACE has one JSON object a line, in the order of time: at_ns, event, and the fields of its\n"
+    "kind; those in brackets may be left out. docs/trace-format.md has the details and examples.\n"
     "\n"
     "Events:\n";
 
