@@ -96,11 +96,9 @@ build() {
 }
 
 configure_and_build() {
-  local preset=$1 unity=ON  # Few large sources where that may be: only the tool is built so.
+  local preset=$1
   shift
-  # clang-tidy needs a compile command for each source.
-  [[ $preset != clang && $preset != bench ]] || unity=OFF
-  cmake --preset "$preset" -DCMAKE_UNITY_BUILD=$unity && cmake --build "build/$preset" --parallel "$jobs" "$@"
+  cmake --preset "$preset" && cmake --build "build/$preset" --parallel "$jobs" "$@"
 }
 
 # run_ctest PRESET [OPTION...]: having no test to run is a failure.
