@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -29,71 +31,94 @@ Body Builds(const Record& record) {
   };
 }
 
-/// Makes `ints` values from as many ints, and one from each of `lists`, in memory of their own: no
-/// vector knows of them.
-template <std::size_t ints>
-Body Stores(const std::vector<std::vector<std::int32_t>>& lists) {
-  return [lists](benchmark::State& state) {
-    std::array<std::int32_t, ints> members{};
-    const std::size_t count = ints + lists.size();
+template <typename Member, std::size_t count>
+using Run = std::array<Member, count>;
+template <std::size_t count>
+using Ints = Run<std::int32_t, count>;
+template <std::size_t count>
+using Floats = Run<float, count>;
+using Long = Run<std::int64_t, 1>;
+using Bool = Run<bool, 1>;
+using List = Run<std::vector<std::int32_t>, 1>;
+
+template <typename Member>
+constexpr std::size_t kAlternative = std::is_same_v<Member, std::int32_t>   ? 0
+                                     : std::is_same_v<Member, std::int64_t> ? 1
+                                     : std::is_same_v<Member, float>        ? 2
+                                     : std::is_same_v<Member, bool>         ? 4
+                                                                            : 5;
+
+template <typename Member, std::size_t count>
+VendorAtomValue* Store(const Run<Member, count>& members, VendorAtomValue* value) {
+  for (const Member& member : members) {
+    std::construct_at(value++, std::in_place_index<kAlternative<Member>>, member);
+  }
+  return value;
+}
+
+/// Makes a value of each member, in memory of its own: no vector knows of it.
+template <typename... Runs>
+Body Stores(const Runs&... runs) {
+  return [... runs = runs](benchmark::State& state) {
+    constexpr std::size_t kCount = (std::tuple_size_v<Runs> + ...);
     std::allocator<VendorAtomValue> allocator;
     for (auto _ : state) {
-      benchmark::DoNotOptimize(members);
+      benchmark::ClobberMemory();
       VendorAtom atom;
       atom.atomId = 1;
       benchmark::DoNotOptimize(atom);
-      VendorAtomValue* const values = allocator.allocate(count);
+      VendorAtomValue* const values = allocator.allocate(kCount);
       VendorAtomValue* value = values;
-      for (const std::int32_t member : members) {
-        std::construct_at(value++, std::in_place_index<0>, member);
-      }
-      for (const auto& list : lists) std::construct_at(value++, std::in_place_index<5>, list);
+      ((value = Store(runs, value)), ...);
       benchmark::DoNotOptimize(values);
-      std::destroy_n(values, count);
-      allocator.deallocate(values, count);
+      std::destroy_n(values, kCount);
+      allocator.deallocate(values, kCount);
     }
   };
 }
 
-template <std::size_t ints, typename Record>
-void AddRow(const char* name, const Record& record,
-            const std::vector<std::vector<std::int32_t>>& lists = {}) {
+/// The floor's members are of the same kinds in the same order.
+template <typename Record, typename... Runs>
+void AddRow(const char* name, const Record& record, const Runs&... runs) {
   Add({.table = "createVendorAtom",
        .name = name,
        .ours = Builds(record),
-       .floor = Stores<ints>(lists),
+       .floor = Stores(runs...),
        .goal = 1.10});
 }
 
 }  // namespace
 
 void AddBuilders() {
-  const std::vector<std::int32_t> bands(5);
-  const std::vector<std::int32_t> buckets(20);
-  AddRow<4>("SensorHalErrorDetected", atoms::SensorHalErrorDetected{});
-  AddRow<4>("SensorRuntimeErrorDetected", atoms::SensorRuntimeErrorDetected{});
-  AddRow<17>("ProxStatusReported", atoms::ProxStatusReported{});
-  AddRow<6>("HalSensorStateChanged", atoms::HalSensorStateChanged{.latency_histogram = bands},
-            {bands});
-  AddRow<4>("SensorHalLatencyRecorded", atoms::SensorHalLatencyRecorded{});
-  AddRow<3>("SensorFirmwareStateChanged", atoms::SensorFirmwareStateChanged{});
-  AddRow<3>("SensorFirstSampleReported", atoms::SensorFirstSampleReported{});
-  AddRow<4>("SensorProcessorDiagnosticsReported", atoms::SensorProcessorDiagnosticsReported{});
-  AddRow<7>("SensorSystemQueueStressReported", atoms::SensorSystemQueueStressReported{});
-  AddRow<4>("SensorIpcErrorRateReported", atoms::SensorIpcErrorRateReported{});
-  AddRow<5>("SensorMemoryPressureReported", atoms::SensorMemoryPressureReported{});
-  AddRow<7>("TarnSensorUsageReported", atoms::TarnSensorUsageReported{});
-  AddRow<9>("SensorGatingContextReported", atoms::SensorGatingContextReported{});
-  AddRow<5>("SensorCoreDramExceptionsReported", atoms::SensorCoreDramExceptionsReported{});
-  AddRow<4>("SensorMemoryServiceabilityStatsReported",
-            atoms::SensorMemoryServiceabilityStatsReported{.bucket_allocation_count = buckets,
-                                                           .bucket_duration_ms = buckets},
-            {buckets, buckets});
-  AddRow<20>("AADProxStatsReported", atoms::AADProxStatsReported{});
-  AddRow<2>("HingeAngleStateChanged", atoms::HingeAngleStateChanged{});
-  AddRow<5>("TarnServerWorkerUsageReported", atoms::TarnServerWorkerUsageReported{});
-  AddRow<1>("HingeHallSensorTriggered", atoms::HingeHallSensorTriggered{});
-  AddRow<16>("AlsLuxLevelDistributionReported", atoms::AlsLuxLevelDistributionReported{});
+  const List bands = {std::vector<std::int32_t>(5)};
+  const List buckets = {std::vector<std::int32_t>(20)};
+  AddRow("SensorHalErrorDetected", atoms::SensorHalErrorDetected{}, Ints<4>{});
+  AddRow("SensorRuntimeErrorDetected", atoms::SensorRuntimeErrorDetected{}, Ints<4>{});
+  AddRow("ProxStatusReported", atoms::ProxStatusReported{}, Ints<8>{}, Floats<4>{}, Ints<2>{},
+         Floats<3>{});
+  AddRow("HalSensorStateChanged", atoms::HalSensorStateChanged{.latency_histogram = bands[0]},
+         Ints<3>{}, Long{}, Ints<2>{}, bands);
+  AddRow("SensorHalLatencyRecorded", atoms::SensorHalLatencyRecorded{}, Ints<3>{}, Long{});
+  AddRow("SensorFirmwareStateChanged", atoms::SensorFirmwareStateChanged{}, Ints<3>{});
+  AddRow("SensorFirstSampleReported", atoms::SensorFirstSampleReported{}, Ints<2>{}, Long{});
+  AddRow("SensorProcessorDiagnosticsReported", atoms::SensorProcessorDiagnosticsReported{},
+         Ints<4>{});
+  AddRow("SensorSystemQueueStressReported", atoms::SensorSystemQueueStressReported{}, Ints<7>{});
+  AddRow("SensorIpcErrorRateReported", atoms::SensorIpcErrorRateReported{}, Ints<4>{});
+  AddRow("SensorMemoryPressureReported", atoms::SensorMemoryPressureReported{}, Ints<4>{},
+         Floats<1>{});
+  AddRow("TarnSensorUsageReported", atoms::TarnSensorUsageReported{}, Ints<7>{});
+  AddRow("SensorGatingContextReported", atoms::SensorGatingContextReported{}, Ints<9>{});
+  AddRow("SensorCoreDramExceptionsReported", atoms::SensorCoreDramExceptionsReported{}, Ints<5>{});
+  AddRow("SensorMemoryServiceabilityStatsReported",
+         atoms::SensorMemoryServiceabilityStatsReported{.bucket_allocation_count = buckets[0],
+                                                        .bucket_duration_ms = buckets[0]},
+         Ints<4>{}, buckets, buckets);
+  AddRow("AADProxStatsReported", atoms::AADProxStatsReported{}, Ints<8>{}, Floats<6>{}, Ints<6>{});
+  AddRow("HingeAngleStateChanged", atoms::HingeAngleStateChanged{}, Ints<2>{});
+  AddRow("TarnServerWorkerUsageReported", atoms::TarnServerWorkerUsageReported{}, Ints<5>{});
+  AddRow("HingeHallSensorTriggered", atoms::HingeHallSensorTriggered{}, Bool{});
+  AddRow("AlsLuxLevelDistributionReported", atoms::AlsLuxLevelDistributionReported{}, Ints<16>{});
 }
 
 }  // namespace sensorvela::benchmarks

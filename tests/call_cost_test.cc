@@ -153,6 +153,7 @@ TEST(CallCostTest, OfTakingABatchIsTheSameForEveryLength) {
     };
     host::DeclareService(kInstance);
     world.Start();
+    world.Seen();  // The reporter thread waits for the service now.
     for (int i = 0; i < atoms_queued; ++i) world.engine->ReportFirmwareState(1, {}, i);
     world.Register();
     world.Seen();
