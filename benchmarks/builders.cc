@@ -58,18 +58,18 @@ VendorAtomValue* Store(const Run<Member, count>& members, VendorAtomValue* value
 
 /// Makes a value of each member, in memory of its own: no vector knows of it.
 template <typename... Runs>
-Body Stores(const Runs&... runs) {
-  return [... runs = runs](benchmark::State& state) {
+Body Stores(const Runs&... all) {
+  return [members = std::tuple(all...)](benchmark::State& state) mutable {
     constexpr std::size_t kCount = (std::tuple_size_v<Runs> + ...);
     std::allocator<VendorAtomValue> allocator;
     for (auto _ : state) {
-      benchmark::ClobberMemory();
+      benchmark::DoNotOptimize(members);
       VendorAtom atom;
       atom.atomId = 1;
       benchmark::DoNotOptimize(atom);
       VendorAtomValue* const values = allocator.allocate(kCount);
       VendorAtomValue* value = values;
-      ((value = Store(runs, value)), ...);
+      std::apply([&](const auto&... runs) { ((value = Store(runs, value)), ...); }, members);
       benchmark::DoNotOptimize(values);
       std::destroy_n(values, kCount);
       allocator.deallocate(values, kCount);
