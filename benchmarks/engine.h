@@ -43,7 +43,7 @@ class PluggedService : public IStats {
   std::chrono::nanoseconds between_plugs_{};
 };
 
-/// An engine whose reporter thread is busy in a report for as long as nobody calls `Empty`.
+/// An engine whose reporter thread is busy in a report, but for the time of `Drain` and `Empty`.
 class BusyEngine {
  public:
   BusyEngine();
