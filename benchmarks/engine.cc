@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/host/service_manager.h"
+#include "platform/simulated/service_manager.h"
 
 namespace sensorvela::benchmarks {
 namespace {
@@ -17,7 +17,7 @@ class NoOpService : public IStats {
 };
 
 std::unique_ptr<SensorVela> StartEngine(std::shared_ptr<IStats> service) {
-  host::RegisterService(std::string(IStats::descriptor) + "/default", std::move(service));
+  simulated::RegisterService(std::string(IStats::descriptor) + "/default", std::move(service));
   return std::make_unique<SensorVela>(
       std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr));
 }

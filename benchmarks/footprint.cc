@@ -15,8 +15,8 @@
 #include "atoms/diagnostics_atoms.h"
 #include "atoms/sensor_event_atoms.h"
 #include "engine/sensor_vela.h"
-#include "platform/host/log_sink.h"
-#include "platform/host/virtual_time.h"
+#include "platform/simulated/log_sink.h"
+#include "platform/simulated/virtual_time.h"
 
 namespace {
 
@@ -87,7 +87,7 @@ Resident ResidentNow() {
 }
 
 void PrintResident() {
-  sensorvela::host::VirtualTime time;
+  sensorvela::simulated::VirtualTime time;
   std::vector<std::unique_ptr<SensorVela>> engines;
   const auto start = [&](std::size_t count) {
     const Resident before = ResidentNow();
@@ -110,7 +110,8 @@ void PrintResident() {
 }  // namespace
 
 int main() {
-  const sensorvela::host::ScopedLogSink to_nowhere([](int, std::string_view, std::string_view) {});
+  const sensorvela::simulated::ScopedLogSink to_nowhere(
+      [](int, std::string_view, std::string_view) {});
   std::printf("Of the memory, without the heap's own overhead:\n");
   Print("the engine", sizeof(SensorVela));
   Print("a sensor in the status table, and its bucket", TableEntryBytes() + sizeof(void*));

@@ -5,7 +5,7 @@
 
 #include "benchmarks/comparison.h"
 #include "benchmarks/tables.h"
-#include "platform/host/log_sink.h"
+#include "platform/simulated/log_sink.h"
 
 int main(int argc, char** argv) {
   namespace benchmarks = sensorvela::benchmarks;
@@ -14,7 +14,8 @@ int main(int argc, char** argv) {
   // The heap keeps what is freed, so that no road is charged for the kernel's pages.
   mallopt(M_TRIM_THRESHOLD, 1 << 30);  // NOLINT(concurrency-mt-unsafe): the only thread.
   mallopt(M_MMAP_THRESHOLD, 1 << 30);  // NOLINT(concurrency-mt-unsafe)
-  const sensorvela::host::ScopedLogSink to_nowhere([](int, std::string_view, std::string_view) {});
+  const sensorvela::simulated::ScopedLogSink to_nowhere(
+      [](int, std::string_view, std::string_view) {});
   benchmarks::AddSamplePath();
   benchmarks::AddEnqueue();
   benchmarks::AddErrorCap();

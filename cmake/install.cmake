@@ -5,12 +5,12 @@ include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
 set(include_dir ${CMAKE_INSTALL_INCLUDEDIR}/sensorvela)
-install(TARGETS sensorvela sensorvela_host_platform EXPORT sensorvela
+install(TARGETS sensorvela sensorvela_simulated_platform EXPORT sensorvela
   FILE_SET HEADERS DESTINATION ${include_dir}
   # The device's names, in a folder of their own.
-  FILE_SET device_headers DESTINATION ${include_dir}/host_platform
+  FILE_SET device_headers DESTINATION ${include_dir}/simulated_platform
   # For hosts whose CMake is older than 3.23, which cannot read file sets.
-  INCLUDES DESTINATION ${include_dir} ${include_dir}/host_platform)
+  INCLUDES DESTINATION ${include_dir} ${include_dir}/simulated_platform)
 install(FILES LICENSE docs/atoms.md docs/trace-format.md TYPE DOC)
 
 if(TARGET sensorvela-replay)
@@ -43,7 +43,7 @@ install(EXPORT sensorvela NAMESPACE sensorvela:: FILE sensorvela-targets.cmake
 set(pkgconfig_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH to_prefix ${pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
 file(RELATIVE_PATH to_include_dir ${pkgconfig_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR}/sensorvela)
-foreach(package sensorvela sensorvela-host-platform)
+foreach(package sensorvela sensorvela-simulated-platform)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${generated}/${package}.pc @ONLY)
   install(FILES ${generated}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()

@@ -8,8 +8,8 @@
 #include <memory>
 
 #include "engine/sensor_vela.h"
-#include "platform/host/service_manager.h"
-#include "platform/host/virtual_time.h"
+#include "platform/simulated/service_manager.h"
+#include "platform/simulated/virtual_time.h"
 
 class Diagnostics : public SensorVela::SystemDiagnosticsSupplier {
  public:
@@ -19,7 +19,7 @@ class Diagnostics : public SensorVela::SystemDiagnosticsSupplier {
   SensorVela::QueueStress GetQueueStressType3() override { return {}; }
 };
 
-void RunSensors(sensorvela::host::VirtualTime& time) {
+void RunSensors(sensorvela::simulated::VirtualTime& time) {
   // Starts the reporter thread and waits for nothing; the engine owns the supplier.
   SensorVela engine(std::make_unique<Diagnostics>());
 
@@ -44,8 +44,8 @@ class PrintingStats : public aidl::android::frameworks::stats::IStats {
 };
 
 int main() {
-  sensorvela::host::VirtualTime time;
-  sensorvela::host::RegisterService("android.frameworks.stats.IStats/default",
-                                    std::make_shared<PrintingStats>());
+  sensorvela::simulated::VirtualTime time;
+  sensorvela::simulated::RegisterService("android.frameworks.stats.IStats/default",
+                                         std::make_shared<PrintingStats>());
   RunSensors(time);
 }

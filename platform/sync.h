@@ -3,8 +3,8 @@
 // reached through the device's own headers.
 //
 // The lock is the same everywhere. The condition variable and the clock have two sides, one of
-// which is linked: platform/android/ (the device) and platform/host/ (a workstation, with virtual
-// time).
+// which is linked: platform/android/ (the device) and platform/simulated/ (a workstation, with
+// virtual time).
 #pragma once
 
 #include <chrono>

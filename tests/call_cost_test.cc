@@ -24,7 +24,7 @@ thread_local int log_lines = 0;
 
 }  // namespace
 
-// Stand before the host platform's own, for the library, too.
+// Stand before the simulated platform's own, for the library, too.
 std::int64_t android::elapsedRealtimeNano() {
   ++clock_readings;
   return 0;
@@ -95,13 +95,13 @@ TEST(CallCostTest, OfEachEvent) {
       {"a proximity report", 0, [](auto& it) { it.LogSensorProxEvent({}); }, {{1, 1}, 0, 0}},
       {"a copy", 0, [&](auto& it) { it.ReportVendorAtomAsync(outside_atom); }, {{1, 1}, 0, 0}}};
   for (const auto& [what, times_before, call, cost] : kCases) {
-    host::DeclareService(
+    simulated::DeclareService(
         kInstance);  // The reporter thread waits for it and leaves the queue alone.
     SensorVela engine(std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr));
     engine.ReportFirmwareState(1, {}, 1);  // The queue has a block now, with room for some more.
     for (int i = 0; i < times_before; ++i) call(engine);
     EXPECT_EQ(CostOf([&] { call(engine); }), cost) << what;
-    host::ResetServices();
+    simulated::ResetServices();
   }
 }
 
@@ -151,7 +151,7 @@ TEST(CallCostTest, OfTakingABatchIsTheSameForEveryLength) {
       if (!calls) calls = CallsOfThisThread();
       return ndk::ScopedAStatus::ok();
     };
-    host::DeclareService(kInstance);
+    simulated::DeclareService(kInstance);
     world.Start();
     world.Seen();  // The reporter thread waits for the service now.
     for (int i = 0; i < atoms_queued; ++i) world.engine->ReportFirmwareState(1, {}, i);

@@ -15,7 +15,7 @@ constexpr auto kCycle = 6h;
 class EngineTest : public ::testing::Test, public World {
  protected:
   EngineTest() {
-    host::DeclareService(kInstance);
+    simulated::DeclareService(kInstance);
     Register();
   }
 };
@@ -25,10 +25,10 @@ TEST_F(EngineTest, KeepsNoHoldOnTheService) {
     ndk::ScopedAStatus reportVendorAtom(const VendorAtom&) override { return ndk::ScopedAStatus(); }
   };
   const auto service = std::make_shared<SilentStats>();
-  host::RegisterService(kInstance, service);
+  simulated::RegisterService(kInstance, service);
   Start();
   time.WaitUntilAtRest();
-  host::UnregisterService(kInstance);
+  simulated::UnregisterService(kInstance);
   EXPECT_EQ(service.use_count(), 1);
 }
 
@@ -93,7 +93,7 @@ TEST_F(StopTest, DuringADrainSendsTheBatchAndDiscardsTheRest) {
     if (atom.atomId == 1) gate.Pass();
     return ndk::ScopedAStatus::ok();
   };
-  host::UnregisterService(kInstance);
+  simulated::UnregisterService(kInstance);
   Start();
   for (const int id : {1, 2}) engine->ReportVendorAtomAsync(Marker(id));
   Seen();

@@ -10,7 +10,7 @@ set(prefix ${WORK}/moved)
 file(REMOVE_RECURSE ${WORK})
 run(${CMAKE_COMMAND} --install ${BUILD} --config ${CONFIG} --prefix ${WORK}/prefix)
 file(RENAME ${WORK}/prefix ${prefix})
-# Fails if the library cannot be found by this name, or does not find the host platform by itself.
+# Fails if the library cannot be found by this name, or does not find the simulated platform by itself.
 file(GET_RUNTIME_DEPENDENCIES LIBRARIES ${prefix}/${LIBDIR}/libsensorvela.so.1
   RESOLVED_DEPENDENCIES_VAR dependencies)
 if(EXISTS ${prefix}/${BINDIR}/sensorvela-replay)

@@ -24,7 +24,7 @@ constexpr int kThreads = 8;
 /// a batch was dropped.
 class Books : public aidl::android::frameworks::stats::IStats {
  public:
-  explicit Books(const host::VirtualTime& time) : time_(time) {}
+  explicit Books(const simulated::VirtualTime& time) : time_(time) {}
 
   ndk::ScopedAStatus reportVendorAtom(const VendorAtom& atom) override {
     ++delivered;
@@ -62,26 +62,27 @@ class Books : public aidl::android::frameworks::stats::IStats {
     int drops = 0;
   };
 
-  const host::VirtualTime& time_;
+  const simulated::VirtualTime& time_;
   std::int64_t taken_ = 0;
   int drops_ = 0;
   std::array<Last, kThreads> last_;
 };
 
 TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
-  host::VirtualTime time;
+  simulated::VirtualTime time;
   const auto books = std::make_shared<Books>(time);
-  const host::ScopedLogSink sink([&](int, std::string_view, std::string_view text) {
+  const simulated::ScopedLogSink sink([&](int, std::string_view, std::string_view text) {
     if (text == "Failed to get IStats service. Atoms are dropped.") books->Drop();
   });
-  host::DeclareService(kInstance);  // The reporter waits for it, and so touches no books yet.
+  simulated::DeclareService(kInstance);  // The reporter waits for it, and so touches no books yet.
   auto engine =
       std::make_unique<SensorVela>(std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr));
   books->engine = engine.get();
-  const std::function<void()> kOutages[] = {
-      [] { host::UndeclareService(kInstance); }, [] { host::UnregisterService(kInstance); },
-      [&] { host::RegisterService(kInstance, books); }, [] { host::DeclareService(kInstance); },
-      [] { host::ReleaseServiceWaits(kInstance); }};
+  const std::function<void()> kOutages[] = {[] { simulated::UndeclareService(kInstance); },
+                                            [] { simulated::UnregisterService(kInstance); },
+                                            [&] { simulated::RegisterService(kInstance, books); },
+                                            [] { simulated::DeclareService(kInstance); },
+                                            [] { simulated::ReleaseServiceWaits(kInstance); }};
 
   OnThreads(kThreads, [&](int thread) {
     const SensorVela::SensorId sensor = {static_cast<std::uint32_t>(thread), 0};
@@ -96,10 +97,10 @@ TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
 
   // The last batch waits for the service, and behind it there is more, when the engine is
   // destroyed.
-  host::RegisterService(kInstance, books);
+  simulated::RegisterService(kInstance, books);
   time.WaitUntilAtRest();
-  host::UnregisterService(kInstance);
-  host::DeclareService(kInstance);
+  simulated::UnregisterService(kInstance);
+  simulated::DeclareService(kInstance);
   const auto report = [&] { engine->ReportFirmwareState(1, SensorVela::FirmwareState{1}, 1); };
   report();
   time.WaitUntilSettled();
@@ -108,9 +109,9 @@ TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
   const std::int64_t discarded = queued - SensorVelaTestPeer::AtomsTaken(*engine, time);
   std::thread destruction([&] { engine.reset(); });
   time.WaitForNotifications(static_cast<std::uint64_t>(queued) + 1);
-  host::ReleaseServiceWaits(kInstance);
+  simulated::ReleaseServiceWaits(kInstance);
   destruction.join();
-  host::ResetServices();
+  simulated::ResetServices();
 
   // First samples, errors up to the cap, latencies and disabled atoms, and the last four.
   EXPECT_EQ(queued, kThreads + 10 + kEvents / 2 + 4);

@@ -1,4 +1,4 @@
-// An engine on the real clocks. Built twice: over the host's side of the seam and over the
+// An engine on the real clocks. Built twice: over the workstation's side of the seam and over the
 // device's, which takes its place at link time.
 #include <gtest/gtest.h>
 #include <utils/SystemClock.h>
@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "engine/sensor_vela.h"
-#include "platform/host/service_manager.h"
+#include "platform/simulated/service_manager.h"
 
 namespace {
 
@@ -25,7 +25,7 @@ class OneReport : public aidl::android::frameworks::stats::IStats {
 
 TEST(RealClockTest, AnAtomWakesTheReporterAndSoDoesTheEnd) {
   const auto service = std::make_shared<OneReport>();
-  sensorvela::host::RegisterService("android.frameworks.stats.IStats/default", service);
+  sensorvela::simulated::RegisterService("android.frameworks.stats.IStats/default", service);
   const auto monotonic = MonotonicClock::now();
   const auto elapsed_ns = android::elapsedRealtimeNano();
   {

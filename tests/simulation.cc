@@ -41,7 +41,7 @@ void AnswerNext(World& world, int reports, Answer answer) {
 
 void Destroy(World& world, bool is_blocked, bool comes_up) {
   std::thread destruction = world.BeginStop();
-  if (is_blocked) comes_up ? world.Register() : host::ReleaseServiceWaits(kInstance);
+  if (is_blocked) comes_up ? world.Register() : simulated::ReleaseServiceWaits(kInstance);
   destruction.join();
 }
 
@@ -113,11 +113,11 @@ std::string Text(const char* name, std::initializer_list<int64_t> values) {
 Step WorldStep(Dice& dice, const Model& now) {
   switch (dice.UpTo(11)) {
     case 0:
-      return {"declare", [](World&) { host::DeclareService(kInstance); },
+      return {"declare", [](World&) { simulated::DeclareService(kInstance); },
               [](Model& model) { model.Declare(); }};
     case 1:
       if (dice.OneIn(3)) {
-        return {"undeclare", [](World&) { host::UndeclareService(kInstance); },
+        return {"undeclare", [](World&) { simulated::UndeclareService(kInstance); },
                 [](Model& model) { model.Undeclare(); }};
       }
       [[fallthrough]];
@@ -126,10 +126,10 @@ Step WorldStep(Dice& dice, const Model& now) {
       return {"register", [](World& world) { world.Register(); },
               [](Model& model) { model.Register(); }};
     case 4:
-      return {"unregister", [](World&) { host::UnregisterService(kInstance); },
+      return {"unregister", [](World&) { simulated::UnregisterService(kInstance); },
               [](Model& model) { model.Unregister(); }};
     case 5:
-      return {"release waits", [](World&) { host::ReleaseServiceWaits(kInstance); },
+      return {"release waits", [](World&) { simulated::ReleaseServiceWaits(kInstance); },
               [](Model& model) { model.ReleaseWaits(); }};
     case 6: {
       const int reports = static_cast<int>(dice.UpTo(3));

@@ -85,7 +85,7 @@ World::World()
       }) {}
 
 World::~World() {
-  host::ResetServices();
+  simulated::ResetServices();
   engine.reset();
 }
 
@@ -103,7 +103,7 @@ void World::Start(Generation generation) {
   }
 }
 
-void World::Register() { host::RegisterService(kInstance, std::make_shared<Service>(*this)); }
+void World::Register() { simulated::RegisterService(kInstance, std::make_shared<Service>(*this)); }
 
 std::thread World::BeginStop() {
   const auto before = time.Notifications();
@@ -154,7 +154,7 @@ void SensorVelaTestPeer::SetCounters(SensorVela& engine, SensorVela::SensorId se
 }
 
 std::int64_t SensorVelaTestPeer::AtomsTaken(SensorVela& engine,
-                                            const sensorvela::host::VirtualTime& time) {
+                                            const sensorvela::simulated::VirtualTime& time) {
   // Atoms are queued and notified of under one lock.
   const sensorvela::platform::MutexLock lock(engine.queue_mutex_);
   return static_cast<std::int64_t>(time.Notifications() - engine.atom_queue_.size()) -

@@ -18,9 +18,9 @@
 #include <vector>
 
 #include "engine/sensor_vela.h"
-#include "platform/host/log_sink.h"
-#include "platform/host/service_manager.h"
-#include "platform/host/virtual_time.h"
+#include "platform/simulated/log_sink.h"
+#include "platform/simulated/service_manager.h"
+#include "platform/simulated/virtual_time.h"
 #include "tests/show_atom.h"
 
 namespace sensorvela::testing {
@@ -67,7 +67,7 @@ class World {
   /// after a letter for its priority, and the atoms that reached a service, as `Show` writes them.
   Texts Seen();
 
-  host::VirtualTime time;
+  simulated::VirtualTime time;
   std::unique_ptr<SensorVela> engine;
   Diagnostics diagnostics;
 
@@ -85,7 +85,7 @@ class World {
 
   std::mutex mutex_;
   Texts seen_;
-  host::ScopedLogSink sink_;
+  simulated::ScopedLogSink sink_;
 };
 
 /// Holds the thread that passes until it is opened.
@@ -120,5 +120,6 @@ class SensorVelaTestPeer {
   static void SetCounters(SensorVela& engine, SensorVela::SensorId sensor, std::uint32_t count);
 
   /// How many of the atoms queued so far the reporter thread has taken, when it is the only engine.
-  static std::int64_t AtomsTaken(SensorVela& engine, const sensorvela::host::VirtualTime& time);
+  static std::int64_t AtomsTaken(SensorVela& engine,
+                                 const sensorvela::simulated::VirtualTime& time);
 };

@@ -3,14 +3,14 @@
 
 #include <string>
 
-#include "platform/host/virtual_time.h"
+#include "platform/simulated/virtual_time.h"
 
 namespace sensorvela::replay {
 
 /// Hours, minutes, seconds: "14:23:10". Days are not counted apart: "26:00:00".
-std::string ClockTime(host::VirtualTime::Instant instant);
+std::string ClockTime(simulated::VirtualTime::Instant instant);
 
 /// To the nanosecond: "14:23:10.000000001".
-std::string ExactClockTime(host::VirtualTime::Instant instant);
+std::string ExactClockTime(simulated::VirtualTime::Instant instant);
 
 }  // namespace sensorvela::replay

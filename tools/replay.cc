@@ -39,11 +39,11 @@ Replay::Replay(std::vector<Report*> reports, bool report_log)
       log_sink_([this](int priority, std::string_view tag, std::string_view text) {
         OnLogLine(priority, tag, text);
       }),
-      lookup_observer_([this](host::LookupStep step) { OnLookup(step); }) {}
+      lookup_observer_([this](simulated::LookupStep step) { OnLookup(step); }) {}
 
 Replay::~Replay() {
   DestroyEngine();
-  host::ResetServices();
+  simulated::ResetServices();
 }
 
 void Replay::Run(const std::vector<Event>& events) {
@@ -57,7 +57,7 @@ void Replay::Run(const std::vector<Event>& events) {
     event.action(*this);
     time_.WaitUntilSettled();
   }
-  DeliverTrains(host::VirtualTime::Instant::max());
+  DeliverTrains(simulated::VirtualTime::Instant::max());
   DestroyEngine();
   summary_.dropped = queued_ - summary_.delivered - summary_.failed;
   summary_.sensors = sensor_tally_.Summaries();
@@ -87,7 +87,7 @@ void Replay::StartEngine(SupplierKind supplier) {
   }
 }
 
-void Replay::DeliverTrains(host::VirtualTime::Instant until) {
+void Replay::DeliverTrains(simulated::VirtualTime::Instant until) {
   while (trains_.HasSampleBy(until)) {
     const SampleTrains::Sample sample = trains_.TakeNext();
     time_.RunTo(sample.arrival);  // Begins settled, so that each sample is done before the next.
@@ -168,21 +168,21 @@ void Replay::TellQueued() {
 
 void Replay::DeclareService() {
   is_service_declared_ = true;
-  host::DeclareService(stats_instance_);
+  simulated::DeclareService(stats_instance_);
 }
 
 void Replay::UndeclareService() {
   is_service_declared_ = false;
-  host::UndeclareService(stats_instance_);
+  simulated::UndeclareService(stats_instance_);
 }
 
 void Replay::RegisterService() {
-  host::RegisterService(stats_instance_, std::make_shared<Service>(*this));
+  simulated::RegisterService(stats_instance_, std::make_shared<Service>(*this));
 }
 
-void Replay::UnregisterService() { host::UnregisterService(stats_instance_); }
+void Replay::UnregisterService() { simulated::UnregisterService(stats_instance_); }
 
-void Replay::ReleaseServiceWaits() { host::ReleaseServiceWaits(stats_instance_); }
+void Replay::ReleaseServiceWaits() { simulated::ReleaseServiceWaits(stats_instance_); }
 
 void Replay::AnswerNext(std::int32_t reports, Answer answer) {
   const std::lock_guard lock(mutex_);
@@ -205,8 +205,8 @@ void Replay::OnLogLine(int priority, std::string_view tag, std::string_view text
   if (report_log_) Tell(&Report::LogLine, time_.Now(), priority, tag, text);
 }
 
-void Replay::OnLookup(host::LookupStep step) {
-  using host::LookupStep;
+void Replay::OnLookup(simulated::LookupStep step) {
+  using simulated::LookupStep;
   const std::lock_guard lock(mutex_);
   TellQueued();
   if (step == LookupStep::kWaits) {

@@ -1,5 +1,5 @@
-// One run of a trace: an engine on the host platform in virtual time, and the stats service that it
-// reports to.
+// One run of a trace: an engine on the simulated platform in virtual time, and the stats service
+// that it reports to.
 #pragma once
 
 #include <cstdint>
@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "engine/sensor_vela.h"
-#include "platform/host/log_sink.h"
-#include "platform/host/service_manager.h"
-#include "platform/host/virtual_time.h"
+#include "platform/simulated/log_sink.h"
+#include "platform/simulated/service_manager.h"
+#include "platform/simulated/virtual_time.h"
 #include "tools/diagnostics.h"
 #include "tools/report.h"
 #include "tools/sample_trains.h"
@@ -86,7 +86,7 @@ class Replay {
   };
 
   /// Lives through everything that the trains deliver up to that instant.
-  void DeliverTrains(host::VirtualTime::Instant until);
+  void DeliverTrains(simulated::VirtualTime::Instant until);
 
   void DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns, Cause cause);
 
@@ -102,7 +102,7 @@ class Replay {
   /// Tells of the atoms that have been queued since it was last called.
   void TellQueued();
 
-  void OnLookup(host::LookupStep step);
+  void OnLookup(simulated::LookupStep step);
   void OnLogLine(int priority, std::string_view tag, std::string_view text);
   Answer OnReport(const SensorVela::VendorAtom& atom);
   Diagnostics OnCycleEnd();
@@ -126,9 +126,9 @@ class Replay {
   bool is_service_declared_ = false;
   SampleTrains trains_;
 
-  host::VirtualTime time_;
-  host::ScopedLogSink log_sink_;
-  host::ScopedLookupObserver lookup_observer_;
+  simulated::VirtualTime time_;
+  simulated::ScopedLogSink log_sink_;
+  simulated::ScopedLookupObserver lookup_observer_;
   std::unique_ptr<SensorVela> engine_;
 };
 

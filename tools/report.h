@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "engine/sensor_vela.h"
-#include "platform/host/virtual_time.h"
+#include "platform/simulated/virtual_time.h"
 #include "tools/sensor_tally.h"
 #include "tools/trace_line.h"
 
@@ -38,7 +38,7 @@ std::string_view AnswerName(Answer answer);
 
 /// What had an atom queued.
 struct Cause {
-  host::VirtualTime::Instant at;
+  simulated::VirtualTime::Instant at;
   /// The kind of the event, or "end of a cycle".
   std::string_view what;
   /// The event's; the end of a cycle has none.
@@ -62,7 +62,7 @@ enum class ReporterStep {
 /// Is told what happens, in the order of the calls, which come one at a time.
 class Report {
  public:
-  using Instant = host::VirtualTime::Instant;
+  using Instant = simulated::VirtualTime::Instant;
 
   virtual ~Report() = default;
 

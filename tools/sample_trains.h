@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "engine/sensor_vela.h"
-#include "platform/host/virtual_time.h"
+#include "platform/simulated/virtual_time.h"
 #include "tools/field_reader.h"
 #include "tools/trace_line.h"
 
@@ -35,7 +35,7 @@ SampleTrain ReadSampleTrain(FieldReader& fields, SensorVela::SensorId sensor);
 /// The trains under way, merged: hands out their samples in the order in which they arrive.
 class SampleTrains {
  public:
-  using Instant = host::VirtualTime::Instant;
+  using Instant = simulated::VirtualTime::Instant;
 
   struct Sample {
     SensorVela::SensorId sensor;

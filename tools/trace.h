@@ -8,19 +8,19 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/host/virtual_time.h"
+#include "platform/simulated/virtual_time.h"
 #include "tools/event_kinds.h"
 #include "tools/trace_line.h"
 
 namespace sensorvela::replay {
 
 struct Event {
-  host::VirtualTime::Instant at;
+  simulated::VirtualTime::Instant at;
   std::string_view kind;
   TraceLine line;
   Action action;
   /// When the run ends if this is the last event.
-  host::VirtualTime::Instant run_end;
+  simulated::VirtualTime::Instant run_end;
 };
 
 /// Why a trace cannot be run: one printable line, `FILE:LINE: what is wrong: what was expected`.

@@ -9,7 +9,7 @@ namespace {
 
 /// `name` and the time in microseconds. It is put down digit by digit: a floating-point number does
 /// not hold every nanosecond.
-std::string TimeField(const char* name, host::VirtualTime::Instant time) {
+std::string TimeField(const char* name, simulated::VirtualTime::Instant time) {
   const long long ns = time.count();
   std::array<char, 48> field;
   std::snprintf(field.data(), field.size(), R"("%s":%lld.%03lld,)", name, ns / 1000, ns % 1000);

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/host/virtual_time.h"
+#include "platform/simulated/virtual_time.h"
 #include "tools/atom_json.h"
 
 namespace sensorvela::replay {
@@ -22,7 +22,7 @@ struct Track {
 /// written to the nanosecond. A failed write shows in the stream's state.
 class TraceEventWriter {
  public:
-  using Instant = host::VirtualTime::Instant;
+  using Instant = simulated::VirtualTime::Instant;
 
   /// `out` outlives the writer.
   explicit TraceEventWriter(std::ostream& out);

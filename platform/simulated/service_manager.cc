@@ -1,4 +1,4 @@
-#include "platform/host/service_manager.h"
+#include "platform/simulated/service_manager.h"
 
 #include <android/binder_manager.h>
 
@@ -9,10 +9,10 @@
 #include <utility>
 #include <vector>
 
-#include "platform/host/binder.h"
-#include "platform/host/timeline.h"
+#include "platform/simulated/binder.h"
+#include "platform/simulated/timeline.h"
 
-namespace sensorvela::host {
+namespace sensorvela::simulated {
 namespace {
 
 using aidl::android::frameworks::stats::IStats;
@@ -134,12 +134,13 @@ ScopedLookupObserver::ScopedLookupObserver(LookupObserver observer) {
 
 ScopedLookupObserver::~ScopedLookupObserver() { ServiceManager::Get().SetObserver(nullptr); }
 
-}  // namespace sensorvela::host
+}  // namespace sensorvela::simulated
 
 bool AServiceManager_isDeclared(const char* instance) {
-  return sensorvela::host::ServiceManager::Get().IsDeclared(instance);
+  return sensorvela::simulated::ServiceManager::Get().IsDeclared(instance);
 }
 
 AIBinder* AServiceManager_waitForService(const char* instance) {
-  return sensorvela::host::NewBinder(sensorvela::host::ServiceManager::Get().Wait(instance));
+  return sensorvela::simulated::NewBinder(
+      sensorvela::simulated::ServiceManager::Get().Wait(instance));
 }

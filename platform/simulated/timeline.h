@@ -1,5 +1,5 @@
-// The process's one timeline, shared by the host platform's clocks, condition variables and service
-// manager. Internal to the host platform.
+// The process's one timeline, shared by the simulated platform's clocks, condition variables and
+// service manager. Internal to the simulated platform.
 #pragma once
 
 #include <atomic>
@@ -12,7 +12,7 @@
 
 #include "platform/sync.h"
 
-namespace sensorvela::host {
+namespace sensorvela::simulated {
 
 /// Each engine owns one condition variable and waits on it from one thread, so condition variables
 /// stand for engines here: an engine is asleep, blocked in the service manager, or busy. Whoever
@@ -72,4 +72,4 @@ class Timeline {
   std::size_t blocked_ = 0;
 };
 
-}  // namespace sensorvela::host
+}  // namespace sensorvela::simulated

@@ -1,11 +1,11 @@
-#include "platform/host/timeline.h"
+#include "platform/simulated/timeline.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
 
-namespace sensorvela::host {
+namespace sensorvela::simulated {
 namespace {
 
 void Require(bool condition, const char* what) {
@@ -133,4 +133,4 @@ void Timeline::WakeDue() {
   }
 }
 
-}  // namespace sensorvela::host
+}  // namespace sensorvela::simulated

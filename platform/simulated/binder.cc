@@ -1,4 +1,4 @@
-#include "platform/host/binder.h"
+#include "platform/simulated/binder.h"
 
 #include <android/binder_status.h>
 
@@ -33,10 +33,10 @@ std::shared_ptr<IStats> IStats::fromBinder(const ndk::SpAIBinder& binder) {
 
 }  // namespace aidl::android::frameworks::stats
 
-namespace sensorvela::host {
+namespace sensorvela::simulated {
 
 AIBinder* NewBinder(std::shared_ptr<IStats> service) {
   return service == nullptr ? nullptr : new AIBinder{std::move(service)};
 }
 
-}  // namespace sensorvela::host
+}  // namespace sensorvela::simulated

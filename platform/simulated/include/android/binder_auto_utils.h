@@ -1,4 +1,5 @@
-// Host stand-in for the device's binder ownership header: what the library uses of it.
+// The simulated platform's stand-in for the device's binder ownership header: what the library uses
+// of it.
 #pragma once
 
 #include <android/binder_ibinder.h>

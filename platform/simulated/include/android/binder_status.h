@@ -1,5 +1,5 @@
-// Host stand-in for the device's binder status header: what the library uses of it, and the two
-// makers that a service needs to answer with.
+// The simulated platform's stand-in for the device's binder status header: what the library uses of
+// it, and the two makers that a service needs to answer with.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@ enum : binder_status_t {
   STATUS_FAILED_TRANSACTION = -2147483646,
 };
 
-/// The outcome of one call; platform/host/binder.cc defines it.
+/// The outcome of one call; platform/simulated/binder.cc defines it.
 struct AStatus;
 
 extern "C" {

@@ -1,4 +1,4 @@
-// Host stand-in for the stats service's published type.
+// The simulated platform's stand-in for the stats service's published type.
 #pragma once
 
 #include <aidl/android/frameworks/stats/Annotation.h>

@@ -1,5 +1,5 @@
-// The host's side of the seam and of the device's clock: the real clocks, or the virtual timeline
-// while there is one.
+// The workstation's side of the seam and of the device's clock: the real clocks, or the virtual
+// timeline while there is one.
 #include "platform/sync.h"
 
 #include <time.h>
@@ -8,11 +8,11 @@
 #include <chrono>
 #include <cstdint>
 
-#include "platform/host/timeline.h"
+#include "platform/simulated/timeline.h"
 
 namespace sensorvela::platform {
 
-using host::Timeline;
+using simulated::Timeline;
 
 MonotonicClock::time_point MonotonicClock::now() noexcept {
   const Timeline& timeline = Timeline::Get();
@@ -46,7 +46,7 @@ void CondVar::NotifyAll() {
 }  // namespace sensorvela::platform
 
 std::int64_t android::elapsedRealtimeNano() {
-  const sensorvela::host::Timeline& timeline = sensorvela::host::Timeline::Get();
+  const sensorvela::simulated::Timeline& timeline = sensorvela::simulated::Timeline::Get();
   if (timeline.is_virtual()) return timeline.now().count();
   timespec now{};
   clock_gettime(CLOCK_BOOTTIME, &now);

@@ -1,5 +1,5 @@
-// Host stand-in for the stats service's published union, in the shape that the platform's interface
-// compiler gives every union.
+// The simulated platform's stand-in for the stats service's published union, in the shape that the
+// platform's interface compiler gives every union.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// Binder objects of the host platform. Internal to it.
+// Binder objects of the simulated platform. Internal to it.
 #pragma once
 
 #include <aidl/android/frameworks/stats/IStats.h>
@@ -6,9 +6,9 @@
 
 #include <memory>
 
-namespace sensorvela::host {
+namespace sensorvela::simulated {
 
 /// A new binder for `service` with one strong reference for the caller; null for null.
 AIBinder* NewBinder(std::shared_ptr<aidl::android::frameworks::stats::IStats> service);
 
-}  // namespace sensorvela::host
+}  // namespace sensorvela::simulated

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstdint>
 
-namespace sensorvela::host {
+namespace sensorvela::simulated {
 
 /// While one exists, elapsed realtime and the monotonic clock read its instant, and a reporter
 /// thread's timed wait ends by notification or by this timeline alone. Instants are nanoseconds
@@ -55,4 +55,4 @@ class VirtualTime {
   void WaitForNotifications(std::uint64_t count);
 };
 
-}  // namespace sensorvela::host
+}  // namespace sensorvela::simulated

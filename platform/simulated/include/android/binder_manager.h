@@ -1,5 +1,5 @@
-// Host stand-in for the device's service manager header: what the library uses of it. What it
-// answers is set through platform/host/service_manager.h.
+// The simulated platform's stand-in for the device's service manager header: what the library uses
+// of it. What it answers is set through platform/simulated/service_manager.h.
 #pragma once
 
 #include <android/binder_ibinder.h>

@@ -1,4 +1,4 @@
-#include "platform/host/log_sink.h"
+#include "platform/simulated/log_sink.h"
 
 #include <android/log.h>
 #include <sys/syscall.h>
@@ -13,7 +13,7 @@
 
 #include "platform/sync.h"
 
-namespace sensorvela::host {
+namespace sensorvela::simulated {
 namespace {
 
 // A longer line is cut, as it is on the device.
@@ -55,17 +55,17 @@ ScopedLogSink::~ScopedLogSink() {
   TheLog().sink = std::move(previous_);
 }
 
-}  // namespace sensorvela::host
+}  // namespace sensorvela::simulated
 
 int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
-  std::array<char, sensorvela::host::kMaxLineBytes> line;
+  std::array<char, sensorvela::simulated::kMaxLineBytes> line;
   std::va_list args;
   va_start(args, fmt);
   const int length = std::vsnprintf(line.data(), line.size(), fmt, args);
   va_end(args);
   if (length < 0) return length;
 
-  sensorvela::host::Log& log = sensorvela::host::TheLog();
+  sensorvela::simulated::Log& log = sensorvela::simulated::TheLog();
   const std::lock_guard lock(log.mutex);
   log.sink(prio, tag, line.data());
   return 1;

@@ -1,10 +1,10 @@
-// Where the host platform's log goes.
+// Where the simulated platform's log goes.
 #pragma once
 
 #include <functional>
 #include <string_view>
 
-namespace sensorvela::host {
+namespace sensorvela::simulated {
 
 /// Receives one line: the Android priority, the tag and the text without a line end. Calls come one
 /// at a time, on the thread that logs, which may hold an engine lock: a sink must not call an
@@ -25,4 +25,4 @@ class ScopedLogSink {
   LogSink previous_;
 };
 
-}  // namespace sensorvela::host
+}  // namespace sensorvela::simulated

@@ -9,7 +9,7 @@
 #include <memory>
 #include <string>
 
-namespace sensorvela::host {
+namespace sensorvela::simulated {
 
 /// The device declares the instance: a lookup of it waits until it registers.
 void DeclareService(const std::string& instance);
@@ -48,4 +48,4 @@ class ScopedLookupObserver {
   ScopedLookupObserver& operator=(const ScopedLookupObserver&) = delete;
 };
 
-}  // namespace sensorvela::host
+}  // namespace sensorvela::simulated

@@ -1,4 +1,5 @@
-// Host stand-in for the device's system clock header: what the library uses of it.
+// The simulated platform's stand-in for the device's system clock header: what the library uses of
+// it.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +7,7 @@
 namespace android {
 
 /// Nanoseconds since boot, time asleep included; the virtual timeline's instant while one is in
-/// place (platform/host/virtual_time.h).
+/// place (platform/simulated/virtual_time.h).
 std::int64_t elapsedRealtimeNano();
 
 }  // namespace android

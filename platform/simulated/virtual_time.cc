@@ -1,8 +1,8 @@
-#include "platform/host/virtual_time.h"
+#include "platform/simulated/virtual_time.h"
 
-#include "platform/host/timeline.h"
+#include "platform/simulated/timeline.h"
 
-namespace sensorvela::host {
+namespace sensorvela::simulated {
 
 VirtualTime::VirtualTime(Instant start) { Timeline::Get().Begin(start); }
 VirtualTime::~VirtualTime() { Timeline::Get().End(); }
@@ -25,4 +25,4 @@ void VirtualTime::WaitForNotifications(std::uint64_t count) {
   Timeline::Get().WaitForNotifications(count);
 }
 
-}  // namespace sensorvela::host
+}  // namespace sensorvela::simulated

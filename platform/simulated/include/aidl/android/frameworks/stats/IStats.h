@@ -1,5 +1,5 @@
-// Host stand-in for the stats service's interface: what the library uses of it. A service for the
-// host derives from it and is registered through platform/host/service_manager.h.
+// The simulated platform's stand-in for the stats service's interface: what the library uses of it.
+// A service derives from it and is registered through platform/simulated/service_manager.h.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
