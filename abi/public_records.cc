@@ -1,10 +1,10 @@
 // One of each record that a host fills and of each interface that it implements, so that libabigail
 // finds all of their layouts in one place. Built for the check `abi` alone.
-#include "atoms/diagnostics_atoms.h"
-#include "atoms/sensor_event_atoms.h"
-#include "atoms/standalone_atoms.h"
-#include "engine/sensor_vela.h"
-#include "histogram/stats_histogram.h"
+#include <sensorvela/atoms/diagnostics_atoms.h>
+#include <sensorvela/atoms/sensor_event_atoms.h>
+#include <sensorvela/atoms/standalone_atoms.h>
+#include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/histogram/stats_histogram.h>
 
 namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 

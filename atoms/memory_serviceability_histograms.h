@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "histogram/stats_histogram.h"
+#include "../histogram/stats_histogram.h"
 
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 

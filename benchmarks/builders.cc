@@ -8,9 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "atoms/diagnostics_atoms.h"
-#include "atoms/sensor_event_atoms.h"
-#include "atoms/standalone_atoms.h"
+#include <sensorvela/atoms/diagnostics_atoms.h>
+#include <sensorvela/atoms/sensor_event_atoms.h>
+#include <sensorvela/atoms/standalone_atoms.h>
 #include "benchmarks/comparison.h"
 #include "benchmarks/tables.h"
 

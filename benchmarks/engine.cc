@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/simulated/service_manager.h"
+#include <sensorvela/platform/simulated/service_manager.h>
 
 namespace sensorvela::benchmarks {
 namespace {

@@ -9,7 +9,7 @@
 #include <memory>
 #include <mutex>
 
-#include "engine/sensor_vela.h"
+#include <sensorvela/engine/sensor_vela.h>
 
 namespace sensorvela::benchmarks {
 

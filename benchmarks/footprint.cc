@@ -12,11 +12,11 @@
 #include <utility>
 #include <vector>
 
-#include "atoms/diagnostics_atoms.h"
-#include "atoms/sensor_event_atoms.h"
-#include "engine/sensor_vela.h"
-#include "platform/simulated/log_sink.h"
-#include "platform/simulated/virtual_time.h"
+#include <sensorvela/atoms/diagnostics_atoms.h>
+#include <sensorvela/atoms/sensor_event_atoms.h>
+#include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/platform/simulated/log_sink.h>
+#include <sensorvela/platform/simulated/virtual_time.h>
 
 namespace {
 

@@ -1,11 +1,11 @@
 // A value counted in a histogram of 22 bins.
-#include "histogram/stats_histogram.h"
+#include <sensorvela/histogram/stats_histogram.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
-#include "atoms/memory_serviceability_histograms.h"
+#include <sensorvela/atoms/memory_serviceability_histograms.h>
 #include "benchmarks/comparison.h"
 #include "benchmarks/tables.h"
 

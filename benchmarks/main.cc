@@ -3,9 +3,9 @@
 
 #include <cstdio>
 
+#include <sensorvela/platform/simulated/log_sink.h>
 #include "benchmarks/comparison.h"
 #include "benchmarks/tables.h"
-#include "platform/simulated/log_sink.h"
 
 int main(int argc, char** argv) {
   namespace benchmarks = sensorvela::benchmarks;

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "atoms/sensor_event_atoms.h"
+#include <sensorvela/atoms/sensor_event_atoms.h>
 #include "benchmarks/comparison.h"
 #include "benchmarks/engine.h"
 #include "benchmarks/tables.h"

@@ -4,13 +4,20 @@ include(CheckCXXSymbolExists)
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
+# The public headers include each other relatively, so that the only include root that a host needs
+# of them is the one above `sensorvela/`.
 set(include_dir ${CMAKE_INSTALL_INCLUDEDIR}/sensorvela)
+set(device_include_dir ${include_dir}/simulated_platform)
+file(GLOB_RECURSE public_headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}/include/sensorvela
+  ${PROJECT_SOURCE_DIR}/include/sensorvela/*.h)
+foreach(header ${public_headers} platform/sync.h platform/thread_annotations.h
+    platform/thread_annotations_end.h)
+  cmake_path(GET header PARENT_PATH folder)
+  install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${include_dir}/${folder})
+endforeach()
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/simulated/include/ DESTINATION ${device_include_dir})
 install(TARGETS sensorvela sensorvela_simulated_platform EXPORT sensorvela
-  FILE_SET HEADERS DESTINATION ${include_dir}
-  # The device's names, in a folder of their own.
-  FILE_SET device_headers DESTINATION ${include_dir}/simulated_platform
-  # For hosts whose CMake is older than 3.23, which cannot read file sets.
-  INCLUDES DESTINATION ${include_dir} ${include_dir}/simulated_platform)
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${device_include_dir})
 install(FILES LICENSE docs/atoms.md docs/trace-format.md TYPE DOC)
 
 if(TARGET sensorvela-replay)
@@ -42,7 +49,7 @@ install(EXPORT sensorvela NAMESPACE sensorvela:: FILE sensorvela-targets.cmake
 # Every path is relative to where the file itself lies.
 set(pkgconfig_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH to_prefix ${pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
-file(RELATIVE_PATH to_include_dir ${pkgconfig_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR}/sensorvela)
+file(RELATIVE_PATH to_include_dir ${pkgconfig_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 foreach(package sensorvela sensorvela-simulated-platform)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${generated}/${package}.pc @ONLY)
   install(FILES ${generated}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -15,9 +15,11 @@
 #include <unordered_map>
 #include <vector>
 
-#include "atoms/diagnostics_atoms.h"
-#include "atoms/sensor_event_atoms.h"
-#include "platform/sync.h"
+#include "../atoms/diagnostics_atoms.h"
+#include "../atoms/sensor_event_atoms.h"
+#include "../platform/sync.h"
+
+#include "../platform/thread_annotations.h"
 
 /// Reports the health and usage of the sensor stack to the platform's stats service.
 ///
@@ -370,3 +372,5 @@ class [[gnu::visibility("default")]] SensorVela {
   /// Never held together with another lock of the engine.
   sensorvela::platform::Mutex error_counts_mutex_;
 };
+
+#include "../platform/thread_annotations_end.h"

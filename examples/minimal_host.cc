@@ -7,9 +7,9 @@
 #include <cstdio>
 #include <memory>
 
-#include "engine/sensor_vela.h"
-#include "platform/simulated/service_manager.h"
-#include "platform/simulated/virtual_time.h"
+#include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/platform/simulated/service_manager.h>
+#include <sensorvela/platform/simulated/virtual_time.h>
 
 class Diagnostics : public SensorVela::SystemDiagnosticsSupplier {
  public:

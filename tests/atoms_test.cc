@@ -1,8 +1,8 @@
 // The builders that no event and no upload reaches; the simulation sees all the others' atoms.
 #include <gtest/gtest.h>
 
-#include "atoms/sensor_event_atoms.h"
-#include "atoms/standalone_atoms.h"
+#include <sensorvela/atoms/sensor_event_atoms.h>
+#include <sensorvela/atoms/standalone_atoms.h>
 #include "tests/show_atom.h"
 
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {

@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "atoms/diagnostics_atoms.h"
-#include "atoms/sensor_event_atoms.h"
-#include "atoms/standalone_atoms.h"
-#include "histogram/stats_histogram.h"
+#include <sensorvela/atoms/diagnostics_atoms.h>
+#include <sensorvela/atoms/sensor_event_atoms.h>
+#include <sensorvela/atoms/standalone_atoms.h>
+#include <sensorvela/histogram/stats_histogram.h>
 #include "tests/call_counts.h"
 #include "tests/test_support.h"
 

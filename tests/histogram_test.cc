@@ -1,4 +1,4 @@
-#include "histogram/stats_histogram.h"
+#include <sensorvela/histogram/stats_histogram.h>
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-#include "atoms/memory_serviceability_histograms.h"
+#include <sensorvela/atoms/memory_serviceability_histograms.h>
 
 namespace android::util::statslogapigen {
 namespace {

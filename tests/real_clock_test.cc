@@ -6,8 +6,8 @@
 #include <future>
 #include <memory>
 
-#include "engine/sensor_vela.h"
-#include "platform/simulated/service_manager.h"
+#include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/platform/simulated/service_manager.h>
 
 namespace {
 

@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "atoms/diagnostics_atoms.h"
-#include "atoms/sensor_event_atoms.h"
-#include "atoms/standalone_atoms.h"
+#include <sensorvela/atoms/diagnostics_atoms.h>
+#include <sensorvela/atoms/sensor_event_atoms.h>
+#include <sensorvela/atoms/standalone_atoms.h>
 #include "tools/atom_catalogue.h"
 #include "tools/event_kinds.h"
 #include "tools/field_reader.h"

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/sensor_vela.h"
+#include <sensorvela/engine/sensor_vela.h>
 #include "tests/test_support.h"
 
 namespace sensorvela::testing {

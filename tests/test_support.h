@@ -17,10 +17,10 @@
 #include <utility>
 #include <vector>
 
-#include "engine/sensor_vela.h"
-#include "platform/simulated/log_sink.h"
-#include "platform/simulated/service_manager.h"
-#include "platform/simulated/virtual_time.h"
+#include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/platform/simulated/log_sink.h>
+#include <sensorvela/platform/simulated/service_manager.h>
+#include <sensorvela/platform/simulated/virtual_time.h>
 #include "tests/show_atom.h"
 
 namespace sensorvela::testing {

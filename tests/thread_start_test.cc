@@ -7,7 +7,7 @@
 #include <string>
 #include <system_error>
 
-#include "engine/sensor_vela.h"
+#include <sensorvela/engine/sensor_vela.h>
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "platform/simulated/virtual_time.h"
+#include <sensorvela/platform/simulated/virtual_time.h>
 
 namespace sensorvela::replay {
 

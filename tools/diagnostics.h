@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-#include "engine/sensor_vela.h"
+#include <sensorvela/engine/sensor_vela.h>
 #include "tools/field_reader.h"
 
 namespace sensorvela::replay {

@@ -4,7 +4,7 @@
 #include <functional>
 #include <memory>
 
-#include "engine/sensor_vela.h"
+#include <sensorvela/engine/sensor_vela.h>
 #include "tools/diagnostics.h"
 
 namespace sensorvela::replay {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "engine/sensor_vela.h"
+#include <sensorvela/engine/sensor_vela.h>
 #include "tools/diagnostics.h"
 #include "tools/outside_atom.h"
 #include "tools/printable_text.h"

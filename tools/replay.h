@@ -10,10 +10,10 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/sensor_vela.h"
-#include "platform/simulated/log_sink.h"
-#include "platform/simulated/service_manager.h"
-#include "platform/simulated/virtual_time.h"
+#include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/platform/simulated/log_sink.h>
+#include <sensorvela/platform/simulated/service_manager.h>
+#include <sensorvela/platform/simulated/virtual_time.h>
 #include "tools/diagnostics.h"
 #include "tools/report.h"
 #include "tools/sample_trains.h"

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/sensor_vela.h"
-#include "platform/simulated/virtual_time.h"
+#include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/platform/simulated/virtual_time.h>
 #include "tools/sensor_tally.h"
 #include "tools/trace_line.h"
 

@@ -7,8 +7,8 @@
 #include <queue>
 #include <vector>
 
-#include "engine/sensor_vela.h"
-#include "platform/simulated/virtual_time.h"
+#include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/platform/simulated/virtual_time.h>
 #include "tools/field_reader.h"
 #include "tools/trace_line.h"
 

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/sensor_vela.h"
+#include <sensorvela/engine/sensor_vela.h>
 
 namespace sensorvela::replay {
 

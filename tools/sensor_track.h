@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "engine/sensor_vela.h"
+#include <sensorvela/engine/sensor_vela.h>
 #include "tools/step_counter.h"
 #include "tools/trace_event_writer.h"
 

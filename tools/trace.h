@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/simulated/virtual_time.h"
+#include <sensorvela/platform/simulated/virtual_time.h>
 #include "tools/event_kinds.h"
 #include "tools/trace_line.h"
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/simulated/virtual_time.h"
+#include <sensorvela/platform/simulated/virtual_time.h>
 #include "tools/atom_json.h"
 
 namespace sensorvela::replay {

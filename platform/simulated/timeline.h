@@ -12,6 +12,8 @@
 
 #include "platform/sync.h"
 
+#include "platform/thread_annotations.h"
+
 namespace sensorvela::simulated {
 
 /// Each engine owns one condition variable and waits on it from one thread, so condition variables
@@ -73,3 +75,5 @@ class Timeline {
 };
 
 }  // namespace sensorvela::simulated
+
+#include "platform/thread_annotations_end.h"

@@ -1,0 +1,2 @@
+#pragma once
+#include "../../../atoms/diagnostics_atoms.h"

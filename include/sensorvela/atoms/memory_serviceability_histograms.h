@@ -1,0 +1,2 @@
+#pragma once
+#include "../../../atoms/memory_serviceability_histograms.h"

@@ -1,0 +1,2 @@
+#pragma once
+#include "../../../atoms/sensor_event_atoms.h"

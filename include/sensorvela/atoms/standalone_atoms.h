@@ -1,0 +1,2 @@
+#pragma once
+#include "../../../atoms/standalone_atoms.h"

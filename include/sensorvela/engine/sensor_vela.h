@@ -1,0 +1,2 @@
+#pragma once
+#include "../../../engine/sensor_vela.h"

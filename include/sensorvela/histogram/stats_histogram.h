@@ -1,0 +1,2 @@
+#pragma once
+#include "../../../histogram/stats_histogram.h"

@@ -1,0 +1,2 @@
+#pragma once
+#include "../../../../platform/simulated/virtual_time.h"
