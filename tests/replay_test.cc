@@ -13,7 +13,8 @@
 #include <sensorvela/atoms/diagnostics_atoms.h>
 #include <sensorvela/atoms/sensor_event_atoms.h>
 #include <sensorvela/atoms/standalone_atoms.h>
-#include "tools/atom_catalogue.h"
+#include <sensorvela/testkit/atom_catalogue.h>
+#include <sensorvela/testkit/value_kinds.h>
 #include "tools/event_kinds.h"
 #include "tools/field_reader.h"
 #include "tools/progress.h"
@@ -21,7 +22,6 @@
 #include "tools/report.h"
 #include "tools/trace.h"
 #include "tools/trace_event_report.h"
-#include "tools/value_kinds.h"
 
 namespace sensorvela::replay {
 namespace {
@@ -202,26 +202,26 @@ TEST(AtomCatalogueTest, AgreesWithEveryBuilder) {
       BUILT(SensorMemoryServiceabilityStatsReported),
       BUILT(AADProxStatsReported)};
 #undef BUILT
-  EXPECT_EQ(built.size(), AtomCatalogue().size());
-  for (const AtomInfo& info : AtomCatalogue()) {
+  EXPECT_EQ(built.size(), testkit::AtomCatalogue().size());
+  for (const testkit::AtomInfo& info : testkit::AtomCatalogue()) {
     ASSERT_TRUE(built.contains(info.name)) << info.name;
     const VendorAtom& atom = built.at(info.name);
     EXPECT_EQ(atom.atomId, info.id);
     EXPECT_TRUE(std::ranges::equal(atom.values, info.values, {}, &VendorAtomValue::getTag,
-                                   &ValueInfo::kind))
+                                   &testkit::ValueInfo::kind))
         << info.name;
   }
 }
 
 TEST(AtomCatalogueTest, IsWhatTheDocumentSays) {
   std::string tables;
-  for (const AtomInfo& atom : AtomCatalogue()) {
+  for (const testkit::AtomInfo& atom : testkit::AtomCatalogue()) {
     tables += "## " + std::string(atom.name) + " (" + std::to_string(atom.id) + ")\n" +
               "| # | value | kind | meaning |\n|---|---|---|---|\n";
     for (std::size_t i = 0; i < atom.values.size(); ++i) {
       const auto& [name, kind, meaning] = atom.values[i];
       tables += "| " + std::to_string(i + 1) + " | `" + std::string(name) + "` | " +
-                std::string(KindName(kind)) + " | " + std::string(meaning) + " |\n";
+                std::string(testkit::KindName(kind)) + " | " + std::string(meaning) + " |\n";
     }
   }
   std::istringstream document(ReadInput(SENSORVELA_SOURCE_DIR "/docs/atoms.md"));

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <optional>
 
-#include "tools/atom_catalogue.h"
+#include <sensorvela/testkit/atom_catalogue.h>
 
 namespace sensorvela::replay {
 namespace {
@@ -44,17 +44,6 @@ std::string Dump(const Json& json, bool ascii_only) {
   return json.dump(-1, ' ', ascii_only, Json::error_handler_t::replace);
 }
 
-std::string AtomName(const VendorAtom& atom) {
-  const AtomInfo* info = FindAtom(atom.atomId);
-  return info != nullptr ? std::string(info->name) : "atom " + std::to_string(atom.atomId);
-}
-
-std::string ValueName(const VendorAtom& atom, std::size_t index) {
-  const AtomInfo* info = FindAtom(atom.atomId);
-  if (info != nullptr && index < info->values.size()) return std::string(info->values[index].name);
-  return "value_" + std::to_string(index + 1);
-}
-
 Json ToJson(const VendorAtomValue& value) {
   using Tag = VendorAtomValue::Tag;
   switch (value.getTag()) {
@@ -87,7 +76,7 @@ Json ToJson(const VendorAtomValue& value) {
 Json NamedValues(const VendorAtom& atom) {
   Json values = Json::object();
   for (std::size_t i = 0; i < atom.values.size(); ++i) {
-    values[ValueName(atom, i)] = ToJson(atom.values[i]);
+    values[testkit::ValueName(atom, i)] = ToJson(atom.values[i]);
   }
   return values;
 }

@@ -19,12 +19,6 @@ using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::strin
 /// On one line. Bytes that are no text are replaced instead of refused.
 std::string Dump(const Json& json, bool ascii_only);
 
-/// As the catalogue names it, or by its identifier.
-std::string AtomName(const aidl::android::frameworks::stats::VendorAtom& atom);
-
-/// As the catalogue names it, or by its position.
-std::string ValueName(const aidl::android::frameworks::stats::VendorAtom& atom, std::size_t index);
-
 /// NaN and the infinities are the strings "NaN", "Infinity" and "-Infinity".
 Json ToJson(const aidl::android::frameworks::stats::VendorAtomValue& value);
 

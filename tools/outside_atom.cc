@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include <sensorvela/testkit/value_kinds.h>
 #include "tools/printable_text.h"
-#include "tools/value_kinds.h"
 
 namespace sensorvela::replay {
 namespace {
@@ -63,12 +63,12 @@ VendorAtomValue ReadContent(Tag kind, const CheckedValue& content) {
 
 VendorAtomValue ReadValue(const CheckedValue& value) {
   const nlohmann::json& object = value.Object();
-  const std::string expected = "one field, named after its kind: " + KindNames();
+  const std::string expected = "one field, named after its kind: " + testkit::KindNames();
   if (object.size() != 1) {
     value.Reject("has " + std::to_string(object.size()) + " fields", expected);
   }
   const std::string& name = object.begin().key();
-  const std::optional<Tag> kind = FindKind(name);
+  const std::optional<Tag> kind = testkit::FindKind(name);
   if (!kind) value.Reject("has the unknown field " + Quoted(name), expected);
   return ReadContent(*kind, CheckedValue(object.begin().value(), value.name() + '.' + name));
 }

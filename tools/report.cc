@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-#include "tools/atom_catalogue.h"
+#include <sensorvela/testkit/atom_catalogue.h>
 #include "tools/atom_json.h"
 #include "tools/clock_time.h"
 #include "tools/latency_bars.h"
@@ -30,14 +30,14 @@ class TextReport : public Report {
   explicit TextReport(std::ostream& out) : out_(out) {}
 
   void Atom(Instant at, const VendorAtom& atom, Answer answer) override {
-    std::string name = AtomName(atom);
-    if (FindAtom(atom.atomId) != nullptr) name += " (" + std::to_string(atom.atomId) + ")";
+    std::string name = testkit::AtomName(atom);
+    if (testkit::FindAtom(atom.atomId) != nullptr) name += " (" + std::to_string(atom.atomId) + ")";
     std::string line = Padded(Mark(answer), kMarkWidth) + Padded(name, kAtomWidth);
     if (!atom.reverseDomainName.empty()) {
       line += "domain=" + Dump(atom.reverseDomainName, true) + ' ';
     }
     for (std::size_t i = 0; i < atom.values.size(); ++i) {
-      line += ValueName(atom, i) + '=' + ValueText(atom.values[i]) + ' ';
+      line += testkit::ValueName(atom, i) + '=' + ValueText(atom.values[i]) + ' ';
     }
     Line(at, line.substr(0, line.find_last_not_of(' ') + 1));
   }
@@ -125,7 +125,7 @@ class JsonLinesReport : public Report {
                    {"at_ns", at.count()},
                    {"answer", AnswerName(answer)},
                    {"atom_id", atom.atomId},
-                   {"name", AtomName(atom)}};
+                   {"name", testkit::AtomName(atom)}};
     if (!atom.reverseDomainName.empty()) object["domain"] = atom.reverseDomainName;
     object["values"] = NamedValues(atom);
     Line(object);

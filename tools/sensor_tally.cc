@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <functional>
 
-#include "tools/atom_catalogue.h"
+#include <sensorvela/testkit/atom_catalogue.h>
 
 namespace sensorvela::replay {
 namespace {
@@ -18,11 +18,11 @@ std::uint64_t Count(std::int32_t value) { return static_cast<std::uint32_t>(valu
 
 /// Atoms from outside may look like anything.
 bool IsStateChange(const SensorVela::VendorAtom& atom) {
-  const AtomInfo* info = FindAtom(atom.atomId);
+  const testkit::AtomInfo* info = testkit::FindAtom(atom.atomId);
   return info != nullptr && info->name == "HalSensorStateChanged" &&
          atom.reverseDomainName.empty() &&
          std::ranges::equal(atom.values, info->values, {}, &VendorAtomValue::getTag,
-                            &ValueInfo::kind);
+                            &testkit::ValueInfo::kind);
 }
 
 ReportedSamples CountsOf(const SensorVela::VendorAtom& atom) {

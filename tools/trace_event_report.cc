@@ -6,6 +6,8 @@
 #include <map>
 #include <utility>
 
+#include <sensorvela/testkit/atom_catalogue.h>
+
 #include "tools/sensor_track.h"
 #include "tools/step_counter.h"
 #include "tools/trace_event_writer.h"
@@ -62,10 +64,10 @@ class TraceEventReport : public Report {
     arguments.update(NamedValues(atom));
     arguments.update(QueuedBy(TakeOldest(at)));
     if (answer == Answer::kOk) {
-      out_.Mark(kDelivered, at, "delivered", AtomName(atom), arguments);
+      out_.Mark(kDelivered, at, "delivered", testkit::AtomName(atom), arguments);
     } else {
       arguments["answer"] = AnswerName(answer);
-      out_.Mark(kFailed, at, "failed", AtomName(atom), arguments);
+      out_.Mark(kFailed, at, "failed", testkit::AtomName(atom), arguments);
     }
   }
 

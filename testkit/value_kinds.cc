@@ -1,9 +1,9 @@
-#include "tools/value_kinds.h"
+#include "testkit/value_kinds.h"
 
 #include <array>
 #include <cstddef>
 
-namespace sensorvela::replay {
+namespace sensorvela::testkit {
 namespace {
 
 using Tag = aidl::android::frameworks::stats::VendorAtomValue::Tag;
@@ -34,4 +34,4 @@ std::string KindNames() {
   return names;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::testkit

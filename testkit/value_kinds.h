@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace sensorvela::replay {
+namespace sensorvela::testkit {
 
 std::string_view KindName(aidl::android::frameworks::stats::VendorAtomValue::Tag kind);
 
@@ -17,4 +17,4 @@ std::optional<aidl::android::frameworks::stats::VendorAtomValue::Tag> FindKind(
 /// All of them, for a message.
 std::string KindNames();
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::testkit

@@ -1,13 +1,17 @@
-#include "tools/atom_catalogue.h"
+#include "testkit/atom_catalogue.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 
-namespace sensorvela::replay {
+namespace sensorvela::testkit {
+
+using aidl::android::frameworks::stats::VendorAtom;
+using aidl::android::frameworks::stats::VendorAtomValue;
+
 namespace {
 
-using Tag = aidl::android::frameworks::stats::VendorAtomValue::Tag;
+using Tag = VendorAtomValue::Tag;
 
 constexpr Tag kInt = Tag::intValue;
 constexpr Tag kLong = Tag::longValue;
@@ -171,4 +175,22 @@ const AtomInfo* FindAtom(std::int32_t id) {
   return nullptr;
 }
 
-}  // namespace sensorvela::replay
+std::string AtomName(const VendorAtom& atom) {
+  const AtomInfo* info = FindAtom(atom.atomId);
+  return info != nullptr ? std::string(info->name) : "atom " + std::to_string(atom.atomId);
+}
+
+std::string ValueName(const VendorAtom& atom, std::size_t index) {
+  const AtomInfo* info = FindAtom(atom.atomId);
+  if (info != nullptr && index < info->values.size()) return std::string(info->values[index].name);
+  return "value_" + std::to_string(index + 1);
+}
+
+const VendorAtomValue* FindValue(const VendorAtom& atom, std::string_view name) {
+  for (std::size_t i = 0; i < atom.values.size(); ++i) {
+    if (ValueName(atom, i) == name) return &atom.values[i];
+  }
+  return nullptr;
+}
+
+}  // namespace sensorvela::testkit
