@@ -15,15 +15,16 @@
 
 namespace sensorvela::platform {
 
-/// A lock that is not recursive.
+/// A lock that is not recursive. Its operations have the standard library's names, so that
+/// `std::condition_variable_any` can wait with it.
 class SENSORVELA_CAPABILITY("mutex") Mutex {
  public:
   Mutex() = default;
   Mutex(const Mutex&) = delete;
   Mutex& operator=(const Mutex&) = delete;
 
-  void Lock() SENSORVELA_ACQUIRE() { mutex_.lock(); }
-  void Unlock() SENSORVELA_RELEASE() { mutex_.unlock(); }
+  void lock() SENSORVELA_ACQUIRE() { mutex_.lock(); }
+  void unlock() SENSORVELA_RELEASE() { mutex_.unlock(); }
 
  private:
   friend class CondVar;
@@ -33,8 +34,8 @@ class SENSORVELA_CAPABILITY("mutex") Mutex {
 /// Holds a `Mutex` from its construction to the end of its scope.
 class SENSORVELA_SCOPED_CAPABILITY MutexLock {
  public:
-  explicit MutexLock(Mutex& mutex) SENSORVELA_ACQUIRE(mutex) : mutex_(mutex) { mutex_.Lock(); }
-  ~MutexLock() SENSORVELA_RELEASE() { mutex_.Unlock(); }
+  explicit MutexLock(Mutex& mutex) SENSORVELA_ACQUIRE(mutex) : mutex_(mutex) { mutex_.lock(); }
+  ~MutexLock() SENSORVELA_RELEASE() { mutex_.unlock(); }
   MutexLock(const MutexLock&) = delete;
   MutexLock& operator=(const MutexLock&) = delete;
 

@@ -95,8 +95,9 @@ TEST(CallCostTest, OfEachEvent) {
       {"a proximity report", 0, [](auto& it) { it.LogSensorProxEvent({}); }, {{1, 1}, 0, 0}},
       {"a copy", 0, [&](auto& it) { it.ReportVendorAtomAsync(outside_atom); }, {{1, 1}, 0, 0}}};
   for (const auto& [what, times_before, call, cost] : kCases) {
-    simulated::DeclareService(
-        kInstance);  // The reporter thread waits for it and leaves the queue alone.
+    // Without virtual time, which has locks of its own. The reporter thread waits for the service
+    // and leaves the queue alone.
+    simulated::DeclareService(testkit::kStatsInstance);
     SensorVela engine(std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr));
     engine.ReportFirmwareState(1, {}, 1);  // The queue has a block now, with room for some more.
     for (int i = 0; i < times_before; ++i) call(engine);
@@ -147,16 +148,15 @@ TEST(CallCostTest, OfTakingABatchIsTheSameForEveryLength) {
   const auto calls_until_the_first_report = [](int atoms_queued) {
     World world;
     std::optional<CallCounts> calls;
-    world.answer = [&](const VendorAtom&) {
+    world.on_report = [&](const VendorAtom&) {
       if (!calls) calls = CallsOfThisThread();
-      return ndk::ScopedAStatus::ok();
     };
-    simulated::DeclareService(kInstance);
-    world.Start();
-    world.Seen();  // The reporter thread waits for the service now.
-    for (int i = 0; i < atoms_queued; ++i) world.engine->ReportFirmwareState(1, {}, i);
-    world.Register();
-    world.Seen();
+    world.UnregisterService();
+    world.StartEngine();
+    world.TakeHistory();  // The reporter thread waits for the service now.
+    for (int i = 0; i < atoms_queued; ++i) world.engine().ReportFirmwareState(1, {}, i);
+    world.RegisterService();
+    world.TakeHistory();
     return *calls;
   };
   EXPECT_EQ(calls_until_the_first_report(1).allocations,

@@ -1,42 +1,64 @@
 // What the simulation does not reach: a host that uses the engine in the middle of an upload, and
 // the adapters without an engine.
-#include <gtest/gtest.h>
+#include <string>
 
 #include "tests/test_support.h"
 
 namespace sensorvela::testing {
 namespace {
 
-class UploadTest : public ::testing::Test, public World {
- protected:
-  UploadTest() {
-    diagnostics.processor = SensorVela::ProcessorDiag{1, 2, 3, 4};
-    diagnostics.usages = {{1, 2, 3, 4, 5, 6, 7}, {8, 9, 10, 11, 12, 13, 14}};
-    Register();
-    Start();
-    Seen();
-  }
+constexpr char kQueueAtom[] =
+    "SensorSystemQueueStressReported{queue_type=%d, value_1=0, value_2=0, value_3=0, value_4=0, "
+    "value_5=0, value_6=0}";
 
-  const Texts kUpload = {"100028 i1 i2 i3 i4", "100107 i1 i2 i3 i4 i5 i6 i7",
-                         "100107 i8 i9 i10 i11 i12 i13 i14"};
-};
-
-TEST_F(UploadTest, ASupplierMayCallTheEngineAndItsAtomsKeepTheirPlace) {
-  on_upload = [this] {
-    engine->ReportVendorAtomAsync(Marker(1));
-    engine->ReportHalSensorEnabled({1, 1}, 5);
+/// What a supplier is asked for and what is queued, in one order: the supplier queues a marker of
+/// its own whenever it is asked.
+Texts UploadOf(SupplierKind kind, const testkit::Diagnostics& diagnostics) {
+  World world;
+  world.diagnostics = diagnostics;
+  world.on_ask = [&](DiagnosticsItem asked) {
+    world.engine().ReportVendorAtomAsync(Marker(static_cast<int>(asked)));
   };
-  time.RunTo(6h);
-  Texts expected = kUpload;
-  expected.insert(expected.begin(), {"1", "100242 i1 i1 i2 l5 i-1 i-1 [ ]"});
-  EXPECT_EQ(Seen(), expected);
+  world.StartEngine(kind);
+  world.TakeHistory();
+  world.time.RunTo(6h);
+  return world.TakeHistory();
+}
+
+std::string QueueAtom(int type) {
+  std::string text = kQueueAtom;
+  return text.replace(text.find("%d"), 2, std::to_string(type));
+}
+
+TEST(UploadTest, QueuesTheAtomsOfAnItemBeforeItAsksForTheNext) {
+  testkit::Diagnostics diagnostics;
+  diagnostics.processor.emplace();
+  diagnostics.queues = {SensorVela::QueueStress{}, std::nullopt, SensorVela::QueueStress{}};
+  diagnostics.sensor_usages = {{1, 2, 3, 4, 5, 6, 7}, {8, 9, 10, 11, 12, 13, 14}};
+  const std::string processor =
+      "SensorProcessorDiagnosticsReported{value_1=0, value_2=0, value_3=0, value_4=0}";
+  const std::string usages =
+      "TarnSensorUsageReported{value_1=1, value_2=2, value_3=3, value_4=4, value_5=5, value_6=6, "
+      "value_7=7}";
+  const std::string more_usages =
+      "TarnSensorUsageReported{value_1=8, value_2=9, value_3=10, value_4=11, value_5=12, "
+      "value_6=13, value_7=14}";
+  EXPECT_THAT(UploadOf(SupplierKind::kSecondGeneration, diagnostics),
+              ElementsAre("atom 0{}", processor, "atom 1{}", QueueAtom(1), "atom 2{}", "atom 3{}",
+                          QueueAtom(3), "atom 4{}", "atom 5{}", "atom 6{}", usages, more_usages,
+                          "atom 7{}", "atom 8{}", "atom 9{}"));
+  EXPECT_THAT(UploadOf(SupplierKind::kFirstGeneration, diagnostics),
+              ElementsAre("atom 0{}", processor, "atom 1{}", QueueAtom(1), "atom 2{}", QueueAtom(2),
+                          "atom 3{}", QueueAtom(3)));
 }
 
 TEST(AdaptersTest, TheCallerChoosesBetweenTheMemoryAtomsNotTheRecord) {
   SensorVela::MemoryPressure memory{1, 2, 3, 4, 5.5F, 0, 7, 8, {}, {}};
   EXPECT_EQ(SensorVela::MemServiceabilityAtom(memory).atomId, 100304);
   memory.kind = SensorVela::MemoryPressure::kServiceability;
-  EXPECT_EQ(Show(SensorVela::MemoryPressureAtom(memory)), "100070 i1 i2 i3 i4 f5.5");
+  EXPECT_EQ(AtomText(SensorVela::MemoryPressureAtom(memory)),
+            "SensorMemoryPressureReported{shared_value=1, pressure_value_1=2, pressure_value_2=3, "
+            "pressure_value_3=4, pressure_value_4=5.5}");
 }
 
 }  // namespace

@@ -1,8 +1,7 @@
 // What the simulation's sequential model cannot say: what happens while the reporter thread is in
 // the middle of a step, and what the engine does to the host's objects.
-#include <gtest/gtest.h>
-
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "tests/test_support.h"
@@ -15,32 +14,44 @@ constexpr auto kCycle = 6h;
 class EngineTest : public ::testing::Test, public World {
  protected:
   EngineTest() {
-    simulated::DeclareService(kInstance);
-    Register();
+    on_ask = [this](DiagnosticsItem asked) {
+      if (asked == DiagnosticsItem::kProcessor && on_upload) on_upload();
+    };
   }
+
+  void ReportError() { engine().LogSensorHalError({1, 1}, SensorVela::HalCall{7}, 0); }
+
+  std::function<void()> on_upload;
 };
 
+TEST_F(EngineTest, TakesTheSupplierOver) {
+  auto first = testkit::MakeFirstGenerationSupplier(testkit::Diagnostics{});
+  auto second = testkit::MakeSecondGenerationSupplier(testkit::Diagnostics{});
+  const SensorVela with_first(std::move(first));
+  const SensorVela with_second(std::move(second));
+  EXPECT_EQ(first, nullptr);   // NOLINT(bugprone-use-after-move): the engine promises it.
+  EXPECT_EQ(second, nullptr);  // NOLINT(bugprone-use-after-move)
+}
+
 TEST_F(EngineTest, KeepsNoHoldOnTheService) {
-  class SilentStats : public aidl::android::frameworks::stats::IStats {
-    ndk::ScopedAStatus reportVendorAtom(const VendorAtom&) override { return ndk::ScopedAStatus(); }
-  };
-  const auto service = std::make_shared<SilentStats>();
-  simulated::RegisterService(kInstance, service);
-  Start();
+  const auto other = std::make_shared<testkit::StatsService>();
+  simulated::RegisterService(testkit::kStatsInstance, other);
+  StartEngine();
   time.WaitUntilAtRest();
-  simulated::UnregisterService(kInstance);
-  EXPECT_EQ(service.use_count(), 1);
+  UnregisterService();
+  EXPECT_EQ(other.use_count(), 1);
 }
 
 TEST_F(EngineTest, EnginesInOneProcessAreIndependent) {
-  Start();
+  StartEngine();
   SensorVela other{std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>()};
-  Seen();
-  for (int i = 0; i < 11; ++i) engine->LogSensorHalError({1, 1}, SensorVela::HalCall{7}, 0);
-  Seen();
+  for (int i = 0; i < 11; ++i) ReportError();
+  TakeHistory();
   other.LogSensorHalError({2, 2}, SensorVela::HalCall{7}, 0);
-  EXPECT_EQ(Seen(), (Texts{"I Reporting HAL call [7] error [0] on sensor [0x00000002].",
-                           "100024 i2 i2 i7 i0"}));
+  EXPECT_THAT(TakeHistory(),
+              ElementsAre("I Reporting HAL call [7] error [0] on sensor [0x00000002].",
+                          "SensorHalErrorDetected{sensor_id_high=2, sensor_id_low=2, hal_call=7, "
+                          "error_code=0}"));
 }
 
 using CycleTest = EngineTest;
@@ -49,15 +60,14 @@ TEST_F(CycleTest, IsHeldBackByAStreamUntilTheQueueIsFoundEmpty) {
   int uploads = 0;
   int uploads_in_the_stream = 0;
   on_upload = [&] { ++uploads; };
-  answer = [&](const VendorAtom& atom) {
+  on_report = [&](const VendorAtom& atom) {
     uploads_in_the_stream += uploads;
     if (atom.atomId == 2) time.SlipTo(kCycle + 1h);
-    if (atom.atomId < 5) engine->ReportVendorAtomAsync(Marker(atom.atomId + 1));
-    return ndk::ScopedAStatus::ok();
+    if (atom.atomId < 5) engine().ReportVendorAtomAsync(Marker(atom.atomId + 1));
   };
-  Start();
+  StartEngine();
   time.WaitUntilAtRest();
-  engine->ReportVendorAtomAsync(Marker(1));
+  engine().ReportVendorAtomAsync(Marker(1));
   time.WaitUntilAtRest();
   EXPECT_EQ(uploads_in_the_stream, 0);
   EXPECT_EQ(uploads, 1);
@@ -69,61 +79,61 @@ TEST_F(CycleTest, TheTimeThatAnUploadTakesBelongsToTheNextCycle) {
     uploads.push_back(time.Now());
     time.SlipTo(time.Now() + 1h);
   };
-  Start();
+  StartEngine();
   time.RunTo(19h);
-  EXPECT_EQ(uploads, (std::vector<std::chrono::nanoseconds>{6h, 12h, 18h}));
+  EXPECT_THAT(uploads, ElementsAre(6h, 12h, 18h));
 }
 
 TEST_F(CycleTest, ErrorCountsAreEmptiedBeforeTheUpload) {
-  const auto report = [this] { engine->LogSensorHalError({1, 1}, SensorVela::HalCall{7}, 0); };
-  on_upload = report;
-  Start();
-  for (int i = 0; i < 11; ++i) report();
-  Seen();
+  on_upload = [this] { ReportError(); };
+  StartEngine();
+  for (int i = 0; i < 11; ++i) ReportError();
+  TakeHistory();
   time.RunTo(kCycle);
-  EXPECT_EQ(Seen(), (Texts{"I Reporting HAL call [7] error [0] on sensor [0x00000001].",
-                           "100024 i1 i1 i7 i0"}));
+  EXPECT_THAT(TakeHistory(),
+              ElementsAre("I Reporting HAL call [7] error [0] on sensor [0x00000001].",
+                          "SensorHalErrorDetected{sensor_id_high=1, sensor_id_low=1, hal_call=7, "
+                          "error_code=0}"));
 }
 
 using StopTest = EngineTest;
 
 TEST_F(StopTest, DuringADrainSendsTheBatchAndDiscardsTheRest) {
   Gate gate;
-  answer = [&](const VendorAtom& atom) {
+  on_report = [&](const VendorAtom& atom) {
     if (atom.atomId == 1) gate.Pass();
-    return ndk::ScopedAStatus::ok();
   };
-  simulated::UnregisterService(kInstance);
-  Start();
-  for (const int id : {1, 2}) engine->ReportVendorAtomAsync(Marker(id));
-  Seen();
-  Register();
+  UnregisterService();
+  StartEngine();
+  for (const int id : {1, 2}) engine().ReportVendorAtomAsync(Marker(id));
+  TakeHistory();
+  RegisterService();
   gate.AwaitArrival();
-  engine->ReportVendorAtomAsync(Marker(3));
-  std::thread destruction = BeginStop();
-  gate.Open();
-  destruction.join();
-  EXPECT_EQ(Seen(), (Texts{"I IStats service online.", "1", "2"}));
+  engine().ReportVendorAtomAsync(Marker(3));
+  DestroyEngine([&] { gate.Open(); });
+  EXPECT_THAT(TakeHistory(), ElementsAre("I IStats service online.", "atom 1{}", "atom 2{}"));
 }
 
 TEST_F(StopTest, DuringAnUploadFinishesItAndThenDestroysTheSupplier) {
   Gate gate;
   Texts events;
-  on_upload = [&] {
-    gate.Pass();
-    events.emplace_back("upload");
-  };
-  on_supplier_destroyed = [&] { events.emplace_back("destroyed"); };
-  Start();
-  Seen();
+  // Lives for as long as the supplier, which owns the function.
+  const auto on_destruction = [&](void*) { events.emplace_back("destroyed"); };
+  std::shared_ptr<void> alive(nullptr, on_destruction);
+  auto host_engine = testkit::MakeEngine(SupplierKind::kSecondGeneration,
+                                         [&, alive = std::move(alive)](DiagnosticsItem asked) {
+                                           if (asked == DiagnosticsItem::kProcessor) gate.Pass();
+                                           if (asked == DiagnosticsItem::kProxStats)
+                                             events.emplace_back("uploaded");
+                                           return testkit::Diagnostics{};
+                                         });
+  TakeHistory();
   time.JumpTo(kCycle);
   gate.AwaitArrival();
-  engine->ReportVendorAtomAsync(Marker(1));
-  std::thread destruction = BeginStop();
-  gate.Open();
-  destruction.join();
-  EXPECT_EQ(events, (Texts{"upload", "destroyed"}));
-  EXPECT_EQ(Seen(), Texts{});
+  host_engine->ReportVendorAtomAsync(Marker(1));
+  testkit::DestroyEngine(time, [&] { host_engine.reset(); }, [&] { gate.Open(); });
+  EXPECT_THAT(events, ElementsAre("uploaded", "destroyed"));
+  EXPECT_THAT(TakeHistory(), IsEmpty());
 }
 
 }  // namespace

@@ -20,21 +20,20 @@ constexpr int kEvents = kCallsAreCounted ? 1'000'000 : 80'000;
 #endif
 constexpr int kThreads = 8;
 
-/// The books of a run, kept by the reporter thread: at each report, and at each line that says that
-/// a batch was dropped.
-class Books : public aidl::android::frameworks::stats::IStats {
+/// Counts what becomes of atoms, on the reporter thread: at each report, and at each line that says
+/// that a batch was dropped.
+class AtomCounts {
  public:
-  explicit Books(const simulated::VirtualTime& time) : time_(time) {}
+  explicit AtomCounts(const simulated::VirtualTime& time) : time_(time) {}
 
-  ndk::ScopedAStatus reportVendorAtom(const VendorAtom& atom) override {
+  void OnReport(const VendorAtom& atom) {
     ++delivered;
     taken_ = SensorVelaTestPeer::AtomsTaken(*engine, time_);
     if (atom.atomId == 100243) CheckSequence(atom);
-    return ndk::ScopedAStatus::ok();
   }
 
   /// All that was taken since the last report or the last such line has just been lost.
-  void Drop() {
+  void OnDrop() {
     const std::int64_t taken = SensorVelaTestPeer::AtomsTaken(*engine, time_);
     dropped += taken - std::exchange(taken_, taken);
     ++drops_;
@@ -70,19 +69,24 @@ class Books : public aidl::android::frameworks::stats::IStats {
 
 TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
   simulated::VirtualTime time;
-  const auto books = std::make_shared<Books>(time);
-  const simulated::ScopedLogSink sink([&](int, std::string_view, std::string_view text) {
-    if (text == "Failed to get IStats service. Atoms are dropped.") books->Drop();
+  AtomCounts counts(time);
+  std::shared_ptr<testkit::StatsService> service;
+  service = std::make_shared<testkit::StatsService>([&](const VendorAtom& atom, testkit::Answer) {
+    counts.OnReport(atom);
+    service->TakeAtoms();  // They would fill the memory.
   });
-  simulated::DeclareService(kInstance);  // The reporter waits for it, and so touches no books yet.
-  auto engine =
-      std::make_unique<SensorVela>(std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr));
-  books->engine = engine.get();
-  const std::function<void()> kOutages[] = {[] { simulated::UndeclareService(kInstance); },
-                                            [] { simulated::UnregisterService(kInstance); },
-                                            [&] { simulated::RegisterService(kInstance, books); },
-                                            [] { simulated::DeclareService(kInstance); },
-                                            [] { simulated::ReleaseServiceWaits(kInstance); }};
+  const simulated::ScopedLogSink sink([&](int, std::string_view, std::string_view text) {
+    if (text == "Failed to get IStats service. Atoms are dropped.") counts.OnDrop();
+  });
+  const std::string instance = testkit::kStatsInstance;
+  simulated::DeclareService(instance);  // The reporter waits for it, and so counts nothing yet.
+  auto engine = testkit::MakeEngine(SupplierKind::kNone, nullptr);
+  counts.engine = engine.get();
+  const std::function<void()> kOutages[] = {[&] { simulated::UndeclareService(instance); },
+                                            [&] { simulated::UnregisterService(instance); },
+                                            [&] { simulated::RegisterService(instance, service); },
+                                            [&] { simulated::DeclareService(instance); },
+                                            [&] { simulated::ReleaseServiceWaits(instance); }};
 
   OnThreads(kThreads, [&](int thread) {
     const SensorVela::SensorId sensor = {static_cast<std::uint32_t>(thread), 0};
@@ -97,45 +101,43 @@ TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
 
   // The last batch waits for the service, and behind it there is more, when the engine is
   // destroyed.
-  simulated::RegisterService(kInstance, books);
+  simulated::RegisterService(instance, service);
   time.WaitUntilAtRest();
-  simulated::UnregisterService(kInstance);
-  simulated::DeclareService(kInstance);
+  simulated::UnregisterService(instance);
+  simulated::DeclareService(instance);
   const auto report = [&] { engine->ReportFirmwareState(1, SensorVela::FirmwareState{1}, 1); };
   report();
   time.WaitUntilSettled();
   for (int i = 0; i < 3; ++i) report();
   const auto queued = static_cast<std::int64_t>(time.Notifications());
   const std::int64_t discarded = queued - SensorVelaTestPeer::AtomsTaken(*engine, time);
-  std::thread destruction([&] { engine.reset(); });
-  time.WaitForNotifications(static_cast<std::uint64_t>(queued) + 1);
-  simulated::ReleaseServiceWaits(kInstance);
-  destruction.join();
+  testkit::DestroyEngine(
+      time, [&] { engine.reset(); }, [&] { simulated::ReleaseServiceWaits(instance); });
   simulated::ResetServices();
 
   // First samples, errors up to the cap, latencies and disabled atoms, and the last four.
   EXPECT_EQ(queued, kThreads + 10 + kEvents / 2 + 4);
   EXPECT_EQ(discarded, 3);
-  EXPECT_EQ(queued, books->delivered + books->dropped + discarded);
-  EXPECT_EQ(books->out_of_sequence, 0);
+  EXPECT_EQ(queued, counts.delivered + counts.dropped + discarded);
+  EXPECT_EQ(counts.out_of_sequence, 0);
 }
 
 TEST(LoadTest, AYearOfCyclesLeavesTheHeapAsItWas) {
   if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap";
   World world;
-  world.Register();
-  world.Start();
+  world.StartEngine();
   std::int64_t after_the_second = 0;
   constexpr int kCycles = 1'460;
   for (int cycle = 1; cycle <= kCycles; ++cycle) {
     for (std::uint32_t sensor = 0; sensor < 20; ++sensor) {
-      world.engine->ReportHalSensorEnabled({sensor, 0}, 5'000'000);
-      world.engine->LogSensorLatency({sensor, 0}, world.time.Now().count());
-      world.engine->ReportHalSensorDisabled({sensor, 0});
-      world.engine->LogSensorRuntimeError({sensor, 0}, SensorVela::ErrorType{}, 0);
+      world.engine().ReportHalSensorEnabled({sensor, 0}, 5'000'000);
+      world.engine().LogSensorLatency({sensor, 0}, world.time.Now().count());
+      world.engine().ReportHalSensorDisabled({sensor, 0});
+      world.engine().LogSensorRuntimeError({sensor, 0}, SensorVela::ErrorType{}, 0);
     }
     world.time.RunTo(cycle * 6h);
-    ASSERT_GE(world.Seen().size(), 80U);
+    ASSERT_GE(world.TakeHistory().size(), 80U);
+    world.TakeAtoms();
     if (cycle == 2) after_the_second = HeapBytesInUse();
   }
   EXPECT_EQ(HeapBytesInUse(), after_the_second);

@@ -28,21 +28,12 @@ namespace {
 
 using std::int32_t;
 using std::int64_t;
+using testkit::Answer;
 using V = SensorVela;
 constexpr std::int64_t kDayNs = 86'400'000'000'000;
 
-void AnswerNext(World& world, int reports, Answer answer) {
-  world.answer = [=](const VendorAtom&) mutable {
-    if (reports-- <= 0 || answer == Answer::kOk) return ndk::ScopedAStatus::ok();
-    return answer == Answer::kNoStatus ? ndk::ScopedAStatus()
-                                       : ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
-  };
-}
-
-void Destroy(World& world, bool is_blocked, bool comes_up) {
-  std::thread destruction = world.BeginStop();
-  if (is_blocked) comes_up ? world.Register() : simulated::ReleaseServiceWaits(kInstance);
-  destruction.join();
+void Destroy(World& world, bool comes_up) {
+  world.DestroyEngine([&] { comes_up ? world.RegisterService() : world.ReleaseServiceWaits(); });
 }
 
 /// Random values that like the edges.
@@ -113,41 +104,41 @@ std::string Text(const char* name, std::initializer_list<int64_t> values) {
 Step WorldStep(Dice& dice, const Model& now) {
   switch (dice.UpTo(11)) {
     case 0:
-      return {"declare", [](World&) { simulated::DeclareService(kInstance); },
+      return {"declare", [](World& world) { world.DeclareService(); },
               [](Model& model) { model.Declare(); }};
     case 1:
       if (dice.OneIn(3)) {
-        return {"undeclare", [](World&) { simulated::UndeclareService(kInstance); },
+        return {"undeclare", [](World& world) { world.UndeclareService(); },
                 [](Model& model) { model.Undeclare(); }};
       }
       [[fallthrough]];
     case 2:
     case 3:
-      return {"register", [](World& world) { world.Register(); },
+      return {"register", [](World& world) { world.RegisterService(); },
               [](Model& model) { model.Register(); }};
     case 4:
-      return {"unregister", [](World&) { simulated::UnregisterService(kInstance); },
+      return {"unregister", [](World& world) { world.UnregisterService(); },
               [](Model& model) { model.Unregister(); }};
     case 5:
-      return {"release waits", [](World&) { simulated::ReleaseServiceWaits(kInstance); },
+      return {"release waits", [](World& world) { world.ReleaseServiceWaits(); },
               [](Model& model) { model.ReleaseWaits(); }};
     case 6: {
       const int reports = static_cast<int>(dice.UpTo(3));
-      const Answer answer = dice.OneOf({Answer::kOk, Answer::kError, Answer::kNoStatus});
+      const auto answer = dice.OneOf({Answer::kOk, Answer::kError, Answer::kNoStatus});
       return {Text("answers", {reports, static_cast<int>(answer)}),
-              [=](World& world) { AnswerNext(world, reports, answer); },
+              [=](World& world) { world.service->AnswerNext(reports, answer); },
               [=](Model& model) { model.AnswerNext(reports, answer); }};
     }
     case 7: {
-      Diagnostics d;
+      testkit::Diagnostics d;
       d.processor = dice.Maybe<V::ProcessorDiag>();
       for (auto& queue : d.queues) queue = dice.Maybe<V::QueueStress>();
-      d.ipc = dice.Some<V::IpcErrorRate>();
+      d.ipc_error_rates = dice.Some<V::IpcErrorRate>();
       d.memory = dice.Some<V::MemoryPressure>();
-      d.usages = dice.Some<V::SensorUsage>();
-      d.gating = dice.Some<V::GatingContext>();
-      d.dram = dice.Maybe<V::DramException>();
-      d.prox = dice.Maybe<V::AadProxStats>();
+      d.sensor_usages = dice.Some<V::SensorUsage>();
+      d.gating_contexts = dice.Some<V::GatingContext>();
+      d.dram_exception = dice.Maybe<V::DramException>();
+      d.prox_stats = dice.Maybe<V::AadProxStats>();
       return {"diagnostics", [=](World& world) { world.diagnostics = d; },
               [=](Model& model) { model.SetDiagnostics(d); }};
     }
@@ -162,9 +153,10 @@ Step WorldStep(Dice& dice, const Model& now) {
     case 9: {
       const bool comes_up = dice.OneIn(2);
       if (!now.has_engine() || !dice.OneIn(4)) break;
-      return {Text("destroy", {comes_up ? 1 : 0}),
-              [=, blocked = now.is_blocked()](World& world) { Destroy(world, blocked, comes_up); },
-              [=](Model& model) { model.Destroy(comes_up); }};
+      return {
+          Text("destroy", {comes_up ? 1 : 0}),
+          [=, blocked = now.is_blocked()](World& world) { Destroy(world, blocked && comes_up); },
+          [=](Model& model) { model.Destroy(comes_up); }};
     }
     default:
       break;
@@ -184,7 +176,7 @@ Step Tell(const std::string& text, Call call, int times = 1) {
   return {text,
           [=](World& world) {
             for (int i = 0; i < times; ++i) {
-              call(*world.engine);
+              call(world.engine());
               world.time.WaitUntilSettled();
             }
           },
@@ -254,11 +246,11 @@ Step EventStep(Dice& dice, Model& now) {
 
 Step NextStep(Dice& dice, Model& now) {
   if (!now.has_engine() && dice.OneIn(2)) {
-    const auto generation =
-        dice.OneOf({Generation::kNone, Generation::kFirst, Generation::kSecond});
-    return {Text("create", {static_cast<int>(generation)}),
-            [=](World& world) { world.Start(generation); },
-            [=](Model& model) { model.Create(generation); }};
+    const auto supplier = dice.OneOf(
+        {SupplierKind::kNone, SupplierKind::kFirstGeneration, SupplierKind::kSecondGeneration});
+    return {Text("create", {static_cast<int>(supplier)}),
+            [=](World& world) { world.StartEngine(supplier); },
+            [=](Model& model) { model.Create(supplier); }};
   }
   return now.has_engine() && !dice.OneIn(3) ? EventStep(dice, now) : WorldStep(dice, now);
 }
@@ -306,13 +298,14 @@ bool Live(std::uint64_t seed, int steps, bool print, int64_t& lived_ns) {
     if (print) std::fprintf(stderr, "%s\n", step.text.c_str());
     step.real(world);
     step.model(model);
-    const std::vector<std::string> seen = world.Seen();
-    const std::vector<std::string> expected = std::exchange(model.seen, {});
-    if (seen == expected) continue;
+    const Texts history = world.TakeHistory();
+    world.TakeAtoms();
+    const Texts expected = std::exchange(model.history, {});
+    if (history == expected) continue;
     std::printf("seed %llu: the engine and the model differ after step %d:\n",
                 static_cast<unsigned long long>(seed), i + 1);
     for (const std::string& text : done) std::printf("  %s\n", text.c_str());
-    PrintDifference(seen, expected);
+    PrintDifference(history, expected);
     return false;
   }
   lived_ns += model.now_ns();

@@ -11,41 +11,45 @@ namespace {
 
 constexpr std::int64_t kSixHoursNs = 21'600'000'000'000;
 
-/// Values as `Show` writes them: each integer after `i`, or `l` for a long.
-template <typename... Ints>
-std::string Atom(int id, Ints... values) {
-  std::string text = std::to_string(id);
-  ((text += (sizeof(values) == 8 ? " l" : " i") + std::to_string(values)), ...);
-  return text;
+using Value = aidl::android::frameworks::stats::VendorAtomValue;
+
+Value ToValue(std::int32_t value) { return Value::make<Value::intValue>(value); }
+Value ToValue(std::int64_t value) { return Value::make<Value::longValue>(value); }
+
+template <typename List>
+Value ToList(const List& list) {
+  return Value::make<Value::repeatedIntValue>(std::vector<std::int32_t>(list.begin(), list.end()));
 }
 
-std::string SensorAtom(int id, SensorVela::SensorId sensor) {
+template <typename... Integers>
+VendorAtom Atom(int id, Integers... integers) {
+  VendorAtom atom = Marker(id);
+  (atom.values.push_back(ToValue(integers)), ...);
+  return atom;
+}
+
+VendorAtom SensorAtom(int id, SensorVela::SensorId sensor) {
   return Atom(id, static_cast<std::int32_t>(sensor.high), sensor.low);
 }
 
-/// The 32-bit fields of a record, from one up to another, after a letter for their kind.
+/// Adds the 32-bit fields of a record, from one up to another, as ints.
 template <typename Record>
-std::string Fields(const Record& record, std::size_t from = 0, std::size_t to = sizeof(Record) / 4,
-                   char kind = 'i') {
+void AddInts(VendorAtom& atom, const Record& record, std::size_t from = 0,
+             std::size_t to = sizeof(Record) / 4) {
   const auto words = std::bit_cast<std::array<std::int32_t, sizeof(Record) / 4>>(record);
-  std::string text;
+  for (std::size_t i = from; i < to; ++i) atom.values.push_back(ToValue(words[i]));
+}
+
+/// The same as floats.
+template <typename Record>
+void AddFloats(VendorAtom& atom, const Record& record, std::size_t from, std::size_t to) {
+  const auto words = std::bit_cast<std::array<float, sizeof(Record) / 4>>(record);
   for (std::size_t i = from; i < to; ++i) {
-    text += std::string(" ") + kind +
-            (kind == 'i' ? std::to_string(words[i]) : ShowFloat(std::bit_cast<float>(words[i])));
+    atom.values.push_back(Value::make<Value::floatValue>(words[i]));
   }
-  return text;
 }
 
-std::string Low(std::int64_t value) {
-  return " i" + std::to_string(static_cast<std::int32_t>(value & 0xFFFFFFFF));
-}
-
-template <typename List>
-std::string ListText(const List& list) {
-  std::string text = " [";
-  for (const auto element : list) text += " " + std::to_string(element);
-  return text + " ]";
-}
+std::int32_t Low(std::int64_t value) { return static_cast<std::int32_t>(value & 0xFFFFFFFF); }
 
 std::int64_t Minus(std::int64_t a, std::int64_t b) {
   std::int64_t difference = 0;
@@ -77,8 +81,8 @@ void Model::ReleaseWaits() {
   if (is_blocked()) ServiceAnswered(registered_);
 }
 
-void Model::Create(Generation generation) {
-  generation_ = generation;
+void Model::Create(SupplierKind supplier) {
+  supplier_ = supplier;
   deadline_ns_ = now_ns_ + kSixHoursNs;
   if (!declared_) {
     Log('E', "IStats service is not registered.");
@@ -105,7 +109,7 @@ void Model::Destroy(bool comes_up) {
   status_.clear();
 }
 
-void Model::Enqueue(const std::string& atom) {
+void Model::Enqueue(const VendorAtom& atom) {
   queue_.push_back(atom);
   if (reporter_ == Reporter::kAsleep) WakeUp();
 }
@@ -154,13 +158,13 @@ void Model::Deliver(bool found) {
     Log('E', "Failed to get IStats service. Atoms are dropped.");
     return;
   }
-  for (const std::string& atom : batch_) {
-    seen.push_back(atom);
+  for (const VendorAtom& atom : batch_) {
+    history.push_back(AtomText(atom));
     if (answers_.empty()) continue;
-    const Answer answer = answers_.back();
-    answers_.pop_back();
-    if (answer != Answer::kOk) {
-      Log('E', "Failed to report atom [id = " + std::to_string(std::stoi(atom)) + "].");
+    const testkit::Answer answer = answers_.front();
+    answers_.pop_front();
+    if (answer != testkit::Answer::kOk) {
+      Log('E', "Failed to report atom [id = " + std::to_string(atom.atomId) + "].");
     }
   }
 }
@@ -172,45 +176,54 @@ void Model::EndCycle() {
 }
 
 void Model::Upload() {
-  Diagnostics d = diagnostics_;
-  if (generation_ == Generation::kNone) return;
-  if (generation_ == Generation::kFirst) {  // It has nothing else, and always these.
+  testkit::Diagnostics d = diagnostics_;
+  if (supplier_ == SupplierKind::kNone) return;
+  if (supplier_ == SupplierKind::kFirstGeneration) {  // It has nothing else, and always these.
     if (!d.processor) d.processor.emplace();
     for (auto& queue : d.queues) {
       if (!queue) queue.emplace();
     }
   }
   if (const auto& p = d.processor) {
-    queue_.push_back("100028" + Low(p->value_1) + Low(p->value_2) + Low(p->value_3) +
-                     Low(p->value_4));
+    queue_.push_back(
+        Atom(100028, Low(p->value_1), Low(p->value_2), Low(p->value_3), Low(p->value_4)));
   }
   for (int i = 0; i < 3; ++i) {
     const auto& q = d.queues[static_cast<std::size_t>(i)];
     if (!q) continue;
-    queue_.push_back(Atom(100029, i + 1) + Low(q->value_1) + Low(q->value_2) + Low(q->value_3) +
-                     Low(q->value_4) + Low(q->value_5) + Low(q->value_6));
+    queue_.push_back(Atom(100029, i + 1, Low(q->value_1), Low(q->value_2), q->value_3, q->value_4,
+                          Low(q->value_5), Low(q->value_6)));
   }
-  if (generation_ == Generation::kFirst) return;
-  for (const auto& r : d.ipc) queue_.push_back("100069" + Fields(r));
-  for (const auto& m : d.memory) {
-    if (m.kind != 1) {
-      queue_.push_back("100070" + Fields(m, 0, 4) + Fields(m, 4, 5, 'f'));
-      continue;
-    }
-    std::uint64_t total = 0;
-    for (const std::int32_t count : m.bucket_allocation_count) {
-      total += static_cast<std::uint32_t>(count);
-    }
-    queue_.push_back("100304" + Low(static_cast<std::int64_t>(total)) + Fields(m, 0, 1) +
-                     Fields(m, 6, 8) + ListText(m.bucket_allocation_count) +
-                     ListText(m.bucket_duration_ms));
+  if (supplier_ == SupplierKind::kFirstGeneration) return;
+  for (const auto& r : d.ipc_error_rates) AddInts(queue_.emplace_back(Atom(100069)), r);
+  for (const auto& m : d.memory) UploadMemory(m);
+  for (const auto& u : d.sensor_usages) AddInts(queue_.emplace_back(Atom(100107)), u);
+  for (const auto& g : d.gating_contexts) AddInts(queue_.emplace_back(Atom(100109)), g);
+  if (d.dram_exception) AddInts(queue_.emplace_back(Atom(100110)), *d.dram_exception);
+  if (const auto& p = d.prox_stats) {
+    VendorAtom& atom = queue_.emplace_back(Atom(100334));
+    AddInts(atom, *p, 0, 8);
+    AddFloats(atom, *p, 8, 14);
+    AddInts(atom, *p, 14, 20);
   }
-  for (const auto& u : d.usages) queue_.push_back("100107" + Fields(u));
-  for (const auto& g : d.gating) queue_.push_back("100109" + Fields(g));
-  if (d.dram) queue_.push_back("100110" + Fields(*d.dram));
-  if (const auto& p = d.prox) {
-    queue_.push_back("100334" + Fields(*p, 0, 8) + Fields(*p, 8, 14, 'f') + Fields(*p, 14, 20));
+}
+
+void Model::UploadMemory(const SensorVela::MemoryPressure& memory) {
+  if (memory.kind != 1) {
+    VendorAtom& atom = queue_.emplace_back(Atom(100070));
+    AddInts(atom, memory, 0, 4);
+    AddFloats(atom, memory, 4, 5);
+    return;
   }
+  std::uint64_t total = 0;
+  for (const std::int32_t count : memory.bucket_allocation_count) {
+    total += static_cast<std::uint32_t>(count);
+  }
+  VendorAtom& atom =
+      queue_.emplace_back(Atom(100304, Low(static_cast<std::int64_t>(total)), memory.shared_value,
+                               memory.serviceability_value_1, memory.serviceability_value_2));
+  atom.values.push_back(ToList(memory.bucket_allocation_count));
+  atom.values.push_back(ToList(memory.bucket_duration_ms));
 }
 
 void Model::CountError(bool hal, SensorVela::SensorId sensor, int enumerator, int code) {
@@ -228,11 +241,16 @@ void Model::CountError(bool hal, SensorVela::SensorId sensor, int enumerator, in
                 hal ? "HAL call" : "runtime time error", enumerator, hal ? "error" : "code", code,
                 sensor.high);
   Log('I', line);
-  Enqueue(SensorAtom(hal ? 100024 : 100025, sensor) + Atom(0, enumerator, code).substr(1));
+  VendorAtom atom = SensorAtom(hal ? 100024 : 100025, sensor);
+  atom.values.insert(atom.values.end(), {ToValue(enumerator), ToValue(code)});
+  Enqueue(atom);
 }
 
 void Model::ReportHalSensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns) {
-  Enqueue(SensorAtom(100242, sensor) + " i2 l" + std::to_string(period_ns) + " i-1 i-1 [ ]");
+  VendorAtom atom = SensorAtom(100242, sensor);
+  atom.values.insert(atom.values.end(), {ToValue(2), ToValue(period_ns), ToValue(-1), ToValue(-1),
+                                         ToList(std::vector<std::int32_t>())});
+  Enqueue(atom);
   const float threshold = static_cast<float>(period_ns) * 1.1F;
   Status& status = status_[{sensor.high, sensor.low}] = {};
   status.enabled_ns = now_ns_;
@@ -244,8 +262,12 @@ void Model::ReportHalSensorEnabled(SensorVela::SensorId sensor, std::int64_t per
 
 void Model::ReportHalSensorDisabled(SensorVela::SensorId sensor) {
   const Status& status = status_[{sensor.high, sensor.low}];
-  Enqueue(SensorAtom(100242, sensor) + " i1 l-1 i" + std::to_string(status.samples) + " i" +
-          std::to_string(status.late) + ListText(status.bands));
+  VendorAtom atom = SensorAtom(100242, sensor);
+  atom.values.insert(
+      atom.values.end(),
+      {ToValue(1), ToValue(std::int64_t{-1}), ToValue(static_cast<std::int32_t>(status.samples)),
+       ToValue(static_cast<std::int32_t>(status.late)), ToList(status.bands)});
+  Enqueue(atom);
 }
 
 void Model::LogSensorLatency(SensorVela::SensorId sensor, std::int64_t timestamp_ns) {
@@ -262,17 +284,22 @@ void Model::LogSensorLatency(SensorVela::SensorId sensor, std::int64_t timestamp
 }
 
 void Model::ReportFirstSample(SensorVela::SensorId sensor, std::int64_t latency_ns) {
-  Enqueue(SensorAtom(100245, sensor) + " l" + std::to_string(latency_ns));
+  Enqueue(Atom(100245, static_cast<std::int32_t>(sensor.high), sensor.low, latency_ns));
 }
 
 void Model::LogSensorProxEvent(const SensorVela::TarnVelaProxEvent& event) {
-  Enqueue("100133" + Fields(event, 0, 8) + Fields(event, 8, 12, 'f') + Fields(event, 12, 14) +
-          Fields(event, 14, 17, 'f'));
+  VendorAtom atom = Atom(100133);
+  AddInts(atom, event, 0, 8);
+  AddFloats(atom, event, 8, 12);
+  AddInts(atom, event, 12, 14);
+  AddFloats(atom, event, 14, 17);
+  Enqueue(atom);
 }
 
 void Model::ReportHalLatency(SensorVela::HalOperation operation, SensorVela::SensorId sensor,
                              std::int64_t latency_ns) {
-  Enqueue(SensorAtom(100243, sensor) + Atom(0, static_cast<int>(operation), latency_ns).substr(1));
+  Enqueue(Atom(100243, static_cast<std::int32_t>(sensor.high), sensor.low,
+               static_cast<std::int32_t>(operation), latency_ns));
 }
 
 void Model::ReportFirmwareState(int subject, SensorVela::FirmwareState state, int detail) {

@@ -2,7 +2,10 @@
 // effect at once. The simulation holds the real engine against it.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <string>
 #include <utility>
@@ -13,13 +16,11 @@
 
 namespace sensorvela::testing {
 
-enum class Answer { kOk, kError, kNoStatus };
-
-/// One engine and its stats service. `seen` is all that the world sees of them, in order: each log
-/// line, and each atom that reaches the service, as `Show` writes it.
+/// One engine and its stats service. `history` is all that the world sees of them, as
+/// `World::TakeHistory` writes it.
 class Model {
  public:
-  std::vector<std::string> seen;
+  std::vector<std::string> history;
 
   bool has_engine() const { return reporter_ != Reporter::kNone; }
   /// The reporter thread waits in the service manager.
@@ -36,18 +37,18 @@ class Model {
   void Register();
   void Unregister() { registered_ = false; }
   void ReleaseWaits();
-  void AnswerNext(int reports, Answer answer) {
-    answers_.assign(static_cast<std::size_t>(reports), answer);
+  void AnswerNext(int reports, testkit::Answer answer) {
+    answers_.insert(answers_.end(), static_cast<std::size_t>(reports), answer);
   }
-  void SetDiagnostics(const Diagnostics& diagnostics) { diagnostics_ = diagnostics; }
+  void SetDiagnostics(const testkit::Diagnostics& diagnostics) { diagnostics_ = diagnostics; }
 
   // The engine's life. `comes_up`: the service that a blocked destruction waits for registers, or
   // else the wait is released with none.
-  void Create(Generation generation);
+  void Create(SupplierKind supplier);
   void Destroy(bool comes_up);
 
   // Its events, by the engine's own names.
-  void ReportVendorAtomAsync(const VendorAtom& atom) { Enqueue(Show(atom)); }
+  void ReportVendorAtomAsync(const VendorAtom& atom) { Enqueue(atom); }
   void LogSensorHalError(SensorVela::SensorId sensor, SensorVela::HalCall call, int error) {
     CountError(true, sensor, static_cast<int>(call), error);
   }
@@ -70,7 +71,7 @@ class Model {
   enum class Reporter { kNone, kBlockedAtStart, kBlockedInDrain, kAsleep };
 
   struct Status {
-    std::uint32_t bands[5] = {};
+    std::array<std::uint32_t, 5> bands = {};
     std::uint32_t samples = 0;
     std::uint32_t late = 0;
     std::int64_t threshold_ns = 0;
@@ -79,10 +80,10 @@ class Model {
   };
 
   void Log(char priority, const std::string& text) {
-    seen.push_back(std::string{priority} + " " + text);
+    history.push_back(std::string{priority} + " " + text);
   }
   void CountError(bool hal, SensorVela::SensorId sensor, int enumerator, int code);
-  void Enqueue(const std::string& atom);
+  void Enqueue(const VendorAtom& atom);
   void WakeUp();
   void Pump();
   bool GoesOn();
@@ -90,19 +91,20 @@ class Model {
   void Deliver(bool found);
   void EndCycle();
   void Upload();
+  void UploadMemory(const SensorVela::MemoryPressure& memory);
 
   std::int64_t now_ns_ = 0;
-  bool declared_ = false;
-  bool registered_ = false;
-  std::vector<Answer> answers_;  // The last one is given first.
-  Diagnostics diagnostics_;
-  Generation generation_ = Generation::kNone;
+  bool declared_ = true;
+  bool registered_ = true;
+  std::deque<testkit::Answer> answers_;
+  testkit::Diagnostics diagnostics_;
+  SupplierKind supplier_ = SupplierKind::kNone;
 
   Reporter reporter_ = Reporter::kNone;
   bool stopping_ = false;
   std::int64_t deadline_ns_ = 0;
-  std::vector<std::string> queue_;
-  std::vector<std::string> batch_;
+  std::vector<VendorAtom> queue_;
+  std::vector<VendorAtom> batch_;
   std::map<std::pair<bool, std::int32_t>, int> errors_;
   std::map<std::pair<std::uint32_t, std::int32_t>, Status> status_;
 };

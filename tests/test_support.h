@@ -1,92 +1,36 @@
-// What the tests share: an engine's whole world in virtual time, suppliers that can be scripted,
-// and a way to hold a thread at a chosen place.
+// What the tests share beyond the kit: threads that can be held, and a look inside the engine.
 #pragma once
 
-#include <aidl/android/frameworks/stats/IStats.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
-#include <array>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
-#include <functional>
-#include <memory>
 #include <mutex>
-#include <optional>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include <sensorvela/engine/sensor_vela.h>
-#include <sensorvela/platform/simulated/log_sink.h>
-#include <sensorvela/platform/simulated/service_manager.h>
-#include <sensorvela/platform/simulated/virtual_time.h>
-#include "tests/show_atom.h"
+#include <sensorvela/testkit/atom_text.h>
+#include <sensorvela/testkit/destroy_engine.h>
+#include <sensorvela/testkit/world.h>
 
 namespace sensorvela::testing {
 
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using testkit::AtomText;
+using testkit::DiagnosticsItem;
+using testkit::SupplierKind;
+using testkit::World;
+using VendorAtom = World::VendorAtom;
 using Texts = std::vector<std::string>;
 using namespace std::chrono_literals;
 
-inline const std::string kInstance = "android.frameworks.stats.IStats/default";
-
 /// An atom from outside the library that is known by its identifier alone.
 VendorAtom Marker(int id);
-
-/// What a supplier answers; one of the first generation answers zeros where there is nothing.
-struct Diagnostics {
-  std::optional<SensorVela::ProcessorDiag> processor;
-  std::array<std::optional<SensorVela::QueueStress>, 3> queues;
-  std::vector<SensorVela::IpcErrorRate> ipc;
-  std::vector<SensorVela::MemoryPressure> memory;
-  std::vector<SensorVela::SensorUsage> usages;
-  std::vector<SensorVela::GatingContext> gating;
-  std::optional<SensorVela::DramException> dram;
-  std::optional<SensorVela::AadProxStats> prox;
-};
-
-enum class Generation { kNone, kFirst, kSecond };
-
-/// An engine's world. Nothing is declared or registered in the beginning.
-class World {
- public:
-  World();
-  ~World();
-
-  /// Starts the engine with a supplier that answers with `diagnostics`.
-  void Start(Generation generation = Generation::kSecond);
-
-  /// Registers a service that keeps what it is sent, and asks `answer` what to say to it.
-  void Register();
-
-  /// Begins the engine's destruction on a thread of its own and returns, with that thread, once the
-  /// engine has been told to stop.
-  std::thread BeginStop();
-
-  /// All that the engine did since the last call, in order, once it is settled: log lines, each
-  /// after a letter for its priority, and the atoms that reached a service, as `Show` writes them.
-  Texts Seen();
-
-  simulated::VirtualTime time;
-  std::unique_ptr<SensorVela> engine;
-  Diagnostics diagnostics;
-
-  // Called on the reporter thread; to be set before it can be. Empty ones do nothing.
-  std::function<ndk::ScopedAStatus(const VendorAtom&)> answer;
-  std::function<void()> on_upload;
-  std::function<void()> on_supplier_destroyed;
-
- private:
-  class Service;
-  class FirstSupplier;
-  class SecondSupplier;
-
-  void Keep(std::string text);
-
-  std::mutex mutex_;
-  Texts seen_;
-  simulated::ScopedLogSink sink_;
-};
 
 /// Holds the thread that passes until it is opened.
 class Gate {

@@ -8,10 +8,11 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
-#include <mutex>
 #include <utility>
 
 #include "platform/sync.h"
+
+#include "platform/thread_annotations.h"
 
 namespace sensorvela::simulated {
 namespace {
@@ -33,8 +34,8 @@ void PrintLikeTheDevice(int priority, std::string_view tag, std::string_view tex
 }
 
 struct Log {
-  std::mutex mutex;
-  LogSink sink = PrintLikeTheDevice;
+  platform::Mutex mutex;
+  LogSink sink SENSORVELA_GUARDED_BY(mutex) = PrintLikeTheDevice;
 };
 
 // Never destroyed: threads may log while the process exits.
@@ -46,13 +47,15 @@ Log& TheLog() {
 }  // namespace
 
 ScopedLogSink::ScopedLogSink(LogSink sink) : previous_(std::move(sink)) {
-  const std::lock_guard lock(TheLog().mutex);
-  std::swap(TheLog().sink, previous_);
+  Log& log = TheLog();
+  const platform::MutexLock lock(log.mutex);
+  std::swap(log.sink, previous_);
 }
 
 ScopedLogSink::~ScopedLogSink() {
-  const std::lock_guard lock(TheLog().mutex);
-  TheLog().sink = std::move(previous_);
+  Log& log = TheLog();
+  const platform::MutexLock lock(log.mutex);
+  log.sink = std::move(previous_);
 }
 
 }  // namespace sensorvela::simulated
@@ -66,7 +69,7 @@ int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
   if (length < 0) return length;
 
   sensorvela::simulated::Log& log = sensorvela::simulated::TheLog();
-  const std::lock_guard lock(log.mutex);
+  const sensorvela::platform::MutexLock lock(log.mutex);
   log.sink(prio, tag, line.data());
   return 1;
 }

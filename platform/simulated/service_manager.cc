@@ -5,17 +5,20 @@
 #include <condition_variable>
 #include <list>
 #include <map>
-#include <mutex>
 #include <utility>
 #include <vector>
 
 #include "platform/simulated/binder.h"
 #include "platform/simulated/timeline.h"
+#include "platform/sync.h"
+
+#include "platform/thread_annotations.h"
 
 namespace sensorvela::simulated {
 namespace {
 
 using aidl::android::frameworks::stats::IStats;
+using platform::MutexLock;
 
 struct Waiter {
   bool released = false;
@@ -37,23 +40,35 @@ class ServiceManager {
     return manager;
   }
 
-  /// Applies `change` to the instance under the lock.
-  template <typename Change>
-  void Update(const std::string& name, Change change) {
-    const std::lock_guard lock(mutex_);
-    change(instances_[name]);
+  void SetDeclared(const std::string& name, bool declared) SENSORVELA_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    Instance& instance = instances_[name];
+    instance.declared = declared;
+    if (!declared) Release(instance);
   }
 
-  void Release(Instance& instance) {
-    for (Waiter* waiter : instance.waiters) *waiter = {true, instance.service};
-    Timeline::Get().RemoveBlocked(instance.waiters.size());
-    instance.waiters.clear();
-    released_.notify_all();
+  void Register(const std::string& name, std::shared_ptr<IStats> service)
+      SENSORVELA_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    Instance& instance = instances_[name];
+    instance.service.swap(service);
+    Release(instance);
   }
 
-  void Reset() {
+  void Unregister(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
+    std::shared_ptr<IStats> retired;
+    const MutexLock lock(mutex_);
+    instances_[name].service.swap(retired);
+  }
+
+  void ReleaseWaits(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    Release(instances_[name]);
+  }
+
+  void Reset() SENSORVELA_EXCLUDES(mutex_) {
     std::vector<std::shared_ptr<IStats>> retired;
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     for (auto& [name, instance] : instances_) {
       instance.declared = false;
       retired.push_back(std::exchange(instance.service, nullptr));
@@ -61,69 +76,66 @@ class ServiceManager {
     }
   }
 
-  bool IsDeclared(const std::string& name) {
-    const std::lock_guard lock(mutex_);
+  bool IsDeclared(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
     return instances_[name].declared;
   }
 
-  std::shared_ptr<IStats> Wait(const std::string& name) {
-    std::unique_lock lock(mutex_);
+  std::shared_ptr<IStats> Wait(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
     Instance& instance = instances_[name];
     Waiter waiter = {instance.service != nullptr || !instance.declared, instance.service};
     if (!waiter.released) {
       Observe(LookupStep::kWaits);
       instance.waiters.push_back(&waiter);
       Timeline::Get().AddBlocked();
-      released_.wait(lock, [&] { return waiter.released; });
+      while (!waiter.released) released_.wait(mutex_);
     }
     Observe(waiter.service != nullptr ? LookupStep::kFinds : LookupStep::kFindsNone);
     return std::move(waiter.service);
   }
 
-  void SetObserver(LookupObserver observer) {
-    const std::lock_guard lock(mutex_);
+  void SetObserver(LookupObserver observer) SENSORVELA_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
     observer_ = std::move(observer);
   }
 
  private:
-  void Observe(LookupStep step) {
+  void Release(Instance& instance) SENSORVELA_REQUIRES(mutex_) {
+    for (Waiter* waiter : instance.waiters) *waiter = {true, instance.service};
+    Timeline::Get().RemoveBlocked(instance.waiters.size());
+    instance.waiters.clear();
+    released_.notify_all();
+  }
+
+  void Observe(LookupStep step) SENSORVELA_REQUIRES(mutex_) {
     if (observer_) observer_(step);
   }
 
-  std::mutex mutex_;
-  std::condition_variable released_;
-  std::map<std::string, Instance> instances_;
-  LookupObserver observer_;
+  platform::Mutex mutex_;
+  std::condition_variable_any released_;
+  std::map<std::string, Instance> instances_ SENSORVELA_GUARDED_BY(mutex_);
+  LookupObserver observer_ SENSORVELA_GUARDED_BY(mutex_);
 };
 
 }  // namespace
 
 void DeclareService(const std::string& instance) {
-  ServiceManager::Get().Update(instance, [](Instance& found) { found.declared = true; });
+  ServiceManager::Get().SetDeclared(instance, true);
 }
 
 void UndeclareService(const std::string& instance) {
-  ServiceManager::Get().Update(instance, [](Instance& found) {
-    found.declared = false;
-    ServiceManager::Get().Release(found);
-  });
+  ServiceManager::Get().SetDeclared(instance, false);
 }
 
 void RegisterService(const std::string& instance, std::shared_ptr<IStats> service) {
-  ServiceManager::Get().Update(instance, [&](Instance& found) {
-    found.service.swap(service);
-    ServiceManager::Get().Release(found);
-  });
+  ServiceManager::Get().Register(instance, std::move(service));
 }
 
-void UnregisterService(const std::string& instance) {
-  std::shared_ptr<IStats> retired;
-  ServiceManager::Get().Update(instance, [&](Instance& found) { found.service.swap(retired); });
-}
+void UnregisterService(const std::string& instance) { ServiceManager::Get().Unregister(instance); }
 
 void ReleaseServiceWaits(const std::string& instance) {
-  ServiceManager::Get().Update(instance,
-                               [](Instance& found) { ServiceManager::Get().Release(found); });
+  ServiceManager::Get().ReleaseWaits(instance);
 }
 
 void ResetServices() { ServiceManager::Get().Reset(); }

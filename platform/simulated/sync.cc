@@ -26,7 +26,7 @@ CondVar::~CondVar() { Timeline::Get().RemoveEngine(this); }
 void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
   Timeline& timeline = Timeline::Get();
   if (timeline.is_virtual()) {
-    timeline.Sleep(this, mutex, cv_, deadline.time_since_epoch());
+    timeline.Sleep(this, mutex, deadline.time_since_epoch());
     return;
   }
   std::unique_lock lock(mutex.mutex_, std::adopt_lock);

@@ -6,6 +6,9 @@
 #include <optional>
 
 namespace sensorvela::simulated {
+
+using platform::MutexLock;
+
 namespace {
 
 void Require(bool condition, const char* what) {
@@ -23,7 +26,7 @@ Timeline& Timeline::Get() {
 }
 
 void Timeline::Begin(std::chrono::nanoseconds start) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   Require(!is_virtual(), "there is one already");
   Require(engines_.empty(), "construct it before the first engine");
   now_ns_ = start.count();
@@ -32,64 +35,66 @@ void Timeline::Begin(std::chrono::nanoseconds start) {
 }
 
 void Timeline::End() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   Require(engines_.empty(), "destroy it after the last engine");
   is_virtual_ = false;
 }
 
 void Timeline::AddEngine(platform::CondVar* engine) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   engines_.try_emplace(engine);
 }
 
 void Timeline::RemoveEngine(platform::CondVar* engine) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   engines_.erase(engine);
   changed_.notify_all();
 }
 
-void Timeline::Sleep(platform::CondVar* engine, platform::Mutex& mutex,
-                     std::condition_variable& wakeup, std::chrono::nanoseconds deadline) {
-  std::unique_lock lock(mutex_);
-  if (now() >= deadline) return;
-  Sleeper& sleeper = engines_.at(engine);
-  sleeper = {&wakeup, deadline};
-  ++asleep_;
-  changed_.notify_all();
+void Timeline::Sleep(platform::CondVar* engine, platform::Mutex& engine_mutex,
+                     std::chrono::nanoseconds deadline) {
+  {
+    const MutexLock lock(mutex_);
+    if (now() >= deadline) return;
+    Engine& sleeper = engines_.at(engine);
+    sleeper.is_asleep = true;
+    sleeper.deadline = deadline;
+    ++asleep_;
+    changed_.notify_all();
 
-  mutex.Unlock();
-  wakeup.wait(lock, [&] { return sleeper.wakeup == nullptr; });
-  lock.unlock();
-  mutex.Lock();
+    engine_mutex.unlock();
+    while (sleeper.is_asleep) sleeper.woken.wait(mutex_);
+  }
+  engine_mutex.lock();
 }
 
 void Timeline::Notify(platform::CondVar* engine) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   ++notifications_;
   Wake(engines_.at(engine));
   changed_.notify_all();
 }
 
 void Timeline::AddBlocked() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   ++blocked_;
   changed_.notify_all();
 }
 
 void Timeline::RemoveBlocked(std::size_t count) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   blocked_ -= count;
   changed_.notify_all();
 }
 
 void Timeline::RunTo(std::chrono::nanoseconds instant) {
-  std::unique_lock lock(mutex_);
+  const MutexLock lock(mutex_);
   for (;;) {
-    changed_.wait(lock, [this] { return Settled(); });
+    while (!Settled()) changed_.wait(mutex_);
     std::optional<std::chrono::nanoseconds> next;
-    for (const auto& [engine, sleeper] : engines_) {
-      if (sleeper.wakeup != nullptr && sleeper.deadline <= instant) {
-        next = next ? std::min(*next, sleeper.deadline) : sleeper.deadline;
+    for (const auto& [id, engine] : engines_) {
+      if (engine.is_asleep && engine.deadline <= instant) {
+        next = next ? std::min(*next, engine.deadline) : engine.deadline;
       }
     }
     if (!next) break;
@@ -100,36 +105,36 @@ void Timeline::RunTo(std::chrono::nanoseconds instant) {
 }
 
 void Timeline::MoveTo(std::chrono::nanoseconds instant, bool wake_due) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   now_ns_ = std::max(now(), instant).count();
   if (wake_due) WakeDue();
 }
 
 void Timeline::WaitUntilAtRest() {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return AtRest(); });
+  const MutexLock lock(mutex_);
+  while (!AtRest()) changed_.wait(mutex_);
 }
 
 void Timeline::WaitUntilSettled() {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return Settled(); });
+  const MutexLock lock(mutex_);
+  while (!Settled()) changed_.wait(mutex_);
 }
 
 void Timeline::WaitForNotifications(std::uint64_t count) {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this, count] { return notifications_ >= count; });
+  const MutexLock lock(mutex_);
+  while (notifications_ < count) changed_.wait(mutex_);
 }
 
-void Timeline::Wake(Sleeper& sleeper) {
-  if (sleeper.wakeup == nullptr) return;
-  sleeper.wakeup->notify_all();
-  sleeper.wakeup = nullptr;
+void Timeline::Wake(Engine& engine) {
+  if (!engine.is_asleep) return;
+  engine.is_asleep = false;
   --asleep_;
+  engine.woken.notify_all();
 }
 
 void Timeline::WakeDue() {
-  for (auto& [engine, sleeper] : engines_) {
-    if (sleeper.deadline <= now()) Wake(sleeper);
+  for (auto& [id, engine] : engines_) {
+    if (engine.deadline <= now()) Wake(engine);
   }
 }
 

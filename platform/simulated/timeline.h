@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
-#include <mutex>
 
 #include "platform/sync.h"
 
@@ -28,50 +27,52 @@ class Timeline {
     return std::chrono::nanoseconds(now_ns_.load(std::memory_order_acquire));
   }
 
-  void Begin(std::chrono::nanoseconds start);
-  void End();
+  void Begin(std::chrono::nanoseconds start) SENSORVELA_EXCLUDES(mutex_);
+  void End() SENSORVELA_EXCLUDES(mutex_);
 
-  void AddEngine(platform::CondVar* engine);
-  void RemoveEngine(platform::CondVar* engine);
+  void AddEngine(platform::CondVar* engine) SENSORVELA_EXCLUDES(mutex_);
+  void RemoveEngine(platform::CondVar* engine) SENSORVELA_EXCLUDES(mutex_);
 
-  /// The virtual side of `CondVar::WaitUntil`; `wakeup` is the condition variable's own.
-  void Sleep(platform::CondVar* engine, platform::Mutex& mutex, std::condition_variable& wakeup,
-             std::chrono::nanoseconds deadline) SENSORVELA_REQUIRES(mutex);
+  /// The virtual side of `CondVar::WaitUntil`.
+  void Sleep(platform::CondVar* engine, platform::Mutex& engine_mutex,
+             std::chrono::nanoseconds deadline) SENSORVELA_REQUIRES(engine_mutex)
+      SENSORVELA_EXCLUDES(mutex_);
 
   /// The virtual side of `CondVar::NotifyAll`.
-  void Notify(platform::CondVar* engine);
+  void Notify(platform::CondVar* engine) SENSORVELA_EXCLUDES(mutex_);
 
   /// A reporter thread enters, and is released from, a blocked call into the service manager.
-  void AddBlocked();
-  void RemoveBlocked(std::size_t count);
+  void AddBlocked() SENSORVELA_EXCLUDES(mutex_);
+  void RemoveBlocked(std::size_t count) SENSORVELA_EXCLUDES(mutex_);
 
-  void RunTo(std::chrono::nanoseconds instant);
-  void MoveTo(std::chrono::nanoseconds instant, bool wake_due);
-  void WaitUntilAtRest();
-  void WaitUntilSettled();
+  void RunTo(std::chrono::nanoseconds instant) SENSORVELA_EXCLUDES(mutex_);
+  void MoveTo(std::chrono::nanoseconds instant, bool wake_due) SENSORVELA_EXCLUDES(mutex_);
+  void WaitUntilAtRest() SENSORVELA_EXCLUDES(mutex_);
+  void WaitUntilSettled() SENSORVELA_EXCLUDES(mutex_);
   std::uint64_t notifications() const { return notifications_.load(std::memory_order_acquire); }
-  void WaitForNotifications(std::uint64_t count);
+  void WaitForNotifications(std::uint64_t count) SENSORVELA_EXCLUDES(mutex_);
 
  private:
-  struct Sleeper {
-    std::condition_variable* wakeup = nullptr;  // Null while the engine is awake.
+  struct Engine {
+    bool is_asleep = false;
     std::chrono::nanoseconds deadline{};
+    std::condition_variable_any woken;
   };
 
-  bool AtRest() const { return asleep_ == engines_.size(); }
-  bool Settled() const { return asleep_ + blocked_ == engines_.size(); }
-  void Wake(Sleeper& sleeper);
-  void WakeDue();
+  bool AtRest() const SENSORVELA_REQUIRES(mutex_) { return asleep_ == engines_.size(); }
+  bool Settled() const SENSORVELA_REQUIRES(mutex_) { return asleep_ + blocked_ == engines_.size(); }
+  void Wake(Engine& engine) SENSORVELA_REQUIRES(mutex_);
+  void WakeDue() SENSORVELA_REQUIRES(mutex_);
 
   std::atomic<bool> is_virtual_ = false;
   std::atomic<std::int64_t> now_ns_ = 0;
   std::atomic<std::uint64_t> notifications_ = 0;  // Changed under the mutex only.
 
-  std::mutex mutex_;  // Guards all that follows; taken after an engine's own mutex.
-  std::condition_variable changed_;
-  std::map<platform::CondVar*, Sleeper> engines_;
-  std::size_t asleep_ = 0;
-  std::size_t blocked_ = 0;
+  platform::Mutex mutex_;
+  std::condition_variable_any changed_;
+  std::map<platform::CondVar*, Engine> engines_ SENSORVELA_GUARDED_BY(mutex_);
+  std::size_t asleep_ SENSORVELA_GUARDED_BY(mutex_) = 0;
+  std::size_t blocked_ SENSORVELA_GUARDED_BY(mutex_) = 0;
 };
 
 }  // namespace sensorvela::simulated

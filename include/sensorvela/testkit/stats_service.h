@@ -1,0 +1,2 @@
+#pragma once
+#include "../../../testkit/stats_service.h"

@@ -1,0 +1,122 @@
+#include "testkit/atom_text.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <iomanip>
+#include <optional>
+#include <ostream>
+#include <sstream>
+#include <vector>
+
+#include "testkit/atom_catalogue.h"
+#include "testkit/value_kinds.h"
+
+namespace sensorvela::testkit {
+namespace {
+
+using aidl::android::frameworks::stats::VendorAtom;
+using aidl::android::frameworks::stats::VendorAtomValue;
+using Tag = VendorAtomValue::Tag;
+
+template <typename Int>
+std::string Text(Int value) {
+  return std::to_string(value);
+}
+
+std::string Text(bool value) { return value ? "true" : "false"; }
+
+/// The shortest digits that read back as the same float.
+std::string Text(float value) {
+  std::array<char, 32> text = {};
+  if (std::isnan(value)) {
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    std::snprintf(text.data(), text.size(), "nan(0x%08x)", static_cast<unsigned>(bits));
+  } else {
+    std::to_chars(text.data(), text.data() + text.size() - 1, value);
+  }
+  return text.data();
+}
+
+std::string Text(const std::string& value) {
+  std::ostringstream quoted;
+  quoted << std::quoted(value);
+  return quoted.str();
+}
+
+template <typename T>
+std::string Text(const std::vector<T>& list);
+
+template <typename T>
+std::string Text(const std::optional<T>& value) {
+  return value ? Text(*value) : "absent";
+}
+
+template <typename T>
+std::string Text(const std::vector<T>& list) {
+  std::string text;
+  // A list of bools has no bools to refer to.
+  for (const auto& element : list) {
+    text += (text.empty() ? "" : ", ") + Text(static_cast<const T&>(element));
+  }
+  return '[' + text + ']';
+}
+
+std::string ContentText(const VendorAtomValue& value) {
+  switch (value.getTag()) {
+    case Tag::intValue:
+      return Text(value.get<Tag::intValue>());
+    case Tag::longValue:
+      return Text(value.get<Tag::longValue>());
+    case Tag::floatValue:
+      return Text(value.get<Tag::floatValue>());
+    case Tag::stringValue:
+      return Text(value.get<Tag::stringValue>());
+    case Tag::boolValue:
+      return Text(value.get<Tag::boolValue>());
+    case Tag::repeatedIntValue:
+      return Text(value.get<Tag::repeatedIntValue>());
+    case Tag::repeatedLongValue:
+      return Text(value.get<Tag::repeatedLongValue>());
+    case Tag::repeatedFloatValue:
+      return Text(value.get<Tag::repeatedFloatValue>());
+    case Tag::repeatedStringValue:
+      return Text(value.get<Tag::repeatedStringValue>());
+    case Tag::repeatedBoolValue:
+      return Text(value.get<Tag::repeatedBoolValue>());
+    case Tag::byteArrayValue:
+      return Text(value.get<Tag::byteArrayValue>());
+  }
+  return "?";
+}
+
+std::string ValueText(const VendorAtom& atom, std::size_t index) {
+  const VendorAtomValue& value = atom.values[index];
+  const AtomInfo* info = FindAtom(atom.atomId);
+  const bool is_known =
+      info != nullptr && index < info->values.size() && info->values[index].kind == value.getTag();
+  const std::string kind = is_known ? "" : std::string(KindName(value.getTag())) + ' ';
+  return ValueName(atom, index) + '=' + kind + ContentText(value);
+}
+
+}  // namespace
+
+std::string AtomText(const VendorAtom& atom) {
+  std::string text;
+  const auto add = [&](const std::string& part) { text += (text.empty() ? "" : ", ") + part; };
+  if (!atom.reverseDomainName.empty()) add("domain=" + Text(atom.reverseDomainName));
+  for (std::size_t i = 0; i < atom.values.size(); ++i) add(ValueText(atom, i));
+  if (atom.valuesAnnotations || atom.atomAnnotations) add("annotated");
+  return AtomName(atom) + '{' + text + '}';
+}
+
+}  // namespace sensorvela::testkit
+
+void aidl::android::frameworks::stats::PrintTo(const VendorAtom& atom, std::ostream* out) {
+  *out << sensorvela::testkit::AtomText(atom);
+}

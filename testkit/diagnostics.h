@@ -1,0 +1,64 @@
+// Diagnostics suppliers, of both generations, that answer with a plain value.
+#pragma once
+
+#include <array>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "../engine/sensor_vela.h"
+
+namespace sensorvela::testkit {
+
+/// Everything that a supplier can be asked for; there is nothing at first. A supplier of the first
+/// generation has only the processor and the queues, and answers zeros where there is nothing.
+struct Diagnostics {
+  std::optional<SensorVela::ProcessorDiag> processor;
+  /// Of the queues of type 1, 2 and 3.
+  std::array<std::optional<SensorVela::QueueStress>, 3> queues;
+  std::vector<SensorVela::IpcErrorRate> ipc_error_rates;
+  std::vector<SensorVela::MemoryPressure> memory;
+  std::vector<SensorVela::SensorUsage> sensor_usages;
+  std::vector<SensorVela::GatingContext> gating_contexts;
+  std::optional<SensorVela::DramException> dram_exception;
+  std::optional<SensorVela::AadProxStats> prox_stats;
+};
+
+/// The operations of a supplier, in the order in which the engine calls them at a cycle's end. The
+/// first generation ends with `kQueue3`.
+enum class DiagnosticsItem {
+  kProcessor,
+  kQueue1,
+  kQueue2,
+  kQueue3,
+  kIpcErrorRates,
+  kMemory,
+  kSensorUsages,
+  kGatingContexts,
+  kDramException,
+  kProxStats,
+};
+
+/// Called when the engine asks for an item, on its reporter thread; the item is taken from the
+/// result. It may call the engine.
+using AskDiagnostics = std::function<Diagnostics(DiagnosticsItem asked)>;
+
+std::unique_ptr<SensorVela::SystemDiagnosticsSupplier> MakeFirstGenerationSupplier(
+    AskDiagnostics ask);
+std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2> MakeSecondGenerationSupplier(
+    AskDiagnostics ask);
+
+/// The same with one answer for ever.
+std::unique_ptr<SensorVela::SystemDiagnosticsSupplier> MakeFirstGenerationSupplier(
+    const Diagnostics& diagnostics);
+std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2> MakeSecondGenerationSupplier(
+    const Diagnostics& diagnostics);
+
+/// Which supplier an engine is constructed with.
+enum class SupplierKind { kNone, kFirstGeneration, kSecondGeneration };
+
+/// A new engine with a supplier of that kind, which asks `ask`.
+std::unique_ptr<SensorVela> MakeEngine(SupplierKind kind, AskDiagnostics ask);
+
+}  // namespace sensorvela::testkit

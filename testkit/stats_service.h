@@ -1,0 +1,67 @@
+// A stats service that keeps what it is sent and answers as it is told to.
+#pragma once
+
+#include <aidl/android/frameworks/stats/IStats.h>
+
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <vector>
+
+#include "../platform/sync.h"
+
+#include "../platform/thread_annotations.h"
+
+namespace sensorvela::testkit {
+
+/// The name under which an engine looks its stats service up.
+inline constexpr char kStatsInstance[] = "android.frameworks.stats.IStats/default";
+
+/// What the service says to a report: success, an error, or no status at all.
+enum class Answer { kOk, kError, kNoStatus };
+
+/// Every operation may be called from any thread.
+class StatsService : public aidl::android::frameworks::stats::IStats {
+ public:
+  using VendorAtom = aidl::android::frameworks::stats::VendorAtom;
+
+  /// Called for each atom, once the atom is kept and before it is answered, on the thread that
+  /// reports it and with no lock of the service held. The report lasts as long as the call.
+  using OnReport = std::function<void(const VendorAtom& atom, Answer answer)>;
+
+  explicit StatsService(OnReport on_report = nullptr);
+
+  /// Answers the next `reports` reports with `answer`, after those planned before. Reports for
+  /// which nothing is planned are answered with `kOk`.
+  void AnswerNext(std::int64_t reports, Answer answer) SENSORVELA_EXCLUDES(mutex_);
+
+  /// The atoms received since the last call, in order, whatever they were answered.
+  std::vector<VendorAtom> TakeAtoms() SENSORVELA_EXCLUDES(mutex_);
+
+  /// Returns once `count` atoms have been received since the service was made. Waits for them
+  /// without a limit.
+  void WaitForAtoms(std::size_t count) SENSORVELA_EXCLUDES(mutex_);
+
+  ndk::ScopedAStatus reportVendorAtom(const VendorAtom& atom) override SENSORVELA_EXCLUDES(mutex_);
+
+ private:
+  struct PlannedAnswers {
+    std::int64_t reports;
+    Answer answer;
+  };
+
+  Answer TakeAnswer() SENSORVELA_REQUIRES(mutex_);
+
+  const OnReport on_report_;
+  platform::Mutex mutex_;
+  std::condition_variable_any received_;
+  std::vector<VendorAtom> atoms_ SENSORVELA_GUARDED_BY(mutex_);
+  std::size_t count_ SENSORVELA_GUARDED_BY(mutex_) = 0;
+  std::deque<PlannedAnswers> planned_ SENSORVELA_GUARDED_BY(mutex_);
+};
+
+}  // namespace sensorvela::testkit
+
+#include "../platform/thread_annotations_end.h"

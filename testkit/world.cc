@@ -1,0 +1,80 @@
+#include "testkit/world.h"
+
+#include <android/log.h>
+
+#include <string_view>
+#include <utility>
+
+#include "testkit/atom_text.h"
+#include "testkit/destroy_engine.h"
+
+namespace sensorvela::testkit {
+namespace {
+
+std::string LineText(int priority, std::string_view tag, std::string_view text) {
+  const std::string letter = priority == ANDROID_LOG_INFO    ? "I "
+                             : priority == ANDROID_LOG_ERROR ? "E "
+                                                             : "? ";
+  const std::string other_tag = tag == "sensor-vela" ? "" : std::string(tag) + ": ";
+  return letter + other_tag + std::string(text);
+}
+
+}  // namespace
+
+World::World()
+    : service(std::make_shared<StatsService>([this](const VendorAtom& atom, Answer) {
+        Keep(AtomText(atom));
+        if (on_report) on_report(atom);
+      })),
+      log_sink_([this](int priority, std::string_view tag, std::string_view text) {
+        Keep(LineText(priority, tag, text));
+      }) {
+  DeclareService();
+  RegisterService();
+}
+
+World::~World() {
+  if (has_engine()) DestroyEngine();
+  simulated::ResetServices();
+}
+
+void World::DeclareService() { simulated::DeclareService(kStatsInstance); }
+void World::UndeclareService() { simulated::UndeclareService(kStatsInstance); }
+void World::RegisterService() { simulated::RegisterService(kStatsInstance, service); }
+void World::UnregisterService() { simulated::UnregisterService(kStatsInstance); }
+void World::ReleaseServiceWaits() { simulated::ReleaseServiceWaits(kStatsInstance); }
+
+SensorVela& World::StartEngine(SupplierKind supplier) {
+  engine_ = MakeEngine(supplier, [this](DiagnosticsItem asked) {
+    if (on_ask) on_ask(asked);
+    return diagnostics;
+  });
+  return *engine_;
+}
+
+void World::DestroyEngine() {
+  time.WaitUntilSettled();  // Its thread waits for the service by now if it has to.
+  DestroyEngine([this] { ReleaseServiceWaits(); });
+}
+
+void World::DestroyEngine(const std::function<void()>& release) {
+  testkit::DestroyEngine(time, [this] { engine_.reset(); }, release);
+}
+
+std::vector<World::VendorAtom> World::TakeAtoms() {
+  time.WaitUntilSettled();
+  return service->TakeAtoms();
+}
+
+std::vector<std::string> World::TakeHistory() {
+  time.WaitUntilSettled();
+  const platform::MutexLock lock(mutex_);
+  return std::exchange(history_, {});
+}
+
+void World::Keep(std::string text) {
+  const platform::MutexLock lock(mutex_);
+  history_.push_back(std::move(text));
+}
+
+}  // namespace sensorvela::testkit
