@@ -11,6 +11,7 @@
 #include <sensorvela/atoms/diagnostics_atoms.h>
 #include <sensorvela/atoms/sensor_event_atoms.h>
 #include <sensorvela/atoms/standalone_atoms.h>
+
 #include "benchmarks/comparison.h"
 #include "benchmarks/tables.h"
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <sensorvela/atoms/memory_serviceability_histograms.h>
+
 #include "benchmarks/comparison.h"
 #include "benchmarks/tables.h"
 

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include <sensorvela/platform/simulated/log_sink.h>
+
 #include "benchmarks/comparison.h"
 #include "benchmarks/tables.h"
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include <sensorvela/atoms/sensor_event_atoms.h>
+
 #include "benchmarks/comparison.h"
 #include "benchmarks/engine.h"
 #include "benchmarks/tables.h"

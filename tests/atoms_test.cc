@@ -3,6 +3,7 @@
 
 #include <sensorvela/atoms/sensor_event_atoms.h>
 #include <sensorvela/atoms/standalone_atoms.h>
+
 #include "tests/show_atom.h"
 
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {

@@ -13,6 +13,7 @@
 #include <sensorvela/atoms/sensor_event_atoms.h>
 #include <sensorvela/atoms/standalone_atoms.h>
 #include <sensorvela/histogram/stats_histogram.h>
+
 #include "tests/call_counts.h"
 #include "tests/test_support.h"
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <filesystem>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -15,13 +16,16 @@
 #include <sensorvela/atoms/standalone_atoms.h>
 #include <sensorvela/testkit/atom_catalogue.h>
 #include <sensorvela/testkit/value_kinds.h>
-#include "tools/event_kinds.h"
-#include "tools/field_reader.h"
-#include "tools/progress.h"
-#include "tools/replay.h"
-#include "tools/report.h"
-#include "tools/trace.h"
-#include "tools/trace_event_report.h"
+
+#include "tests/trace_files.h"
+#include "tools/report/json_lines_report.h"
+#include "tools/report/progress.h"
+#include "tools/report/text_report.h"
+#include "tools/run/replay.h"
+#include "tools/trace/event_kinds.h"
+#include "tools/trace/field_reader.h"
+#include "tools/trace/trace.h"
+#include "tools/viewer/viewer_observer.h"
 
 namespace sensorvela::replay {
 namespace {
@@ -30,7 +34,7 @@ namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
 
-std::string Source(const std::string& path) { return SENSORVELA_SOURCE_DIR "/" + path; }
+using testing::SourcePath;
 
 std::string Complaint(const std::string& trace) {
   try {
@@ -42,7 +46,7 @@ std::string Complaint(const std::string& trace) {
 }
 
 TEST(TraceTest, SaysWhatIsWrongWithATraceAndWhere) {
-  std::istringstream cases(ReadInput(Source("tests/traces/bad_traces.jsonl")));
+  std::istringstream cases(ReadInput(SourcePath("tests/traces/bad_traces.jsonl")));
   int count = 0;
   for (std::string line; std::getline(cases, line); ++count) {
     SCOPED_TRACE(line);
@@ -60,28 +64,30 @@ TEST(TraceTest, SaysWhatIsWrongWithATraceAndWhere) {
             "t:1: a JSON value of type array: expected an object");
 }
 
+class ReplayTest : public ::testing::TestWithParam<std::string> {};
+
 // Beside each trace stands what `sensorvela-replay --log` prints of it, in both formats, and beside
 // some what `--trace-out` writes.
-TEST(ReplayTest, TellsOfEachTraceWhatItMust) {
-  for (const std::string name :
-       {"first_generation", "no_supplier", "one_shot_events", "outage", "outside_atom",
-        "refused_enable", "second_generation", "trains", "trains_to_their_end"}) {
-    SCOPED_TRACE(name);
-    const std::string path = Source("tests/traces/" + name);
-    const std::string trace = ReadInput(path + ".jsonl");
-    std::ostringstream text;
-    std::ostringstream json_lines;
-    std::ostringstream trace_events;
-    Replay({MakeTextReport(text).get(), MakeJsonLinesReport(json_lines).get(),
-            MakeTraceEventReport(trace_events).get()},
-           true)
-        .Run(ParseTrace(path, trace));
-    EXPECT_EQ(text.str(), ReadInput(path + ".text"));
-    EXPECT_EQ(json_lines.str(), ReadInput(path + ".json_lines"));
-    if (name != "outage" && name != "trains") continue;
-    EXPECT_EQ(trace_events.str(), ReadInput(path + ".trace_events"));
+TEST_P(ReplayTest, ShowsWhatTheTraceMustGive) {
+  const std::string path = SourcePath(GetParam());
+  const std::string trace = ReadInput(path + ".jsonl");
+  std::ostringstream text;
+  std::ostringstream json_lines;
+  std::ostringstream viewer;
+  Replay({MakeTextReport(text).get(), MakeJsonLinesReport(json_lines).get(),
+          MakeViewerObserver(viewer).get()},
+         true)
+      .Run(ParseTrace(path, trace));
+  EXPECT_EQ(text.str(), ReadInput(path + ".text"));
+  EXPECT_EQ(json_lines.str(), ReadInput(path + ".json_lines"));
+  if (std::filesystem::exists(path + ".viewer")) {
+    EXPECT_EQ(viewer.str(), ReadInput(path + ".viewer"));
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(Traces, ReplayTest,
+                         ::testing::ValuesIn(testing::TracesIn("tests/traces")),
+                         [](const auto& test) { return testing::TraceName(test.param); });
 
 TEST(TraceTest, KnowsWhenTheRunEnds) {
   const std::string train = R"({"at_ns":5,"event":"engine_start"}
@@ -95,7 +101,7 @@ TEST(TraceTest, KnowsWhenTheRunEnds) {
   for (const auto& [last, end_ns] : kCases) {
     EXPECT_EQ(ParseTrace("t", train + last).back().run_end.count(), end_ns) << last;
   }
-  const std::string day = ReadInput(Source("examples/one_day.jsonl"));
+  const std::string day = ReadInput(SourcePath("examples/one_day.jsonl"));
   EXPECT_EQ(ParseTrace("t", day).back().run_end, std::chrono::hours(24));
 }
 
@@ -112,13 +118,13 @@ std::vector<std::string> ShownOfALongRun(bool shares_terminal) {
     terminal.str("");
   };
   const auto read = [&] { progress.Read(9, 20); };
-  const auto run = [&] { progress.Sample(std::chrono::minutes(90), {1, 1}); };
+  const auto run = [&] { progress.OnSample(std::chrono::minutes(90), {1, 1}); };
   after(std::chrono::milliseconds(999), 2000, read);
   after(std::chrono::milliseconds(1), 2000, read);
   after({}, 1, [&] { progress.DoneReading(std::chrono::hours(6)); });
   after(std::chrono::seconds(1), 2000, run);
-  after({}, 1, [&] { progress.Atom({}, {}, Answer::kOk); });
-  after({}, 1, [&] { progress.Finish({}, {}); });
+  after({}, 1, [&] { progress.OnAtomReported({}, {}, Answer::kOk); });
+  after({}, 1, [&] { progress.OnRunEnd({}, {}); });
   return shown;
 }
 
@@ -136,14 +142,13 @@ TEST(TraceFormatTest, IsWhatTheDocumentSays) {
   std::ostringstream read;
   for (const EventKind& kind : EventKinds()) {
     FieldReader fields;
-    TraceFacts facts;
-    kind.read(fields, facts);
+    kind.read(fields, {});
     read << "## `" << kind.name << "`\n";
     for (const auto& [name, optional, expected] : fields.fields()) {
       read << "| `" << name << "` | " << (optional ? "no" : "yes") << " | " << expected << " |\n";
     }
   }
-  std::istringstream document(ReadInput(Source("docs/trace-format.md")));
+  std::istringstream document(ReadInput(SourcePath("docs/trace-format.md")));
   std::string documented;
   for (std::string line; std::getline(document, line);) {
     if (line.starts_with("## `")) documented += line + '\n';
@@ -154,7 +159,7 @@ TEST(TraceFormatTest, IsWhatTheDocumentSays) {
 }
 
 TEST(TraceFormatTest, HasAnExampleOfEachKindThatRuns) {
-  std::istringstream document(ReadInput(Source("docs/trace-format.md")));
+  std::istringstream document(ReadInput(SourcePath("docs/trace-format.md")));
   std::string kind;
   std::string example;
   std::size_t examples = 0;
@@ -224,7 +229,7 @@ TEST(AtomCatalogueTest, IsWhatTheDocumentSays) {
                 std::string(testkit::KindName(kind)) + " | " + std::string(meaning) + " |\n";
     }
   }
-  std::istringstream document(ReadInput(SENSORVELA_SOURCE_DIR "/docs/atoms.md"));
+  std::istringstream document(ReadInput(SourcePath("docs/atoms.md")));
   std::string documented;
   for (std::string line; std::getline(document, line);) {
     if (line.starts_with("## ") || line.starts_with("|")) documented += line + '\n';

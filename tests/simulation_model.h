@@ -12,6 +12,7 @@
 #include <vector>
 
 #include <sensorvela/engine/sensor_vela.h>
+
 #include "tests/test_support.h"
 
 namespace sensorvela::testing {

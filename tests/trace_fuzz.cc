@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "tools/trace.h"
+#include "tools/trace/trace.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   try {

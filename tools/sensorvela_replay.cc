@@ -16,12 +16,13 @@
 #include <system_error>
 #include <vector>
 
-#include "tools/event_kinds.h"
-#include "tools/progress.h"
-#include "tools/replay.h"
-#include "tools/report.h"
-#include "tools/trace.h"
-#include "tools/trace_event_report.h"
+#include "tools/report/json_lines_report.h"
+#include "tools/report/progress.h"
+#include "tools/report/text_report.h"
+#include "tools/run/replay.h"
+#include "tools/trace/event_kinds.h"
+#include "tools/trace/trace.h"
+#include "tools/viewer/viewer_observer.h"
 
 namespace {
 
@@ -63,10 +64,10 @@ int Replay(const Options& options) try {
   }
 
   std::optional<replay::Progress> progress;
-  std::vector<replay::Report*> reports;
+  std::vector<replay::RunObserver*> observers;
   if (isatty(STDERR_FILENO) != 0) {
     progress.emplace(std::cerr, isatty(STDOUT_FILENO) != 0);
-    reports.push_back(&*progress);
+    observers.push_back(&*progress);
   }
 
   const std::string input = replay::ReadInput(options.trace);
@@ -77,10 +78,10 @@ int Replay(const Options& options) try {
 
   const auto printed = options.format == "jsonl" ? replay::MakeJsonLinesReport(std::cout)
                                                  : replay::MakeTextReport(std::cout);
-  reports.push_back(printed.get());
+  observers.push_back(printed.get());
 
   std::ofstream trace_out;
-  std::unique_ptr<replay::Report> trace_events;
+  std::unique_ptr<replay::RunObserver> viewer;
   if (!options.trace_out.empty()) {
     std::error_code no_such_file;
     if (std::filesystem::equivalent(options.trace, options.trace_out, no_such_file)) {
@@ -89,11 +90,11 @@ int Replay(const Options& options) try {
     }
     trace_out.open(options.trace_out, std::ios::binary);
     if (!trace_out) return CannotWrite(options.trace_out);
-    trace_events = replay::MakeTraceEventReport(trace_out);
-    reports.push_back(trace_events.get());
+    viewer = replay::MakeViewerObserver(trace_out);
+    observers.push_back(viewer.get());
   }
 
-  replay::Replay(reports, options.log).Run(events);
+  replay::Replay(observers, options.log).Run(events);
   if (!std::cout.flush()) return CannotWrite("to standard output");
   if (!trace_out.flush()) return CannotWrite(options.trace_out);
   return 0;

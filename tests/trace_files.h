@@ -1,0 +1,31 @@
+// The traces that tests run, found in their folders.
+#pragma once
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace sensorvela::testing {
+
+inline std::string SourcePath(const std::string& path) {
+  return SENSORVELA_SOURCE_DIR "/" + path;
+}
+
+/// The traces of the folder, without their ending, sorted. Not the list of bad ones, and not the
+/// day of twelve million samples, which takes minutes under emulation.
+inline std::vector<std::string> TracesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(SourcePath(folder))) {
+    const std::string name = entry.path().stem();
+    const bool is_run = name != "bad_traces" && name != "one_day";
+    if (entry.path().extension() == ".jsonl" && is_run) names.push_back(folder + '/' + name);
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+/// A test's name: the trace's, without its folder.
+inline std::string TraceName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+}  // namespace sensorvela::testing

@@ -1,0 +1,78 @@
+#include "tools/report/progress.h"
+
+#include <utility>
+
+#include "tools/text/clock_time.h"
+
+namespace sensorvela::replay {
+namespace {
+
+constexpr std::chrono::seconds kFirstAfter{1};
+constexpr std::chrono::milliseconds kEvery{200};
+
+// A tick is much less work than a look at the clock.
+constexpr std::uint64_t kTicksPerLook = 1024;
+
+// To the line's start, and all of it cleared.
+constexpr char kErase[] = "\r\x1b[K";
+
+}  // namespace
+
+Progress::Progress(std::ostream& terminal, bool shares_terminal, Clock clock)
+    : terminal_(terminal),
+      shares_terminal_(shares_terminal),
+      clock_(std::move(clock)),
+      next_(clock_() + kFirstAfter) {}
+
+Progress::~Progress() { Erase(); }
+
+void Progress::Read(std::size_t bytes, std::size_t total) {
+  if (IsDue()) Show("read " + std::to_string(std::uint64_t{bytes} * 100 / total) + " %");
+}
+
+void Progress::DoneReading(Instant run_end) {
+  Erase();
+  run_end_ = run_end;
+}
+
+void Progress::OnAtomReported(Instant /*at*/, const SensorVela::VendorAtom& /*atom*/,
+                              Answer /*answer*/) {
+  MakeRoom();
+}
+
+void Progress::OnLogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
+                         std::string_view /*text*/) {
+  MakeRoom();
+}
+
+void Progress::OnNote(Instant /*at*/, std::string_view /*text*/) { MakeRoom(); }
+
+void Progress::OnRunEnd(Instant /*at*/, const Summary& /*summary*/) { Erase(); }
+
+void Progress::Tick(Instant at) {
+  if (IsDue()) Show("replayed to " + ClockTime(at) + " of " + ClockTime(run_end_));
+}
+
+bool Progress::IsDue() {
+  if (++ticks_ % kTicksPerLook != 0) return false;
+  const auto now = clock_();
+  if (now < next_) return false;
+  next_ = now + kEvery;
+  return true;
+}
+
+void Progress::Show(const std::string& line) {
+  terminal_ << kErase << line << std::flush;
+  is_shown_ = true;
+}
+
+void Progress::MakeRoom() {
+  if (shares_terminal_) Erase();
+}
+
+void Progress::Erase() {
+  if (is_shown_) terminal_ << kErase << std::flush;
+  is_shown_ = false;
+}
+
+}  // namespace sensorvela::replay

@@ -1,0 +1,64 @@
+// How far a long run is, for somebody who waits at a terminal.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <ostream>
+#include <string>
+
+#include "tools/run/run_observer.h"
+
+namespace sensorvela::replay {
+
+/// Once reading a trace and running it have taken a second it shows, on a line of its own and some
+/// times a second, how far that is; the line is erased when the run ends, however that is.
+class Progress : public RunObserver {
+ public:
+  /// What it takes for the present moment.
+  using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+  /// `terminal` outlives it. With `shares_terminal` the other reports print on the same terminal:
+  /// then it comes before them in the replay, and clears the line for what they print.
+  Progress(std::ostream& terminal, bool shares_terminal,
+           Clock clock = std::chrono::steady_clock::now);
+  ~Progress() override;
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  /// So many bytes of the trace have been read and checked.
+  void Read(std::size_t bytes, std::size_t total);
+
+  /// The whole trace has been read, and its run ends at `run_end`.
+  void DoneReading(Instant run_end);
+
+  void OnAtomQueued(const Cause& cause) override { Tick(cause.at); }
+  void OnErrorBlocked(Instant at, const Cause& /*cause*/, std::string_view /*text*/) override {
+    Tick(at);
+  }
+  void OnSample(Instant at, SensorVela::SensorId /*sensor*/) override { Tick(at); }
+  void OnReporterStep(Instant at, ReporterStep /*step*/) override { Tick(at); }
+
+  void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer) override;
+  void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override;
+  void OnNote(Instant at, std::string_view text) override;
+  void OnRunEnd(Instant at, const Summary& summary) override;
+
+ private:
+  void Tick(Instant at);
+  bool IsDue();
+  void Show(const std::string& line);
+  void MakeRoom();
+  void Erase();
+
+  std::ostream& terminal_;
+  const bool shares_terminal_;
+  const Clock clock_;
+  Instant run_end_ = {};
+  bool is_shown_ = false;
+  std::uint64_t ticks_ = 0;
+  std::chrono::steady_clock::time_point next_;
+};
+
+}  // namespace sensorvela::replay

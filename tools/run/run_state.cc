@@ -1,0 +1,124 @@
+#include "tools/run/run_state.h"
+
+#include <utility>
+
+namespace sensorvela::replay {
+
+using platform::MutexLock;
+using simulated::LookupStep;
+
+RunState::RunState(std::vector<RunObserver*> observers, bool observe_log,
+                   const simulated::VirtualTime& time)
+    : observers_(std::move(observers)), observe_log_(observe_log), time_(time) {}
+
+void RunState::SetCause(const Cause& cause) {
+  const MutexLock lock(mutex_);
+  ChangeCause(cause);
+}
+
+Cause RunState::cause() const {
+  const MutexLock lock(mutex_);
+  return cause_;
+}
+
+void RunState::SetDiagnostics(const testkit::Diagnostics& diagnostics) {
+  const MutexLock lock(mutex_);
+  next_diagnostics_ = diagnostics;
+}
+
+void RunState::OnEngineStart(bool has_supplier, bool looks_up_first) {
+  const MutexLock lock(mutex_);
+  is_starting_ = looks_up_first;
+  if (has_supplier) summary_.cycles_ended = 0;
+}
+
+void RunState::OnEngineStop() {
+  const MutexLock lock(mutex_);
+  NotifyQueued();
+  is_stopping_ = true;
+}
+
+void RunState::OnSensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns) {
+  const MutexLock lock(mutex_);
+  Notify(&RunObserver::OnSensorEnabled, time_.Now(), sensor, period_ns);
+}
+
+void RunState::OnSensorDisabled(SensorVela::SensorId sensor) {
+  const MutexLock lock(mutex_);
+  Notify(&RunObserver::OnSensorDisabled, time_.Now(), sensor);
+}
+
+void RunState::OnSample(const Cause& cause, SensorVela::SensorId sensor) {
+  const MutexLock lock(mutex_);
+  ChangeCause(cause);
+  sensor_tally_.CountSample(sensor);
+  Notify(&RunObserver::OnSample, cause.at, sensor);
+}
+
+void RunState::OnErrorBlocked() {
+  const MutexLock lock(mutex_);
+  ++summary_.blocked_by_cap;
+  Notify(&RunObserver::OnErrorBlocked, time_.Now(), cause_, last_log_text_);
+}
+
+void RunState::OnNote(std::string_view text) {
+  const MutexLock lock(mutex_);
+  Notify(&RunObserver::OnNote, time_.Now(), text);
+}
+
+void RunState::OnRunEnd() {
+  const MutexLock lock(mutex_);
+  summary_.dropped = queued_ - summary_.delivered - summary_.failed;
+  summary_.sensors = sensor_tally_.Summaries();
+  Notify(&RunObserver::OnRunEnd, time_.Now(), summary_);
+}
+
+void RunState::OnLogLine(int priority, std::string_view tag, std::string_view text) {
+  const MutexLock lock(mutex_);
+  last_log_text_ = text;
+  if (observe_log_) Notify(&RunObserver::OnLogLine, time_.Now(), priority, tag, text);
+}
+
+void RunState::OnLookup(LookupStep step) {
+  const MutexLock lock(mutex_);
+  NotifyQueued();
+  ReporterStep shown = step == LookupStep::kFinds ? ReporterStep::kSends : ReporterStep::kDrops;
+  if (step == LookupStep::kWaits) {
+    shown = ReporterStep::kWaits;
+  } else if (std::exchange(is_starting_, false)) {
+    shown = ReporterStep::kStarts;
+  }
+  Notify(&RunObserver::OnReporterStep, time_.Now(), shown);
+}
+
+void RunState::OnReport(const SensorVela::VendorAtom& atom, Answer answer) {
+  const MutexLock lock(mutex_);
+  ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
+  sensor_tally_.CountAtom(atom, answer == Answer::kOk);
+  Notify(&RunObserver::OnAtomReported, time_.Now(), atom, answer);
+}
+
+testkit::Diagnostics RunState::OnAsk(testkit::DiagnosticsItem asked) {
+  const MutexLock lock(mutex_);
+  if (asked == testkit::DiagnosticsItem::kProcessor) {
+    ChangeCause({time_.Now(), "end of a cycle", {}});
+    summary_.cycles_ended = summary_.cycles_ended.value_or(0) + 1;
+    diagnostics_ = next_diagnostics_;
+    Notify(&RunObserver::OnReporterStep, time_.Now(), ReporterStep::kUploads);
+  }
+  return diagnostics_;
+}
+
+void RunState::NotifyQueued() {
+  if (is_stopping_) return;  // The destruction notifies, too, and queues nothing.
+  for (const std::uint64_t queued = time_.Notifications(); queued_ < queued; ++queued_) {
+    Notify(&RunObserver::OnAtomQueued, cause_);
+  }
+}
+
+void RunState::ChangeCause(const Cause& cause) {
+  NotifyQueued();
+  cause_ = cause;
+}
+
+}  // namespace sensorvela::replay

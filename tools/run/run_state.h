@@ -1,0 +1,91 @@
+// What a run's main thread and the engine's reporter thread both come to.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <sensorvela/platform/simulated/service_manager.h>
+#include <sensorvela/platform/simulated/virtual_time.h>
+#include <sensorvela/testkit/diagnostics.h>
+
+#include "platform/sync.h"
+#include "tools/run/run_observer.h"
+#include "tools/run/sensor_tally.h"
+
+#include "platform/thread_annotations.h"
+
+namespace sensorvela::replay {
+
+/// Why atoms are queued at present, what has been counted, and the observers. Every method takes
+/// the one lock, and calls the observers with it held.
+class RunState {
+ public:
+  /// The observers and `time` outlive the state. The observers get log lines only with
+  /// `observe_log`.
+  RunState(std::vector<RunObserver*> observers, bool observe_log,
+           const simulated::VirtualTime& time);
+
+  // Called by the main thread.
+
+  /// Atoms that are queued from now on have this cause.
+  void SetCause(const Cause& cause) SENSORVELA_EXCLUDES(mutex_);
+  Cause cause() const SENSORVELA_EXCLUDES(mutex_);
+
+  /// What the supplier answers at the cycle ends from now on.
+  void SetDiagnostics(const testkit::Diagnostics& diagnostics) SENSORVELA_EXCLUDES(mutex_);
+
+  /// `looks_up_first`: the first lookup is the one before everything else.
+  void OnEngineStart(bool has_supplier, bool looks_up_first) SENSORVELA_EXCLUDES(mutex_);
+  void OnEngineStop() SENSORVELA_EXCLUDES(mutex_);
+
+  void OnSensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns)
+      SENSORVELA_EXCLUDES(mutex_);
+  void OnSensorDisabled(SensorVela::SensorId sensor) SENSORVELA_EXCLUDES(mutex_);
+  void OnSample(const Cause& cause, SensorVela::SensorId sensor) SENSORVELA_EXCLUDES(mutex_);
+  /// The error that has just been reported to the engine queued no atom.
+  void OnErrorBlocked() SENSORVELA_EXCLUDES(mutex_);
+  void OnNote(std::string_view text) SENSORVELA_EXCLUDES(mutex_);
+  void OnRunEnd() SENSORVELA_EXCLUDES(mutex_);
+
+  // Called by the reporter thread; the log also by the main thread.
+
+  void OnLogLine(int priority, std::string_view tag, std::string_view text)
+      SENSORVELA_EXCLUDES(mutex_);
+  void OnLookup(simulated::LookupStep step) SENSORVELA_EXCLUDES(mutex_);
+  void OnReport(const SensorVela::VendorAtom& atom, Answer answer) SENSORVELA_EXCLUDES(mutex_);
+  /// What the supplier answers when it is asked for `asked`. The first item of all ends a cycle.
+  testkit::Diagnostics OnAsk(testkit::DiagnosticsItem asked) SENSORVELA_EXCLUDES(mutex_);
+
+ private:
+  template <typename... Parameters, typename... Arguments>
+  void Notify(void (RunObserver::*method)(Parameters...), const Arguments&... arguments)
+      SENSORVELA_REQUIRES(mutex_) {
+    for (RunObserver* observer : observers_) (observer->*method)(arguments...);
+  }
+  /// Shows the observers the atoms that have been queued since the last call.
+  void NotifyQueued() SENSORVELA_REQUIRES(mutex_);
+  void ChangeCause(const Cause& cause) SENSORVELA_REQUIRES(mutex_);
+
+  const std::vector<RunObserver*> observers_;
+  const bool observe_log_;
+  const simulated::VirtualTime& time_;
+
+  mutable platform::Mutex mutex_;
+  Summary summary_ SENSORVELA_GUARDED_BY(mutex_);
+  SensorTally sensor_tally_ SENSORVELA_GUARDED_BY(mutex_);
+  Cause cause_ SENSORVELA_GUARDED_BY(mutex_) = {};
+  std::uint64_t queued_ SENSORVELA_GUARDED_BY(mutex_) = 0;
+  std::string last_log_text_ SENSORVELA_GUARDED_BY(mutex_);
+  bool is_stopping_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  /// The next lookup is the one before everything else.
+  bool is_starting_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  testkit::Diagnostics next_diagnostics_ SENSORVELA_GUARDED_BY(mutex_);
+  /// Those of the upload under way.
+  testkit::Diagnostics diagnostics_ SENSORVELA_GUARDED_BY(mutex_);
+};
+
+}  // namespace sensorvela::replay
+
+#include "platform/thread_annotations_end.h"

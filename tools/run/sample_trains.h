@@ -1,0 +1,77 @@
+// Trains of samples: each stands for many samples of one sensor, at regular instants.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <queue>
+#include <vector>
+
+#include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/platform/simulated/virtual_time.h>
+
+#include "tools/run/event.h"
+
+namespace sensorvela::replay {
+
+struct SampleTrain {
+  SensorVela::SensorId sensor;
+  std::int64_t count;
+  /// From one sample's timestamp to the next one's.
+  std::int64_t interval_ns;
+  /// From a sample's timestamp to its arrival.
+  std::int64_t latency_ns;
+  /// After every so many samples the next one comes `gap_ns` later than it would; 0 for never.
+  std::int64_t gap_every;
+  std::int64_t gap_ns;
+
+  /// From the first sample's timestamp to the last one's arrival.
+  std::int64_t DurationNs() const;
+};
+
+/// The trains under way, merged: hands out their samples in the order in which they arrive.
+class SampleTrains {
+ public:
+  using Instant = simulated::VirtualTime::Instant;
+
+  struct Sample {
+    SensorVela::SensorId sensor;
+    std::int64_t timestamp_ns;
+    Instant arrival;
+    /// Where in the trace the train stands.
+    TraceLine line;
+  };
+
+  /// The train's first sample bears the timestamp `start`.
+  void Start(const SampleTrain& train, Instant start, TraceLine line);
+
+  /// Drops what the trains have left.
+  void Cut() { running_ = {}; }
+
+  /// Whether a sample arrives by `instant`.
+  bool HasSampleBy(Instant instant) const;
+
+  /// Of the samples that are left, the one that arrives first; of several that arrive together, the
+  /// one of the train that was started first. There must be one.
+  Sample TakeNext();
+
+ private:
+  struct Running {
+    SampleTrain train;
+    TraceLine line;
+    std::size_t order;
+    std::int64_t timestamp_ns;
+    std::int64_t taken;
+
+    std::int64_t arrival_ns() const { return timestamp_ns + train.latency_ns; }
+    bool operator>(const Running& other) const {
+      if (arrival_ns() != other.arrival_ns()) return arrival_ns() > other.arrival_ns();
+      return order > other.order;
+    }
+  };
+
+  std::priority_queue<Running, std::vector<Running>, std::greater<>> running_;
+  std::size_t started_ = 0;
+};
+
+}  // namespace sensorvela::replay

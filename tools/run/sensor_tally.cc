@@ -1,0 +1,72 @@
+#include "tools/run/sensor_tally.h"
+
+#include <algorithm>
+#include <functional>
+
+#include <sensorvela/testkit/atom_catalogue.h>
+
+namespace sensorvela::replay {
+namespace {
+
+using aidl::android::frameworks::stats::VendorAtomValue;
+using Tag = VendorAtomValue::Tag;
+
+constexpr std::int32_t kDisabled = 1;
+
+/// Counts are unsigned and travel in signed values.
+std::uint64_t Count(std::int32_t value) { return static_cast<std::uint32_t>(value); }
+
+/// Atoms from outside may look like anything.
+bool IsStateChange(const SensorVela::VendorAtom& atom) {
+  const testkit::AtomInfo* info = testkit::FindAtom(atom.atomId);
+  return info != nullptr && info->name == "HalSensorStateChanged" &&
+         atom.reverseDomainName.empty() &&
+         std::ranges::equal(atom.values, info->values, {}, &VendorAtomValue::getTag,
+                            &testkit::ValueInfo::kind);
+}
+
+ReportedSamples CountsOf(const SensorVela::VendorAtom& atom) {
+  ReportedSamples counts = {.samples = Count(atom.values[4].get<Tag::intValue>()),
+                            .late = Count(atom.values[5].get<Tag::intValue>())};
+  const auto& bands = atom.values[6].get<Tag::repeatedIntValue>();
+  if (bands && bands->size() == counts.bands.size()) {
+    std::ranges::transform(*bands, counts.bands.begin(), Count);
+  }
+  return counts;
+}
+
+ReportedSamples Sum(const ReportedSamples& a, const ReportedSamples& b) {
+  ReportedSamples sum = {.samples = a.samples + b.samples, .late = a.late + b.late};
+  std::ranges::transform(a.bands, b.bands, sum.bands.begin(), std::plus<>());
+  return sum;
+}
+
+}  // namespace
+
+void SensorTally::CountSample(SensorVela::SensorId sensor) {
+  ++entries_[{sensor.high, sensor.low}].delivered;
+}
+
+void SensorTally::CountAtom(const SensorVela::VendorAtom& atom, bool is_taken) {
+  if (!IsStateChange(atom)) return;
+  const auto high = static_cast<std::uint32_t>(atom.values[0].get<Tag::intValue>());
+  Entry& entry = entries_[{high, atom.values[1].get<Tag::intValue>()}];
+  const bool is_disable = atom.values[2].get<Tag::intValue>() == kDisabled;
+  if (is_disable && !is_taken) return;
+  const ReportedSamples reported = is_disable ? CountsOf(atom) : ReportedSamples{};
+  // Counts only grow from one enable to the next.
+  if (!is_disable || reported.samples < entry.open.samples) {
+    entry.closed = Sum(entry.closed, entry.open);
+  }
+  entry.open = reported;
+}
+
+std::vector<SensorSummary> SensorTally::Summaries() const {
+  std::vector<SensorSummary> summaries;
+  for (const auto& [id, entry] : entries_) {
+    summaries.push_back({{id.first, id.second}, entry.delivered, Sum(entry.closed, entry.open)});
+  }
+  return summaries;
+}
+
+}  // namespace sensorvela::replay

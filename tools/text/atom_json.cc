@@ -1,0 +1,84 @@
+#include "tools/text/atom_json.h"
+
+#include <cmath>
+#include <optional>
+
+#include <sensorvela/testkit/atom_catalogue.h>
+
+namespace sensorvela::replay {
+namespace {
+
+using aidl::android::frameworks::stats::VendorAtom;
+using aidl::android::frameworks::stats::VendorAtomValue;
+
+template <typename T>
+Json ToJson(const T& value) {
+  return value;
+}
+
+Json ToJson(float value) {
+  if (std::isnan(value)) return "NaN";
+  if (std::isinf(value)) return value > 0 ? "Infinity" : "-Infinity";
+  return value;
+}
+
+template <typename T>
+Json ToJson(const std::vector<T>& list);
+
+template <typename T>
+Json ToJson(const std::optional<T>& value) {
+  return value ? ToJson(*value) : Json();
+}
+
+template <typename T>
+Json ToJson(const std::vector<T>& list) {
+  Json array = Json::array();
+  // A list of bools has no bools to refer to.
+  for (const auto& element : list) array.push_back(ToJson(static_cast<const T&>(element)));
+  return array;
+}
+
+}  // namespace
+
+std::string Dump(const Json& json, bool ascii_only) {
+  return json.dump(-1, ' ', ascii_only, Json::error_handler_t::replace);
+}
+
+Json ToJson(const VendorAtomValue& value) {
+  using Tag = VendorAtomValue::Tag;
+  switch (value.getTag()) {
+    case Tag::intValue:
+      return ToJson(value.get<Tag::intValue>());
+    case Tag::longValue:
+      return ToJson(value.get<Tag::longValue>());
+    case Tag::floatValue:
+      return ToJson(value.get<Tag::floatValue>());
+    case Tag::stringValue:
+      return ToJson(value.get<Tag::stringValue>());
+    case Tag::boolValue:
+      return ToJson(value.get<Tag::boolValue>());
+    case Tag::repeatedIntValue:
+      return ToJson(value.get<Tag::repeatedIntValue>());
+    case Tag::repeatedLongValue:
+      return ToJson(value.get<Tag::repeatedLongValue>());
+    case Tag::repeatedFloatValue:
+      return ToJson(value.get<Tag::repeatedFloatValue>());
+    case Tag::repeatedStringValue:
+      return ToJson(value.get<Tag::repeatedStringValue>());
+    case Tag::repeatedBoolValue:
+      return ToJson(value.get<Tag::repeatedBoolValue>());
+    case Tag::byteArrayValue:
+      return ToJson(value.get<Tag::byteArrayValue>());
+  }
+  return {};
+}
+
+Json NamedValues(const VendorAtom& atom) {
+  Json values = Json::object();
+  for (std::size_t i = 0; i < atom.values.size(); ++i) {
+    values[testkit::ValueName(atom, i)] = ToJson(atom.values[i]);
+  }
+  return values;
+}
+
+}  // namespace sensorvela::replay

@@ -1,0 +1,250 @@
+#include "tools/trace/event_kinds.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include <sensorvela/engine/sensor_vela.h>
+
+#include "tools/run/replay.h"
+#include "tools/text/printable_text.h"
+#include "tools/trace/diagnostics_reader.h"
+#include "tools/trace/outside_atom.h"
+#include "tools/trace/sample_train_reader.h"
+
+namespace sensorvela::replay {
+namespace {
+
+constexpr std::int32_t kMaxCount = 1'000'000;
+
+// Of the names in the description, wider than any, and of its lines.
+constexpr std::size_t kNameWidth = 25;
+constexpr std::size_t kLineWidth = 100;
+
+SensorVela::SensorId ReadSensor(FieldReader& fields) {
+  const auto high = fields.Integer<std::uint32_t>("sensor_high");
+  const auto low = fields.Integer<std::int32_t>("sensor_low");
+  return {high, low};
+}
+
+std::int32_t ReadCount(FieldReader& fields) {
+  return fields.OptionalInteger<std::int32_t>("count", 1, 1, kMaxCount);
+}
+
+testkit::SupplierKind ReadSupplier(FieldReader& fields) {
+  constexpr std::array<std::string_view, 3> kNames = {"none", "first", "second"};
+  using testkit::SupplierKind;
+  constexpr std::array kKinds = {SupplierKind::kNone, SupplierKind::kFirstGeneration,
+                                 SupplierKind::kSecondGeneration};
+  return kKinds.at(fields.OptionalChoice("supplier", kNames, 2));
+}
+
+SensorVela::TarnVelaProxEvent ReadProxEvent(FieldReader& fields) {
+  const auto integer = [&](std::string_view name) {
+    return fields.OptionalInteger<std::int32_t>(name, 0);
+  };
+  const auto number = [&](std::string_view name) { return fields.OptionalFloat(name); };
+  return {integer("int_0"),  integer("int_1"),  integer("int_2"),  integer("int_3"),
+          integer("int_4"),  integer("int_5"),  integer("int_6"),  integer("int_7"),
+          number("float_0"), number("float_1"), number("float_2"), number("float_3"),
+          integer("int_8"),  integer("int_9"),  number("float_4"), number("float_5"),
+          number("float_6")};
+}
+
+template <typename Call>
+EventContent CallOnce(const Call& call) {
+  return {[=](Replay& replay) { replay.CallEngine(call); }};
+}
+
+/// An event without fields of its own.
+template <void (Replay::*Step)()>
+EventContent Plain(FieldReader&, const TraceContext&) {
+  return {[](Replay& replay) { (replay.*Step)(); }};
+}
+
+template <Answer Given>
+EventContent AnswerReports(FieldReader& fields, const TraceContext&) {
+  const auto reports = fields.Integer<std::int32_t>("reports", 1, kMaxCount);
+  return {[=](Replay& replay) { replay.AnswerNext(reports, Given); }};
+}
+
+EventContent Nothing(FieldReader&, const TraceContext&) {
+  return {[](Replay&) {}};
+}
+
+constexpr EventKind kEventKinds[] = {
+    {"engine_start", "the host constructs the engine; supplier: none, first or second generation",
+     Place::kStartsEngine,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto supplier = ReadSupplier(fields);
+       return {.action = [=](Replay& replay) { replay.StartEngine(supplier); },
+               .supplier = supplier};
+     }},
+    {"hal_error", "a call into the sensors HAL fails, count times", Place::kNeedsEngine,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto sensor = ReadSensor(fields);
+       const auto call = SensorVela::HalCall{fields.Integer<std::int32_t>("call")};
+       const auto error = fields.Integer<std::int32_t>("error");
+       const auto count = ReadCount(fields);
+       return {[=](Replay& replay) {
+         replay.ReportErrors(
+             count, [=](SensorVela& engine) { engine.LogSensorHalError(sensor, call, error); });
+       }};
+     }},
+    {"runtime_error", "a sensor fails while it runs, count times", Place::kNeedsEngine,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto sensor = ReadSensor(fields);
+       const auto type = SensorVela::ErrorType{fields.Integer<std::int32_t>("type")};
+       const auto code = fields.Integer<std::int32_t>("code");
+       const auto count = ReadCount(fields);
+       return {[=](Replay& replay) {
+         replay.ReportErrors(
+             count, [=](SensorVela& engine) { engine.LogSensorRuntimeError(sensor, type, code); });
+       }};
+     }},
+    {"sensor_enabled", "a sensor is enabled with that sampling period", Place::kNeedsEngine,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto sensor = ReadSensor(fields);
+       const auto period_ns = fields.Integer<std::int64_t>("period_ns");
+       return {[=](Replay& replay) { replay.EnableSensor(sensor, period_ns); }};
+     }},
+    {"sensor_disabled", "a sensor is disabled", Place::kNeedsEngine,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto sensor = ReadSensor(fields);
+       return {[=](Replay& replay) { replay.DisableSensor(sensor); }};
+     }},
+    {"sample", "a sample that bears that timestamp arrives at at_ns", Place::kNeedsEngine,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto sensor = ReadSensor(fields);
+       const auto timestamp_ns = fields.Integer<std::int64_t>("timestamp_ns");
+       return {[=](Replay& replay) { replay.DeliverSample(sensor, timestamp_ns); }};
+     }},
+    {"samples",
+     "a train of count samples: the first bears the timestamp at_ns, each next one that of the one "
+     "before plus interval_ns, and gap_ns more after every gap_every samples; each arrives "
+     "latency_ns after its timestamp",
+     Place::kNeedsEngine,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto sensor = ReadSensor(fields);
+       const auto train = ReadSampleTrain(fields, sensor);
+       return {.action = [=](Replay& replay) { replay.StartTrain(train); },
+               .train_ns = train.DurationNs()};
+     }},
+    {"first_sample", "the host reports a first sample beside the one that the engine reports",
+     Place::kNeedsEngine,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto sensor = ReadSensor(fields);
+       const auto latency_ns = fields.Integer<std::int64_t>("latency_ns");
+       return CallOnce([=](SensorVela& engine) { engine.ReportFirstSample(sensor, latency_ns); });
+     }},
+    {"prox", "a proximity status report; fields left out are 0", Place::kNeedsEngine,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto event = ReadProxEvent(fields);
+       return CallOnce([=](SensorVela& engine) { engine.LogSensorProxEvent(event); });
+     }},
+    {"hal_latency", "an operation of the sensors HAL took that long", Place::kNeedsEngine,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto operation = SensorVela::HalOperation{fields.Integer<std::int32_t>("operation")};
+       const auto sensor = ReadSensor(fields);
+       const auto latency_ns = fields.Integer<std::int64_t>("latency_ns");
+       return CallOnce(
+           [=](SensorVela& engine) { engine.ReportHalLatency(operation, sensor, latency_ns); });
+     }},
+    {"firmware_state", "a sensor firmware changes its state", Place::kNeedsEngine,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto subject_id = fields.Integer<std::int32_t>("subject_id");
+       const auto state = SensorVela::FirmwareState{fields.Integer<std::int32_t>("state")};
+       const auto detail_code = fields.Integer<std::int32_t>("detail_code");
+       return CallOnce(
+           [=](SensorVela& engine) { engine.ReportFirmwareState(subject_id, state, detail_code); });
+     }},
+    {"atom",
+     "an atom that is not of the engine's making; each of the values is an object of one field, "
+     "named after its kind: int, long, float, string, bool, ints, longs, floats, strings, bools or "
+     "bytes",
+     Place::kNeedsEngine,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto atom = ReadOutsideAtom(fields);
+       return CallOnce([=](SensorVela& engine) { engine.ReportVendorAtomAsync(atom); });
+     }},
+    {"diagnostics",
+     "what the supplier answers when a cycle ends, from now on; an item left out is absent, or all "
+     "zeros from a first-generation supplier, which has only processor (4 numbers) and the queues "
+     "(6 each). Lists of records: ipc_error_rates (4 numbers each), sensor_usages (7), "
+     "gating_contexts (9), and memory, objects with kind and any of shared_value, "
+     "pressure_value_1 to pressure_value_4, serviceability_value_1, serviceability_value_2, "
+     "bucket_allocation_count and bucket_duration_ms (20 numbers each). dram_exception has 5 "
+     "numbers, prox_stats 20",
+     Place::kNeedsEngine,
+     [](FieldReader& fields, const TraceContext& context) -> EventContent {
+       const auto diagnostics = ReadDiagnostics(fields, context.supplier);
+       return {[=](Replay& replay) { replay.SetDiagnostics(diagnostics); }};
+     }},
+    {"service_declared", "the device declares the stats service: lookups wait for it",
+     Place::kAnywhere, Plain<&Replay::DeclareService>},
+    {"service_undeclared", "the device no longer declares it: lookups that wait get none",
+     Place::kAnywhere, Plain<&Replay::UndeclareService>},
+    {"service_registered", "a new stats service comes up, in place of any other", Place::kAnywhere,
+     Plain<&Replay::RegisterService>},
+    {"service_unregistered", "the stats service goes away", Place::kAnywhere,
+     Plain<&Replay::UnregisterService>},
+    {"service_wait_released", "lookups that wait for the stats service get none", Place::kAnywhere,
+     Plain<&Replay::ReleaseServiceWaits>},
+    {"service_fails", "the stats service answers that many reports with an error", Place::kAnywhere,
+     AnswerReports<Answer::kError>},
+    {"service_silent", "it answers that many reports without a status", Place::kAnywhere,
+     AnswerReports<Answer::kNoStatus>},
+    {"time_passes", "nothing happens but the passing of time", Place::kAnywhere, Nothing},
+    {"note", "a line of the story, printed with the output", Place::kAnywhere,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       return {[text = fields.Text("text")](Replay& replay) { replay.Note(text); }};
+     }},
+    {"end",
+     "the host destroys the engine, and trains under way are cut; must be last; without it the run "
+     "ends with the last event and the last train",
+     Place::kLast, Plain<&Replay::CutTrains>},
+};
+
+/// `text` in lines of the description's right column.
+std::string InRightColumn(std::string_view text) {
+  constexpr std::size_t kWidth = kLineWidth - kNameWidth;
+  std::string lines;
+  while (text.size() > kWidth) {
+    const std::size_t space = text.rfind(' ', kWidth);
+    lines += std::string(text.substr(0, space)) + '\n' + std::string(kNameWidth, ' ');
+    text.remove_prefix(space + 1);
+  }
+  return lines + std::string(text) + '\n';
+}
+
+}  // namespace
+
+std::span<const EventKind> EventKinds() { return kEventKinds; }
+
+const EventKind& FindEventKind(std::string_view name) {
+  std::string known;
+  for (const EventKind& kind : kEventKinds) {
+    if (kind.name == name) return kind;
+    if (!known.empty()) known += ", ";
+    known += kind.name;
+  }
+  throw EventError("unknown event " + Quoted(name) + ": expected one of " + known);
+}
+
+std::string DescribeEventKinds() {
+  std::string description;
+  for (const EventKind& kind : kEventKinds) {
+    FieldReader fields;
+    kind.read(fields, {});
+    std::string name = "  " + std::string(kind.name);
+    name.resize(kNameWidth, ' ');
+    description += name + InRightColumn(kind.help);
+    if (const std::string list = fields.FieldList(); !list.empty()) {
+      description += std::string(kNameWidth, ' ') + InRightColumn("fields: " + list);
+    }
+  }
+  return description;
+}
+
+}  // namespace sensorvela::replay

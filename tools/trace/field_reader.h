@@ -1,0 +1,93 @@
+// Reads the fields of a JSON object of a trace and checks them: presence, content, and that there
+// are no others.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/trace/checked_value.h"
+
+namespace sensorvela::replay {
+
+/// Reads the fields of one object, each by its name and once. A field that is not as asked for
+/// throws `EventError`.
+class FieldReader {
+ public:
+  struct Field {
+    std::string name;
+    bool optional;
+    /// What a value must be. Noted only by a reader that reads nothing.
+    std::string expected;
+  };
+
+  /// Reads the fields of an event, a JSON object that outlives the reader.
+  explicit FieldReader(const nlohmann::json& event) : object_(&event) {}
+
+  /// Reads the fields of an object inside of an event.
+  explicit FieldReader(const CheckedValue& nested)
+      : object_(&nested.Object()), path_(nested.name() + '.') {}
+
+  /// Reads nothing: takes note of the fields that it is asked for, and answers with any value.
+  FieldReader() = default;
+
+  /// An integer, written without fraction or exponent, from `min` to `max`.
+  template <typename Int>
+  Int Integer(std::string_view name, Int min = std::numeric_limits<Int>::min(),
+              Int max = std::numeric_limits<Int>::max()) {
+    return static_cast<Int>(ReadInteger(name, {min, max}, std::nullopt));
+  }
+
+  /// The same; `fallback` when there is no such field.
+  template <typename Int>
+  Int OptionalInteger(std::string_view name, Int fallback,
+                      Int min = std::numeric_limits<Int>::min(),
+                      Int max = std::numeric_limits<Int>::max()) {
+    return static_cast<Int>(ReadInteger(name, {min, max}, fallback));
+  }
+
+  /// 0 when there is no such field.
+  float OptionalFloat(std::string_view name);
+
+  std::string Text(std::string_view name);
+
+  /// Empty when there is no such field.
+  std::string OptionalText(std::string_view name);
+
+  /// The position in `choices` of the field's text; `fallback` when there is no such field.
+  std::size_t OptionalChoice(std::string_view name, std::span<const std::string_view> choices,
+                             std::size_t fallback);
+
+  std::vector<CheckedValue> List(std::string_view name);
+
+  /// For a field that none of the others can read; the caller checks that it is as `expected`.
+  std::optional<CheckedValue> OptionalValue(std::string_view name, std::string_view expected);
+
+  /// Throws when the object has a field that was not read.
+  void RejectOtherFields() const;
+
+  /// The fields read so far, in order.
+  const std::vector<Field>& fields() const { return fields_; }
+
+  /// The same for a reader; optional ones are in brackets.
+  std::string FieldList() const;
+
+ private:
+  std::int64_t ReadInteger(std::string_view name, IntegerRange range,
+                           std::optional<std::int64_t> fallback);
+
+  /// The field's value. None when nothing is read.
+  std::optional<CheckedValue> RequiredValue(std::string_view name, std::string_view expected);
+
+  const nlohmann::json* object_ = nullptr;
+  std::string path_;
+  std::vector<Field> fields_;
+};
+
+}  // namespace sensorvela::replay

@@ -1,0 +1,14 @@
+// A train of samples, as a trace has it.
+#pragma once
+
+#include <sensorvela/engine/sensor_vela.h>
+
+#include "tools/run/sample_trains.h"
+#include "tools/trace/field_reader.h"
+
+namespace sensorvela::replay {
+
+/// Throws `EventError` for a train that lasts so long that its times could overflow.
+SampleTrain ReadSampleTrain(FieldReader& fields, SensorVela::SensorId sensor);
+
+}  // namespace sensorvela::replay

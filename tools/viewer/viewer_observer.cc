@@ -1,0 +1,181 @@
+#include "tools/viewer/viewer_observer.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <utility>
+
+#include <sensorvela/testkit/atom_catalogue.h>
+
+#include "tools/text/names.h"
+#include "tools/viewer/sensor_track.h"
+#include "tools/viewer/step_counter.h"
+#include "tools/viewer/viewer_writer.h"
+
+namespace sensorvela::replay {
+namespace {
+
+constexpr int kEngine = 1;
+constexpr int kSensors = 2;
+
+constexpr Track kReporterThread = {kEngine, 1};
+constexpr Track kDelivered = {kEngine, 2};
+constexpr Track kFailed = {kEngine, 3};
+constexpr Track kDropped = {kEngine, 4};
+constexpr Track kBlocked = {kEngine, 5};
+constexpr Track kNotes = {kEngine, 6};
+
+Json QueuedBy(const Cause& cause) {
+  Json arguments = {{"queued_at_ns", cause.at.count()}, {"queued_by", cause.what}};
+  if (cause.line.number != 0) arguments["trace_line"] = cause.line.number;
+  return arguments;
+}
+
+/// The event's own fields, for what has no atom to show.
+void AddEvent(const Cause& cause, Json& arguments) {
+  if (cause.line.number == 0) return;
+  Json fields = Json::parse(cause.line.text);
+  fields.erase("at_ns");
+  fields.erase("event");
+  arguments["event"] = std::move(fields);
+}
+
+class ViewerObserver : public RunObserver {
+ public:
+  explicit ViewerObserver(std::ostream& out) : out_(out) {
+    out_.NameProcess(kEngine, "SensorVela");
+    out_.NameTrack(kReporterThread, "reporter thread");
+    out_.NameTrack(kDelivered, "atoms delivered");
+    out_.NameTrack(kFailed, "atoms failed");
+    out_.NameTrack(kDropped, "atoms dropped");
+    out_.NameTrack(kBlocked, "errors blocked by the cap");
+    out_.NameTrack(kNotes, "notes");
+    out_.NameProcess(kSensors, "sensors");
+  }
+
+  void OnAtomQueued(const Cause& cause) override {
+    waiting_.push_back(cause);
+    queue_length_.Set(cause.at, waiting_.size());
+  }
+
+  void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer) override {
+    Json arguments = {{"atom_id", atom.atomId}};
+    if (!atom.reverseDomainName.empty()) arguments["domain"] = atom.reverseDomainName;
+    arguments.update(NamedValues(atom));
+    arguments.update(QueuedBy(TakeOldest(at)));
+    if (answer == Answer::kOk) {
+      out_.Mark(kDelivered, at, "delivered", testkit::AtomName(atom), arguments);
+    } else {
+      arguments["answer"] = AnswerName(answer);
+      out_.Mark(kFailed, at, "failed", testkit::AtomName(atom), arguments);
+    }
+  }
+
+  void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override {
+    Json arguments = {{"log", text}, {"trace_line", cause.line.number}};
+    AddEvent(cause, arguments);
+    out_.Mark(kBlocked, at, "blocked", cause.what, arguments);
+  }
+
+  void OnReporterStep(Instant at, ReporterStep step) override {
+    const bool has_waited = state_ == State::kWaiting;
+    LeaveState(at);
+    switch (step) {
+      case ReporterStep::kWaits:
+        state_ = State::kWaiting;
+        batch_ = waiting_.size();
+        return;
+      case ReporterStep::kStarts:
+        state_ = State::kAsleep;
+        return;
+      case ReporterStep::kSends:
+      case ReporterStep::kDrops:
+        if (!has_waited) batch_ = waiting_.size();
+        out_.Span(kReporterThread, at, at, step == ReporterStep::kSends ? "draining" : "dropping",
+                  {{"atoms", batch_}});
+        if (step == ReporterStep::kDrops) Drop(at, batch_);
+        break;
+      case ReporterStep::kUploads:
+        out_.Span(kReporterThread, at, at, "uploading diagnostics", Json::object());
+        break;
+    }
+    state_ = State::kAsleep;
+  }
+
+  void OnSensorEnabled(Instant at, SensorVela::SensorId sensor, std::int64_t period_ns) override {
+    TrackOf(sensor).Enable(at, period_ns);
+  }
+
+  void OnSensorDisabled(Instant at, SensorVela::SensorId sensor) override {
+    TrackOf(sensor).Disable(at);
+  }
+
+  void OnSample(Instant at, SensorVela::SensorId sensor) override { TrackOf(sensor).Sample(at); }
+
+  void OnNote(Instant at, std::string_view text) override {
+    out_.Mark(kNotes, at, "note", text, Json::object());
+  }
+
+  void OnRunEnd(Instant at, const Summary& /*summary*/) override {
+    LeaveState(at);
+    Drop(at, waiting_.size());
+    queue_length_.Flush();
+    for (auto& [id, sensor] : sensors_) sensor.Finish(at);
+    out_.Finish();
+  }
+
+ private:
+  enum class State { kNotStarted, kWaiting, kAsleep };
+
+  /// Writes what the reporter thread has done since its last step.
+  void LeaveState(Instant at) {
+    if (state_ == State::kWaiting) {
+      out_.Span(kReporterThread, since_, at, "waiting for the service", {{"atoms", batch_}});
+    } else if (state_ == State::kAsleep && at > since_) {
+      out_.Span(kReporterThread, since_, at, "sleeping", Json::object());
+    }
+    since_ = at;
+  }
+
+  Cause TakeOldest(Instant at) {
+    const Cause cause = waiting_.front();
+    waiting_.pop_front();
+    queue_length_.Set(at, waiting_.size());
+    return cause;
+  }
+
+  void Drop(Instant at, std::size_t atoms) {
+    for (std::size_t i = 0; i < atoms; ++i) {
+      const Cause cause = TakeOldest(at);
+      Json arguments = QueuedBy(cause);
+      AddEvent(cause, arguments);
+      out_.Mark(kDropped, at, "dropped", cause.what, arguments);
+    }
+  }
+
+  SensorTrack& TrackOf(SensorVela::SensorId sensor) {
+    const Track next = {kSensors, static_cast<int>(sensors_.size()) + 1};
+    return sensors_.try_emplace({sensor.high, sensor.low}, out_, sensor, next).first->second;
+  }
+
+  ViewerWriter out_;
+
+  State state_ = State::kNotStarted;
+  Instant since_ = {};
+  /// How many atoms the reporter thread holds while it waits.
+  std::size_t batch_ = 0;
+
+  std::deque<Cause> waiting_;
+  StepCounter queue_length_{out_, kEngine, "atoms waiting"};
+
+  std::map<std::pair<std::uint32_t, std::int32_t>, SensorTrack> sensors_;
+};
+
+}  // namespace
+
+std::unique_ptr<RunObserver> MakeViewerObserver(std::ostream& out) {
+  return std::make_unique<ViewerObserver>(out);
+}
+
+}  // namespace sensorvela::replay
