@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/baseline_queue.h"
 #include "benchmarks/comparison.h"
 #include "benchmarks/engine.h"
-#include "benchmarks/floor_queue.h"
 #include "benchmarks/tables.h"
 
 namespace sensorvela::benchmarks {
@@ -45,7 +45,7 @@ void Measure(benchmark::State& state, Stretch stretch, const Call& enqueue) {
 }
 
 /// Its memory is one piece, which is moved as a whole whenever it has to grow.
-using ContiguousQueue = BasicFloorQueue<std::vector<VendorAtom>>;
+using ContiguousQueue = BasicBaselineQueue<std::vector<VendorAtom>>;
 
 }  // namespace
 
@@ -65,7 +65,7 @@ void AddBacklog() {
   AddCounters("The same, were the queue one piece of memory", "0 to 1000000",
               [](benchmark::State& state) {
                 ContiguousQueue queue;
-                Measure(state, {0, kAtoms}, [&] { queue.Enqueue(FloorAtom(4)); });
+                Measure(state, {0, kAtoms}, [&] { queue.Enqueue(BaselineAtom(4)); });
               });
 }
 

@@ -78,13 +78,13 @@ Body Stores(const Runs&... all) {
   };
 }
 
-/// The floor's members are of the same kinds in the same order.
+/// The baseline's members are of the same kinds in the same order.
 template <typename Record, typename... Runs>
 void AddRow(const char* name, const Record& record, const Runs&... runs) {
   Add({.table = "createVendorAtom",
        .name = name,
        .ours = Builds(record),
-       .floor = Stores(runs...),
+       .baseline = Stores(runs...),
        .goal = 1.10});
 }
 

@@ -26,7 +26,7 @@ void AddRow(const std::string& title, const Row& row) {
 std::string FullName(const std::string& table, const std::string& row, const char* what) {
   return table + ": " + row + what;
 }
-constexpr char kFloor[] = " (floor)";
+constexpr char kBaseline[] = " (baseline)";
 
 constexpr int kCounterRepetitions = 7;
 
@@ -45,7 +45,7 @@ double Median(std::vector<double> values) {
 void Add(const Road& road) {
   AddRow(road.table, {road.name, road.goal});
   for (auto* const it : {Register(FullName(road.table, road.name, ""), road.ours),
-                         Register(FullName(road.table, road.name, kFloor), road.floor)}) {
+                         Register(FullName(road.table, road.name, kBaseline), road.baseline)}) {
     it->Threads(road.threads);
     road.manual_time ? it->UseManualTime() : it->UseRealTime();
   }
@@ -82,24 +82,24 @@ void Tables::Finalize() {
       if (!has_title) std::printf("\n%s\n", title.c_str());
       has_title = true;
       std::printf("  %-56s", name.c_str());
-      PrintFigures(ours, FullName(title, name, kFloor), goal);
+      PrintFigures(ours, FullName(title, name, kBaseline), goal);
     }
   }
 }
 
-void Tables::PrintFigures(const std::string& ours, const std::string& floor, double goal) const {
+void Tables::PrintFigures(const std::string& ours, const std::string& baseline, double goal) const {
   const double ours_ns = Median(times_ns_.at(ours));
-  const auto floor_times_ns = times_ns_.find(floor);
+  const auto baseline_times_ns = times_ns_.find(baseline);
   if (const auto counters = counters_.find(ours); counters != counters_.end()) {
     for (const auto& [label, values] : counters->second) {
       std::printf("  %s %10.0f", label.c_str(), Median(values));
     }
-  } else if (floor_times_ns == times_ns_.end()) {
+  } else if (baseline_times_ns == times_ns_.end()) {
     std::printf("%10.1f ns", ours_ns);
   } else {
-    const double floor_ns = Median(floor_times_ns->second);
-    const double ratio = ours_ns / floor_ns;
-    std::printf("%10.1f ns  floor %10.1f ns  ratio %5.2f", ours_ns, floor_ns, ratio);
+    const double baseline_ns = Median(baseline_times_ns->second);
+    const double ratio = ours_ns / baseline_ns;
+    std::printf("%10.1f ns  baseline %10.1f ns  ratio %5.2f", ours_ns, baseline_ns, ratio);
     if (goal > 0) std::printf("  goal %.2f%s", goal, ratio > goal ? "  MISSED" : "");
   }
   std::printf("\n");

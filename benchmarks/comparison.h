@@ -12,12 +12,12 @@ namespace sensorvela::benchmarks {
 
 using Body = std::function<void(benchmark::State&)>;
 
-/// What a road costs beside its floor, the unavoidable work written by hand.
+/// What a road costs beside its baseline, the unavoidable work written by hand.
 struct Road {
   std::string table;
   std::string name;
   Body ours;
-  Body floor;
+  Body baseline;
   /// The ratio to reach; 0 for a row that has none.
   double goal = 0;
   int threads = 1;
@@ -28,7 +28,7 @@ struct Road {
 /// Measures both, in this process and run; the table shows the ratio of their medians.
 void Add(const Road& road);
 
-/// Measures one thing that has no floor.
+/// Measures one thing that has no baseline.
 void Add(const std::string& table, const std::string& name, const Body& body);
 
 /// Shows the counters that `body` sets, each a column of the table: medians over some runs.
@@ -42,7 +42,7 @@ class Tables : public benchmark::BenchmarkReporter {
   void Finalize() override;
 
  private:
-  void PrintFigures(const std::string& ours, const std::string& floor, double goal) const;
+  void PrintFigures(const std::string& ours, const std::string& baseline, double goal) const;
 
   /// By name, what each repetition took and counted.
   std::map<std::string, std::vector<double>> times_ns_;

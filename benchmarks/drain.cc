@@ -3,9 +3,9 @@
 #include <deque>
 #include <thread>
 
+#include "benchmarks/baseline_queue.h"
 #include "benchmarks/comparison.h"
 #include "benchmarks/engine.h"
-#include "benchmarks/floor_queue.h"
 #include "benchmarks/tables.h"
 
 namespace sensorvela::benchmarks {
@@ -36,7 +36,7 @@ Body Ours(Extent extent) {
 }
 
 /// The virtual call and the status check, on another thread than the one that made the atoms.
-Body Floor(Extent extent) {
+Body Baseline(Extent extent) {
   return [=](benchmark::State& state) {
     PluggedService service;
     IStats* stats = &service;
@@ -44,7 +44,7 @@ Body Floor(Extent extent) {
     int failed = 0;
     while (state.KeepRunningBatch(kBatch)) {
       std::deque<VendorAtom> batch;
-      for (int i = 0; i < kBatch; ++i) batch.push_back(FloorAtom(3));
+      for (int i = 0; i < kBatch; ++i) batch.push_back(BaselineAtom(3));
       std::thread([&] {
         const auto start = std::chrono::steady_clock::now();
         for (const VendorAtom& atom : batch) {
@@ -64,13 +64,13 @@ void AddDrain() {
   Add({.table = "The reporter thread, an atom of a long batch",
        .name = "reported",
        .ours = Ours(Extent::kReports),
-       .floor = Floor(Extent::kReports),
+       .baseline = Baseline(Extent::kReports),
        .goal = 1.25,
        .manual_time = true});
   Add({.table = "The reporter thread, an atom of a long batch",
        .name = "reported and freed",
        .ours = Ours(Extent::kReportsAndFrees),
-       .floor = Floor(Extent::kReportsAndFrees),
+       .baseline = Baseline(Extent::kReportsAndFrees),
        .manual_time = true});
 }
 

@@ -3,9 +3,9 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "benchmarks/baseline_queue.h"
 #include "benchmarks/comparison.h"
 #include "benchmarks/engine.h"
-#include "benchmarks/floor_queue.h"
 #include "benchmarks/tables.h"
 
 namespace sensorvela::benchmarks {
@@ -29,19 +29,19 @@ Body Repeat(Call call) {
 }
 
 /// A status table under its lock, and the queue.
-class FloorTable {
+class BaselineTable {
  public:
   void Report() {
     const std::lock_guard lock(mutex_);
     benchmark::DoNotOptimize(counts_.find(1)->second);
-    queue_.Enqueue(FloorAtom(6, true));
+    queue_.Enqueue(BaselineAtom(6, true));
   }
   void Empty() { queue_.Empty(); }
 
  private:
   std::mutex mutex_;
   std::unordered_map<std::uint64_t, std::uint32_t> counts_ = {{1, 0}};
-  FloorQueue queue_;
+  BaselineQueue queue_;
 };
 
 }  // namespace
@@ -53,25 +53,27 @@ void AddEnqueue() {
        .ours = Repeat<BusyEngine>([](BusyEngine& engine) {
          engine->ReportHalLatency(SensorVela::HalOperation{4}, kSensor, 1'500'000);
        }),
-       .floor = Repeat<FloorQueue>([](FloorQueue& queue) { queue.Enqueue(FloorAtom(4)); }),
+       .baseline =
+           Repeat<BaselineQueue>([](BaselineQueue& queue) { queue.Enqueue(BaselineAtom(4)); }),
        .goal = 1.15});
   Add({.table = kTable,
        .name = "7 values, one a list (ReportHalSensorDisabled)",
        .ours =
            Repeat<BusyEngine>([](BusyEngine& engine) { engine->ReportHalSensorDisabled(kSensor); }),
-       .floor = Repeat<FloorQueue>([](FloorQueue& queue) { queue.Enqueue(FloorAtom(6, true)); }),
+       .baseline = Repeat<BaselineQueue>(
+           [](BaselineQueue& queue) { queue.Enqueue(BaselineAtom(6, true)); }),
        .goal = 1.15});
   Add({.table = kTable,
-       .name = "the same, floor with a lock and a lookup for the status",
+       .name = "the same, baseline with a lock and a lookup for the status",
        .ours =
            Repeat<BusyEngine>([](BusyEngine& engine) { engine->ReportHalSensorDisabled(kSensor); }),
-       .floor = Repeat<FloorTable>([](FloorTable& table) { table.Report(); })});
+       .baseline = Repeat<BaselineTable>([](BaselineTable& table) { table.Report(); })});
   Add({.table = kTable,
        .name = "20 values, copied (ReportVendorAtomAsync)",
        .ours = Repeat<BusyEngine>(
-           [atom = FloorAtom(20)](BusyEngine& engine) { engine->ReportVendorAtomAsync(atom); }),
-       .floor = Repeat<FloorQueue>(
-           [atom = FloorAtom(20)](FloorQueue& queue) { queue.Enqueue(VendorAtom(atom)); }),
+           [atom = BaselineAtom(20)](BusyEngine& engine) { engine->ReportVendorAtomAsync(atom); }),
+       .baseline = Repeat<BaselineQueue>(
+           [atom = BaselineAtom(20)](BaselineQueue& queue) { queue.Enqueue(VendorAtom(atom)); }),
        .goal = 1.10});
 }
 

@@ -8,9 +8,9 @@
 #include <unordered_map>
 #include <vector>
 
+#include "benchmarks/baseline_queue.h"
 #include "benchmarks/comparison.h"
 #include "benchmarks/engine.h"
-#include "benchmarks/floor_queue.h"
 #include "benchmarks/tables.h"
 
 namespace sensorvela::benchmarks {
@@ -78,7 +78,7 @@ struct Table {
 std::uint64_t Key(std::uint32_t number) { return std::uint64_t{0x10} << 32 | number; }
 
 /// One lock, one clock reading, one lookup, the fields.
-[[gnu::noinline]] void FloorSample(Table& table, std::uint64_t key, std::int64_t timestamp_ns) {
+[[gnu::noinline]] void BaselineSample(Table& table, std::uint64_t key, std::int64_t timestamp_ns) {
   const std::lock_guard lock(table.mutex);
   Status& status = table.status.find(key)->second;
   const std::int64_t latency_ns = android::elapsedRealtimeNano() - timestamp_ns;
@@ -92,7 +92,7 @@ std::uint64_t Key(std::uint32_t number) { return std::uint64_t{0x10} << 32 | num
   status.last_ns = timestamp_ns;
 }
 
-Body FloorSamples(std::uint32_t sensors) {
+Body BaselineSamples(std::uint32_t sensors) {
   const auto table = std::make_shared<Table>();
   return [=](benchmark::State& state) {
     if (state.thread_index() == 0) {
@@ -100,13 +100,13 @@ Body FloorSamples(std::uint32_t sensors) {
       std::vector<VendorAtom> between;
       for (std::uint32_t i = 0; i < sensors; ++i) {
         table->status[Key(i)] = {};
-        between.push_back(FloorAtom(7));
+        between.push_back(BaselineAtom(7));
       }
     }
     const std::int64_t timestamp_ns = android::elapsedRealtimeNano();
     Sensors order(sensors, state.thread_index());
     for (auto _ : state) {
-      FloorSample(*table, Key(order.Next()), timestamp_ns);
+      BaselineSample(*table, Key(order.Next()), timestamp_ns);
     }
     if (state.thread_index() == 0) table->status.clear();
   };
@@ -117,7 +117,7 @@ void AddRow(const char* table, const std::string& name, std::uint32_t sensors, i
   Add({.table = table,
        .name = name,
        .ours = Samples(sensors),
-       .floor = FloorSamples(sensors),
+       .baseline = BaselineSamples(sensors),
        .goal = goal,
        .threads = threads});
 }

@@ -18,7 +18,7 @@ using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
 
 template <typename Atoms>
-class BasicFloorQueue {
+class BasicBaselineQueue {
  public:
   void Enqueue(VendorAtom&& atom) {
     const std::lock_guard lock(mutex_);
@@ -37,10 +37,10 @@ class BasicFloorQueue {
   Atoms atoms_;
 };
 
-using FloorQueue = BasicFloorQueue<std::deque<VendorAtom>>;
+using BaselineQueue = BasicBaselineQueue<std::deque<VendorAtom>>;
 
 /// An atom with one exact allocation for `ints` ints, and a list of five more if asked for.
-inline VendorAtom FloorAtom(int ints, bool with_list = false) {
+inline VendorAtom BaselineAtom(int ints, bool with_list = false) {
   VendorAtom atom;
   atom.atomId = 1;
   atom.values.reserve(static_cast<std::size_t>(ints) + (with_list ? 1 : 0));
