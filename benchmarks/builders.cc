@@ -83,7 +83,7 @@ template <typename Record, typename... Runs>
 void AddRow(const char* name, const Record& record, const Runs&... runs) {
   Add({.table = "createVendorAtom",
        .name = name,
-       .ours = Builds(record),
+       .operation = Builds(record),
        .baseline = Stores(runs...),
        .goal = 1.10});
 }

@@ -42,12 +42,13 @@ double Median(std::vector<double> values) {
 
 }  // namespace
 
-void Add(const Road& road) {
-  AddRow(road.table, {road.name, road.goal});
-  for (auto* const it : {Register(FullName(road.table, road.name, ""), road.ours),
-                         Register(FullName(road.table, road.name, kBaseline), road.baseline)}) {
-    it->Threads(road.threads);
-    road.manual_time ? it->UseManualTime() : it->UseRealTime();
+void Add(const Comparison& comparison) {
+  AddRow(comparison.table, {comparison.name, comparison.goal});
+  for (auto* const it :
+       {Register(FullName(comparison.table, comparison.name, ""), comparison.operation),
+        Register(FullName(comparison.table, comparison.name, kBaseline), comparison.baseline)}) {
+    it->Threads(comparison.threads);
+    comparison.manual_time ? it->UseManualTime() : it->UseRealTime();
   }
 }
 
@@ -77,29 +78,30 @@ void Tables::Finalize() {
   for (const auto& [title, rows] : tables) {
     bool has_title = false;
     for (const auto& [name, goal] : rows) {
-      const std::string ours = FullName(title, name, "");
-      if (!times_ns_.contains(ours)) continue;  // Filtered out.
+      const std::string operation = FullName(title, name, "");
+      if (!times_ns_.contains(operation)) continue;  // Filtered out.
       if (!has_title) std::printf("\n%s\n", title.c_str());
       has_title = true;
       std::printf("  %-56s", name.c_str());
-      PrintFigures(ours, FullName(title, name, kBaseline), goal);
+      PrintFigures(operation, FullName(title, name, kBaseline), goal);
     }
   }
 }
 
-void Tables::PrintFigures(const std::string& ours, const std::string& baseline, double goal) const {
-  const double ours_ns = Median(times_ns_.at(ours));
+void Tables::PrintFigures(const std::string& operation, const std::string& baseline,
+                          double goal) const {
+  const double operation_ns = Median(times_ns_.at(operation));
   const auto baseline_times_ns = times_ns_.find(baseline);
-  if (const auto counters = counters_.find(ours); counters != counters_.end()) {
+  if (const auto counters = counters_.find(operation); counters != counters_.end()) {
     for (const auto& [label, values] : counters->second) {
       std::printf("  %s %10.0f", label.c_str(), Median(values));
     }
   } else if (baseline_times_ns == times_ns_.end()) {
-    std::printf("%10.1f ns", ours_ns);
+    std::printf("%10.1f ns", operation_ns);
   } else {
     const double baseline_ns = Median(baseline_times_ns->second);
-    const double ratio = ours_ns / baseline_ns;
-    std::printf("%10.1f ns  baseline %10.1f ns  ratio %5.2f", ours_ns, baseline_ns, ratio);
+    const double ratio = operation_ns / baseline_ns;
+    std::printf("%10.1f ns  baseline %10.1f ns  ratio %5.2f", operation_ns, baseline_ns, ratio);
     if (goal > 0) std::printf("  goal %.2f%s", goal, ratio > goal ? "  MISSED" : "");
   }
   std::printf("\n");

@@ -12,11 +12,11 @@ namespace sensorvela::benchmarks {
 
 using Body = std::function<void(benchmark::State&)>;
 
-/// What a road costs beside its baseline, the unavoidable work written by hand.
-struct Road {
+/// What an operation costs beside its baseline, the unavoidable work written by hand.
+struct Comparison {
   std::string table;
   std::string name;
-  Body ours;
+  Body operation;
   Body baseline;
   /// The ratio to reach; 0 for a row that has none.
   double goal = 0;
@@ -26,7 +26,7 @@ struct Road {
 };
 
 /// Measures both, in this process and run; the table shows the ratio of their medians.
-void Add(const Road& road);
+void Add(const Comparison& comparison);
 
 /// Measures one thing that has no baseline.
 void Add(const std::string& table, const std::string& name, const Body& body);
@@ -42,7 +42,7 @@ class Tables : public benchmark::BenchmarkReporter {
   void Finalize() override;
 
  private:
-  void PrintFigures(const std::string& ours, const std::string& baseline, double goal) const;
+  void PrintFigures(const std::string& operation, const std::string& baseline, double goal) const;
 
   /// By name, what each repetition took and counted.
   std::map<std::string, std::vector<double>> times_ns_;

@@ -19,7 +19,7 @@ void SetTime(benchmark::State& state, std::chrono::nanoseconds time) {
 
 enum class Extent { kReports, kReportsAndFrees };
 
-Body Ours(Extent extent) {
+Body Operation(Extent extent) {
   return [=](benchmark::State& state) {
     BusyEngine engine;
     while (state.KeepRunningBatch(kBatch)) {
@@ -63,13 +63,13 @@ Body Baseline(Extent extent) {
 void AddDrain() {
   Add({.table = "The reporter thread, an atom of a long batch",
        .name = "reported",
-       .ours = Ours(Extent::kReports),
+       .operation = Operation(Extent::kReports),
        .baseline = Baseline(Extent::kReports),
        .goal = 1.25,
        .manual_time = true});
   Add({.table = "The reporter thread, an atom of a long batch",
        .name = "reported and freed",
-       .ours = Ours(Extent::kReportsAndFrees),
+       .operation = Operation(Extent::kReportsAndFrees),
        .baseline = Baseline(Extent::kReportsAndFrees),
        .manual_time = true});
 }

@@ -13,7 +13,7 @@
 namespace sensorvela::benchmarks {
 namespace {
 
-void Ours(benchmark::State& state) {
+void Operation(benchmark::State& state) {
   const auto engine = StartEngine();
   const auto fail = [&] { engine->LogSensorHalError({0x10, 1}, SensorVela::HalCall{3}, -22); };
   for (int i = 0; i < 10; ++i) fail();
@@ -46,7 +46,7 @@ void Baseline(benchmark::State& state) {
 void AddErrorCap() {
   Add({.table = "An error past the cap (LogSensorHalError)",
        .name = "log to nowhere",
-       .ours = Ours,
+       .operation = Operation,
        .baseline = Baseline,
        .goal = 1.15});
 }

@@ -28,7 +28,7 @@ auto NewHistogram() {
       create_sensor_memory_serviceability_stats_reported__bucket_duration_ms_histogram();
 }
 
-void Ours(benchmark::State& state) {
+void Operation(benchmark::State& state) {
   const auto histogram = NewHistogram();
   ForEachValue(state, [&](float value) { histogram->addValue(value); });
 }
@@ -52,7 +52,7 @@ void Baseline(benchmark::State& state) {
 void AddHistogram() {
   Add({.table = "StatsHistogram::addValue",
        .name = "22 bins, a value of each in turn",
-       .ours = Ours,
+       .operation = Operation,
        .baseline = Baseline,
        .goal = 1.05});
 }

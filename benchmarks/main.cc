@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
   namespace benchmarks = sensorvela::benchmarks;
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
-  // The heap keeps what is freed, so that no road is charged for the kernel's pages.
+  // The heap keeps what is freed, so that no operation is charged for the kernel's pages.
   mallopt(M_TRIM_THRESHOLD, 1 << 30);  // NOLINT(concurrency-mt-unsafe): the only thread.
   mallopt(M_MMAP_THRESHOLD, 1 << 30);  // NOLINT(concurrency-mt-unsafe)
   const sensorvela::simulated::ScopedLogSink to_nowhere(

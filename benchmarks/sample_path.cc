@@ -1,4 +1,4 @@
-// A sample of a sensor that is known: the road that runs for every sample of every sensor.
+// A sample of a sensor that is known: the operation that runs for every sample of every sensor.
 #include <utils/SystemClock.h>
 
 #include <array>
@@ -116,7 +116,7 @@ void AddRow(const char* table, const std::string& name, std::uint32_t sensors, i
             double goal) {
   Add({.table = table,
        .name = name,
-       .ours = Samples(sensors),
+       .operation = Samples(sensors),
        .baseline = BaselineSamples(sensors),
        .goal = goal,
        .threads = threads});
