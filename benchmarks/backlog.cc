@@ -56,7 +56,7 @@ void AddBacklog() {
     const std::string name = std::to_string(begin) + " to " + std::to_string(end);
     const Stretch stretch = {begin, end};
     AddCounters("An enqueue, by the atoms queued already", name, [=](benchmark::State& state) {
-      BusyEngine engine;
+      BlockedEngine engine;
       Measure(state, stretch,
               [&] { engine->ReportHalLatency(SensorVela::HalOperation{4}, {0x10, 1}, 1'500'000); });
     });

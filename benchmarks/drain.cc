@@ -21,7 +21,7 @@ enum class Extent { kReports, kReportsAndFrees };
 
 Body Operation(Extent extent) {
   return [=](benchmark::State& state) {
-    BusyEngine engine;
+    BlockedEngine engine;
     while (state.KeepRunningBatch(kBatch)) {
       engine.Empty();
       for (int i = 0; i < kBatch; ++i) {
@@ -38,7 +38,7 @@ Body Operation(Extent extent) {
 /// The virtual call and the status check, on another thread than the one that made the atoms.
 Body Baseline(Extent extent) {
   return [=](benchmark::State& state) {
-    PluggedService service;
+    BlockingService service;
     IStats* stats = &service;
     benchmark::DoNotOptimize(stats);
     int failed = 0;

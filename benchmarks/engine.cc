@@ -7,7 +7,7 @@
 namespace sensorvela::benchmarks {
 namespace {
 
-constexpr std::int32_t kPlugId = -1;
+constexpr std::int32_t kMarkerId = -1;
 
 class NoOpService : public IStats {
  public:
@@ -26,54 +26,54 @@ std::unique_ptr<SensorVela> StartEngine(std::shared_ptr<IStats> service) {
 
 std::unique_ptr<SensorVela> StartEngine() { return StartEngine(std::make_shared<NoOpService>()); }
 
-ndk::ScopedAStatus PluggedService::reportVendorAtom(const VendorAtom& atom) {
-  if (atom.atomId == kPlugId) {
+ndk::ScopedAStatus BlockingService::reportVendorAtom(const VendorAtom& atom) {
+  if (atom.atomId == kMarkerId) {
     std::unique_lock lock(mutex_);
-    const std::uint64_t number = ++reached_;
-    between_plugs_ = std::chrono::steady_clock::now() - released_;
+    const std::uint64_t number = ++markers_reached_;
+    time_between_markers_ = std::chrono::steady_clock::now() - last_marker_end_;
     changed_.notify_all();
-    changed_.wait(lock, [&] { return unplugged_ || queued_ > number; });
-    released_ = std::chrono::steady_clock::now();
+    changed_.wait(lock, [&] { return unblocked_ || markers_queued_ > number; });
+    last_marker_end_ = std::chrono::steady_clock::now();
   }
   return ndk::ScopedAStatus::ok();
 }
 
-void PluggedService::Plug(SensorVela& engine) {
-  VendorAtom plug;
-  plug.atomId = kPlugId;
-  engine.ReportVendorAtomAsync(plug);
+void BlockingService::Block(SensorVela& engine) {
+  VendorAtom marker;
+  marker.atomId = kMarkerId;
+  engine.ReportVendorAtomAsync(marker);
   std::unique_lock lock(mutex_);
-  ++queued_;
+  ++markers_queued_;
   changed_.notify_all();
-  changed_.wait(lock, [this] { return reached_ == queued_; });
+  changed_.wait(lock, [this] { return markers_reached_ == markers_queued_; });
 }
 
-void PluggedService::Unplug() {
+void BlockingService::Unblock() {
   const std::lock_guard lock(mutex_);
-  unplugged_ = true;
+  unblocked_ = true;
   changed_.notify_all();
 }
 
-std::chrono::nanoseconds PluggedService::TimeBetweenPlugs() {
+std::chrono::nanoseconds BlockingService::TimeBetweenMarkers() {
   const std::lock_guard lock(mutex_);
-  return between_plugs_;
+  return time_between_markers_;
 }
 
-BusyEngine::BusyEngine()
-    : service_(std::make_shared<PluggedService>()), engine_(StartEngine(service_)) {
-  service_->Plug(*engine_);
+BlockedEngine::BlockedEngine()
+    : service_(std::make_shared<BlockingService>()), engine_(StartEngine(service_)) {
+  service_->Block(*engine_);
 }
 
-BusyEngine::~BusyEngine() { service_->Unplug(); }
+BlockedEngine::~BlockedEngine() { service_->Unblock(); }
 
-std::chrono::nanoseconds BusyEngine::Drain() {
-  service_->Plug(*engine_);
-  return service_->TimeBetweenPlugs();
+std::chrono::nanoseconds BlockedEngine::Drain() {
+  service_->Block(*engine_);
+  return service_->TimeBetweenMarkers();
 }
 
-void BusyEngine::Empty() {
+void BlockedEngine::Empty() {
   Drain();
-  Drain();  // The batch that the first plug came with has been freed when the second is reached.
+  Drain();  // Before its marker is reached, the batch of the previous marker is freed.
 }
 
 }  // namespace sensorvela::benchmarks

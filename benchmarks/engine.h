@@ -1,4 +1,4 @@
-// The engines that are measured, and the service that they report to.
+// The engines that the benchmarks measure, and the service to which they report.
 #pragma once
 
 #include <aidl/android/frameworks/stats/IStats.h>
@@ -16,51 +16,51 @@ namespace sensorvela::benchmarks {
 using aidl::android::frameworks::stats::IStats;
 using aidl::android::frameworks::stats::VendorAtom;
 
-/// An engine whose service takes atoms and does nothing.
+/// Starts an engine whose service ignores every report.
 std::unique_ptr<SensorVela> StartEngine();
 
-/// A service that does nothing, but for the plugs: the report of a plug ends when the next one is
-/// on its way.
-class PluggedService : public IStats {
+/// A service that ignores every report, except the reports of marker atoms: these block.
+class BlockingService : public IStats {
  public:
   ndk::ScopedAStatus reportVendorAtom(const VendorAtom& atom) override;
 
-  /// Queues a plug and returns when the engine reports it; all that was queued before it has been
-  /// reported then.
-  void Plug(SensorVela& engine);
-  /// Lets the last plug through.
-  void Unplug();
-  /// How long the engine was busy between the last two plugs.
-  std::chrono::nanoseconds TimeBetweenPlugs();
+  /// Queues a marker, unblocks the report of the previous one, and waits until the report of the
+  /// new one blocks. By then all atoms queued before it have been reported.
+  void Block(SensorVela& engine);
+  /// Unblocks the report of the last marker.
+  void Unblock();
+  /// The time between the last two markers: from the end of the first one's report to the beginning
+  /// of the second one's.
+  std::chrono::nanoseconds TimeBetweenMarkers();
 
  private:
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::uint64_t queued_ = 0;
-  std::uint64_t reached_ = 0;
-  bool unplugged_ = false;
-  std::chrono::steady_clock::time_point released_;
-  std::chrono::nanoseconds between_plugs_{};
+  std::uint64_t markers_queued_ = 0;
+  std::uint64_t markers_reached_ = 0;
+  bool unblocked_ = false;
+  std::chrono::steady_clock::time_point last_marker_end_;
+  std::chrono::nanoseconds time_between_markers_{};
 };
 
-/// An engine whose reporter thread is busy in a report, but for the time of `Drain` and `Empty`.
-class BusyEngine {
+/// An engine whose reporter thread is blocked in a report, except during `Drain` and `Empty`.
+class BlockedEngine {
  public:
-  BusyEngine();
-  ~BusyEngine();
-  BusyEngine(const BusyEngine&) = delete;
-  BusyEngine& operator=(const BusyEngine&) = delete;
+  BlockedEngine();
+  ~BlockedEngine();
+  BlockedEngine(const BlockedEngine&) = delete;
+  BlockedEngine& operator=(const BlockedEngine&) = delete;
 
   SensorVela& operator*() { return *engine_; }
   SensorVela* operator->() { return engine_.get(); }
 
-  /// Has all that is queued sent, and says how long that took.
+  /// Waits until all queued atoms have been reported, and returns how long that took.
   std::chrono::nanoseconds Drain();
-  /// Has all that is queued sent and freed.
+  /// Waits until all queued atoms have been reported and freed.
   void Empty();
 
  private:
-  const std::shared_ptr<PluggedService> service_;
+  const std::shared_ptr<BlockingService> service_;
   const std::unique_ptr<SensorVela> engine_;
 };
 

@@ -50,7 +50,7 @@ void AddEnqueue() {
   constexpr char kTable[] = "An atom queued, the reporter thread busy elsewhere";
   Add({.table = kTable,
        .name = "4 values (ReportHalLatency)",
-       .operation = Repeat<BusyEngine>([](BusyEngine& engine) {
+       .operation = Repeat<BlockedEngine>([](BlockedEngine& engine) {
          engine->ReportHalLatency(SensorVela::HalOperation{4}, kSensor, 1'500'000);
        }),
        .baseline =
@@ -58,20 +58,21 @@ void AddEnqueue() {
        .goal = 1.15});
   Add({.table = kTable,
        .name = "7 values, one a list (ReportHalSensorDisabled)",
-       .operation =
-           Repeat<BusyEngine>([](BusyEngine& engine) { engine->ReportHalSensorDisabled(kSensor); }),
+       .operation = Repeat<BlockedEngine>(
+           [](BlockedEngine& engine) { engine->ReportHalSensorDisabled(kSensor); }),
        .baseline = Repeat<BaselineQueue>(
            [](BaselineQueue& queue) { queue.Enqueue(BaselineAtom(6, true)); }),
        .goal = 1.15});
   Add({.table = kTable,
        .name = "the same, baseline with a lock and a lookup for the status",
-       .operation =
-           Repeat<BusyEngine>([](BusyEngine& engine) { engine->ReportHalSensorDisabled(kSensor); }),
+       .operation = Repeat<BlockedEngine>(
+           [](BlockedEngine& engine) { engine->ReportHalSensorDisabled(kSensor); }),
        .baseline = Repeat<BaselineTable>([](BaselineTable& table) { table.Report(); })});
   Add({.table = kTable,
        .name = "20 values, copied (ReportVendorAtomAsync)",
-       .operation = Repeat<BusyEngine>(
-           [atom = BaselineAtom(20)](BusyEngine& engine) { engine->ReportVendorAtomAsync(atom); }),
+       .operation = Repeat<BlockedEngine>([atom = BaselineAtom(20)](BlockedEngine& engine) {
+         engine->ReportVendorAtomAsync(atom);
+       }),
        .baseline = Repeat<BaselineQueue>(
            [atom = BaselineAtom(20)](BaselineQueue& queue) { queue.Enqueue(VendorAtom(atom)); }),
        .goal = 1.10});

@@ -27,8 +27,8 @@ void ReportErrors(benchmark::State& state, SensorVela& engine) {
 
 void Engine(benchmark::State& state) { ReportErrors(state, *StartEngine()); }
 
-void EngineWithABusyReporter(benchmark::State& state) {
-  BusyEngine engine;
+void EngineWithABlockedReporter(benchmark::State& state) {
+  BlockedEngine engine;
   ReportErrors(state, *engine);
 }
 
@@ -46,7 +46,7 @@ void AsynchronousLogger(benchmark::State& state) {
 
 void DirectCall(benchmark::State& state) {
   using android::hardware::halvard::orrin::vendor::OrrinAtoms::SensorHalErrorDetected;
-  PluggedService service;
+  BlockingService service;
   IStats* stats = &service;
   benchmark::DoNotOptimize(stats);
   std::int32_t errors = 0;
@@ -65,7 +65,7 @@ void DirectCall(benchmark::State& state) {
 void AddScale() {
   constexpr char kTable[] = "One HAL error, on the caller's thread";
   Add(kTable, "LogSensorHalError", Engine);
-  Add(kTable, "LogSensorHalError, the reporter thread busy elsewhere", EngineWithABusyReporter);
+  Add(kTable, "LogSensorHalError, the reporter thread busy elsewhere", EngineWithABlockedReporter);
   Add(kTable, "spdlog, asynchronous, null sink", AsynchronousLogger);
   Add(kTable, "a direct call into a service in this process", DirectCall);
 }
