@@ -1,4 +1,4 @@
-// What each enqueue takes while a million atoms pile up behind a service that does not answer.
+// The time of each enqueue while the queue behind a blocked service grows to a million atoms.
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
@@ -16,19 +16,19 @@ namespace {
 
 constexpr std::size_t kAtoms = 1'000'000;
 
-/// The enqueues from one length of the queue up to another.
-struct Stretch {
+/// The queue lengths at which enqueues are timed.
+struct LengthRange {
   std::size_t begin;
   std::size_t end;
 };
 
-/// Fills the queue up to the stretch, and times each enqueue in it.
+/// Fills the queue up to the range, then times each enqueue within it.
 template <typename Call>
-void Measure(benchmark::State& state, Stretch stretch, const Call& enqueue) {
+void Measure(benchmark::State& state, LengthRange range, const Call& enqueue) {
   using Clock = std::chrono::steady_clock;
-  std::vector<std::int64_t> times_ns(stretch.end - stretch.begin);
+  std::vector<std::int64_t> times_ns(range.end - range.begin);
   for (auto _ : state) {
-    for (std::size_t i = 0; i < stretch.begin; ++i) enqueue();
+    for (std::size_t i = 0; i < range.begin; ++i) enqueue();
     for (std::int64_t& time_ns : times_ns) {
       const auto start = Clock::now();
       enqueue();
@@ -44,7 +44,7 @@ void Measure(benchmark::State& state, Stretch stretch, const Call& enqueue) {
   state.counters["3: worst ns"] = static_cast<double>(times_ns.back());
 }
 
-/// Its memory is one piece, which is moved as a whole whenever it has to grow.
+/// Moves all its atoms whenever it grows.
 using ContiguousQueue = BasicBaselineQueue<std::vector<VendorAtom>>;
 
 }  // namespace
@@ -54,15 +54,17 @@ void AddBacklog() {
   for (const std::size_t end :
        {std::size_t{1'000}, std::size_t{10'000}, std::size_t{100'000}, kAtoms}) {
     const std::string name = std::to_string(begin) + " to " + std::to_string(end);
-    const Stretch stretch = {begin, end};
-    AddCounters("An enqueue, by the atoms queued already", name, [=](benchmark::State& state) {
-      BlockedEngine engine;
-      Measure(state, stretch,
-              [&] { engine->ReportHalLatency(SensorVela::HalOperation{4}, {0x10, 1}, 1'500'000); });
-    });
+    const LengthRange range = {begin, end};
+    AddCounters("An enqueue, by the number of atoms already queued", name,
+                [=](benchmark::State& state) {
+                  BlockedEngine engine;
+                  Measure(state, range, [&] {
+                    engine->ReportHalLatency(SensorVela::HalOperation{4}, {0x10, 1}, 1'500'000);
+                  });
+                });
     begin = end;
   }
-  AddCounters("The same, were the queue one piece of memory", "0 to 1000000",
+  AddCounters("An enqueue into a queue in contiguous memory", "0 to 1000000",
               [](benchmark::State& state) {
                 ContiguousQueue queue;
                 Measure(state, {0, kAtoms}, [&] { queue.Enqueue(BaselineAtom(4)); });

@@ -1,4 +1,4 @@
-// The least that a queue of atoms costs its callers.
+// The baseline for queueing an atom: the minimum that an enqueue must do.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
@@ -26,7 +26,7 @@ class BasicBaselineQueue {
     not_empty_.notify_all();
   }
 
-  /// Has another thread free everything, as the engine's callers have.
+  /// Frees all atoms on another thread, as the engine does.
   void Empty() {
     std::thread([&] { Atoms().swap(atoms_); }).join();
   }
@@ -39,7 +39,8 @@ class BasicBaselineQueue {
 
 using BaselineQueue = BasicBaselineQueue<std::deque<VendorAtom>>;
 
-/// An atom with one exact allocation for `ints` ints, and a list of five more if asked for.
+/// An atom of `ints` ints and, on request, a list of five ints. The values take one exact
+/// allocation, the list another.
 inline VendorAtom BaselineAtom(int ints, bool with_list = false) {
   VendorAtom atom;
   atom.atomId = 1;

@@ -1,4 +1,4 @@
-// Measures things beside each other and prints the result as tables.
+// Compares operations with their baselines and prints the results as tables.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -12,29 +12,30 @@ namespace sensorvela::benchmarks {
 
 using Body = std::function<void(benchmark::State&)>;
 
-/// What an operation costs beside its baseline, the unavoidable work written by hand.
+/// An operation of the library, and its baseline: the unavoidable part of the same work, written by
+/// hand.
 struct Comparison {
   std::string table;
   std::string name;
   Body operation;
   Body baseline;
-  /// The ratio to reach; 0 for a row that has none.
+  /// The highest acceptable ratio; 0 if there is no goal.
   double goal = 0;
   int threads = 1;
-  /// The bodies say themselves how long they took.
+  /// Both bodies set their iteration times themselves.
   bool manual_time = false;
 };
 
-/// Measures both, in this process and run; the table shows the ratio of their medians.
+/// Adds a row that shows the median times of both, measured in the same run, and their ratio.
 void Add(const Comparison& comparison);
 
-/// Measures one thing that has no baseline.
+/// Adds a row for an operation that has no baseline.
 void Add(const std::string& table, const std::string& name, const Body& body);
 
-/// Shows the counters that `body` sets, each a column of the table: medians over some runs.
+/// Adds a row with a column for each counter that `body` sets: its median over some runs.
 void AddCounters(const std::string& table, const std::string& name, const Body& body);
 
-/// Prints a table for each that was named, in the order in which they were.
+/// Prints the tables in the order in which they were added.
 class Tables : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context& context) override;
@@ -44,7 +45,7 @@ class Tables : public benchmark::BenchmarkReporter {
  private:
   void PrintFigures(const std::string& operation, const std::string& baseline, double goal) const;
 
-  /// By name, what each repetition took and counted.
+  /// The times and counters of all repetitions, by benchmark name.
   std::map<std::string, std::vector<double>> times_ns_;
   std::map<std::string, std::map<std::string, std::vector<double>>> counters_;
 };

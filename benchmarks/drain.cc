@@ -1,4 +1,4 @@
-// What the reporter thread does for each atom of a long batch, with a service that does nothing.
+// The reporter thread's work for each atom of a long batch, with a service that does nothing.
 #include <chrono>
 #include <deque>
 #include <thread>
@@ -27,7 +27,7 @@ Body Operation(Extent extent) {
       for (int i = 0; i < kBatch; ++i) {
         engine->ReportFirmwareState(1, SensorVela::FirmwareState{2}, i);
       }
-      // The first ends with the batch's last report; the batch is freed in the second.
+      // The batch is reported during the first `Drain` and freed during the second.
       std::chrono::nanoseconds time = engine.Drain();
       if (extent == Extent::kReportsAndFrees) time += engine.Drain();
       SetTime(state, time);
@@ -35,7 +35,7 @@ Body Operation(Extent extent) {
   };
 }
 
-/// The virtual call and the status check, on another thread than the one that made the atoms.
+/// Calls the service and checks the status, on another thread than the one that made the atoms.
 Body Baseline(Extent extent) {
   return [=](benchmark::State& state) {
     BlockingService service;
@@ -61,13 +61,13 @@ Body Baseline(Extent extent) {
 }  // namespace
 
 void AddDrain() {
-  Add({.table = "The reporter thread, an atom of a long batch",
+  Add({.table = "The reporter thread, per atom of a long batch",
        .name = "reported",
        .operation = Operation(Extent::kReports),
        .baseline = Baseline(Extent::kReports),
        .goal = 1.25,
        .manual_time = true});
-  Add({.table = "The reporter thread, an atom of a long batch",
+  Add({.table = "The reporter thread, per atom of a long batch",
        .name = "reported and freed",
        .operation = Operation(Extent::kReportsAndFrees),
        .baseline = Baseline(Extent::kReportsAndFrees),

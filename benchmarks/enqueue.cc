@@ -1,4 +1,4 @@
-// Events that become an atom each, while the reporter thread is busy: build it, queue it.
+// Events that each build and queue one atom, while the reporter thread is blocked.
 #include <cstdint>
 #include <mutex>
 #include <unordered_map>
@@ -14,7 +14,8 @@ namespace {
 constexpr int kBatch = 1024;
 constexpr SensorVela::SensorId kSensor = {0x10, 1};
 
-/// Calls `call` with a `Queue`, which is emptied now and then, off the clock.
+/// Calls `call` with a `Queue`, in batches. Before each batch the queue is emptied, which is not
+/// timed.
 template <typename Queue, typename Call>
 Body Repeat(Call call) {
   return [=](benchmark::State& state) {
@@ -28,7 +29,7 @@ Body Repeat(Call call) {
   };
 }
 
-/// A status table under its lock, and the queue.
+/// A status table with its lock, and a queue.
 class BaselineTable {
  public:
   void Report() {
@@ -47,7 +48,7 @@ class BaselineTable {
 }  // namespace
 
 void AddEnqueue() {
-  constexpr char kTable[] = "An atom queued, the reporter thread busy elsewhere";
+  constexpr char kTable[] = "Queueing an atom, reporter thread blocked";
   Add({.table = kTable,
        .name = "4 values (ReportHalLatency)",
        .operation = Repeat<BlockedEngine>([](BlockedEngine& engine) {
@@ -64,7 +65,7 @@ void AddEnqueue() {
            [](BaselineQueue& queue) { queue.Enqueue(BaselineAtom(6, true)); }),
        .goal = 1.15});
   Add({.table = kTable,
-       .name = "the same, baseline with a lock and a lookup for the status",
+       .name = "the same, baseline also locks and looks up the status",
        .operation = Repeat<BlockedEngine>(
            [](BlockedEngine& engine) { engine->ReportHalSensorDisabled(kSensor); }),
        .baseline = Repeat<BaselineTable>([](BaselineTable& table) { table.Report(); })});

@@ -1,4 +1,4 @@
-// A HAL error past its cap: counted and logged.
+// A HAL error past its cap: it is counted and logged, but not queued.
 #include <android/log.h>
 
 #include <cstdint>
@@ -45,7 +45,7 @@ void Baseline(benchmark::State& state) {
 
 void AddErrorCap() {
   Add({.table = "An error past the cap (LogSensorHalError)",
-       .name = "log to nowhere",
+       .name = "log messages discarded",
        .operation = Operation,
        .baseline = Baseline,
        .goal = 1.15});

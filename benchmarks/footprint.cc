@@ -1,4 +1,4 @@
-// sensorvela-footprint: what an engine, a sensor and a queued atom take of the memory.
+// sensorvela-footprint: prints how much memory an engine, a sensor and a queued atom take.
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -56,7 +56,7 @@ struct CountingAllocator : std::allocator<T> {
   }
 };
 
-/// What one more sensor allocates: the status table's keys and statuses in a table of our own.
+/// What one more sensor allocates, measured with a table like the status table.
 std::size_t TableEntryBytes() {
   using Status = std::array<std::int64_t, 7>;
   std::unordered_map<std::uint64_t, Status, std::hash<std::uint64_t>, std::equal_to<>,
@@ -69,7 +69,7 @@ std::size_t TableEntryBytes() {
   return allocated_bytes - before;
 }
 
-/// The process's resident memory: its own (the heap, the stacks) and that of mapped files.
+/// The process's resident memory: its own (heap and stacks) and that of mapped files.
 struct Resident {
   std::size_t own_bytes = 0;
   std::size_t file_bytes = 0;
@@ -100,7 +100,7 @@ void PrintResident() {
     return Resident{(after.own_bytes - before.own_bytes) / count,
                     (after.file_bytes - before.file_bytes) / count};
   };
-  ResidentNow();  // What reading it takes is there already.
+  ResidentNow();  // Allocates what every reading needs, so that it is not counted.
   const Resident first = start(1);
   Print("the first idle engine: the heap and the thread's stack", first.own_bytes);
   Print("the first idle engine: pages of the libraries", first.file_bytes);
@@ -112,7 +112,7 @@ void PrintResident() {
 int main() {
   const sensorvela::simulated::ScopedLogSink to_nowhere(
       [](int, std::string_view, std::string_view) {});
-  std::printf("Of the memory, without the heap's own overhead:\n");
+  std::printf("Memory, without the heap's own overhead:\n");
   Print("the engine", sizeof(SensorVela));
   Print("a sensor in the status table, and its bucket", TableEntryBytes() + sizeof(void*));
   Print("an atom's own fields", sizeof(VendorAtom));
@@ -128,6 +128,6 @@ int main() {
   PrintAtom("SensorFirmwareStateChanged", createVendorAtom(atoms::SensorFirmwareStateChanged{}));
   PrintAtom("ProxStatusReported", createVendorAtom(atoms::ProxStatusReported{}));
   PrintAtom("AADProxStatsReported", createVendorAtom(atoms::AADProxStatsReported{}));
-  std::printf("Resident:\n");
+  std::printf("Resident memory:\n");
   PrintResident();
 }

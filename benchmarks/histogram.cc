@@ -1,4 +1,4 @@
-// A value counted in a histogram of 22 bins.
+// Counting a value in a histogram of 22 bins.
 #include <sensorvela/histogram/stats_histogram.h>
 
 #include <cstddef>
@@ -13,7 +13,7 @@
 namespace sensorvela::benchmarks {
 namespace {
 
-/// Calls `add` with a value of each bin in turn, 5 apart.
+/// Calls `add` with one value from each bin in turn; the bins are 5 wide.
 template <typename Add>
 void ForEachValue(benchmark::State& state, const Add& add) {
   float value = -2.5F;
@@ -33,7 +33,7 @@ void Operation(benchmark::State& state) {
   ForEachValue(state, [&](float value) { histogram->addValue(value); });
 }
 
-/// The linear scan.
+/// A linear scan for the bin.
 [[gnu::noinline]] void BaselineAdd(const std::vector<float>& edges,
                                    std::vector<std::int32_t>& counts, float value) {
   std::size_t bin = 1;
@@ -51,7 +51,7 @@ void Baseline(benchmark::State& state) {
 
 void AddHistogram() {
   Add({.table = "StatsHistogram::addValue",
-       .name = "22 bins, a value of each in turn",
+       .name = "22 bins, one value from each in turn",
        .operation = Operation,
        .baseline = Baseline,
        .goal = 1.05});

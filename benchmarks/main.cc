@@ -1,4 +1,4 @@
-// sensorvela-bench: what the library costs, beside what the same work must cost.
+// sensorvela-bench: measures the library's operations and compares them with their baselines.
 #include <malloc.h>
 
 #include <cstdio>
@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
   namespace benchmarks = sensorvela::benchmarks;
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
-  // The heap keeps what is freed, so that no operation is charged for the kernel's pages.
+  // The heap keeps freed memory, so that no operation pays for getting pages from the kernel.
   mallopt(M_TRIM_THRESHOLD, 1 << 30);  // NOLINT(concurrency-mt-unsafe): the only thread.
   mallopt(M_MMAP_THRESHOLD, 1 << 30);  // NOLINT(concurrency-mt-unsafe)
   const sensorvela::simulated::ScopedLogSink to_nowhere(

@@ -1,4 +1,4 @@
-// A sample of a sensor that is known: the operation that runs for every sample of every sensor.
+// A sample of a known sensor: the most frequent operation.
 #include <utils/SystemClock.h>
 
 #include <array>
@@ -20,7 +20,7 @@ SensorVela::SensorId Sensor(std::uint32_t number) {
   return {0x10, static_cast<std::int32_t>(number)};
 }
 
-/// The sensors' samples come in an order that has nothing to do with where they lie in memory.
+/// The order in which samples arrive from the sensors, unrelated to their order in memory.
 class Sensors {
  public:
   Sensors(std::uint32_t count, int thread)
@@ -35,7 +35,8 @@ class Sensors {
   }
 
  private:
-  static constexpr std::uint32_t kPrime = 61'813;  // So that all are visited.
+  /// Shares no factor with any number of sensors that is measured, so that all are visited.
+  static constexpr std::uint32_t kPrime = 61'813;
 
   std::uint32_t count_;
   std::uint32_t step_;
@@ -77,7 +78,7 @@ struct Table {
 
 std::uint64_t Key(std::uint32_t number) { return std::uint64_t{0x10} << 32 | number; }
 
-/// One lock, one clock reading, one lookup, the fields.
+/// A lock, a lookup, a clock reading, and the updates of the status.
 [[gnu::noinline]] void BaselineSample(Table& table, std::uint64_t key, std::int64_t timestamp_ns) {
   const std::lock_guard lock(table.mutex);
   Status& status = table.status.find(key)->second;
@@ -96,7 +97,7 @@ Body BaselineSamples(std::uint32_t sensors) {
   const auto table = std::make_shared<Table>();
   return [=](benchmark::State& state) {
     if (state.thread_index() == 0) {
-      // An atom comes between two of them, as in the engine.
+      // An atom is allocated between two nodes of the table, as in the engine.
       std::vector<VendorAtom> between;
       for (std::uint32_t i = 0; i < sensors; ++i) {
         table->status[Key(i)] = {};

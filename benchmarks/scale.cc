@@ -1,4 +1,4 @@
-// One HAL error, reported by this library and in the ways that a host might report it otherwise.
+// One HAL error, reported with this library and in other ways that a host could choose.
 #include <spdlog/async.h>
 #include <spdlog/sinks/null_sink.h>
 #include <spdlog/spdlog.h>
@@ -17,7 +17,7 @@ namespace {
 constexpr SensorVela::SensorId kSensor = {0x10, 1};
 constexpr int kError = -22;
 
-/// Below the cap: after ten errors it is another call that fails.
+/// Stays below the cap: after every ten errors, the failing call changes.
 void ReportErrors(benchmark::State& state, SensorVela& engine) {
   std::int32_t errors = 0;
   for (auto _ : state) {
@@ -32,7 +32,7 @@ void EngineWithABlockedReporter(benchmark::State& state) {
   ReportErrors(state, *engine);
 }
 
-/// A full queue drops its oldest line, so that the caller waits no more than the engine's does.
+/// A full queue drops its oldest line, so that the caller never waits, as with the engine.
 void AsynchronousLogger(benchmark::State& state) {
   spdlog::init_thread_pool(8192, 1);
   const auto logger = spdlog::create_async_nb<spdlog::sinks::null_sink_mt>("bench");
@@ -65,7 +65,7 @@ void DirectCall(benchmark::State& state) {
 void AddScale() {
   constexpr char kTable[] = "One HAL error, on the caller's thread";
   Add(kTable, "LogSensorHalError", Engine);
-  Add(kTable, "LogSensorHalError, the reporter thread busy elsewhere", EngineWithABlockedReporter);
+  Add(kTable, "LogSensorHalError, reporter thread blocked", EngineWithABlockedReporter);
   Add(kTable, "spdlog, asynchronous, null sink", AsynchronousLogger);
   Add(kTable, "a direct call into a service in this process", DirectCall);
 }

@@ -1,4 +1,4 @@
-// What there is to measure; each adds its rows, and stands in the file of its name.
+// Each function adds the benchmarks of the source file that has its name.
 #pragma once
 
 namespace sensorvela::benchmarks {
