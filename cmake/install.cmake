@@ -1,4 +1,4 @@
-# What `cmake --install` gives: the libraries, their headers, sensorvela-replay if it is built, a
+# What `cmake --install` gives: the libraries, the test kit, their headers, sensorvela-replay if it is built, a
 # CMake package and pkg-config files. The prefix may be moved afterwards.
 include(CheckCXXSymbolExists)
 include(CMakePackageConfigHelpers)
@@ -16,7 +16,7 @@ foreach(header ${public_headers} platform/sync.h platform/thread_annotations.h
   install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${include_dir}/${folder})
 endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/simulated/include/ DESTINATION ${device_include_dir})
-install(TARGETS sensorvela sensorvela_simulated_platform EXPORT sensorvela
+install(TARGETS sensorvela sensorvela_simulated_platform sensorvela_testkit EXPORT sensorvela
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${device_include_dir})
 install(FILES LICENSE docs/atoms.md docs/trace-format.md TYPE DOC)
 
@@ -50,7 +50,7 @@ install(EXPORT sensorvela NAMESPACE sensorvela:: FILE sensorvela-targets.cmake
 set(pkgconfig_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH to_prefix ${pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
 file(RELATIVE_PATH to_include_dir ${pkgconfig_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
-foreach(package sensorvela sensorvela-simulated-platform)
+foreach(package sensorvela sensorvela-simulated-platform sensorvela-testkit)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/${package}.pc.in ${generated}/${package}.pc @ONLY)
   install(FILES ${generated}/${package}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()

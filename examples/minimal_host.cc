@@ -1,15 +1,14 @@
-// The shortest complete host of the library, with a stats service of its own so that it runs on a
-// workstation.
-#include <aidl/android/frameworks/stats/IStats.h>
+// The shortest complete host of the library. The test kit stands in for the device, so that it runs
+// on a workstation.
 #include <utils/SystemClock.h>
 
 #include <chrono>
 #include <cstdio>
 #include <memory>
+#include <string>
 
 #include <sensorvela/engine/sensor_vela.h>
-#include <sensorvela/platform/simulated/service_manager.h>
-#include <sensorvela/platform/simulated/virtual_time.h>
+#include <sensorvela/testkit/world.h>
 
 class Diagnostics : public SensorVela::SystemDiagnosticsSupplier {
  public:
@@ -33,19 +32,8 @@ void RunSensors(sensorvela::simulated::VirtualTime& time) {
   time.RunTo(std::chrono::hours(6));
 }  // Stops the thread; atoms that have not been sent by now are discarded.
 
-// The device has all of this already.
-class PrintingStats : public aidl::android::frameworks::stats::IStats {
- public:
-  ndk::ScopedAStatus reportVendorAtom(
-      const aidl::android::frameworks::stats::VendorAtom& atom) override {
-    std::printf("atom %d with %zu values\n", atom.atomId, atom.values.size());
-    return ndk::ScopedAStatus::ok();
-  }
-};
-
 int main() {
-  sensorvela::simulated::VirtualTime time;
-  sensorvela::simulated::RegisterService("android.frameworks.stats.IStats/default",
-                                         std::make_shared<PrintingStats>());
-  RunSensors(time);
+  sensorvela::testkit::World world;  // The device has all of this already.
+  RunSensors(world.time);
+  for (const std::string& atom : world.TakeAtomTexts()) std::puts(atom.c_str());
 }

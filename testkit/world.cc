@@ -66,6 +66,12 @@ std::vector<World::VendorAtom> World::TakeAtoms() {
   return service->TakeAtoms();
 }
 
+std::vector<std::string> World::TakeAtomTexts() {
+  std::vector<std::string> texts;
+  for (const VendorAtom& atom : TakeAtoms()) texts.push_back(AtomText(atom));
+  return texts;
+}
+
 std::vector<std::string> World::TakeHistory() {
   time.WaitUntilSettled();
   const platform::MutexLock lock(mutex_);

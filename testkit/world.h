@@ -65,6 +65,9 @@ class World {
   /// The atoms that have reached the service since the last call, in order.
   std::vector<VendorAtom> TakeAtoms();
 
+  /// The same as `AtomText` writes them.
+  std::vector<std::string> TakeAtomTexts();
+
   /// All that happened since the last call, in order: each log line after the letter of its
   /// priority (`E Failed to get IStats service.`), and each atom that reached the service, as
   /// `AtomText` writes it. A line with another tag than the library's has it in front.

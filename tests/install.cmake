@@ -1,5 +1,5 @@
-# Installs into a prefix and moves it, then builds the example against it as a host would, with CMake
-# and with pkg-config, and runs both.
+# Installs into a prefix and moves it, then builds the examples against it as a host would, with CMake
+# and with pkg-config, and runs them.
 function(run)
   execute_process(COMMAND ${ARGV} OUTPUT_VARIABLE output ECHO_OUTPUT_VARIABLE
     OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
@@ -18,17 +18,32 @@ if(EXISTS ${prefix}/${BINDIR}/sensorvela-replay)
 endif()
 
 file(COPY ${SOURCE}/tests/installed_host/ ${SOURCE}/examples/minimal_host.cc
-  DESTINATION ${WORK}/cmake)
-run(${CMAKE_COMMAND} -G ${GENERATOR} -S ${WORK}/cmake -B ${WORK}/cmake
-  -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_CXX_FLAGS=${CXX_FLAGS})
+  ${SOURCE}/examples/hal_test.cc DESTINATION ${WORK}/cmake)
+set(configure ${CMAKE_COMMAND} -G ${GENERATOR} -DCMAKE_PREFIX_PATH=${prefix}
+  -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_CXX_FLAGS=${CXX_FLAGS} -DGTEST_SOURCE=${GTEST_SOURCE})
+run(${configure} -S ${WORK}/cmake -B ${WORK}/cmake)
 run(${CMAKE_COMMAND} --build ${WORK}/cmake)
 set(EXAMPLE ${WORK}/cmake/minimal_host)
 include(${SOURCE}/tests/minimal_host.cmake)
+run(${WORK}/cmake/hal_test)
+
+# A project without C++ is told so in a line of its own.
+file(WRITE ${WORK}/no_cxx/CMakeLists.txt "cmake_minimum_required(VERSION 3.25)
+project(no_cxx NONE)\nfind_package(sensorvela CONFIG REQUIRED)\n")
+execute_process(COMMAND ${configure} -S ${WORK}/no_cxx -B ${WORK}/no_cxx
+  RESULT_VARIABLE result OUTPUT_QUIET ERROR_VARIABLE complaint)
+if(result EQUAL 0 OR NOT complaint MATCHES "sensorvela is a C\\+\\+ library")
+  message(FATAL_ERROR "exit status ${result}, and: ${complaint}")
+endif()
 
 set(ENV{PKG_CONFIG_LIBDIR} ${prefix}/${LIBDIR}/pkgconfig)
-run(${PKG_CONFIG} --cflags --libs sensorvela)
+run(${PKG_CONFIG} --cflags --libs sensorvela-testkit)
 separate_arguments(flags UNIX_COMMAND "${CXX_FLAGS} ${output}")
 run(${PKG_CONFIG} --variable=libdir sensorvela)
+list(APPEND flags -Wl,-rpath,${output})
+run(${CXX} -std=c++17 ${SOURCE}/examples/minimal_host.cc ${flags} -o ${WORK}/minimal_host)
 set(EXAMPLE ${WORK}/minimal_host)
-run(${CXX} -std=c++17 ${SOURCE}/examples/minimal_host.cc ${flags} -Wl,-rpath,${output} -o ${EXAMPLE})
 include(${SOURCE}/tests/minimal_host.cmake)
+run(${CXX} -std=c++17 ${SOURCE}/examples/hal_test.cc -I${GTEST_SOURCE}/googletest/include
+  -I${GTEST_SOURCE}/googlemock/include ${GTEST_LIBRARIES} ${flags} -o ${WORK}/hal_test)
+run(${WORK}/hal_test)
