@@ -11,6 +11,7 @@ NR == FNR {
 /<class-decl .*[^\/]>$/ {
   record = attribute("name")
   path = attribute("filepath")
+  sub(/^.*\.\.\//, root, path)  # The headers include each other relatively.
   is_ours = index(path, root) == 1 && substr(path, length(root) + 1) ~ /^(atoms|engine|histogram)\//
   if (record in seen || !is_ours) record = ""
   seen[record] = 1
