@@ -41,15 +41,15 @@ aidl::android::frameworks::stats::VendorAtom MakeVendorAtom(std::int32_t atom_id
                                                             const std::string& reverse_domain_name,
                                                             std::size_t value_count);
 
-/// An atom with one value for each member, in the order given, and no annotations.
+/// The record's atom, with one value for each member, in the order given, and no annotations.
 ///
 /// What all builders have in common is in `MakeVendorAtom`, so that a builder is one store per
 /// value.
-template <typename... Members>
+template <typename Record, typename... Members>
 [[gnu::always_inline]] inline aidl::android::frameworks::stats::VendorAtom BuildVendorAtom(
-    std::int32_t atom_id, const std::string& reverse_domain_name, Members&&... members) {
+    const Record& record, Members&&... members) {
   using aidl::android::frameworks::stats::VendorAtomValue;
-  auto atom = MakeVendorAtom(atom_id, reverse_domain_name, sizeof...(members));
+  auto atom = MakeVendorAtom(Record::kAtomId, record.reverse_domain_name, sizeof...(members));
   VendorAtomValue* value = atom.values.data();
   // An int of 0 owns nothing: the new value takes its storage without asking what it was.
   (::new (static_cast<void*>(value++)) VendorAtomValue(ToValue(std::forward<Members>(members))),

@@ -7,49 +7,47 @@ namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 using aidl::android::frameworks::stats::VendorAtom;
 
 VendorAtom createVendorAtom(const SensorProcessorDiagnosticsReported& r) {
-  return BuildVendorAtom(100028, r.reverse_domain_name, r.value_1, r.value_2, r.value_3, r.value_4);
+  return BuildVendorAtom(r, r.value_1, r.value_2, r.value_3, r.value_4);
 }
 
 VendorAtom createVendorAtom(const SensorSystemQueueStressReported& r) {
-  return BuildVendorAtom(100029, r.reverse_domain_name, r.queue_type, r.value_1, r.value_2,
-                         r.value_3, r.value_4, r.value_5, r.value_6);
+  return BuildVendorAtom(r, r.queue_type, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5,
+                         r.value_6);
 }
 
 VendorAtom createVendorAtom(const SensorIpcErrorRateReported& r) {
-  return BuildVendorAtom(100069, r.reverse_domain_name, r.value_1, r.value_2, r.value_3, r.value_4);
+  return BuildVendorAtom(r, r.value_1, r.value_2, r.value_3, r.value_4);
 }
 
 VendorAtom createVendorAtom(const SensorMemoryPressureReported& r) {
-  return BuildVendorAtom(100070, r.reverse_domain_name, r.shared_value, r.pressure_value_1,
-                         r.pressure_value_2, r.pressure_value_3, r.pressure_value_4);
+  return BuildVendorAtom(r, r.shared_value, r.pressure_value_1, r.pressure_value_2,
+                         r.pressure_value_3, r.pressure_value_4);
 }
 
 VendorAtom createVendorAtom(const TarnSensorUsageReported& r) {
-  return BuildVendorAtom(100107, r.reverse_domain_name, r.value_1, r.value_2, r.value_3, r.value_4,
-                         r.value_5, r.value_6, r.value_7);
+  return BuildVendorAtom(r, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5, r.value_6,
+                         r.value_7);
 }
 
 VendorAtom createVendorAtom(const SensorGatingContextReported& r) {
-  return BuildVendorAtom(100109, r.reverse_domain_name, r.value_1, r.value_2, r.value_3, r.value_4,
-                         r.value_5, r.value_6, r.value_7, r.value_8, r.value_9);
+  return BuildVendorAtom(r, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5, r.value_6,
+                         r.value_7, r.value_8, r.value_9);
 }
 
 VendorAtom createVendorAtom(const SensorCoreDramExceptionsReported& r) {
-  return BuildVendorAtom(100110, r.reverse_domain_name, r.value_1, r.value_2, r.value_3, r.value_4,
-                         r.value_5);
+  return BuildVendorAtom(r, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5);
 }
 
 VendorAtom createVendorAtom(const SensorMemoryServiceabilityStatsReported& r) {
-  return BuildVendorAtom(100304, r.reverse_domain_name, r.bucket_allocation_total, r.shared_value,
-                         r.serviceability_value_1, r.serviceability_value_2,
-                         r.bucket_allocation_count, r.bucket_duration_ms);
+  return BuildVendorAtom(r, r.bucket_allocation_total, r.shared_value, r.serviceability_value_1,
+                         r.serviceability_value_2, r.bucket_allocation_count, r.bucket_duration_ms);
 }
 
 VendorAtom createVendorAtom(const AADProxStatsReported& r) {
-  return BuildVendorAtom(100334, r.reverse_domain_name, r.value_1, r.value_2, r.value_3, r.value_4,
-                         r.value_5, r.value_6, r.value_7, r.value_8, r.value_9, r.value_10,
-                         r.value_11, r.value_12, r.value_13, r.value_14, r.value_15, r.value_16,
-                         r.value_17, r.value_18, r.value_19, r.value_20);
+  return BuildVendorAtom(r, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5, r.value_6,
+                         r.value_7, r.value_8, r.value_9, r.value_10, r.value_11, r.value_12,
+                         r.value_13, r.value_14, r.value_15, r.value_16, r.value_17, r.value_18,
+                         r.value_19, r.value_20);
 }
 
 }  // namespace android::hardware::halvard::orrin::vendor::OrrinAtoms

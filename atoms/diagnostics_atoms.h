@@ -13,6 +13,8 @@ namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
 /// The state of the sensor processor.
 struct SensorProcessorDiagnosticsReported {
+  static constexpr std::int32_t kAtomId = 100028;
+
   std::string reverse_domain_name{};
   std::int32_t value_1 = 0;
   std::int32_t value_2 = 0;
@@ -22,6 +24,8 @@ struct SensorProcessorDiagnosticsReported {
 
 /// The stress of one of the three system queues.
 struct SensorSystemQueueStressReported {
+  static constexpr std::int32_t kAtomId = 100029;
+
   enum class QueueType : std::int32_t { kType1 = 1, kType2 = 2, kType3 = 3 };
 
   std::string reverse_domain_name{};
@@ -36,6 +40,8 @@ struct SensorSystemQueueStressReported {
 
 /// The error rate of one IPC channel.
 struct SensorIpcErrorRateReported {
+  static constexpr std::int32_t kAtomId = 100069;
+
   std::string reverse_domain_name{};
   std::int32_t value_1 = 0;
   std::int32_t value_2 = 0;
@@ -45,6 +51,8 @@ struct SensorIpcErrorRateReported {
 
 /// A report of memory pressure.
 struct SensorMemoryPressureReported {
+  static constexpr std::int32_t kAtomId = 100070;
+
   std::string reverse_domain_name{};
   std::int32_t shared_value = 0;
   std::int32_t pressure_value_1 = 0;
@@ -55,6 +63,8 @@ struct SensorMemoryPressureReported {
 
 /// The usage of one sensor.
 struct TarnSensorUsageReported {
+  static constexpr std::int32_t kAtomId = 100107;
+
   std::string reverse_domain_name{};
   std::int32_t value_1 = 0;
   std::int32_t value_2 = 0;
@@ -67,6 +77,8 @@ struct TarnSensorUsageReported {
 
 /// One gating context.
 struct SensorGatingContextReported {
+  static constexpr std::int32_t kAtomId = 100109;
+
   std::string reverse_domain_name{};
   std::int32_t value_1 = 0;
   std::int32_t value_2 = 0;
@@ -81,6 +93,8 @@ struct SensorGatingContextReported {
 
 /// DRAM exceptions of the sensor core.
 struct SensorCoreDramExceptionsReported {
+  static constexpr std::int32_t kAtomId = 100110;
+
   std::string reverse_domain_name{};
   std::int32_t value_1 = 0;
   std::int32_t value_2 = 0;
@@ -92,6 +106,8 @@ struct SensorCoreDramExceptionsReported {
 /// Statistics of memory serviceability. The two lists are the counts of the histograms that the
 /// factories in memory_serviceability_histograms.h describe.
 struct SensorMemoryServiceabilityStatsReported {
+  static constexpr std::int32_t kAtomId = 100304;
+
   std::string reverse_domain_name{};
   std::int32_t bucket_allocation_total = 0;
   std::int32_t shared_value = 0;
@@ -103,6 +119,8 @@ struct SensorMemoryServiceabilityStatsReported {
 
 /// Statistics of the proximity sensor.
 struct AADProxStatsReported {
+  static constexpr std::int32_t kAtomId = 100334;
+
   std::string reverse_domain_name{};
   std::int32_t value_1 = 0;
   std::int32_t value_2 = 0;

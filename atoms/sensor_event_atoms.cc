@@ -9,44 +9,50 @@ namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
 using aidl::android::frameworks::stats::VendorAtom;
 
+namespace {
+
+/// `latency_histogram` is the record's, to be copied or to be taken over.
+template <typename List>
+VendorAtom BuildStateChange(const HalSensorStateChanged& r, List&& latency_histogram) {
+  return BuildVendorAtom(r, r.sensor_id_high, r.sensor_id_low, r.state, r.sampling_period_ns,
+                         r.sample_count, r.late_sample_count,
+                         std::forward<List>(latency_histogram));
+}
+
+}  // namespace
+
 VendorAtom createVendorAtom(const SensorHalErrorDetected& r) {
-  return BuildVendorAtom(100024, r.reverse_domain_name, r.sensor_id_high, r.sensor_id_low,
-                         r.hal_call, r.error_code);
+  return BuildVendorAtom(r, r.sensor_id_high, r.sensor_id_low, r.hal_call, r.error_code);
 }
 
 VendorAtom createVendorAtom(const SensorRuntimeErrorDetected& r) {
-  return BuildVendorAtom(100025, r.reverse_domain_name, r.sensor_id_high, r.sensor_id_low,
-                         r.error_type, r.error_code);
+  return BuildVendorAtom(r, r.sensor_id_high, r.sensor_id_low, r.error_type, r.error_code);
 }
 
 VendorAtom createVendorAtom(const ProxStatusReported& r) {
-  return BuildVendorAtom(100133, r.reverse_domain_name, r.int_0, r.int_1, r.int_2, r.int_3, r.int_4,
-                         r.int_5, r.int_6, r.int_7, r.float_0, r.float_1, r.float_2, r.float_3,
-                         r.int_8, r.int_9, r.float_4, r.float_5, r.float_6);
+  return BuildVendorAtom(r, r.int_0, r.int_1, r.int_2, r.int_3, r.int_4, r.int_5, r.int_6, r.int_7,
+                         r.float_0, r.float_1, r.float_2, r.float_3, r.int_8, r.int_9, r.float_4,
+                         r.float_5, r.float_6);
 }
 
-VendorAtom createVendorAtom(const HalSensorStateChanged& r) { return MoveIntoVendorAtom(r); }
+VendorAtom createVendorAtom(const HalSensorStateChanged& r) {
+  return BuildStateChange(r, r.latency_histogram);
+}
 
 VendorAtom MoveIntoVendorAtom(HalSensorStateChanged r) {
-  VendorAtom atom =
-      BuildVendorAtom(100242, {}, r.sensor_id_high, r.sensor_id_low, r.state, r.sampling_period_ns,
-                      r.sample_count, r.late_sample_count, std::move(r.latency_histogram));
-  atom.reverseDomainName = std::move(r.reverse_domain_name);
-  return atom;
+  return BuildStateChange(r, std::move(r.latency_histogram));
 }
 
 VendorAtom createVendorAtom(const SensorHalLatencyRecorded& r) {
-  return BuildVendorAtom(100243, r.reverse_domain_name, r.sensor_id_high, r.sensor_id_low,
-                         r.operation, r.latency_ns);
+  return BuildVendorAtom(r, r.sensor_id_high, r.sensor_id_low, r.operation, r.latency_ns);
 }
 
 VendorAtom createVendorAtom(const SensorFirmwareStateChanged& r) {
-  return BuildVendorAtom(100244, r.reverse_domain_name, r.subject_id, r.state, r.detail_code);
+  return BuildVendorAtom(r, r.subject_id, r.state, r.detail_code);
 }
 
 VendorAtom createVendorAtom(const SensorFirstSampleReported& r) {
-  return BuildVendorAtom(100245, r.reverse_domain_name, r.sensor_id_high, r.sensor_id_low,
-                         r.first_sample_latency_ns);
+  return BuildVendorAtom(r, r.sensor_id_high, r.sensor_id_low, r.first_sample_latency_ns);
 }
 
 }  // namespace android::hardware::halvard::orrin::vendor::OrrinAtoms

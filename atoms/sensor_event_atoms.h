@@ -1,9 +1,9 @@
 // The records of the seven atoms that the engine's event methods send, and their builders.
 //
-// A record's members become the atom's values in the order of their declaration; a member's type
-// fixes the kind of its value. `createVendorAtom` checks nothing, touches no shared state and may
-// run on any thread with any lock held. It allocates the list of values once, at its exact size,
-// and each repeated value once.
+// A record's `kAtomId` is the atom's identifier. Its members become the atom's values in the order
+// of their declaration; a member's type fixes the kind of its value. `createVendorAtom` checks
+// nothing, touches no shared state and may run on any thread with any lock held. It allocates the
+// list of values once, at its exact size, and each repeated value once.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
@@ -16,6 +16,8 @@ namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
 /// A call into the sensors HAL failed.
 struct SensorHalErrorDetected {
+  static constexpr std::int32_t kAtomId = 100024;
+
   /// Which call. The host chooses the numbers.
   enum class HalCall : std::int32_t {};
 
@@ -28,6 +30,8 @@ struct SensorHalErrorDetected {
 
 /// A sensor failed while it ran.
 struct SensorRuntimeErrorDetected {
+  static constexpr std::int32_t kAtomId = 100025;
+
   /// In which way. The host chooses the numbers.
   enum class ErrorType : std::int32_t {};
 
@@ -40,6 +44,8 @@ struct SensorRuntimeErrorDetected {
 
 /// A proximity status report. Its producer gives the values their meaning.
 struct ProxStatusReported {
+  static constexpr std::int32_t kAtomId = 100133;
+
   std::string reverse_domain_name{};
   std::int32_t int_0 = 0;
   std::int32_t int_1 = 0;
@@ -62,6 +68,8 @@ struct ProxStatusReported {
 
 /// A sensor was enabled or disabled. A member that does not apply to the state is -1 or empty.
 struct HalSensorStateChanged {
+  static constexpr std::int32_t kAtomId = 100242;
+
   std::string reverse_domain_name{};
   std::int32_t sensor_id_high = 0;
   std::int32_t sensor_id_low = 0;
@@ -75,6 +83,8 @@ struct HalSensorStateChanged {
 
 /// An operation of the sensors HAL was timed.
 struct SensorHalLatencyRecorded {
+  static constexpr std::int32_t kAtomId = 100243;
+
   /// Which operation. The host chooses the numbers.
   enum class Operation : std::int32_t {};
 
@@ -87,6 +97,8 @@ struct SensorHalLatencyRecorded {
 
 /// A sensor firmware changed its state.
 struct SensorFirmwareStateChanged {
+  static constexpr std::int32_t kAtomId = 100244;
+
   /// Into which state. The host chooses the numbers.
   enum class State : std::int32_t {};
 
@@ -98,6 +110,8 @@ struct SensorFirmwareStateChanged {
 
 /// A sensor delivered its first sample after an enable.
 struct SensorFirstSampleReported {
+  static constexpr std::int32_t kAtomId = 100245;
+
   std::string reverse_domain_name{};
   std::int32_t sensor_id_high = 0;
   std::int32_t sensor_id_low = 0;

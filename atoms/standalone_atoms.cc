@@ -7,22 +7,21 @@ namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 using aidl::android::frameworks::stats::VendorAtom;
 
 VendorAtom createVendorAtom(const HingeAngleStateChanged& r) {
-  return BuildVendorAtom(100106, r.reverse_domain_name, r.value_1, r.value_2);
+  return BuildVendorAtom(r, r.value_1, r.value_2);
 }
 
 VendorAtom createVendorAtom(const TarnServerWorkerUsageReported& r) {
-  return BuildVendorAtom(100108, r.reverse_domain_name, r.value_1, r.value_2, r.value_3, r.value_4,
-                         r.value_5);
+  return BuildVendorAtom(r, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5);
 }
 
 VendorAtom createVendorAtom(const HingeHallSensorTriggered& r) {
-  return BuildVendorAtom(100147, r.reverse_domain_name, r.value_1);
+  return BuildVendorAtom(r, r.value_1);
 }
 
 VendorAtom createVendorAtom(const AlsLuxLevelDistributionReported& r) {
-  return BuildVendorAtom(100250, r.reverse_domain_name, r.value_1, r.value_2, r.value_3, r.value_4,
-                         r.value_5, r.value_6, r.value_7, r.value_8, r.value_9, r.value_10,
-                         r.value_11, r.value_12, r.value_13, r.value_14, r.value_15, r.value_16);
+  return BuildVendorAtom(r, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5, r.value_6,
+                         r.value_7, r.value_8, r.value_9, r.value_10, r.value_11, r.value_12,
+                         r.value_13, r.value_14, r.value_15, r.value_16);
 }
 
 }  // namespace android::hardware::halvard::orrin::vendor::OrrinAtoms

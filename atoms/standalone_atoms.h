@@ -12,6 +12,8 @@ namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
 /// The state of the hinge angle changed.
 struct HingeAngleStateChanged {
+  static constexpr std::int32_t kAtomId = 100106;
+
   std::string reverse_domain_name{};
   std::int32_t value_1 = 0;
   std::int32_t value_2 = 0;
@@ -19,6 +21,8 @@ struct HingeAngleStateChanged {
 
 /// The usage of a server worker.
 struct TarnServerWorkerUsageReported {
+  static constexpr std::int32_t kAtomId = 100108;
+
   std::string reverse_domain_name{};
   std::int32_t value_1 = 0;
   std::int32_t value_2 = 0;
@@ -29,12 +33,16 @@ struct TarnServerWorkerUsageReported {
 
 /// The hinge's Hall sensor triggered.
 struct HingeHallSensorTriggered {
+  static constexpr std::int32_t kAtomId = 100147;
+
   std::string reverse_domain_name{};
   bool value_1 = false;
 };
 
 /// The distribution of ambient light levels.
 struct AlsLuxLevelDistributionReported {
+  static constexpr std::int32_t kAtomId = 100250;
+
   std::string reverse_domain_name{};
   std::int32_t value_1 = 0;
   std::int32_t value_2 = 0;
