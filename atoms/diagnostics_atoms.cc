@@ -1,10 +1,26 @@
 #include "atoms/diagnostics_atoms.h"
 
+#include <utility>
+
 #include "atoms/build_vendor_atom.h"
+#include "atoms/moved_records.h"
 
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
 using aidl::android::frameworks::stats::VendorAtom;
+
+namespace {
+
+/// The lists are the record's, to be copied or to be taken over.
+template <typename List>
+VendorAtom BuildMemoryServiceability(const SensorMemoryServiceabilityStatsReported& r,
+                                     List&& bucket_allocation_count, List&& bucket_duration_ms) {
+  return BuildVendorAtom(r, r.bucket_allocation_total, r.shared_value, r.serviceability_value_1,
+                         r.serviceability_value_2, std::forward<List>(bucket_allocation_count),
+                         std::forward<List>(bucket_duration_ms));
+}
+
+}  // namespace
 
 VendorAtom createVendorAtom(const SensorProcessorDiagnosticsReported& r) {
   return BuildVendorAtom(r, r.value_1, r.value_2, r.value_3, r.value_4);
@@ -39,8 +55,12 @@ VendorAtom createVendorAtom(const SensorCoreDramExceptionsReported& r) {
 }
 
 VendorAtom createVendorAtom(const SensorMemoryServiceabilityStatsReported& r) {
-  return BuildVendorAtom(r, r.bucket_allocation_total, r.shared_value, r.serviceability_value_1,
-                         r.serviceability_value_2, r.bucket_allocation_count, r.bucket_duration_ms);
+  return BuildMemoryServiceability(r, r.bucket_allocation_count, r.bucket_duration_ms);
+}
+
+VendorAtom MoveIntoVendorAtom(SensorMemoryServiceabilityStatsReported r) {
+  return BuildMemoryServiceability(r, std::move(r.bucket_allocation_count),
+                                   std::move(r.bucket_duration_ms));
 }
 
 VendorAtom createVendorAtom(const AADProxStatsReported& r) {

@@ -3,6 +3,7 @@
 #include <numeric>
 
 #include "atoms/diagnostics_atoms.h"
+#include "atoms/moved_records.h"
 #include "engine/sensor_vela.h"
 #include "engine/wrapping_arithmetic.h"
 
@@ -120,7 +121,7 @@ SensorVela::VendorAtom SensorVela::AadProxStatsAtom(const AadProxStats& stats) {
 SensorVela::VendorAtom SensorVela::MemServiceabilityAtom(const MemoryPressure& memory) {
   const auto& counts = memory.bucket_allocation_count;
   const auto& durations = memory.bucket_duration_ms;
-  return createVendorAtom(atoms::SensorMemoryServiceabilityStatsReported{
+  return MoveIntoVendorAtom(atoms::SensorMemoryServiceabilityStatsReported{
       .bucket_allocation_total = std::accumulate(counts.begin(), counts.end(), std::int32_t{0},
                                                  sensorvela::WrappingAdd<std::int32_t>),
       .shared_value = memory.shared_value,
