@@ -1,10 +1,8 @@
 // One of each record that a host fills and of each interface that it implements, so that libabigail
 // finds all of their layouts in one place. Built for the check `abi` alone.
-#include <sensorvela/atoms/diagnostics_atoms.h>
-#include <sensorvela/atoms/sensor_event_atoms.h>
-#include <sensorvela/atoms/standalone_atoms.h>
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/histogram/stats_histogram.h>
+#include "atoms/all_records.h"
 
 namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 
@@ -17,22 +15,15 @@ struct Pointers<Record, Records...> : Pointers<Records...> {
 template <>
 struct Pointers<> {};
 
-using PublicRecords =
-    Pointers<SensorVela, SensorVela::SensorId, SensorVela::TarnVelaProxEvent,
-             SensorVela::ProcessorDiag, SensorVela::QueueStress, SensorVela::IpcErrorRate,
-             SensorVela::MemoryPressure, SensorVela::SensorUsage, SensorVela::GatingContext,
-             SensorVela::DramException, SensorVela::AadProxStats,
-             SensorVela::SystemDiagnosticsSupplier, SensorVela::SystemDiagnosticsSupplierV2,
-             android::util::statslogapigen::StatsHistogram, atoms::SensorHalErrorDetected,
-             atoms::SensorRuntimeErrorDetected, atoms::ProxStatusReported,
-             atoms::HalSensorStateChanged, atoms::SensorHalLatencyRecorded,
-             atoms::SensorFirmwareStateChanged, atoms::SensorFirstSampleReported,
-             atoms::SensorProcessorDiagnosticsReported, atoms::SensorSystemQueueStressReported,
-             atoms::SensorIpcErrorRateReported, atoms::SensorMemoryPressureReported,
-             atoms::TarnSensorUsageReported, atoms::SensorGatingContextReported,
-             atoms::SensorCoreDramExceptionsReported,
-             atoms::SensorMemoryServiceabilityStatsReported, atoms::AADProxStatsReported,
-             atoms::HingeAngleStateChanged, atoms::TarnServerWorkerUsageReported,
-             atoms::HingeHallSensorTriggered, atoms::AlsLuxLevelDistributionReported>;
+template <typename... AtomRecords>
+Pointers<SensorVela, SensorVela::SensorId, SensorVela::TarnVelaProxEvent, SensorVela::ProcessorDiag,
+         SensorVela::QueueStress, SensorVela::IpcErrorRate, SensorVela::MemoryPressure,
+         SensorVela::SensorUsage, SensorVela::GatingContext, SensorVela::DramException,
+         SensorVela::AadProxStats, SensorVela::SystemDiagnosticsSupplier,
+         SensorVela::SystemDiagnosticsSupplierV2, android::util::statslogapigen::StatsHistogram,
+         AtomRecords...>
+    PointersTo(atoms::RecordList<AtomRecords...>);
+
+using PublicRecords = decltype(PointersTo(atoms::AllRecords()));
 extern const PublicRecords kPublicRecords;
 const PublicRecords kPublicRecords = {};

@@ -1,17 +1,16 @@
 // Each builder, beside an empty atom, one exact allocation, and one store for each value.
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
-#include <sensorvela/atoms/diagnostics_atoms.h>
-#include <sensorvela/atoms/sensor_event_atoms.h>
-#include <sensorvela/atoms/standalone_atoms.h>
+#include <sensorvela/testkit/atom_catalogue.h>
 
+#include "atoms/all_records.h"
 #include "benchmarks/comparison.h"
 #include "benchmarks/tables.h"
 
@@ -21,6 +20,50 @@ namespace {
 namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
+
+/// Becomes a record's member of exactly that type; an enumeration is an int.
+template <typename Member>
+struct As {
+  Member member{};
+
+  template <typename Type>
+    requires std::is_same_v<Type, Member> ||
+             (std::is_enum_v<Type> && std::is_same_v<Member, std::int32_t>)
+  operator Type() const {  // NOLINT(google-explicit-constructor): so that it initializes a member.
+    return static_cast<Type>(member);
+  }
+};
+
+using List = std::vector<std::int32_t>;
+
+/// The record's members after its domain name begin with these types.
+template <typename Record, typename... Members>
+concept BeginsWith = requires { Record{std::string(), As<Members>()...}; };
+
+/// One of each of the record's values, in their order.
+template <typename Record, typename... Found>
+auto MembersOf() {
+  if constexpr (BeginsWith<Record, Found..., std::int32_t>) {
+    return MembersOf<Record, Found..., std::int32_t>();
+  } else if constexpr (BeginsWith<Record, Found..., std::int64_t>) {
+    return MembersOf<Record, Found..., std::int64_t>();
+  } else if constexpr (BeginsWith<Record, Found..., float>) {
+    return MembersOf<Record, Found..., float>();
+  } else if constexpr (BeginsWith<Record, Found..., bool>) {
+    return MembersOf<Record, Found..., bool>();
+  } else if constexpr (BeginsWith<Record, Found..., List>) {
+    return MembersOf<Record, Found..., List>();
+  } else {
+    return std::tuple<Found...>();
+  }
+}
+
+template <typename Member>
+constexpr std::size_t kAlternative = std::is_same_v<Member, std::int32_t>   ? 0
+                                     : std::is_same_v<Member, std::int64_t> ? 1
+                                     : std::is_same_v<Member, float>        ? 2
+                                     : std::is_same_v<Member, bool>         ? 4
+                                                                            : 5;
 
 template <typename Record>
 Body Builds(const Record& record) {
@@ -32,36 +75,11 @@ Body Builds(const Record& record) {
   };
 }
 
-template <typename Member, std::size_t count>
-using Run = std::array<Member, count>;
-template <std::size_t count>
-using Ints = Run<std::int32_t, count>;
-template <std::size_t count>
-using Floats = Run<float, count>;
-using Long = Run<std::int64_t, 1>;
-using Bool = Run<bool, 1>;
-using List = Run<std::vector<std::int32_t>, 1>;
-
-template <typename Member>
-constexpr std::size_t kAlternative = std::is_same_v<Member, std::int32_t>   ? 0
-                                     : std::is_same_v<Member, std::int64_t> ? 1
-                                     : std::is_same_v<Member, float>        ? 2
-                                     : std::is_same_v<Member, bool>         ? 4
-                                                                            : 5;
-
-template <typename Member, std::size_t count>
-VendorAtomValue* Store(const Run<Member, count>& members, VendorAtomValue* value) {
-  for (const Member& member : members) {
-    std::construct_at(value++, std::in_place_index<kAlternative<Member>>, member);
-  }
-  return value;
-}
-
 /// Makes a value of each member, in memory of its own: no vector knows of it.
-template <typename... Runs>
-Body Stores(const Runs&... all) {
-  return [members = std::tuple(all...)](benchmark::State& state) mutable {
-    constexpr std::size_t kCount = (std::tuple_size_v<Runs> + ...);
+template <typename... Members>
+Body Stores(const std::tuple<Members...>& all) {
+  return [members = all](benchmark::State& state) mutable {
+    constexpr std::size_t kCount = sizeof...(Members);
     std::allocator<VendorAtomValue> allocator;
     for (auto _ : state) {
       benchmark::DoNotOptimize(members);
@@ -70,7 +88,11 @@ Body Stores(const Runs&... all) {
       benchmark::DoNotOptimize(atom);
       VendorAtomValue* const values = allocator.allocate(kCount);
       VendorAtomValue* value = values;
-      std::apply([&](const auto&... runs) { ((value = Store(runs, value)), ...); }, members);
+      std::apply(
+          [&](const Members&... each) {
+            (std::construct_at(value++, std::in_place_index<kAlternative<Members>>, each), ...);
+          },
+          members);
       benchmark::DoNotOptimize(values);
       std::destroy_n(values, kCount);
       allocator.deallocate(values, kCount);
@@ -78,48 +100,27 @@ Body Stores(const Runs&... all) {
   };
 }
 
-/// The baseline's members are of the same kinds in the same order.
-template <typename Record, typename... Runs>
-void AddRow(const char* name, const Record& record, const Runs&... runs) {
-  Add({.table = "createVendorAtom",
-       .name = name,
-       .operation = Builds(record),
-       .baseline = Stores(runs...),
-       .goal = 1.10});
-}
+/// A list is as long as the upload's.
+void Fill(List& list) { list.resize(20); }
+void Fill(const auto&) {}
 
 }  // namespace
 
 void AddBuilders() {
-  const List bands = {std::vector<std::int32_t>(5)};
-  const List buckets = {std::vector<std::int32_t>(20)};
-  AddRow("SensorHalErrorDetected", atoms::SensorHalErrorDetected{}, Ints<4>{});
-  AddRow("SensorRuntimeErrorDetected", atoms::SensorRuntimeErrorDetected{}, Ints<4>{});
-  AddRow("ProxStatusReported", atoms::ProxStatusReported{}, Ints<8>{}, Floats<4>{}, Ints<2>{},
-         Floats<3>{});
-  AddRow("HalSensorStateChanged", atoms::HalSensorStateChanged{.latency_histogram = bands[0]},
-         Ints<3>{}, Long{}, Ints<2>{}, bands);
-  AddRow("SensorHalLatencyRecorded", atoms::SensorHalLatencyRecorded{}, Ints<3>{}, Long{});
-  AddRow("SensorFirmwareStateChanged", atoms::SensorFirmwareStateChanged{}, Ints<3>{});
-  AddRow("SensorFirstSampleReported", atoms::SensorFirstSampleReported{}, Ints<2>{}, Long{});
-  AddRow("SensorProcessorDiagnosticsReported", atoms::SensorProcessorDiagnosticsReported{},
-         Ints<4>{});
-  AddRow("SensorSystemQueueStressReported", atoms::SensorSystemQueueStressReported{}, Ints<7>{});
-  AddRow("SensorIpcErrorRateReported", atoms::SensorIpcErrorRateReported{}, Ints<4>{});
-  AddRow("SensorMemoryPressureReported", atoms::SensorMemoryPressureReported{}, Ints<4>{},
-         Floats<1>{});
-  AddRow("TarnSensorUsageReported", atoms::TarnSensorUsageReported{}, Ints<7>{});
-  AddRow("SensorGatingContextReported", atoms::SensorGatingContextReported{}, Ints<9>{});
-  AddRow("SensorCoreDramExceptionsReported", atoms::SensorCoreDramExceptionsReported{}, Ints<5>{});
-  AddRow("SensorMemoryServiceabilityStatsReported",
-         atoms::SensorMemoryServiceabilityStatsReported{.bucket_allocation_count = buckets[0],
-                                                        .bucket_duration_ms = buckets[0]},
-         Ints<4>{}, buckets, buckets);
-  AddRow("AADProxStatsReported", atoms::AADProxStatsReported{}, Ints<8>{}, Floats<6>{}, Ints<6>{});
-  AddRow("HingeAngleStateChanged", atoms::HingeAngleStateChanged{}, Ints<2>{});
-  AddRow("TarnServerWorkerUsageReported", atoms::TarnServerWorkerUsageReported{}, Ints<5>{});
-  AddRow("HingeHallSensorTriggered", atoms::HingeHallSensorTriggered{}, Bool{});
-  AddRow("AlsLuxLevelDistributionReported", atoms::AlsLuxLevelDistributionReported{}, Ints<16>{});
+  atoms::AllRecords::ForEach([]<typename Record>() {
+    auto members = MembersOf<Record>();
+    std::apply([](auto&... each) { (Fill(each), ...); }, members);
+    const auto record = std::apply(
+        []<typename... Members>(const Members&... each) {
+          return Record{std::string(), As<Members>{each}...};
+        },
+        members);
+    Add({.table = "createVendorAtom",
+         .name = std::string(testkit::FindAtom(Record::kAtomId)->name),
+         .operation = Builds(record),
+         .baseline = Stores(members),
+         .goal = 1.10});
+  });
 }
 
 }  // namespace sensorvela::benchmarks

@@ -3,9 +3,13 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <utility>
+
+#include "atoms/all_records.h"
 
 namespace sensorvela::testkit {
 
+namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
 
@@ -23,106 +27,6 @@ constexpr ValueInfo kSensorIdHigh = {"sensor_id_high", kInt,
                                      "the sensor identifier's unsigned half, its bits as they are"};
 constexpr ValueInfo kSensorIdLow = {"sensor_id_low", kInt, "the sensor identifier's signed half"};
 
-constexpr std::array kSensorHalError = {
-    kSensorIdHigh,
-    kSensorIdLow,
-    ValueInfo{"hal_call", kInt, "the call that failed"},
-    ValueInfo{"error_code", kInt, "what the call returned"},
-};
-
-constexpr std::array kSensorRuntimeError = {
-    kSensorIdHigh,
-    kSensorIdLow,
-    ValueInfo{"error_type", kInt, "the kind of failure"},
-    ValueInfo{"error_code", kInt, "the failure's code"},
-};
-
-constexpr std::array kSystemQueueStress = {
-    ValueInfo{"queue_type", kInt, "the system queue: 1, 2 or 3"},
-    ValueInfo{"value_1", kInt, ""},
-    ValueInfo{"value_2", kInt, ""},
-    ValueInfo{"value_3", kInt, ""},
-    ValueInfo{"value_4", kInt, ""},
-    ValueInfo{"value_5", kInt, ""},
-    ValueInfo{"value_6", kInt, ""},
-};
-
-constexpr std::array kMemoryPressure = {
-    ValueInfo{"shared_value", kInt, ""},       ValueInfo{"pressure_value_1", kInt, ""},
-    ValueInfo{"pressure_value_2", kInt, ""},   ValueInfo{"pressure_value_3", kInt, ""},
-    ValueInfo{"pressure_value_4", kFloat, ""},
-};
-
-constexpr std::array kProxStatus = {
-    ValueInfo{"int_0", kInt, ""},     ValueInfo{"int_1", kInt, ""},
-    ValueInfo{"int_2", kInt, ""},     ValueInfo{"int_3", kInt, ""},
-    ValueInfo{"int_4", kInt, ""},     ValueInfo{"int_5", kInt, ""},
-    ValueInfo{"int_6", kInt, ""},     ValueInfo{"int_7", kInt, ""},
-    ValueInfo{"float_0", kFloat, ""}, ValueInfo{"float_1", kFloat, ""},
-    ValueInfo{"float_2", kFloat, ""}, ValueInfo{"float_3", kFloat, ""},
-    ValueInfo{"int_8", kInt, ""},     ValueInfo{"int_9", kInt, ""},
-    ValueInfo{"float_4", kFloat, ""}, ValueInfo{"float_5", kFloat, ""},
-    ValueInfo{"float_6", kFloat, ""},
-};
-
-constexpr std::array kHalSensorState = {
-    kSensorIdHigh,
-    kSensorIdLow,
-    ValueInfo{"state", kInt, "1: disabled, 2: enabled"},
-    ValueInfo{"sampling_period_ns", kLong, "nanoseconds; -1 when disabled"},
-    ValueInfo{"sample_count", kInt, "samples since the last enable; -1 when enabled"},
-    ValueInfo{
-        "late_sample_count", kInt,
-        "of these, samples more than 1.1 sampling periods after the one before, or the enable; "
-        "-1 when enabled"},
-    ValueInfo{"latency_histogram", kInts,
-              "samples by latency: up to 2.5 ms, 5 ms, 10 ms, 20 ms, and more; empty when enabled"},
-};
-
-constexpr std::array kSensorHalLatency = {
-    kSensorIdHigh,
-    kSensorIdLow,
-    ValueInfo{"operation", kInt, "the operation that was timed"},
-    ValueInfo{"latency_ns", kLong, "nanoseconds that it took"},
-};
-
-constexpr std::array kSensorFirmwareState = {
-    ValueInfo{"subject_id", kInt, ""},
-    ValueInfo{"state", kInt, "the state that the firmware entered"},
-    ValueInfo{"detail_code", kInt, ""},
-};
-
-constexpr std::array kSensorFirstSample = {
-    kSensorIdHigh,
-    kSensorIdLow,
-    ValueInfo{"first_sample_latency_ns", kLong,
-              "nanoseconds from the enable to the first sample's arrival"},
-};
-
-constexpr std::array kHingeHallSensor = {ValueInfo{"value_1", kBool, ""}};
-
-constexpr std::array kMemoryServiceability = {
-    ValueInfo{"bucket_allocation_total", kInt, "the sum of bucket_allocation_count"},
-    ValueInfo{"shared_value", kInt, ""},
-    ValueInfo{"serviceability_value_1", kInt, ""},
-    ValueInfo{"serviceability_value_2", kInt, ""},
-    ValueInfo{"bucket_allocation_count", kInts, "20 bucket counts"},
-    ValueInfo{"bucket_duration_ms", kInts, "20 bucket counts"},
-};
-
-constexpr std::array kAadProxStats = {
-    ValueInfo{"value_1", kInt, ""},    ValueInfo{"value_2", kInt, ""},
-    ValueInfo{"value_3", kInt, ""},    ValueInfo{"value_4", kInt, ""},
-    ValueInfo{"value_5", kInt, ""},    ValueInfo{"value_6", kInt, ""},
-    ValueInfo{"value_7", kInt, ""},    ValueInfo{"value_8", kInt, ""},
-    ValueInfo{"value_9", kFloat, ""},  ValueInfo{"value_10", kFloat, ""},
-    ValueInfo{"value_11", kFloat, ""}, ValueInfo{"value_12", kFloat, ""},
-    ValueInfo{"value_13", kFloat, ""}, ValueInfo{"value_14", kFloat, ""},
-    ValueInfo{"value_15", kInt, ""},   ValueInfo{"value_16", kInt, ""},
-    ValueInfo{"value_17", kInt, ""},   ValueInfo{"value_18", kInt, ""},
-    ValueInfo{"value_19", kInt, ""},   ValueInfo{"value_20", kInt, ""},
-};
-
 constexpr std::array kPositionalInts = {
     ValueInfo{"value_1", kInt, ""},  ValueInfo{"value_2", kInt, ""},
     ValueInfo{"value_3", kInt, ""},  ValueInfo{"value_4", kInt, ""},
@@ -135,41 +39,229 @@ constexpr std::array kPositionalInts = {
 };
 
 /// `count` int values that are named after their position.
-constexpr std::span<const ValueInfo> PositionalInts(std::size_t count) {
-  return std::span<const ValueInfo>(kPositionalInts).first(count);
+std::vector<ValueInfo> PositionalInts(std::size_t count) {
+  return {kPositionalInts.begin(), kPositionalInts.begin() + count};
 }
 
-constexpr std::array kAtoms = {
-    AtomInfo{100024, "SensorHalErrorDetected", kSensorHalError},
-    AtomInfo{100025, "SensorRuntimeErrorDetected", kSensorRuntimeError},
-    AtomInfo{100028, "SensorProcessorDiagnosticsReported", PositionalInts(4)},
-    AtomInfo{100029, "SensorSystemQueueStressReported", kSystemQueueStress},
-    AtomInfo{100069, "SensorIpcErrorRateReported", PositionalInts(4)},
-    AtomInfo{100070, "SensorMemoryPressureReported", kMemoryPressure},
-    AtomInfo{100106, "HingeAngleStateChanged", PositionalInts(2)},
-    AtomInfo{100107, "TarnSensorUsageReported", PositionalInts(7)},
-    AtomInfo{100108, "TarnServerWorkerUsageReported", PositionalInts(5)},
-    AtomInfo{100109, "SensorGatingContextReported", PositionalInts(9)},
-    AtomInfo{100110, "SensorCoreDramExceptionsReported", PositionalInts(5)},
-    AtomInfo{100133, "ProxStatusReported", kProxStatus},
-    AtomInfo{100147, "HingeHallSensorTriggered", kHingeHallSensor},
-    AtomInfo{100242, "HalSensorStateChanged", kHalSensorState},
-    AtomInfo{100243, "SensorHalLatencyRecorded", kSensorHalLatency},
-    AtomInfo{100244, "SensorFirmwareStateChanged", kSensorFirmwareState},
-    AtomInfo{100245, "SensorFirstSampleReported", kSensorFirstSample},
-    AtomInfo{100250, "AlsLuxLevelDistributionReported", PositionalInts(16)},
-    AtomInfo{100304, "SensorMemoryServiceabilityStatsReported", kMemoryServiceability},
-    AtomInfo{100334, "AADProxStatsReported", kAadProxStats},
+struct Entry {
+  std::string_view name;
+  std::vector<ValueInfo> values;
 };
-static_assert(kAtoms.size() == 20);
-static_assert(std::ranges::is_sorted(kAtoms, {}, &AtomInfo::id));
+
+/// The entry of a record's atom: one for each record, or the catalogue does not compile.
+template <typename Record>
+Entry EntryOf() = delete;
+
+template <>
+Entry EntryOf<atoms::SensorHalErrorDetected>() {
+  return {"SensorHalErrorDetected",
+          {
+              kSensorIdHigh,
+              kSensorIdLow,
+              {"hal_call", kInt, "the call that failed"},
+              {"error_code", kInt, "what the call returned"},
+          }};
+}
+
+template <>
+Entry EntryOf<atoms::SensorRuntimeErrorDetected>() {
+  return {"SensorRuntimeErrorDetected",
+          {
+              kSensorIdHigh,
+              kSensorIdLow,
+              {"error_type", kInt, "the kind of failure"},
+              {"error_code", kInt, "the failure's code"},
+          }};
+}
+
+template <>
+Entry EntryOf<atoms::SensorProcessorDiagnosticsReported>() {
+  return {"SensorProcessorDiagnosticsReported", PositionalInts(4)};
+}
+
+template <>
+Entry EntryOf<atoms::SensorSystemQueueStressReported>() {
+  return {"SensorSystemQueueStressReported",
+          {
+              {"queue_type", kInt, "the system queue: 1, 2 or 3"},
+              {"value_1", kInt, ""},
+              {"value_2", kInt, ""},
+              {"value_3", kInt, ""},
+              {"value_4", kInt, ""},
+              {"value_5", kInt, ""},
+              {"value_6", kInt, ""},
+          }};
+}
+
+template <>
+Entry EntryOf<atoms::SensorIpcErrorRateReported>() {
+  return {"SensorIpcErrorRateReported", PositionalInts(4)};
+}
+
+template <>
+Entry EntryOf<atoms::SensorMemoryPressureReported>() {
+  return {"SensorMemoryPressureReported",
+          {
+              {"shared_value", kInt, ""},
+              {"pressure_value_1", kInt, ""},
+              {"pressure_value_2", kInt, ""},
+              {"pressure_value_3", kInt, ""},
+              {"pressure_value_4", kFloat, ""},
+          }};
+}
+
+template <>
+Entry EntryOf<atoms::HingeAngleStateChanged>() {
+  return {"HingeAngleStateChanged", PositionalInts(2)};
+}
+
+template <>
+Entry EntryOf<atoms::TarnSensorUsageReported>() {
+  return {"TarnSensorUsageReported", PositionalInts(7)};
+}
+
+template <>
+Entry EntryOf<atoms::TarnServerWorkerUsageReported>() {
+  return {"TarnServerWorkerUsageReported", PositionalInts(5)};
+}
+
+template <>
+Entry EntryOf<atoms::SensorGatingContextReported>() {
+  return {"SensorGatingContextReported", PositionalInts(9)};
+}
+
+template <>
+Entry EntryOf<atoms::SensorCoreDramExceptionsReported>() {
+  return {"SensorCoreDramExceptionsReported", PositionalInts(5)};
+}
+
+template <>
+Entry EntryOf<atoms::ProxStatusReported>() {
+  return {"ProxStatusReported",
+          {
+              {"int_0", kInt, ""},
+              {"int_1", kInt, ""},
+              {"int_2", kInt, ""},
+              {"int_3", kInt, ""},
+              {"int_4", kInt, ""},
+              {"int_5", kInt, ""},
+              {"int_6", kInt, ""},
+              {"int_7", kInt, ""},
+              {"float_0", kFloat, ""},
+              {"float_1", kFloat, ""},
+              {"float_2", kFloat, ""},
+              {"float_3", kFloat, ""},
+              {"int_8", kInt, ""},
+              {"int_9", kInt, ""},
+              {"float_4", kFloat, ""},
+              {"float_5", kFloat, ""},
+              {"float_6", kFloat, ""},
+          }};
+}
+
+template <>
+Entry EntryOf<atoms::HingeHallSensorTriggered>() {
+  return {"HingeHallSensorTriggered", {{"value_1", kBool, ""}}};
+}
+
+template <>
+Entry EntryOf<atoms::HalSensorStateChanged>() {
+  return {
+      "HalSensorStateChanged",
+      {
+          kSensorIdHigh,
+          kSensorIdLow,
+          {"state", kInt, "1: disabled, 2: enabled"},
+          {"sampling_period_ns", kLong, "nanoseconds; -1 when disabled"},
+          {"sample_count", kInt, "samples since the last enable; -1 when enabled"},
+          {"late_sample_count", kInt,
+           "of these, samples more than 1.1 sampling periods after the one before, or the enable; "
+           "-1 when enabled"},
+          {"latency_histogram", kInts,
+           "samples by latency: up to 2.5 ms, 5 ms, 10 ms, 20 ms, and more; empty when enabled"},
+      }};
+}
+
+template <>
+Entry EntryOf<atoms::SensorHalLatencyRecorded>() {
+  return {"SensorHalLatencyRecorded",
+          {
+              kSensorIdHigh,
+              kSensorIdLow,
+              {"operation", kInt, "the operation that was timed"},
+              {"latency_ns", kLong, "nanoseconds that it took"},
+          }};
+}
+
+template <>
+Entry EntryOf<atoms::SensorFirmwareStateChanged>() {
+  return {"SensorFirmwareStateChanged",
+          {
+              {"subject_id", kInt, ""},
+              {"state", kInt, "the state that the firmware entered"},
+              {"detail_code", kInt, ""},
+          }};
+}
+
+template <>
+Entry EntryOf<atoms::SensorFirstSampleReported>() {
+  return {"SensorFirstSampleReported",
+          {
+              kSensorIdHigh,
+              kSensorIdLow,
+              {"first_sample_latency_ns", kLong,
+               "nanoseconds from the enable to the first sample's arrival"},
+          }};
+}
+
+template <>
+Entry EntryOf<atoms::AlsLuxLevelDistributionReported>() {
+  return {"AlsLuxLevelDistributionReported", PositionalInts(16)};
+}
+
+template <>
+Entry EntryOf<atoms::SensorMemoryServiceabilityStatsReported>() {
+  return {"SensorMemoryServiceabilityStatsReported",
+          {
+              {"bucket_allocation_total", kInt, "the sum of bucket_allocation_count"},
+              {"shared_value", kInt, ""},
+              {"serviceability_value_1", kInt, ""},
+              {"serviceability_value_2", kInt, ""},
+              {"bucket_allocation_count", kInts, "20 bucket counts"},
+              {"bucket_duration_ms", kInts, "20 bucket counts"},
+          }};
+}
+
+template <>
+Entry EntryOf<atoms::AADProxStatsReported>() {
+  return {"AADProxStatsReported",
+          {
+              {"value_1", kInt, ""},    {"value_2", kInt, ""},    {"value_3", kInt, ""},
+              {"value_4", kInt, ""},    {"value_5", kInt, ""},    {"value_6", kInt, ""},
+              {"value_7", kInt, ""},    {"value_8", kInt, ""},    {"value_9", kFloat, ""},
+              {"value_10", kFloat, ""}, {"value_11", kFloat, ""}, {"value_12", kFloat, ""},
+              {"value_13", kFloat, ""}, {"value_14", kFloat, ""}, {"value_15", kInt, ""},
+              {"value_16", kInt, ""},   {"value_17", kInt, ""},   {"value_18", kInt, ""},
+              {"value_19", kInt, ""},   {"value_20", kInt, ""},
+          }};
+}
 
 }  // namespace
 
-std::span<const AtomInfo> AtomCatalogue() { return kAtoms; }
+const std::vector<AtomInfo>& AtomCatalogue() {
+  static const std::vector<AtomInfo> kAtoms = [] {
+    std::vector<AtomInfo> all;
+    atoms::AllRecords::ForEach([&]<typename Record>() {
+      Entry entry = EntryOf<Record>();
+      all.push_back({Record::kAtomId, entry.name, std::move(entry.values)});
+    });
+    return all;
+  }();
+  return kAtoms;
+}
 
 const AtomInfo* FindAtom(std::int32_t id) {
-  for (const AtomInfo& atom : kAtoms) {
+  for (const AtomInfo& atom : AtomCatalogue()) {
     if (atom.id == id) return &atom;
   }
   return nullptr;
@@ -187,8 +279,11 @@ std::string ValueName(const VendorAtom& atom, std::size_t index) {
 }
 
 const VendorAtomValue* FindValue(const VendorAtom& atom, std::string_view name) {
-  for (std::size_t i = 0; i < atom.values.size(); ++i) {
-    if (ValueName(atom, i) == name) return &atom.values[i];
+  const AtomInfo* info = FindAtom(atom.atomId);
+  if (info == nullptr) return nullptr;
+  const std::size_t known = std::min(info->values.size(), atom.values.size());
+  for (std::size_t i = 0; i < known; ++i) {
+    if (info->values[i].name == name) return &atom.values[i];
   }
   return nullptr;
 }

@@ -5,9 +5,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace sensorvela::testkit {
 
@@ -21,11 +21,11 @@ struct ValueInfo {
 struct AtomInfo {
   std::int32_t id;
   std::string_view name;
-  std::span<const ValueInfo> values;
+  std::vector<ValueInfo> values;
 };
 
 /// Every atom that the library can build, by ascending identifier.
-std::span<const AtomInfo> AtomCatalogue();
+const std::vector<AtomInfo>& AtomCatalogue();
 
 /// Null for an identifier that is not the library's.
 const AtomInfo* FindAtom(std::int32_t id);

@@ -9,11 +9,9 @@
 #include <string>
 #include <vector>
 
-#include <sensorvela/atoms/diagnostics_atoms.h>
-#include <sensorvela/atoms/sensor_event_atoms.h>
-#include <sensorvela/atoms/standalone_atoms.h>
 #include <sensorvela/histogram/stats_histogram.h>
 
+#include "atoms/all_records.h"
 #include "tests/call_counts.h"
 #include "tests/test_support.h"
 
@@ -109,32 +107,21 @@ TEST(CallCostTest, OfEachEvent) {
 
 TEST(CallCostTest, OfEachBuilderAndTheHistogram) {
   if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
-  const auto expect_allocations = [](int count, const auto&... records) {
-    const auto built = [&](const auto& record) {
-      EXPECT_EQ(CostOf([&] { createVendorAtom(record); }), Cost({{count, 0}}));
-    };
-    (built(records), ...);
+  const auto expect_allocations = [](int count, const auto& record) {
+    EXPECT_EQ(CostOf([&] { createVendorAtom(record); }), Cost({{count, 0}})) << record.kAtomId;
   };
-  expect_allocations(
-      1, atoms::SensorHalErrorDetected{}, atoms::SensorRuntimeErrorDetected{},
-      atoms::SensorProcessorDiagnosticsReported{}, atoms::SensorSystemQueueStressReported{},
-      atoms::SensorIpcErrorRateReported{}, atoms::SensorMemoryPressureReported{},
-      atoms::HingeAngleStateChanged{}, atoms::TarnSensorUsageReported{},
-      atoms::TarnServerWorkerUsageReported{}, atoms::SensorGatingContextReported{},
-      atoms::SensorCoreDramExceptionsReported{}, atoms::ProxStatusReported{},
-      atoms::HingeHallSensorTriggered{}, atoms::HalSensorStateChanged{},
-      atoms::SensorHalLatencyRecorded{}, atoms::SensorFirmwareStateChanged{},
-      atoms::SensorFirstSampleReported{}, atoms::AlsLuxLevelDistributionReported{},
-      atoms::SensorMemoryServiceabilityStatsReported{}, atoms::AADProxStatsReported{});
+  // A text that is too long for its object costs one more, and is not copied twice.
+  const std::string long_name(100, 'x');
+  atoms::AllRecords::ForEach([&]<typename Record>() {
+    expect_allocations(1, Record{});
+    expect_allocations(2, Record{.reverse_domain_name = long_name});
+  });
   expect_allocations(2, atoms::HalSensorStateChanged{.latency_histogram = {1, 2, 3, 4, 5}});
   expect_allocations(3, atoms::SensorMemoryServiceabilityStatsReported{
                             .bucket_allocation_count = {1}, .bucket_duration_ms = {1}});
-
-  // A text that is too long for its object costs one more, and is not copied twice.
-  const std::string long_name(100, 'x');
-  expect_allocations(2, atoms::HingeHallSensorTriggered{.reverse_domain_name = long_name});
-  expect_allocations(
-      3, atoms::HalSensorStateChanged{.reverse_domain_name = long_name, .latency_histogram = {1}});
+  // The upload's lists are allocated once.
+  const SensorVela::MemoryPressure memory = {};
+  EXPECT_EQ(CostOf([&] { SensorVela::MemServiceabilityAtom(memory); }), Cost({{3, 0}}));
 
   const auto histogram = android::util::statslogapigen::StatsHistogram::createLinearBins(0, 1, 9);
   EXPECT_EQ(CostOf([&] {

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
@@ -8,14 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
-#include <string_view>
 #include <vector>
-
-#include <sensorvela/atoms/diagnostics_atoms.h>
-#include <sensorvela/atoms/sensor_event_atoms.h>
-#include <sensorvela/atoms/standalone_atoms.h>
-#include <sensorvela/testkit/atom_catalogue.h>
-#include <sensorvela/testkit/value_kinds.h>
 
 #include "tests/trace_files.h"
 #include "tools/report/json_lines_report.h"
@@ -30,11 +22,8 @@
 namespace sensorvela::replay {
 namespace {
 
-namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
-using aidl::android::frameworks::stats::VendorAtom;
-using aidl::android::frameworks::stats::VendorAtomValue;
-
 using testing::SourcePath;
+
 
 std::string Complaint(const std::string& trace) {
   try {
@@ -181,60 +170,6 @@ TEST(TraceFormatTest, HasAnExampleOfEachKindThatRuns) {
     }
   }
   EXPECT_EQ(examples, EventKinds().size());
-}
-
-TEST(AtomCatalogueTest, AgreesWithEveryBuilder) {
-#define BUILT(Record) {#Record, createVendorAtom(atoms::Record{})}
-  const std::map<std::string_view, VendorAtom> built = {
-      BUILT(SensorHalErrorDetected),
-      BUILT(SensorRuntimeErrorDetected),
-      BUILT(SensorProcessorDiagnosticsReported),
-      BUILT(SensorSystemQueueStressReported),
-      BUILT(SensorIpcErrorRateReported),
-      BUILT(SensorMemoryPressureReported),
-      BUILT(HingeAngleStateChanged),
-      BUILT(TarnSensorUsageReported),
-      BUILT(TarnServerWorkerUsageReported),
-      BUILT(SensorGatingContextReported),
-      BUILT(SensorCoreDramExceptionsReported),
-      BUILT(ProxStatusReported),
-      BUILT(HingeHallSensorTriggered),
-      BUILT(HalSensorStateChanged),
-      BUILT(SensorHalLatencyRecorded),
-      BUILT(SensorFirmwareStateChanged),
-      BUILT(SensorFirstSampleReported),
-      BUILT(AlsLuxLevelDistributionReported),
-      BUILT(SensorMemoryServiceabilityStatsReported),
-      BUILT(AADProxStatsReported)};
-#undef BUILT
-  EXPECT_EQ(built.size(), testkit::AtomCatalogue().size());
-  for (const testkit::AtomInfo& info : testkit::AtomCatalogue()) {
-    ASSERT_TRUE(built.contains(info.name)) << info.name;
-    const VendorAtom& atom = built.at(info.name);
-    EXPECT_EQ(atom.atomId, info.id);
-    EXPECT_TRUE(std::ranges::equal(atom.values, info.values, {}, &VendorAtomValue::getTag,
-                                   &testkit::ValueInfo::kind))
-        << info.name;
-  }
-}
-
-TEST(AtomCatalogueTest, IsWhatTheDocumentSays) {
-  std::string tables;
-  for (const testkit::AtomInfo& atom : testkit::AtomCatalogue()) {
-    tables += "## " + std::string(atom.name) + " (" + std::to_string(atom.id) + ")\n" +
-              "| # | value | kind | meaning |\n|---|---|---|---|\n";
-    for (std::size_t i = 0; i < atom.values.size(); ++i) {
-      const auto& [name, kind, meaning] = atom.values[i];
-      tables += "| " + std::to_string(i + 1) + " | `" + std::string(name) + "` | " +
-                std::string(testkit::KindName(kind)) + " | " + std::string(meaning) + " |\n";
-    }
-  }
-  std::istringstream document(ReadInput(SourcePath("docs/atoms.md")));
-  std::string documented;
-  for (std::string line; std::getline(document, line);) {
-    if (line.starts_with("## ") || line.starts_with("|")) documented += line + '\n';
-  }
-  EXPECT_EQ(documented, tables);
 }
 
 }  // namespace
