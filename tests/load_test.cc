@@ -7,11 +7,15 @@
 #include <functional>
 #include <utility>
 
+#include <sensorvela/atoms/sensor_event_atoms.h>
+#include <sensorvela/testkit/atom_catalogue.h>
 #include "tests/call_counts.h"
 #include "tests/test_support.h"
 
 namespace sensorvela::testing {
 namespace {
+
+using android::hardware::halvard::orrin::vendor::OrrinAtoms::SensorHalLatencyRecorded;
 
 #if defined(__arm__)
 constexpr int kEvents = 80'000;  // Under emulation.
@@ -29,7 +33,7 @@ class AtomCounts {
   void OnReport(const VendorAtom& atom) {
     ++delivered;
     taken_ = SensorVelaTestPeer::AtomsTaken(*engine, time_);
-    if (atom.atomId == 100243) CheckSequence(atom);
+    if (atom.atomId == SensorHalLatencyRecorded::kAtomId) CheckSequence(atom);
   }
 
   /// All that was taken since the last report or the last such line has just been lost.
@@ -47,9 +51,11 @@ class AtomCounts {
  private:
   /// Each thread numbers its atoms: they come in order, and only a line explains a gap.
   void CheckSequence(const VendorAtom& atom) {
-    using Value = aidl::android::frameworks::stats::VendorAtomValue;
-    auto& last = last_[static_cast<std::size_t>(atom.values[0].get<Value::intValue>())];
-    const std::int64_t number = atom.values[3].get<Value::longValue>();
+    const std::int32_t thread =
+        testkit::FindValue(atom, "sensor_id_high")->get<VendorAtomValue::intValue>();
+    const std::int64_t number =
+        testkit::FindValue(atom, "latency_ns")->get<VendorAtomValue::longValue>();
+    auto& last = last_[static_cast<std::size_t>(thread)];
     const bool is_next = number == last.number + 1;
     const bool is_explained = number > last.number && drops_ > last.drops;
     if (!is_next && !is_explained) ++out_of_sequence;

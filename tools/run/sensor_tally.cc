@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <functional>
+#include <string_view>
 
+#include <sensorvela/atoms/sensor_event_atoms.h>
 #include <sensorvela/testkit/atom_catalogue.h>
 
 namespace sensorvela::replay {
 namespace {
 
 using aidl::android::frameworks::stats::VendorAtomValue;
+using android::hardware::halvard::orrin::vendor::OrrinAtoms::HalSensorStateChanged;
 using Tag = VendorAtomValue::Tag;
 
 constexpr std::int32_t kDisabled = 1;
@@ -18,17 +21,20 @@ std::uint64_t Count(std::int32_t value) { return static_cast<std::uint32_t>(valu
 
 /// Atoms from outside may look like anything.
 bool IsStateChange(const SensorVela::VendorAtom& atom) {
-  const testkit::AtomInfo* info = testkit::FindAtom(atom.atomId);
-  return info != nullptr && info->name == "HalSensorStateChanged" &&
-         atom.reverseDomainName.empty() &&
-         std::ranges::equal(atom.values, info->values, {}, &VendorAtomValue::getTag,
-                            &testkit::ValueInfo::kind);
+  return atom.atomId == HalSensorStateChanged::kAtomId && atom.reverseDomainName.empty() &&
+         std::ranges::equal(atom.values, testkit::FindAtom(atom.atomId)->values, {},
+                            &VendorAtomValue::getTag, &testkit::ValueInfo::kind);
+}
+
+/// Of a state change's atom.
+std::int32_t Int(const SensorVela::VendorAtom& atom, std::string_view name) {
+  return testkit::FindValue(atom, name)->get<Tag::intValue>();
 }
 
 ReportedSamples CountsOf(const SensorVela::VendorAtom& atom) {
-  ReportedSamples counts = {.samples = Count(atom.values[4].get<Tag::intValue>()),
-                            .late = Count(atom.values[5].get<Tag::intValue>())};
-  const auto& bands = atom.values[6].get<Tag::repeatedIntValue>();
+  ReportedSamples counts = {.samples = Count(Int(atom, "sample_count")),
+                            .late = Count(Int(atom, "late_sample_count"))};
+  const auto& bands = testkit::FindValue(atom, "latency_histogram")->get<Tag::repeatedIntValue>();
   if (bands && bands->size() == counts.bands.size()) {
     std::ranges::transform(*bands, counts.bands.begin(), Count);
   }
@@ -49,9 +55,9 @@ void SensorTally::CountSample(SensorVela::SensorId sensor) {
 
 void SensorTally::CountAtom(const SensorVela::VendorAtom& atom, bool is_taken) {
   if (!IsStateChange(atom)) return;
-  const auto high = static_cast<std::uint32_t>(atom.values[0].get<Tag::intValue>());
-  Entry& entry = entries_[{high, atom.values[1].get<Tag::intValue>()}];
-  const bool is_disable = atom.values[2].get<Tag::intValue>() == kDisabled;
+  const auto high = static_cast<std::uint32_t>(Int(atom, "sensor_id_high"));
+  Entry& entry = entries_[{high, Int(atom, "sensor_id_low")}];
+  const bool is_disable = Int(atom, "state") == kDisabled;
   if (is_disable && !is_taken) return;
   const ReportedSamples reported = is_disable ? CountsOf(atom) : ReportedSamples{};
   // Counts only grow from one enable to the next.
