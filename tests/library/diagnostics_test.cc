@@ -2,7 +2,7 @@
 // the adapters without an engine.
 #include <string>
 
-#include "tests/test_support.h"
+#include "tests/library/test_support.h"
 
 namespace sensorvela::testing {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/call_counts.h"
+#include "tests/library/call_counts.h"
 
 #include <dlfcn.h>
 #include <malloc.h>

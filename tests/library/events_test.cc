@@ -6,7 +6,7 @@
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
-#include "tests/test_support.h"
+#include "tests/library/test_support.h"
 
 namespace sensorvela::testing {
 namespace {

@@ -13,7 +13,7 @@
 
 #include <sensorvela/engine/sensor_vela.h>
 
-#include "tests/test_support.h"
+#include "tests/library/test_support.h"
 
 namespace sensorvela::testing {
 

@@ -1,4 +1,4 @@
-#include "tests/simulation_model.h"
+#include "tests/simulation/simulation_model.h"
 
 #include <algorithm>
 #include <array>

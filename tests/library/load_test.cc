@@ -9,8 +9,8 @@
 
 #include <sensorvela/atoms/sensor_event_atoms.h>
 #include <sensorvela/testkit/atom_catalogue.h>
-#include "tests/call_counts.h"
-#include "tests/test_support.h"
+#include "tests/library/call_counts.h"
+#include "tests/library/test_support.h"
 
 namespace sensorvela::testing {
 namespace {
@@ -52,9 +52,11 @@ class AtomCounts {
   /// Each thread numbers its atoms: they come in order, and only a line explains a gap.
   void CheckSequence(const VendorAtom& atom) {
     const std::int32_t thread =
-        testkit::FindValue(atom, "sensor_id_high")->get<VendorAtomValue::intValue>();
+        testkit::FindValue(atom, "sensor_id_high")
+            ->get<aidl::android::frameworks::stats::VendorAtomValue::intValue>();
     const std::int64_t number =
-        testkit::FindValue(atom, "latency_ns")->get<VendorAtomValue::longValue>();
+        testkit::FindValue(atom, "latency_ns")
+            ->get<aidl::android::frameworks::stats::VendorAtomValue::longValue>();
     auto& last = last_[static_cast<std::size_t>(thread)];
     const bool is_next = number == last.number + 1;
     const bool is_explained = number > last.number && drops_ > last.drops;

@@ -17,14 +17,14 @@ if(EXISTS ${prefix}/${BINDIR}/sensorvela-replay)
   run(${prefix}/${BINDIR}/sensorvela-replay --help)
 endif()
 
-file(COPY ${SOURCE}/tests/installed_host/ ${SOURCE}/examples/minimal_host.cc
+file(COPY ${SOURCE}/tests/install/host/ ${SOURCE}/examples/minimal_host.cc
   ${SOURCE}/examples/hal_test.cc DESTINATION ${WORK}/cmake)
 set(configure ${CMAKE_COMMAND} -G ${GENERATOR} -DCMAKE_PREFIX_PATH=${prefix}
   -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_CXX_FLAGS=${CXX_FLAGS} -DGTEST_SOURCE=${GTEST_SOURCE})
 run(${configure} -S ${WORK}/cmake -B ${WORK}/cmake)
 run(${CMAKE_COMMAND} --build ${WORK}/cmake)
 set(EXAMPLE ${WORK}/cmake/minimal_host)
-include(${SOURCE}/tests/minimal_host.cmake)
+include(${SOURCE}/tests/install/minimal_host.cmake)
 run(${WORK}/cmake/hal_test)
 
 # A project without C++ is told so in a line of its own.
@@ -43,7 +43,7 @@ run(${PKG_CONFIG} --variable=libdir sensorvela)
 list(APPEND flags -Wl,-rpath,${output})
 run(${CXX} -std=c++17 ${SOURCE}/examples/minimal_host.cc ${flags} -o ${WORK}/minimal_host)
 set(EXAMPLE ${WORK}/minimal_host)
-include(${SOURCE}/tests/minimal_host.cmake)
+include(${SOURCE}/tests/install/minimal_host.cmake)
 run(${CXX} -std=c++17 ${SOURCE}/examples/hal_test.cc -I${GTEST_SOURCE}/googletest/include
   -I${GTEST_SOURCE}/googlemock/include ${GTEST_LIBRARIES} ${flags} -o ${WORK}/hal_test)
 run(${WORK}/hal_test)

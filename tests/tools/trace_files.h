@@ -8,9 +8,7 @@
 
 namespace sensorvela::testing {
 
-inline std::string SourcePath(const std::string& path) {
-  return SENSORVELA_SOURCE_DIR "/" + path;
-}
+inline std::string SourcePath(const std::string& path) { return SENSORVELA_SOURCE_DIR "/" + path; }
 
 /// The traces of the folder, without their ending, sorted. Not the list of bad ones, and not the
 /// day of twelve million samples, which takes minutes under emulation.

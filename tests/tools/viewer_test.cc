@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/trace_files.h"
+#include "tests/tools/trace_files.h"
 #include "tools/report/json_lines_report.h"
 #include "tools/report/text_report.h"
 #include "tools/run/replay.h"
@@ -97,8 +97,8 @@ TEST_P(ViewerTest, KeepsTheFormatsRulesAndTheSummarysCounts) {
 }
 
 const auto kTestName = [](const auto& test) { return testing::TraceName(test.param); };
-INSTANTIATE_TEST_SUITE_P(Traces, ViewerTest,
-                         ::testing::ValuesIn(testing::TracesIn("tests/traces")), kTestName);
+INSTANTIATE_TEST_SUITE_P(Traces, ViewerTest, ::testing::ValuesIn(testing::TracesIn("tests/traces")),
+                         kTestName);
 INSTANTIATE_TEST_SUITE_P(Examples, ViewerTest, ::testing::ValuesIn(testing::TracesIn("examples")),
                          kTestName);
 

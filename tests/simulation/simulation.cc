@@ -16,8 +16,8 @@
 #include <utility>
 #include <vector>
 
-#include "tests/simulation_model.h"
-#include "tests/test_support.h"
+#include "tests/library/test_support.h"
+#include "tests/simulation/simulation_model.h"
 
 // Present in a build with sanitizers, which name it.
 // NOLINTNEXTLINE(bugprone-reserved-identifier, readability-identifier-naming)

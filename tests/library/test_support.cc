@@ -1,4 +1,4 @@
-#include "tests/test_support.h"
+#include "tests/library/test_support.h"
 
 namespace sensorvela::testing {
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/trace_files.h"
+#include "tests/tools/trace_files.h"
 #include "tools/report/json_lines_report.h"
 #include "tools/report/progress.h"
 #include "tools/report/text_report.h"
@@ -23,7 +23,6 @@ namespace sensorvela::replay {
 namespace {
 
 using testing::SourcePath;
-
 
 std::string Complaint(const std::string& trace) {
   try {
@@ -74,8 +73,7 @@ TEST_P(ReplayTest, ShowsWhatTheTraceMustGive) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Traces, ReplayTest,
-                         ::testing::ValuesIn(testing::TracesIn("tests/traces")),
+INSTANTIATE_TEST_SUITE_P(Traces, ReplayTest, ::testing::ValuesIn(testing::TracesIn("tests/traces")),
                          [](const auto& test) { return testing::TraceName(test.param); });
 
 TEST(TraceTest, KnowsWhenTheRunEnds) {

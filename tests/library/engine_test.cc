@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "tests/test_support.h"
+#include "tests/library/test_support.h"
 
 namespace sensorvela::testing {
 namespace {

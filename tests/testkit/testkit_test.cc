@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <typeinfo>
+#include <utility>
+#include <vector>
+
+#include <sensorvela/testkit/atom_catalogue.h>
+#include <sensorvela/testkit/atom_text.h>
+#include <sensorvela/testkit/stats_service.h>
+#include <sensorvela/testkit/value_kinds.h>
+
+#include "atoms/all_records.h"
+
+namespace sensorvela::testkit {
+namespace {
+
+namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
+using aidl::android::frameworks::stats::VendorAtom;
+using aidl::android::frameworks::stats::VendorAtomValue;
+
+TEST(AtomCatalogueTest, AgreesWithEveryBuilder) {
+  atoms::AllRecords::ForEach([]<typename Record>() {
+    const std::string_view type = typeid(Record).name();  // Ends with "18ProxStatusReportedE".
+    const VendorAtom atom = createVendorAtom(Record{.reverse_domain_name = "a domain"});
+    const AtomInfo* info = FindAtom(atom.atomId);
+    ASSERT_NE(info, nullptr) << type;
+    EXPECT_TRUE(type.ends_with(std::to_string(info->name.size()) + std::string(info->name) + "E"))
+        << type << " is called " << info->name;
+    EXPECT_EQ(atom.reverseDomainName, "a domain") << type;
+    EXPECT_TRUE(std::ranges::equal(atom.values, info->values, {}, &VendorAtomValue::getTag,
+                                   &ValueInfo::kind))
+        << type;
+  });
+}
+
+TEST(AtomCatalogueTest, IsWhatTheDocumentSays) {
+  std::string tables;
+  for (const AtomInfo& atom : AtomCatalogue()) {
+    tables += "## " + std::string(atom.name) + " (" + std::to_string(atom.id) + ")\n" +
+              "| # | value | kind | meaning |\n|---|---|---|---|\n";
+    for (std::size_t i = 0; i < atom.values.size(); ++i) {
+      const auto& [name, kind, meaning] = atom.values[i];
+      tables += "| " + std::to_string(i + 1) + " | `" + std::string(name) + "` | " +
+                std::string(KindName(kind)) + " | " + std::string(meaning) + " |\n";
+    }
+  }
+  std::ifstream document(SENSORVELA_SOURCE_DIR "/docs/atoms.md");
+  std::string documented;
+  for (std::string line; std::getline(document, line);) {
+    if (line.starts_with("## ") || line.starts_with("|")) documented += line + '\n';
+  }
+  EXPECT_EQ(documented, tables);
+}
+
+VendorAtom Atom(std::int32_t id, std::initializer_list<VendorAtomValue> values) {
+  VendorAtom atom;
+  atom.atomId = id;
+  atom.values = values;
+  return atom;
+}
+
+TEST(AtomTextTest, TellsApartWhatDiffers) {
+  using Value = VendorAtomValue;
+  const Value one = Value::make<Value::intValue>(1);
+  const Value nan = Value::make<Value::floatValue>(std::bit_cast<float>(0x7fc00001));
+  const Value absent = Value::make<Value::repeatedIntValue>(std::nullopt);
+  const auto strings = Value::make<Value::repeatedStringValue>(
+      std::vector<std::optional<std::string>>{"a \"b\"", std::nullopt});
+  const auto bools = Value::make<Value::repeatedBoolValue>(std::vector<bool>{true, false});
+  VendorAtom annotated = Atom(42, {one});
+  annotated.atomAnnotations.emplace();
+  const std::pair<VendorAtom, std::string> kCases[] = {
+      {Atom(100106, {one}), "HingeAngleStateChanged{value_1=1}"},
+      {Atom(100106, {Value::make<Value::longValue>(1), one, one}),
+       "HingeAngleStateChanged{value_1=long 1, value_2=1, value_3=int 1}"},
+      {Atom(42, {one, nan, absent}),
+       "atom 42{value_1=int 1, value_2=float nan(0x7fc00001), value_3=ints absent}"},
+      {Atom(42, {strings, bools}),
+       R"(atom 42{value_1=strings ["a \"b\"", absent], value_2=bools [true, false]})"},
+      {annotated, "atom 42{value_1=int 1, annotated}"}};
+  for (const auto& [atom, text] : kCases) EXPECT_EQ(::testing::PrintToString(atom), text);
+}
+
+TEST(StatsServiceTest, AnswersAsPlannedAndSaysWhenAtomsHaveCome) {
+  StatsService service;
+  service.AnswerNext(1, Answer::kOk);
+  service.AnswerNext(0, Answer::kError);
+  service.AnswerNext(2, Answer::kNoStatus);
+  service.AnswerNext(1, Answer::kError);
+  std::string answers;
+  std::thread reporter([&] {
+    for (int i = 0; i < 5; ++i) {
+      const auto status = service.reportVendorAtom(Atom(i, {}));
+      answers += status.get() == nullptr ? 'n' : status.isOk() ? 'o' : 'e';
+    }
+  });
+  service.WaitForAtoms(5);
+  reporter.join();
+  EXPECT_EQ(answers, "onneo");
+  EXPECT_EQ(service.TakeAtoms().size(), 5U);
+  EXPECT_EQ(service.TakeAtoms().size(), 0U);
+}
+
+}  // namespace
+}  // namespace sensorvela::testkit
