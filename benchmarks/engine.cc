@@ -1,14 +1,17 @@
 #include "benchmarks/engine.h"
 
-#include <string>
+#include <utility>
 
 #include <sensorvela/platform/simulated/service_manager.h>
+#include <sensorvela/testkit/diagnostics.h>
+#include <sensorvela/testkit/stats_service.h>
 
 namespace sensorvela::benchmarks {
 namespace {
 
 constexpr std::int32_t kMarkerId = -1;
 
+/// Does nothing, so that nothing of it is measured: the kit's service copies each atom.
 class NoOpService : public IStats {
  public:
   ndk::ScopedAStatus reportVendorAtom(const VendorAtom&) override {
@@ -17,9 +20,8 @@ class NoOpService : public IStats {
 };
 
 std::unique_ptr<SensorVela> StartEngine(std::shared_ptr<IStats> service) {
-  simulated::RegisterService(std::string(IStats::descriptor) + "/default", std::move(service));
-  return std::make_unique<SensorVela>(
-      std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr));
+  simulated::RegisterService(testkit::kStatsInstance, std::move(service));
+  return testkit::MakeEngine(testkit::SupplierKind::kNone, nullptr);
 }
 
 }  // namespace
