@@ -12,7 +12,7 @@ namespace {
 constexpr std::int32_t kMarkerId = -1;
 
 /// Does nothing, so that nothing of it is measured: the kit's service copies each atom.
-class NoOpService : public IStats {
+class NoOpService : public BnStats {
  public:
   ndk::ScopedAStatus reportVendorAtom(const VendorAtom&) override {
     return ndk::ScopedAStatus::ok();
@@ -26,7 +26,9 @@ std::unique_ptr<SensorVela> StartEngine(std::shared_ptr<IStats> service) {
 
 }  // namespace
 
-std::unique_ptr<SensorVela> StartEngine() { return StartEngine(std::make_shared<NoOpService>()); }
+std::unique_ptr<SensorVela> StartEngine() {
+  return StartEngine(ndk::SharedRefBase::make<NoOpService>());
+}
 
 ndk::ScopedAStatus BlockingService::reportVendorAtom(const VendorAtom& atom) {
   if (atom.atomId == kMarkerId) {
@@ -62,7 +64,7 @@ std::chrono::nanoseconds BlockingService::TimeBetweenMarkers() {
 }
 
 BlockedEngine::BlockedEngine()
-    : service_(std::make_shared<BlockingService>()), engine_(StartEngine(service_)) {
+    : service_(ndk::SharedRefBase::make<BlockingService>()), engine_(StartEngine(service_)) {
   service_->Block(*engine_);
 }
 

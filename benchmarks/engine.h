@@ -1,7 +1,7 @@
 // The engines that the benchmarks measure, and the service to which they report.
 #pragma once
 
-#include <aidl/android/frameworks/stats/IStats.h>
+#include <aidl/android/frameworks/stats/BnStats.h>
 
 #include <chrono>
 #include <condition_variable>
@@ -13,6 +13,7 @@
 
 namespace sensorvela::benchmarks {
 
+using aidl::android::frameworks::stats::BnStats;
 using aidl::android::frameworks::stats::IStats;
 using aidl::android::frameworks::stats::VendorAtom;
 
@@ -20,7 +21,7 @@ using aidl::android::frameworks::stats::VendorAtom;
 std::unique_ptr<SensorVela> StartEngine();
 
 /// A service that ignores every report, except the reports of marker atoms: these block.
-class BlockingService : public IStats {
+class BlockingService : public BnStats {
  public:
   ndk::ScopedAStatus reportVendorAtom(const VendorAtom& atom) override;
 

@@ -12,6 +12,7 @@ using sensorvela::platform::MonotonicClock;
 using sensorvela::platform::MutexLock;
 
 void SensorVela::RunReporterThread() {
+  sensorvela::platform::NameThisThread("sensor-vela");
   // Set before the wait for the service, however long that takes, and then only at a cycle's end.
   MonotonicClock::time_point deadline = MonotonicClock::now() + kCyclePeriod;
   WaitForStatsService();

@@ -1,6 +1,6 @@
 // What the library needs of a machine's threads and time: an annotated lock, its scoped holder, a
-// condition variable with a timed wait, and a monotonic clock. Everything else of the device is
-// reached through the device's own headers.
+// condition variable with a timed wait, a monotonic clock, and names for threads. Everything else
+// of the device is reached through the device's own headers.
 //
 // The lock is the same everywhere. The condition variable and the clock have two sides, one of
 // which is linked: platform/android/ (the device) and platform/simulated/ (a workstation, with
@@ -55,6 +55,10 @@ class MonotonicClock {
 
   static time_point now() noexcept;
 };
+
+/// Gives the calling thread a name that shows in `top`, in traces and in crash reports. At most 15
+/// characters count.
+void NameThisThread(const char* name);
 
 /// A condition variable that one thread waits on and any thread notifies.
 class CondVar {

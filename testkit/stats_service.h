@@ -1,7 +1,7 @@
 // A stats service that keeps what it is sent and answers as it is told to.
 #pragma once
 
-#include <aidl/android/frameworks/stats/IStats.h>
+#include <aidl/android/frameworks/stats/BnStats.h>
 
 #include <condition_variable>
 #include <cstddef>
@@ -22,8 +22,10 @@ inline constexpr char kStatsInstance[] = "android.frameworks.stats.IStats/defaul
 /// What the service says to a report: success, an error, or no status at all.
 enum class Answer { kOk, kError, kNoStatus };
 
-/// Every operation may be called from any thread.
-class StatsService : public aidl::android::frameworks::stats::IStats {
+/// Made with `ndk::SharedRefBase::make<StatsService>()`, like every service, and registered with
+/// `simulated::RegisterService(kStatsInstance, service)`. Every operation may be called from any
+/// thread.
+class StatsService : public aidl::android::frameworks::stats::BnStats {
  public:
   using VendorAtom = aidl::android::frameworks::stats::VendorAtom;
 

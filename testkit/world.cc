@@ -22,7 +22,7 @@ std::string LineText(int priority, std::string_view tag, std::string_view text) 
 }  // namespace
 
 World::World()
-    : service(std::make_shared<StatsService>([this](const VendorAtom& atom, Answer) {
+    : service(ndk::SharedRefBase::make<StatsService>([this](const VendorAtom& atom, Answer) {
         Keep(AtomText(atom));
         if (on_report) on_report(atom);
       })),
@@ -40,6 +40,8 @@ World::~World() {
 
 void World::DeclareService() { simulated::DeclareService(kStatsInstance); }
 void World::UndeclareService() { simulated::UndeclareService(kStatsInstance); }
+void World::RefuseService() { simulated::RefuseService(kStatsInstance); }
+void World::AllowService() { simulated::AllowService(kStatsInstance); }
 void World::RegisterService() { simulated::RegisterService(kStatsInstance, service); }
 void World::UnregisterService() { simulated::UnregisterService(kStatsInstance); }
 void World::ReleaseServiceWaits() { simulated::ReleaseServiceWaits(kStatsInstance); }

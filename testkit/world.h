@@ -42,13 +42,17 @@ class World {
   /// Six hours pass with `time.RunTo(time.Now() + std::chrono::hours(6))`.
   simulated::VirtualTime time;
 
+  // The service manager; see simulated/service_manager.h.
+
   void DeclareService();
   void UndeclareService();
+  void RefuseService();
+  void AllowService();
   /// `service` comes up.
   void RegisterService();
   /// It goes away. A test of an outage begins with this.
   void UnregisterService();
-  /// Lookups that wait for the service get none.
+  /// The service manager fails: lookups that wait for the service end with none.
   void ReleaseServiceWaits();
 
   /// Starts the world's own engine; a test whose code under test makes the engine does not need

@@ -1,11 +1,16 @@
 // The device's side of the seam: the standard library as it is.
 #include "platform/sync.h"
 
+#include <pthread.h>
+
 namespace sensorvela::platform {
 
 MonotonicClock::time_point MonotonicClock::now() noexcept {
   return time_point(std::chrono::steady_clock::now().time_since_epoch());
 }
+
+// The one failure is a name that is too long, and it would cost only the name.
+void NameThisThread(const char* name) { pthread_setname_np(pthread_self(), name); }
 
 CondVar::CondVar() = default;
 CondVar::~CondVar() = default;

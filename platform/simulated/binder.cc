@@ -1,42 +1,159 @@
-#include "platform/simulated/binder.h"
-
+#include <aidl/android/frameworks/stats/BnStats.h>
+#include <android/binder_ibinder.h>
+#include <android/binder_interface_utils.h>
 #include <android/binder_status.h>
 
+#include <cstdint>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <string>
 #include <utility>
 
-using aidl::android::frameworks::stats::IStats;
+#include "platform/sync.h"
 
-// Each lookup makes its own binder, so one strong reference is all there ever is.
+#include "platform/thread_annotations.h"
+
+using aidl::android::frameworks::stats::BnStats;
+using aidl::android::frameworks::stats::IStats;
+using sensorvela::platform::MutexLock;
+
 struct AIBinder {
   std::shared_ptr<IStats> service;
+  int references = 0;
 };
 
 struct AStatus {
-  binder_status_t status;
+  binder_exception_t exception = EX_NONE;
+  std::int32_t service_specific_error = 0;
+  binder_status_t status = STATUS_OK;
+  std::string message = {};
 };
 
-void AIBinder_decStrong(AIBinder* binder) { delete binder; }
+namespace {
 
-bool AStatus_isOk(const AStatus* status) { return status->status == STATUS_OK; }
+/// The binder of each service that has one. A binder keeps its service; the last reference frees
+/// both.
+class Binders {
+ public:
+  // Never destroyed: a reporter thread may hold a binder while the process exits.
+  static Binders& Get() {
+    static Binders& binders = *new Binders;
+    return binders;
+  }
+
+  AIBinder* Take(std::shared_ptr<IStats> service) SENSORVELA_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    std::unique_ptr<AIBinder>& binder = binders_[service.get()];
+    if (binder == nullptr) binder.reset(new AIBinder{std::move(service)});
+    ++binder->references;
+    return binder.get();
+  }
+
+  void Add(AIBinder* binder) SENSORVELA_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    ++binder->references;
+  }
+
+  void Drop(AIBinder* binder) SENSORVELA_EXCLUDES(mutex_) {
+    std::unique_ptr<AIBinder> retired;  // Freed without the lock: a service may call back.
+    const MutexLock lock(mutex_);
+    if (--binder->references > 0) return;
+    const auto entry = binders_.find(binder->service.get());
+    retired = std::move(entry->second);
+    binders_.erase(entry);
+  }
+
+ private:
+  sensorvela::platform::Mutex mutex_;
+  std::map<IStats*, std::unique_ptr<AIBinder>> binders_ SENSORVELA_GUARDED_BY(mutex_);
+};
+
+std::string Text(const char* text) { return text == nullptr ? "" : text; }
+
+}  // namespace
+
+void AIBinder_incStrong(AIBinder* binder) {
+  if (binder != nullptr) Binders::Get().Add(binder);
+}
+
+void AIBinder_decStrong(AIBinder* binder) {
+  if (binder != nullptr) Binders::Get().Drop(binder);
+}
+
+bool AIBinder_isRemote(const AIBinder*) { return false; }
+bool AIBinder_isAlive(const AIBinder* binder) { return binder != nullptr; }
+
+AStatus* AStatus_newOk() { return new AStatus; }
+AStatus* AStatus_fromStatus(binder_status_t status) {
+  const binder_exception_t exception = status == STATUS_OK ? EX_NONE : EX_TRANSACTION_FAILED;
+  return new AStatus{exception, 0, status};
+}
+AStatus* AStatus_fromExceptionCode(binder_exception_t exception) {
+  return AStatus_fromExceptionCodeWithMessage(exception, nullptr);
+}
+AStatus* AStatus_fromExceptionCodeWithMessage(binder_exception_t exception, const char* message) {
+  const bool failed = exception == EX_TRANSACTION_FAILED;
+  return new AStatus{exception, 0, failed ? STATUS_FAILED_TRANSACTION : STATUS_OK, Text(message)};
+}
+AStatus* AStatus_fromServiceSpecificError(std::int32_t error) {
+  return AStatus_fromServiceSpecificErrorWithMessage(error, nullptr);
+}
+AStatus* AStatus_fromServiceSpecificErrorWithMessage(std::int32_t error, const char* message) {
+  return new AStatus{EX_SERVICE_SPECIFIC, error, STATUS_OK, Text(message)};
+}
+
+bool AStatus_isOk(const AStatus* status) { return status->exception == EX_NONE; }
+binder_exception_t AStatus_getExceptionCode(const AStatus* status) { return status->exception; }
+std::int32_t AStatus_getServiceSpecificError(const AStatus* status) {
+  return status->service_specific_error;
+}
+binder_status_t AStatus_getStatus(const AStatus* status) { return status->status; }
+const char* AStatus_getMessage(const AStatus* status) { return status->message.c_str(); }
+
+const char* AStatus_getDescription(const AStatus* status) {
+  const std::string text = "Status(" + std::to_string(status->exception) + ", " +
+                           std::to_string(status->service_specific_error) + ", " +
+                           std::to_string(status->status) + "): '" + status->message + "'";
+  char* const description = new char[text.size() + 1];
+  std::memcpy(description, text.c_str(), text.size() + 1);
+  return description;
+}
+void AStatus_deleteDescription(const char* description) { delete[] description; }
 void AStatus_delete(AStatus* status) { delete status; }
-AStatus* AStatus_fromStatus(binder_status_t status) { return new AStatus{status}; }
+
+binder_status_t ndk::ICInterface::dump(int /*fd*/, const char** /*args*/, std::uint32_t /*count*/) {
+  return STATUS_OK;
+}
 
 namespace aidl::android::frameworks::stats {
 
-const char* const IStats::descriptor = "android.frameworks.stats.IStats";
+const char* IStats::descriptor = "android.frameworks.stats.IStats";
 
+IStats::IStats() = default;
 IStats::~IStats() = default;
 
 std::shared_ptr<IStats> IStats::fromBinder(const ndk::SpAIBinder& binder) {
   return binder.get() == nullptr ? nullptr : binder.get()->service;
 }
 
-}  // namespace aidl::android::frameworks::stats
+BnStats::BnStats() = default;
+BnStats::~BnStats() = default;
 
-namespace sensorvela::simulated {
-
-AIBinder* NewBinder(std::shared_ptr<IStats> service) {
-  return service == nullptr ? nullptr : new AIBinder{std::move(service)};
+ndk::ScopedAStatus BnStats::getInterfaceVersion(std::int32_t* result) {
+  *result = version;
+  return ndk::ScopedAStatus::ok();
 }
 
-}  // namespace sensorvela::simulated
+ndk::ScopedAStatus BnStats::getInterfaceHash(std::string* result) {
+  *result = hash;
+  return ndk::ScopedAStatus::ok();
+}
+
+ndk::SpAIBinder BnStats::createBinder() {
+  std::shared_ptr<IStats> service = ref<IStats>();
+  if (service == nullptr) return nullptr;
+  return ndk::SpAIBinder(Binders::Get().Take(std::move(service)));
+}
+
+}  // namespace aidl::android::frameworks::stats

@@ -17,8 +17,8 @@
 namespace sensorvela::simulated {
 namespace {
 
-// A longer line is cut, as it is on the device.
-constexpr std::size_t kMaxLineBytes = 4068;
+// The device's log library formats into a buffer of this size: it cuts a line after 1,023 bytes.
+constexpr std::size_t kLineBufferBytes = 1024;
 
 void PrintLikeTheDevice(int priority, std::string_view tag, std::string_view text) {
   const auto now_ns = platform::MonotonicClock::now().time_since_epoch().count();
@@ -61,15 +61,17 @@ ScopedLogSink::~ScopedLogSink() {
 }  // namespace sensorvela::simulated
 
 int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
-  std::array<char, sensorvela::simulated::kMaxLineBytes> line;
+  std::array<char, sensorvela::simulated::kLineBufferBytes> line;
   std::va_list args;
   va_start(args, fmt);
   const int length = std::vsnprintf(line.data(), line.size(), fmt, args);
   va_end(args);
-  if (length < 0) return length;
+  return length < 0 ? length : __android_log_write(prio, tag, line.data());
+}
 
+int __android_log_write(int prio, const char* tag, const char* text) {
   sensorvela::simulated::Log& log = sensorvela::simulated::TheLog();
   const sensorvela::platform::MutexLock lock(log.mutex);
-  log.sink(prio, tag, line.data());
+  log.sink(prio, tag, text);
   return 1;
 }

@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/simulated/binder.h"
 #include "platform/simulated/timeline.h"
 #include "platform/sync.h"
 
@@ -27,6 +26,7 @@ struct Waiter {
 
 struct Instance {
   bool declared = false;
+  bool refused = false;
   std::shared_ptr<IStats> service;
   std::list<Waiter*> waiters;
 };
@@ -42,9 +42,14 @@ class ServiceManager {
 
   void SetDeclared(const std::string& name, bool declared) SENSORVELA_EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
+    instances_[name].declared = declared;
+  }
+
+  void SetRefused(const std::string& name, bool refused) SENSORVELA_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
     Instance& instance = instances_[name];
-    instance.declared = declared;
-    if (!declared) Release(instance);
+    instance.refused = refused;
+    if (refused) Release(instance, nullptr);
   }
 
   void Register(const std::string& name, std::shared_ptr<IStats> service)
@@ -52,7 +57,7 @@ class ServiceManager {
     const MutexLock lock(mutex_);
     Instance& instance = instances_[name];
     instance.service.swap(service);
-    Release(instance);
+    if (!instance.refused) Release(instance, instance.service);
   }
 
   void Unregister(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
@@ -63,7 +68,7 @@ class ServiceManager {
 
   void ReleaseWaits(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
-    Release(instances_[name]);
+    Release(instances_[name], nullptr);
   }
 
   void Reset() SENSORVELA_EXCLUDES(mutex_) {
@@ -71,8 +76,9 @@ class ServiceManager {
     const MutexLock lock(mutex_);
     for (auto& [name, instance] : instances_) {
       instance.declared = false;
+      instance.refused = false;
       retired.push_back(std::exchange(instance.service, nullptr));
-      Release(instance);
+      Release(instance, nullptr);
     }
   }
 
@@ -81,10 +87,18 @@ class ServiceManager {
     return instances_[name].declared;
   }
 
+  std::shared_ptr<IStats> Check(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
+    const MutexLock lock(mutex_);
+    const Instance& instance = instances_[name];
+    return instance.refused ? nullptr : instance.service;
+  }
+
   std::shared_ptr<IStats> Wait(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
     Instance& instance = instances_[name];
-    Waiter waiter = {instance.service != nullptr || !instance.declared, instance.service};
+    Waiter waiter;
+    waiter.released = instance.refused || instance.service != nullptr;
+    if (!instance.refused) waiter.service = instance.service;
     if (!waiter.released) {
       Observe(LookupStep::kWaits);
       instance.waiters.push_back(&waiter);
@@ -101,8 +115,9 @@ class ServiceManager {
   }
 
  private:
-  void Release(Instance& instance) SENSORVELA_REQUIRES(mutex_) {
-    for (Waiter* waiter : instance.waiters) *waiter = {true, instance.service};
+  void Release(Instance& instance, const std::shared_ptr<IStats>& service)
+      SENSORVELA_REQUIRES(mutex_) {
+    for (Waiter* waiter : instance.waiters) *waiter = {true, service};
     Timeline::Get().RemoveBlocked(instance.waiters.size());
     instance.waiters.clear();
     released_.notify_all();
@@ -128,6 +143,14 @@ void UndeclareService(const std::string& instance) {
   ServiceManager::Get().SetDeclared(instance, false);
 }
 
+void RefuseService(const std::string& instance) {
+  ServiceManager::Get().SetRefused(instance, true);
+}
+
+void AllowService(const std::string& instance) {
+  ServiceManager::Get().SetRefused(instance, false);
+}
+
 void RegisterService(const std::string& instance, std::shared_ptr<IStats> service) {
   ServiceManager::Get().Register(instance, std::move(service));
 }
@@ -148,11 +171,35 @@ ScopedLookupObserver::~ScopedLookupObserver() { ServiceManager::Get().SetObserve
 
 }  // namespace sensorvela::simulated
 
+namespace {
+
+/// The service's binder with a reference for the caller; null for null.
+AIBinder* BinderOf(const std::shared_ptr<aidl::android::frameworks::stats::IStats>& service) {
+  if (service == nullptr) return nullptr;
+  const ndk::SpAIBinder binder = service->asBinder();
+  AIBinder_incStrong(binder.get());
+  return binder.get();
+}
+
+}  // namespace
+
+binder_exception_t AServiceManager_addService(AIBinder* binder, const char* instance) {
+  using aidl::android::frameworks::stats::IStats;
+  AIBinder_incStrong(binder);
+  const std::shared_ptr<IStats> service = IStats::fromBinder(ndk::SpAIBinder(binder));
+  if (service == nullptr) return EX_ILLEGAL_ARGUMENT;
+  sensorvela::simulated::RegisterService(instance, service);
+  return EX_NONE;
+}
+
 bool AServiceManager_isDeclared(const char* instance) {
   return sensorvela::simulated::ServiceManager::Get().IsDeclared(instance);
 }
 
+AIBinder* AServiceManager_checkService(const char* instance) {
+  return BinderOf(sensorvela::simulated::ServiceManager::Get().Check(instance));
+}
+
 AIBinder* AServiceManager_waitForService(const char* instance) {
-  return sensorvela::simulated::NewBinder(
-      sensorvela::simulated::ServiceManager::Get().Wait(instance));
+  return BinderOf(sensorvela::simulated::ServiceManager::Get().Wait(instance));
 }

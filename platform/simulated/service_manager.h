@@ -11,25 +11,37 @@
 
 namespace sensorvela::simulated {
 
-/// The device declares the instance: a lookup of it waits until it registers.
+// A lookup of an instance that is not registered waits until it is, declared or not, as on the
+// device. It ends with none in two cases only: the access is refused, or the service manager fails.
+
+/// The device declares the instance. The engine asks for that once, when it starts.
 void DeclareService(const std::string& instance);
 
-/// The device no longer declares the instance: lookups that wait for it are released with none, and
-/// while it is absent later ones do not wait.
+/// The device no longer declares the instance. Lookups do not care.
 void UndeclareService(const std::string& instance);
 
-/// Registers `service` (not null) under the instance, in place of any other, and hands it to the
-/// lookups that wait for it. The service manager shares its ownership until it is unregistered.
+/// The process may not look the instance up: lookups that wait for it end with none, and later ones
+/// end with none at once.
+void RefuseService(const std::string& instance);
+
+/// The process may look the instance up again.
+void AllowService(const std::string& instance);
+
+/// Registers `service` (not null, and made with `ndk::SharedRefBase::make`) under the instance, in
+/// place of any other, and hands it to the lookups that wait for it. The service manager shares its
+/// ownership until it is unregistered.
 void RegisterService(const std::string& instance,
                      std::shared_ptr<aidl::android::frameworks::stats::IStats> service);
 
 /// The instance is absent from now on. References that were handed out stay good.
 void UnregisterService(const std::string& instance);
 
-/// Releases every lookup that waits for the instance at this moment with none.
+/// The service manager fails once: every lookup that waits for the instance at this moment ends
+/// with none.
 void ReleaseServiceWaits(const std::string& instance);
 
-/// Back to the beginning: every instance undeclared and absent, every waiting lookup released.
+/// Back to the beginning: every instance is undeclared, absent and allowed, and every lookup that
+/// waits ends with none.
 void ResetServices();
 
 /// What a lookup comes to: maybe a wait, and then an answer.

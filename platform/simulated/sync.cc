@@ -2,6 +2,7 @@
 // timeline while there is one.
 #include "platform/sync.h"
 
+#include <pthread.h>
 #include <time.h>
 #include <utils/SystemClock.h>
 
@@ -16,9 +17,12 @@ using simulated::Timeline;
 
 MonotonicClock::time_point MonotonicClock::now() noexcept {
   const Timeline& timeline = Timeline::Get();
-  if (timeline.is_virtual()) return time_point(timeline.now());
+  if (timeline.is_virtual()) return time_point(timeline.monotonic_now());
   return time_point(std::chrono::steady_clock::now().time_since_epoch());
 }
+
+// The one failure is a name that is too long, and it would cost only the name.
+void NameThisThread(const char* name) { pthread_setname_np(pthread_self(), name); }
 
 CondVar::CondVar() { Timeline::Get().AddEngine(this); }
 CondVar::~CondVar() { Timeline::Get().RemoveEngine(this); }
@@ -45,10 +49,26 @@ void CondVar::NotifyAll() {
 
 }  // namespace sensorvela::platform
 
-std::int64_t android::elapsedRealtimeNano() {
-  const sensorvela::simulated::Timeline& timeline = sensorvela::simulated::Timeline::Get();
-  if (timeline.is_virtual()) return timeline.now().count();
+namespace {
+
+using sensorvela::simulated::Timeline;
+
+std::int64_t ClockNs(clockid_t clock) {
   timespec now{};
-  clock_gettime(CLOCK_BOOTTIME, &now);
+  clock_gettime(clock, &now);
   return std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
 }
+
+}  // namespace
+
+std::int64_t android::elapsedRealtimeNano() {
+  const Timeline& timeline = Timeline::Get();
+  return timeline.is_virtual() ? timeline.now().count() : ClockNs(CLOCK_BOOTTIME);
+}
+std::int64_t android::elapsedRealtime() { return elapsedRealtimeNano() / 1'000'000; }
+
+std::int64_t android::uptimeNanos() {
+  const Timeline& timeline = Timeline::Get();
+  return timeline.is_virtual() ? timeline.monotonic_now().count() : ClockNs(CLOCK_MONOTONIC);
+}
+std::int64_t android::uptimeMillis() { return uptimeNanos() / 1'000'000; }

@@ -29,7 +29,8 @@ void Timeline::Begin(std::chrono::nanoseconds start) {
   const MutexLock lock(mutex_);
   Require(!is_virtual(), "there is one already");
   Require(engines_.empty(), "construct it before the first engine");
-  now_ns_ = start.count();
+  elapsed_ns_ = start.count();
+  monotonic_ns_ = start.count();
   notifications_ = 0;
   is_virtual_ = true;
 }
@@ -55,7 +56,7 @@ void Timeline::Sleep(platform::CondVar* engine, platform::Mutex& engine_mutex,
                      std::chrono::nanoseconds deadline) {
   {
     const MutexLock lock(mutex_);
-    if (now() >= deadline) return;
+    if (monotonic_now() >= deadline) return;
     Engine& sleeper = engines_.at(engine);
     sleeper.is_asleep = true;
     sleeper.deadline = deadline;
@@ -91,23 +92,29 @@ void Timeline::RunTo(std::chrono::nanoseconds instant) {
   const MutexLock lock(mutex_);
   for (;;) {
     while (!Settled()) changed_.wait(mutex_);
-    std::optional<std::chrono::nanoseconds> next;
+    std::optional<std::chrono::nanoseconds> next;  // In elapsed realtime.
     for (const auto& [id, engine] : engines_) {
-      if (engine.is_asleep && engine.deadline <= instant) {
-        next = next ? std::min(*next, engine.deadline) : engine.deadline;
-      }
+      if (!engine.is_asleep) continue;
+      const auto due = now() + (engine.deadline - monotonic_now());
+      if (due <= instant) next = next ? std::min(*next, due) : due;
     }
     if (!next) break;
-    now_ns_ = std::max(now(), *next).count();
+    Advance(*next);
     WakeDue();
   }
-  now_ns_ = std::max(now(), instant).count();
+  Advance(instant);
 }
 
 void Timeline::MoveTo(std::chrono::nanoseconds instant, bool wake_due) {
   const MutexLock lock(mutex_);
-  now_ns_ = std::max(now(), instant).count();
+  Advance(instant);
   if (wake_due) WakeDue();
+}
+
+void Timeline::Suspend(std::chrono::nanoseconds duration) {
+  const MutexLock lock(mutex_);
+  while (!Settled()) changed_.wait(mutex_);
+  elapsed_ns_ += std::max(duration, std::chrono::nanoseconds::zero()).count();
 }
 
 void Timeline::WaitUntilAtRest() {
@@ -125,6 +132,12 @@ void Timeline::WaitForNotifications(std::uint64_t count) {
   while (notifications_ < count) changed_.wait(mutex_);
 }
 
+void Timeline::Advance(std::chrono::nanoseconds instant) {
+  const std::chrono::nanoseconds step = std::max(instant - now(), std::chrono::nanoseconds::zero());
+  elapsed_ns_ += step.count();
+  monotonic_ns_ += step.count();
+}
+
 void Timeline::Wake(Engine& engine) {
   if (!engine.is_asleep) return;
   engine.is_asleep = false;
@@ -134,7 +147,7 @@ void Timeline::Wake(Engine& engine) {
 
 void Timeline::WakeDue() {
   for (auto& [id, engine] : engines_) {
-    if (engine.deadline <= now()) Wake(engine);
+    if (engine.deadline <= monotonic_now()) Wake(engine);
   }
 }
 

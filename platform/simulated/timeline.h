@@ -23,8 +23,13 @@ class Timeline {
   static Timeline& Get();
 
   bool is_virtual() const { return is_virtual_.load(std::memory_order_acquire); }
+  /// Elapsed realtime.
   std::chrono::nanoseconds now() const {
-    return std::chrono::nanoseconds(now_ns_.load(std::memory_order_acquire));
+    return std::chrono::nanoseconds(elapsed_ns_.load(std::memory_order_acquire));
+  }
+  /// Elapsed realtime without the time in which the device was suspended.
+  std::chrono::nanoseconds monotonic_now() const {
+    return std::chrono::nanoseconds(monotonic_ns_.load(std::memory_order_acquire));
   }
 
   void Begin(std::chrono::nanoseconds start) SENSORVELA_EXCLUDES(mutex_);
@@ -47,6 +52,7 @@ class Timeline {
 
   void RunTo(std::chrono::nanoseconds instant) SENSORVELA_EXCLUDES(mutex_);
   void MoveTo(std::chrono::nanoseconds instant, bool wake_due) SENSORVELA_EXCLUDES(mutex_);
+  void Suspend(std::chrono::nanoseconds duration) SENSORVELA_EXCLUDES(mutex_);
   void WaitUntilAtRest() SENSORVELA_EXCLUDES(mutex_);
   void WaitUntilSettled() SENSORVELA_EXCLUDES(mutex_);
   std::uint64_t notifications() const { return notifications_.load(std::memory_order_acquire); }
@@ -55,18 +61,22 @@ class Timeline {
  private:
   struct Engine {
     bool is_asleep = false;
-    std::chrono::nanoseconds deadline{};
+    std::chrono::nanoseconds deadline{};  // Of the monotonic clock.
     std::condition_variable_any woken;
   };
 
   bool AtRest() const SENSORVELA_REQUIRES(mutex_) { return asleep_ == engines_.size(); }
   bool Settled() const SENSORVELA_REQUIRES(mutex_) { return asleep_ + blocked_ == engines_.size(); }
+  /// Both clocks go on until elapsed realtime is `instant`, if that is later.
+  void Advance(std::chrono::nanoseconds instant) SENSORVELA_REQUIRES(mutex_);
   void Wake(Engine& engine) SENSORVELA_REQUIRES(mutex_);
   void WakeDue() SENSORVELA_REQUIRES(mutex_);
 
   std::atomic<bool> is_virtual_ = false;
-  std::atomic<std::int64_t> now_ns_ = 0;
-  std::atomic<std::uint64_t> notifications_ = 0;  // Changed under the mutex only.
+  // Changed under the mutex only.
+  std::atomic<std::int64_t> elapsed_ns_ = 0;
+  std::atomic<std::int64_t> monotonic_ns_ = 0;
+  std::atomic<std::uint64_t> notifications_ = 0;
 
   platform::Mutex mutex_;
   std::condition_variable_any changed_;

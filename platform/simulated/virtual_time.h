@@ -1,5 +1,4 @@
-// Virtual time: both of the platform's clocks on one timeline that moves only when told to, and
-// that knows when the engines have nothing left to do.
+// Virtual time: the platform's two clocks, which move only when a program moves them.
 #pragma once
 
 #include <chrono>
@@ -24,7 +23,16 @@ class VirtualTime {
   VirtualTime(const VirtualTime&) = delete;
   VirtualTime& operator=(const VirtualTime&) = delete;
 
+  /// The instant on elapsed realtime, which all instants here are on.
   Instant Now() const;
+
+  /// The instant on the monotonic clock, which the engine's cycle is on: elapsed realtime without
+  /// the time in which the device was suspended.
+  Instant MonotonicNow() const;
+
+  /// The device is suspended for that long: elapsed realtime goes on, while the monotonic clock and
+  /// every timed wait stand still. Begins settled. A negative duration suspends for no time.
+  void Suspend(Instant duration);
 
   /// Moves the clocks to `instant` as an idle device would live through it: every deadline on the
   /// way is reached at its own instant, and what it wakes runs until settled before time goes on.

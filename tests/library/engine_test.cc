@@ -34,7 +34,7 @@ TEST_F(EngineTest, TakesTheSupplierOver) {
 }
 
 TEST_F(EngineTest, KeepsNoHoldOnTheService) {
-  const auto other = std::make_shared<testkit::StatsService>();
+  const auto other = ndk::SharedRefBase::make<testkit::StatsService>();
   simulated::RegisterService(testkit::kStatsInstance, other);
   StartEngine();
   time.WaitUntilAtRest();
@@ -120,13 +120,12 @@ TEST_F(StopTest, DuringAnUploadFinishesItAndThenDestroysTheSupplier) {
   // Lives for as long as the supplier, which owns the function.
   const auto on_destruction = [&](void*) { events.emplace_back("destroyed"); };
   std::shared_ptr<void> alive(nullptr, on_destruction);
-  auto host_engine = testkit::MakeEngine(SupplierKind::kSecondGeneration,
-                                         [&, alive = std::move(alive)](DiagnosticsItem asked) {
-                                           if (asked == DiagnosticsItem::kProcessor) gate.Pass();
-                                           if (asked == DiagnosticsItem::kProxStats)
-                                             events.emplace_back("uploaded");
-                                           return testkit::Diagnostics{};
-                                         });
+  auto ask = [&, alive = std::move(alive)](DiagnosticsItem asked) {
+    if (asked == DiagnosticsItem::kProcessor) gate.Pass();
+    if (asked == DiagnosticsItem::kProxStats) events.emplace_back("uploaded");
+    return testkit::Diagnostics{};
+  };
+  auto host_engine = testkit::MakeEngine(SupplierKind::kSecondGeneration, std::move(ask));
   TakeHistory();
   time.JumpTo(kCycle);
   gate.AwaitArrival();

@@ -79,10 +79,11 @@ TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
   simulated::VirtualTime time;
   AtomCounts counts(time);
   std::shared_ptr<testkit::StatsService> service;
-  service = std::make_shared<testkit::StatsService>([&](const VendorAtom& atom, testkit::Answer) {
-    counts.OnReport(atom);
-    service->TakeAtoms();  // They would fill the memory.
-  });
+  service =
+      ndk::SharedRefBase::make<testkit::StatsService>([&](const VendorAtom& atom, testkit::Answer) {
+        counts.OnReport(atom);
+        service->TakeAtoms();  // They would fill the memory.
+      });
   const simulated::ScopedLogSink sink([&](int, std::string_view, std::string_view text) {
     if (text == "Failed to get IStats service. Atoms are dropped.") counts.OnDrop();
   });

@@ -1,8 +1,10 @@
 // An engine on the real clocks. Built twice: over the workstation's side of the seam and over the
 // device's, which takes its place at link time.
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <utils/SystemClock.h>
 
+#include <array>
 #include <memory>
 
 #include <sensorvela/engine/sensor_vela.h>
@@ -14,7 +16,11 @@ namespace {
 using sensorvela::platform::MonotonicClock;
 
 TEST(RealClockTest, AnAtomWakesTheReporterAndSoDoesTheEnd) {
-  const auto service = std::make_shared<sensorvela::testkit::StatsService>();
+  std::array<char, 16> thread_name = {};
+  const auto service = ndk::SharedRefBase::make<sensorvela::testkit::StatsService>(
+      [&](const auto& /*atom*/, auto /*answer*/) {
+        pthread_getname_np(pthread_self(), thread_name.data(), thread_name.size());
+      });
   sensorvela::simulated::RegisterService(sensorvela::testkit::kStatsInstance, service);
   const auto monotonic = MonotonicClock::now();
   const auto elapsed_ns = android::elapsedRealtimeNano();
@@ -24,6 +30,7 @@ TEST(RealClockTest, AnAtomWakesTheReporterAndSoDoesTheEnd) {
     service->WaitForAtoms(1);
     EXPECT_EQ(service->TakeAtoms().at(0).atomId, 100244);
   }  // The thread sleeps for six hours unless it is woken.
+  EXPECT_STREQ(thread_name.data(), "sensor-vela");
   EXPECT_GT(MonotonicClock::now(), monotonic);
   EXPECT_GT(android::elapsedRealtimeNano(), elapsed_ns);
 }

@@ -102,7 +102,18 @@ std::string Text(const char* name, std::initializer_list<int64_t> values) {
 
 /// What happens around the engine, or to it as a whole.
 Step WorldStep(Dice& dice, const Model& now) {
-  switch (dice.UpTo(11)) {
+  switch (dice.UpTo(13)) {
+    case 12: {
+      const int64_t duration = dice.OneOf<int64_t>({0, 1, dice.UpTo(kDayNs / 3)});
+      return {Text("suspend", {duration}),
+              [=](World& world) { world.time.Suspend(std::chrono::nanoseconds(duration)); },
+              [=](Model& model) { model.Suspend(duration); }};
+    }
+    case 13:
+      return dice.OneIn(3) ? Step{"refuse", [](World& world) { world.RefuseService(); },
+                                  [](Model& model) { model.Refuse(); }}
+                           : Step{"allow", [](World& world) { world.AllowService(); },
+                                  [](Model& model) { model.Allow(); }};
     case 0:
       return {"declare", [](World& world) { world.DeclareService(); },
               [](Model& model) { model.Declare(); }};

@@ -60,30 +60,30 @@ std::int64_t Minus(std::int64_t a, std::int64_t b) {
 }  // namespace
 
 void Model::RunTo(std::int64_t instant_ns) {
-  while (reporter_ == Reporter::kAsleep && deadline_ns_ <= instant_ns) {
-    now_ns_ = std::max(now_ns_, deadline_ns_);
+  while (reporter_ == Reporter::kAsleep && deadline_ns_ + suspended_ns_ <= instant_ns) {
+    now_ns_ = std::max(now_ns_, deadline_ns_ + suspended_ns_);
     WakeUp();
   }
   now_ns_ = std::max(now_ns_, instant_ns);
 }
 
-void Model::Undeclare() {
-  declared_ = false;
+void Model::Refuse() {
+  refused_ = true;
   ReleaseWaits();
 }
 
 void Model::Register() {
   registered_ = true;
-  ReleaseWaits();
+  if (is_blocked()) ServiceAnswered(true);
 }
 
 void Model::ReleaseWaits() {
-  if (is_blocked()) ServiceAnswered(registered_);
+  if (is_blocked()) ServiceAnswered(false);
 }
 
 void Model::Create(SupplierKind supplier) {
   supplier_ = supplier;
-  deadline_ns_ = now_ns_ + kSixHoursNs;
+  deadline_ns_ = monotonic_ns() + kSixHoursNs;
   if (!declared_) {
     Log('E', "IStats service is not registered.");
     Pump();
@@ -91,7 +91,7 @@ void Model::Create(SupplierKind supplier) {
   }
   Log('I', "Waiting for IStats service to come up.");
   reporter_ = Reporter::kBlockedAtStart;
-  if (registered_) ServiceAnswered(true);
+  if (!IsAwaited()) ServiceAnswered(IsFound());
 }
 
 void Model::Destroy(bool comes_up) {
@@ -99,7 +99,7 @@ void Model::Destroy(bool comes_up) {
   if (is_blocked()) {
     if (comes_up) registered_ = true;
     ServiceAnswered(comes_up);
-  } else if (now_ns_ >= deadline_ns_) {
+  } else if (monotonic_ns() >= deadline_ns_) {
     EndCycle();
   }
   reporter_ = Reporter::kNone;
@@ -115,7 +115,7 @@ void Model::Enqueue(const VendorAtom& atom) {
 }
 
 void Model::WakeUp() {
-  if (now_ns_ >= deadline_ns_) EndCycle();
+  if (monotonic_ns() >= deadline_ns_) EndCycle();
   Pump();
 }
 
@@ -123,11 +123,11 @@ void Model::WakeUp() {
 void Model::Pump() {
   do {
     batch_ = std::exchange(queue_, {});
-    if (declared_ && !registered_) {
+    if (IsAwaited()) {
       reporter_ = Reporter::kBlockedInDrain;
       return;
     }
-    Deliver(registered_);
+    Deliver(IsFound());
   } while (GoesOn());
 }
 
@@ -135,7 +135,7 @@ void Model::Pump() {
 bool Model::GoesOn() {
   if (stopping_) return false;
   if (!queue_.empty()) return true;
-  if (now_ns_ < deadline_ns_) {
+  if (monotonic_ns() < deadline_ns_) {
     reporter_ = Reporter::kAsleep;
     return false;
   }
@@ -170,7 +170,7 @@ void Model::Deliver(bool found) {
 }
 
 void Model::EndCycle() {
-  deadline_ns_ = now_ns_ + kSixHoursNs;
+  deadline_ns_ = monotonic_ns() + kSixHoursNs;
   errors_.clear();
   Upload();
 }

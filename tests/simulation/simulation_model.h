@@ -33,8 +33,14 @@ class Model {
   // The world around the engine.
   void RunTo(std::int64_t instant_ns);
   void SlipTo(std::int64_t instant_ns) { now_ns_ = instant_ns; }
+  void Suspend(std::int64_t duration_ns) {
+    now_ns_ += duration_ns;
+    suspended_ns_ += duration_ns;
+  }
   void Declare() { declared_ = true; }
-  void Undeclare();
+  void Undeclare() { declared_ = false; }
+  void Refuse();
+  void Allow() { refused_ = false; }
   void Register();
   void Unregister() { registered_ = false; }
   void ReleaseWaits();
@@ -83,6 +89,9 @@ class Model {
   void Log(char priority, const std::string& text) {
     history.push_back(std::string{priority} + " " + text);
   }
+  std::int64_t monotonic_ns() const { return now_ns_ - suspended_ns_; }
+  bool IsFound() const { return registered_ && !refused_; }
+  bool IsAwaited() const { return !registered_ && !refused_; }
   void CountError(bool hal, SensorVela::SensorId sensor, int enumerator, int code);
   void Enqueue(const VendorAtom& atom);
   void WakeUp();
@@ -95,15 +104,18 @@ class Model {
   void UploadMemory(const SensorVela::MemoryPressure& memory);
 
   std::int64_t now_ns_ = 0;
+  /// Of elapsed realtime; the monotonic clock does not have it.
+  std::int64_t suspended_ns_ = 0;
   bool declared_ = true;
   bool registered_ = true;
+  bool refused_ = false;
   std::deque<testkit::Answer> answers_;
   testkit::Diagnostics diagnostics_;
   SupplierKind supplier_ = SupplierKind::kNone;
 
   Reporter reporter_ = Reporter::kNone;
   bool stopping_ = false;
-  std::int64_t deadline_ns_ = 0;
+  std::int64_t deadline_ns_ = 0;  // Of the monotonic clock.
   std::vector<VendorAtom> queue_;
   std::vector<VendorAtom> batch_;
   std::map<std::pair<bool, std::int32_t>, int> errors_;

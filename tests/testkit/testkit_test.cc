@@ -92,23 +92,23 @@ TEST(AtomTextTest, TellsApartWhatDiffers) {
 }
 
 TEST(StatsServiceTest, AnswersAsPlannedAndSaysWhenAtomsHaveCome) {
-  StatsService service;
-  service.AnswerNext(1, Answer::kOk);
-  service.AnswerNext(0, Answer::kError);
-  service.AnswerNext(2, Answer::kNoStatus);
-  service.AnswerNext(1, Answer::kError);
+  const auto service = ndk::SharedRefBase::make<StatsService>();
+  service->AnswerNext(1, Answer::kOk);
+  service->AnswerNext(0, Answer::kError);
+  service->AnswerNext(2, Answer::kNoStatus);
+  service->AnswerNext(1, Answer::kError);
   std::string answers;
   std::thread reporter([&] {
     for (int i = 0; i < 5; ++i) {
-      const auto status = service.reportVendorAtom(Atom(i, {}));
+      const auto status = service->reportVendorAtom(Atom(i, {}));
       answers += status.get() == nullptr ? 'n' : status.isOk() ? 'o' : 'e';
     }
   });
-  service.WaitForAtoms(5);
+  service->WaitForAtoms(5);
   reporter.join();
   EXPECT_EQ(answers, "onneo");
-  EXPECT_EQ(service.TakeAtoms().size(), 5U);
-  EXPECT_EQ(service.TakeAtoms().size(), 0U);
+  EXPECT_EQ(service->TakeAtoms().size(), 5U);
+  EXPECT_EQ(service->TakeAtoms().size(), 0U);
 }
 
 }  // namespace

@@ -13,7 +13,7 @@ using testkit::SupplierKind;
 
 Replay::Replay(std::vector<RunObserver*> observers, bool observe_log)
     : state_(std::move(observers), observe_log, time_),
-      service_(std::make_shared<testkit::StatsService>(
+      service_(ndk::SharedRefBase::make<testkit::StatsService>(
           [this](const SensorVela::VendorAtom& atom, Answer answer) {
             state_.OnReport(atom, answer);
             service_->TakeAtoms();  // The observers keep what they need.

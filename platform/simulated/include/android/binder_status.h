@@ -1,14 +1,40 @@
-// The simulated platform's stand-in for the device's binder status header: what the library uses of
-// it, and the two makers that a service needs to answer with.
+// The simulated platform's stand-in for the device's binder status header.
 #pragma once
 
+#include <cerrno>
 #include <cstdint>
 
 typedef std::int32_t binder_status_t;
 
 enum : binder_status_t {
   STATUS_OK = 0,
-  STATUS_FAILED_TRANSACTION = -2147483646,
+  STATUS_UNKNOWN_ERROR = -2147483647 - 1,
+  STATUS_BAD_TYPE = STATUS_UNKNOWN_ERROR + 1,
+  STATUS_FAILED_TRANSACTION = STATUS_UNKNOWN_ERROR + 2,
+  STATUS_NO_MEMORY = -ENOMEM,
+  STATUS_INVALID_OPERATION = -ENOSYS,
+  STATUS_BAD_VALUE = -EINVAL,
+  STATUS_NAME_NOT_FOUND = -ENOENT,
+  STATUS_PERMISSION_DENIED = -EPERM,
+  STATUS_NO_INIT = -ENODEV,
+  STATUS_ALREADY_EXISTS = -EEXIST,
+  STATUS_DEAD_OBJECT = -EPIPE,
+};
+
+typedef std::int32_t binder_exception_t;
+
+enum : binder_exception_t {
+  EX_NONE = 0,
+  EX_SECURITY = -1,
+  EX_BAD_PARCELABLE = -2,
+  EX_ILLEGAL_ARGUMENT = -3,
+  EX_NULL_POINTER = -4,
+  EX_ILLEGAL_STATE = -5,
+  EX_NETWORK_MAIN_THREAD = -6,
+  EX_UNSUPPORTED_OPERATION = -7,
+  EX_SERVICE_SPECIFIC = -8,
+  EX_PARCELABLE = -9,
+  EX_TRANSACTION_FAILED = -129,
 };
 
 /// The outcome of one call; platform/simulated/binder.cc defines it.
@@ -16,13 +42,33 @@ struct AStatus;
 
 extern "C" {
 
-/// True when `status` (not null) reports success.
+// New statuses, owned by the caller. Texts are copied.
+
+[[nodiscard]] AStatus* AStatus_newOk();
+[[nodiscard]] AStatus* AStatus_fromStatus(binder_status_t status);
+[[nodiscard]] AStatus* AStatus_fromExceptionCode(binder_exception_t exception);
+[[nodiscard]] AStatus* AStatus_fromExceptionCodeWithMessage(binder_exception_t exception,
+                                                            const char* message);
+[[nodiscard]] AStatus* AStatus_fromServiceSpecificError(std::int32_t error);
+[[nodiscard]] AStatus* AStatus_fromServiceSpecificErrorWithMessage(std::int32_t error,
+                                                                   const char* message);
+
+// `status` is not null.
+
+/// True when `status` reports success.
 bool AStatus_isOk(const AStatus* status);
+binder_exception_t AStatus_getExceptionCode(const AStatus* status);
+/// 0 unless the exception is `EX_SERVICE_SPECIFIC`.
+std::int32_t AStatus_getServiceSpecificError(const AStatus* status);
+/// `STATUS_OK` unless the transaction failed.
+binder_status_t AStatus_getStatus(const AStatus* status);
+/// Good for as long as `status`.
+const char* AStatus_getMessage(const AStatus* status);
+/// A text for a log; the caller frees it with `AStatus_deleteDescription`.
+const char* AStatus_getDescription(const AStatus* status);
+void AStatus_deleteDescription(const char* description);
 
 /// Frees `status`. Null is ignored.
 void AStatus_delete(AStatus* status);
-
-/// A new status, owned by the caller.
-AStatus* AStatus_fromStatus(binder_status_t status);
 
 }  // extern "C"

@@ -1,10 +1,17 @@
-// The simulated platform's stand-in for the device's log header: what the library uses of it.
+// The simulated platform's stand-in for the device's log header.
 #pragma once
 
-enum android_LogPriority {
-  ANDROID_LOG_INFO = 4,
-  ANDROID_LOG_ERROR = 6,
-};
+typedef enum android_LogPriority {
+  ANDROID_LOG_UNKNOWN = 0,
+  ANDROID_LOG_DEFAULT,
+  ANDROID_LOG_VERBOSE,
+  ANDROID_LOG_DEBUG,
+  ANDROID_LOG_INFO,
+  ANDROID_LOG_WARN,
+  ANDROID_LOG_ERROR,
+  ANDROID_LOG_FATAL,
+  ANDROID_LOG_SILENT,
+} android_LogPriority;
 
 extern "C" {
 
@@ -12,5 +19,8 @@ extern "C" {
 /// negative number for a format that cannot be printed. Safe on any thread.
 int __android_log_print(int prio, const char* tag, const char* fmt, ...)
     __attribute__((format(printf, 3, 4)));
+
+/// The same for a text as it is.
+int __android_log_write(int prio, const char* tag, const char* text);
 
 }  // extern "C"

@@ -1,13 +1,19 @@
-// The simulated platform's stand-in for the device's system clock header: what the library uses of
-// it.
+// The simulated platform's stand-in for the device's system clock header.
 #pragma once
 
 #include <cstdint>
 
 namespace android {
 
-/// Nanoseconds since boot, time asleep included; the virtual timeline's instant while one is in
-/// place (platform/simulated/virtual_time.h).
+// Both clocks begin at boot. They are virtual while there is virtual time
+// (platform/simulated/virtual_time.h).
+
+/// Elapsed realtime, in milliseconds and in nanoseconds: goes on while the device is suspended.
+std::int64_t elapsedRealtime();
 std::int64_t elapsedRealtimeNano();
+
+/// The monotonic clock, likewise: stands still while the device is suspended.
+std::int64_t uptimeMillis();
+std::int64_t uptimeNanos();
 
 }  // namespace android

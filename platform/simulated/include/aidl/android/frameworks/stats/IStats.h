@@ -1,27 +1,31 @@
-// The simulated platform's stand-in for the stats service's interface: what the library uses of it.
-// A service derives from it and is registered through platform/simulated/service_manager.h.
+// The simulated platform's stand-in for the stats service's interface, second version.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
-#include <android/binder_auto_utils.h>
+#include <android/binder_interface_utils.h>
 
+#include <cstdint>
 #include <memory>
+#include <string>
 
 namespace aidl::android::frameworks::stats {
 
-class IStats {
+/// A service derives from `BnStats`.
+class IStats : public ndk::ICInterface {
  public:
-  static const char* const descriptor;
+  static const char* descriptor;
+  static inline const std::int32_t version = 2;
+  static inline const std::string hash = "simulated";
 
   /// The interface object of `binder`; null for a null binder.
   static std::shared_ptr<IStats> fromBinder(const ndk::SpAIBinder& binder);
 
-  IStats() = default;
-  IStats(const IStats&) = delete;
-  IStats& operator=(const IStats&) = delete;
-  virtual ~IStats();
+  IStats();
+  ~IStats() override;
 
   virtual ndk::ScopedAStatus reportVendorAtom(const VendorAtom& in_vendorAtom) = 0;
+  virtual ndk::ScopedAStatus getInterfaceVersion(std::int32_t* result) = 0;
+  virtual ndk::ScopedAStatus getInterfaceHash(std::string* result) = 0;
 };
 
 }  // namespace aidl::android::frameworks::stats
