@@ -1,4 +1,4 @@
-// The list of the library's records, for whatever has something to do with each of them. Internal
+// The list of the library's atom records, for code that does the same with each of them. Internal
 // to the project.
 #pragma once
 

@@ -1,4 +1,4 @@
-// The one construction that every atom builder is made of.
+// The function that every atom builder calls.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
@@ -13,8 +13,8 @@
 
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
-/// The value that a record's member becomes: its type fixes the kind, its bits are carried
-/// unchanged. A list that is an rvalue is taken over.
+/// Converts a record's member to a value. The member's type determines the value's kind; its bits
+/// are unchanged. A list passed as an rvalue is moved.
 template <typename Member>
 aidl::android::frameworks::stats::VendorAtomValue ToValue(Member&& member) {
   using aidl::android::frameworks::stats::VendorAtomValue;
@@ -36,22 +36,23 @@ aidl::android::frameworks::stats::VendorAtomValue ToValue(Member&& member) {
   }
 }
 
-/// An atom of `value_count` ints of 0 and no annotations. The one allocation is exact.
+/// An atom with `value_count` values, ints of 0, and no annotations. Allocates the values once, at
+/// their exact size.
 aidl::android::frameworks::stats::VendorAtom MakeVendorAtom(std::int32_t atom_id,
                                                             const std::string& reverse_domain_name,
                                                             std::size_t value_count);
 
 /// The record's atom, with one value for each member, in the order given, and no annotations.
 ///
-/// What all builders have in common is in `MakeVendorAtom`, so that a builder is one store per
-/// value.
+/// The code common to all builders is in `MakeVendorAtom`, so that a builder only stores its
+/// values.
 template <typename Record, typename... Members>
 [[gnu::always_inline]] inline aidl::android::frameworks::stats::VendorAtom BuildVendorAtom(
     const Record& record, Members&&... members) {
   using aidl::android::frameworks::stats::VendorAtomValue;
   auto atom = MakeVendorAtom(Record::kAtomId, record.reverse_domain_name, sizeof...(members));
   VendorAtomValue* value = atom.values.data();
-  // An int of 0 owns nothing: the new value takes its storage without asking what it was.
+  // An int of 0 owns nothing, so the new value is constructed in its place without destroying it.
   (::new (static_cast<void*>(value++)) VendorAtomValue(ToValue(std::forward<Members>(members))),
    ...);
   return atom;

@@ -11,7 +11,7 @@ using aidl::android::frameworks::stats::VendorAtom;
 
 namespace {
 
-/// The lists are the record's, to be copied or to be taken over.
+/// The lists are the record's; an rvalue is moved, an lvalue copied.
 template <typename List>
 VendorAtom BuildMemoryServiceability(const SensorMemoryServiceabilityStatsReported& r,
                                      List&& bucket_allocation_count, List&& bucket_duration_ms) {

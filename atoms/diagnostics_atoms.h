@@ -1,6 +1,6 @@
-// The records of the nine atoms that carry the periodic diagnostics, and their builders, which keep
-// the promises of those in sensor_event_atoms.h. The supplier gives the numbered values their
-// meaning.
+// The records of the nine atoms that carry the periodic diagnostics, and their builders, which give
+// the same guarantees as those in sensor_event_atoms.h. The supplier defines what the numbered
+// values mean.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
@@ -103,8 +103,8 @@ struct SensorCoreDramExceptionsReported {
   std::int32_t value_5 = 0;
 };
 
-/// Statistics of memory serviceability. The two lists are the counts of the histograms that the
-/// factories in memory_serviceability_histograms.h describe.
+/// Statistics of memory serviceability. The two lists are the bin counts of the histograms that
+/// memory_serviceability_histograms.h creates.
 struct SensorMemoryServiceabilityStatsReported {
   static constexpr std::int32_t kAtomId = 100304;
 

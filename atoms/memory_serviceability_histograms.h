@@ -1,5 +1,5 @@
-// The histograms of the memory serviceability atom's two lists, for hosts that fill them by
-// sampling.
+// Histograms for the two lists of the memory serviceability atom, for hosts that count samples into
+// them.
 #pragma once
 
 #include <memory>
@@ -8,7 +8,8 @@
 
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
-/// A new histogram of 22 bins: below 0, twenty of width 5 from 0 to 100, and from 100 upward.
+/// A new histogram of 22 bins: one below 0, twenty of width 5 from 0 to 100, and one from 100
+/// upward.
 [[gnu::visibility("default")]] std::unique_ptr<android::util::statslogapigen::StatsHistogram>
 create_sensor_memory_serviceability_stats_reported__bucket_allocation_count_histogram();
 

@@ -1,5 +1,5 @@
-// The builders for the records with lists that the library itself fills and needs no more. Internal
-// to the library.
+// Builders that move a record's lists into the atom, for the records with lists that the library
+// itself fills. Internal to the library.
 #pragma once
 
 #include "atoms/diagnostics_atoms.h"
@@ -7,7 +7,8 @@
 
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
-/// Like `createVendorAtom`, but the atom takes the record's lists over: each is allocated once.
+/// Like `createVendorAtom`, but moves the record's lists into the atom, so that each list is
+/// allocated only once.
 aidl::android::frameworks::stats::VendorAtom MoveIntoVendorAtom(HalSensorStateChanged record);
 aidl::android::frameworks::stats::VendorAtom MoveIntoVendorAtom(
     SensorMemoryServiceabilityStatsReported record);

@@ -11,7 +11,7 @@ using aidl::android::frameworks::stats::VendorAtom;
 
 namespace {
 
-/// `latency_histogram` is the record's, to be copied or to be taken over.
+/// `latency_histogram` is the record's; an rvalue is moved, an lvalue copied.
 template <typename List>
 VendorAtom BuildStateChange(const HalSensorStateChanged& r, List&& latency_histogram) {
   return BuildVendorAtom(r, r.sensor_id_high, r.sensor_id_low, r.state, r.sampling_period_ns,

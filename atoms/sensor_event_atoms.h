@@ -1,9 +1,9 @@
 // The records of the seven atoms that the engine's event methods send, and their builders.
 //
-// A record's `kAtomId` is the atom's identifier. Its members become the atom's values in the order
-// of their declaration; a member's type fixes the kind of its value. `createVendorAtom` checks
-// nothing, touches no shared state and may run on any thread with any lock held. It allocates the
-// list of values once, at its exact size, and each repeated value once.
+// A record's `kAtomId` is the atom's identifier. The members after `reverse_domain_name` become the
+// atom's values, in the order of their declaration; a member's type determines the kind of its
+// value. `createVendorAtom` checks nothing, uses no shared state and may run on any thread with any
+// lock held. It allocates the list of values once, at its exact size, and each repeated value once.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
@@ -18,7 +18,7 @@ namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 struct SensorHalErrorDetected {
   static constexpr std::int32_t kAtomId = 100024;
 
-  /// Which call. The host chooses the numbers.
+  /// The call that failed. The host assigns the numbers.
   enum class HalCall : std::int32_t {};
 
   std::string reverse_domain_name{};
@@ -32,7 +32,7 @@ struct SensorHalErrorDetected {
 struct SensorRuntimeErrorDetected {
   static constexpr std::int32_t kAtomId = 100025;
 
-  /// In which way. The host chooses the numbers.
+  /// The kind of failure. The host assigns the numbers.
   enum class ErrorType : std::int32_t {};
 
   std::string reverse_domain_name{};
@@ -42,7 +42,7 @@ struct SensorRuntimeErrorDetected {
   std::int32_t error_code = 0;
 };
 
-/// A proximity status report. Its producer gives the values their meaning.
+/// A proximity status report. Its producer defines what the values mean.
 struct ProxStatusReported {
   static constexpr std::int32_t kAtomId = 100133;
 
@@ -85,7 +85,7 @@ struct HalSensorStateChanged {
 struct SensorHalLatencyRecorded {
   static constexpr std::int32_t kAtomId = 100243;
 
-  /// Which operation. The host chooses the numbers.
+  /// The timed operation. The host assigns the numbers.
   enum class Operation : std::int32_t {};
 
   std::string reverse_domain_name{};
@@ -99,7 +99,7 @@ struct SensorHalLatencyRecorded {
 struct SensorFirmwareStateChanged {
   static constexpr std::int32_t kAtomId = 100244;
 
-  /// Into which state. The host chooses the numbers.
+  /// The new state. The host assigns the numbers.
   enum class State : std::int32_t {};
 
   std::string reverse_domain_name{};

@@ -1,6 +1,6 @@
 // The records of the four atoms that only callers outside the library send, and their builders,
-// which keep the promises of those in sensor_event_atoms.h. A caller builds an atom and queues it
-// with `SensorVela::ReportVendorAtomAsync`; it gives the numbered values their meaning.
+// which give the same guarantees as those in sensor_event_atoms.h. A caller builds an atom and
+// queues it with `SensorVela::ReportVendorAtomAsync`; it defines what the numbered values mean.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>

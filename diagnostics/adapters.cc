@@ -1,4 +1,4 @@
-// From a diagnostics record to its atom.
+// Converts diagnostics records to atoms.
 #include <cstdint>
 #include <numeric>
 
@@ -11,7 +11,7 @@ namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 
 namespace {
 
-/// The atoms carry 32 bits of each value; which of a wider one's is the supplier's contract.
+/// The atoms carry 32 bits of each value. Suppliers are promised the low 32 of a 64-bit one.
 constexpr std::int32_t Low32Bits(std::int64_t value) { return static_cast<std::int32_t>(value); }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The reporter thread: sends what is queued, sleeps until there is more, and ends a cycle when its
-// deadline finds nothing to send.
+// The reporter thread: sends the queued atoms, sleeps until more are queued, and ends a cycle if
+// the deadline has passed after a sleep.
 #include <android/log.h>
 
 #include <deque>
@@ -13,7 +13,8 @@ using sensorvela::platform::MutexLock;
 
 void SensorVela::RunReporterThread() {
   sensorvela::platform::NameThisThread("sensor-vela");
-  // Set before the wait for the service, however long that takes, and then only at a cycle's end.
+  // The wait for the service, however long, counts towards the first cycle. Only a cycle's end
+  // moves the deadline.
   MonotonicClock::time_point deadline = MonotonicClock::now() + kCyclePeriod;
   WaitForStatsService();
   while (!StopRequested()) {
@@ -24,7 +25,8 @@ void SensorVela::RunReporterThread() {
       const MutexLock lock(queue_mutex_);
       if (atom_queue_.empty() && !stop_requested_) {
         queue_cv_.WaitUntil(queue_mutex_, deadline);
-        // Whatever ended the wait: an atom that arrives at the deadline does not put the end off.
+        // Also after a notification: an atom that arrives at the deadline does not delay the
+        // cycle's end.
         cycle_ended = MonotonicClock::now() >= deadline;
       }
     }

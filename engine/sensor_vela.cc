@@ -23,7 +23,7 @@ SensorVela::SensorVela(std::unique_ptr<SystemDiagnosticsSupplierV2>&& supplier)
 
 SensorVela::~SensorVela() {
   {
-    // Under the lock, so that a thread that is about to wait sees either the flag or the
+    // Under the lock, so that a reporter thread that is about to wait gets either the flag or the
     // notification.
     const MutexLock lock(queue_mutex_);
     stop_requested_ = true;
@@ -35,7 +35,7 @@ SensorVela::~SensorVela() {
 void SensorVela::Start() { reporter_thread_ = std::thread(&SensorVela::RunReporterThread, this); }
 
 void SensorVela::ReportVendorAtomAsync(const VendorAtom& atom) {
-  Enqueue(VendorAtom(atom));  // Copied before the lock is taken: nobody waits for a copy.
+  Enqueue(VendorAtom(atom));  // Copied before the lock: no thread waits for a copy.
 }
 
 void SensorVela::Enqueue(VendorAtom&& atom) {

@@ -1,5 +1,4 @@
-// The library's one object: a host creates a `SensorVela` and calls a method of it for each event
-// of the sensor stack.
+// `SensorVela`: a host creates one and calls a method of it for each event of the sensor stack.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
@@ -23,16 +22,18 @@
 
 /// Reports the health and usage of the sensor stack to the platform's stats service.
 ///
-/// Each event becomes at most one vendor atom, which is queued; the engine's own reporter thread
-/// sends the queue to the service in order. Every cycle (six hours, longer while atoms keep
-/// arriving) it also asks the supplier for diagnostics and sends those.
+/// The engine turns each event into at most one vendor atom and queues it. Its own reporter thread
+/// sends the queued atoms to the service in order. At the end of each cycle (six hours, longer
+/// while atoms keep arriving) the thread also gets diagnostics from the host's supplier and sends
+/// them.
 ///
 /// Threads: every public method may be called from any thread at any time between the end of
-/// construction and the start of destruction. None waits for the stats service, fails, or validates
-/// an argument: every value is safe and is passed on as it is.
+/// construction and the start of destruction. No method waits for the stats service, fails, or
+/// validates an argument: every value is safe and is passed on unchanged.
 ///
-/// Failures are written to the Android log (tag "sensor-vela") and the atom concerned is dropped.
-/// The queue has no limit: while the service is declared but absent it grows with every atom.
+/// The engine writes each failure to the Android log (tag "sensor-vela") and drops the atom
+/// concerned. The queue has no limit: while the service is declared but absent it grows with every
+/// atom.
 class [[gnu::visibility("default")]] SensorVela {
  public:
   using VendorAtom = aidl::android::frameworks::stats::VendorAtom;
@@ -47,14 +48,14 @@ class [[gnu::visibility("default")]] SensorVela {
   using QueueType = android::hardware::halvard::orrin::vendor::OrrinAtoms::
       SensorSystemQueueStressReported::QueueType;
 
-  /// Names a sensor. The host assigns both halves; the engine gives them no meaning.
+  /// Identifies a sensor. The host assigns both halves; the engine does not interpret them.
   struct SensorId {
     std::uint32_t high = 0;
     std::int32_t low = 0;
   };
   static_assert(sizeof(SensorId) == 8 && offsetof(SensorId, low) == 4);
 
-  /// A proximity status report. Its producer gives the fields their meaning.
+  /// A proximity status report. Its producer defines what the fields mean.
   struct TarnVelaProxEvent {
     std::int32_t int_0 = 0;
     std::int32_t int_1 = 0;
@@ -76,8 +77,8 @@ class [[gnu::visibility("default")]] SensorVela {
   };
   static_assert(sizeof(TarnVelaProxEvent) == 68 && offsetof(TarnVelaProxEvent, int_8) == 48);
 
-  // The diagnostics records. Their supplier gives the fields their meaning; only the low 32 bits of
-  // a 64-bit field reach the stats service.
+  // The diagnostics records. The supplier defines what the fields mean; only the low 32 bits of a
+  // 64-bit field reach the stats service.
 
   struct ProcessorDiag {
     std::int64_t value_1 = 0;
@@ -87,7 +88,7 @@ class [[gnu::visibility("default")]] SensorVela {
   };
   static_assert(sizeof(ProcessorDiag) == 32);
 
-  /// The stress of one system queue; the operation that returns it says which.
+  /// The stress of one system queue; which one depends on the operation that returns it.
   struct QueueStress {
     std::int64_t value_1 = 0;
     std::int64_t value_2 = 0;
@@ -105,10 +106,10 @@ class [[gnu::visibility("default")]] SensorVela {
     std::int32_t value_4 = 0;
   };
 
-  /// One of two memory reports: `kind` says which, and the other one's fields are ignored.
+  /// A report of memory pressure or of memory serviceability. `kind` says which of the two; the
+  /// fields of the other are ignored.
   struct MemoryPressure {
-    /// The `kind` of a report of memory serviceability; every other value is one of memory
-    /// pressure.
+    /// The `kind` of a memory serviceability report; every other value means memory pressure.
     static constexpr std::uint8_t kServiceability = 1;
 
     std::int32_t shared_value = 0;
@@ -179,13 +180,15 @@ class [[gnu::visibility("default")]] SensorVela {
   };
   static_assert(sizeof(AadProxStats) == 80 && offsetof(AadProxStats, value_15) == 56);
 
-  /// What the host implements to hand over diagnostics, first generation: every item has a value.
+  /// The interface through which the host supplies diagnostics, first generation: every operation
+  /// returns a value.
   ///
   /// The engine calls each operation once per cycle, in the order declared, one at a time, on its
-  /// reporter thread only and with none of its locks held, so an implementation may take its time
-  /// and may call the engine, but not destroy it. It must not throw: the library has no exceptions.
-  /// It needs locking of its own only against the host's other threads. The engine deletes the
-  /// supplier when it is destroyed, after the last call.
+  /// reporter thread only and with none of its locks held. An operation may therefore take long and
+  /// may call the engine, but must not destroy it. It must not throw: the library is built without
+  /// exceptions. The supplier needs locks only for data that it shares with the host's other
+  /// threads. The engine owns the supplier and deletes it in the engine's destructor, after the
+  /// last call.
   class SystemDiagnosticsSupplier {
    public:
     virtual ~SystemDiagnosticsSupplier() = default;
@@ -195,9 +198,9 @@ class [[gnu::visibility("default")]] SensorVela {
     virtual QueueStress GetQueueStressType3() = 0;
   };
 
-  /// The second generation, with the same promises: every item may be absent (null or an empty
-  /// list), which yields no atom. The engine frees each result when the upload that asked for it
-  /// ends.
+  /// The second generation, with the same guarantees. An operation may also return null or an empty
+  /// list; the engine then sends no atom for it. The engine frees all results at the end of the
+  /// upload.
   class SystemDiagnosticsSupplierV2 {
    public:
     virtual ~SystemDiagnosticsSupplierV2() = default;
@@ -213,92 +216,95 @@ class [[gnu::visibility("default")]] SensorVela {
     virtual std::unique_ptr<AadProxStats> GetAadProxStats() = 0;
   };
 
-  /// Takes the supplier over, leaves `supplier` null, and starts the reporter thread. Contacts no
-  /// service and does not wait. A null supplier is accepted: there are no diagnostics then.
+  /// Takes ownership of the supplier, leaves `supplier` null, and starts the reporter thread. Calls
+  /// no service and does not wait. An engine with a null supplier sends no diagnostics.
   ///
-  /// The one failure: when the system refuses the thread, the standard library's
-  /// `std::system_error` reaches the caller with the system's error code. The supplier is lost
-  /// then, and with it the little memory of the engine that did not come to be.
+  /// Throws the standard library's `std::system_error`, with the system's error code, when the
+  /// system refuses the thread. The supplier and the memory of the unfinished engine are not freed
+  /// then. There is no other failure.
   explicit SensorVela(std::unique_ptr<SystemDiagnosticsSupplier>&& supplier);
   explicit SensorVela(std::unique_ptr<SystemDiagnosticsSupplierV2>&& supplier);
 
   SensorVela(const SensorVela&) = delete;
   SensorVela& operator=(const SensorVela&) = delete;
 
-  /// Stops the reporter thread, waits until it has finished the step it is in, and discards the
-  /// atoms still queued. A thread that is blocked in the service manager holds it up until that
-  /// call returns.
+  /// Stops the reporter thread, waits until it has finished its current step (a wait for the
+  /// service, the sending of a batch, an upload), and discards the atoms still queued. If the
+  /// thread is blocked in the service manager, the destructor waits until that call returns.
   ~SensorVela();
 
   /// Queues a copy of `atom`. Atoms are sent in the order in which they were queued.
   void ReportVendorAtomAsync(const VendorAtom& atom);
 
-  /// A call into the sensors HAL failed with `error`. At most 10 atoms are sent per `call`
-  /// and cycle, over all sensors and errors; later occurrences are only logged.
+  /// A call into the sensors HAL failed with `error`. At most 10 atoms are sent per `call` and
+  /// cycle, counted over all sensors and errors; later occurrences are only logged.
   void LogSensorHalError(SensorId sensor, HalCall call, int error);
 
-  /// A sensor failed while it ran. Capped like HAL errors, per `type`, and counted apart from them.
+  /// A sensor failed while it ran. The same cap applies per `type`; runtime errors and HAL errors
+  /// are counted separately.
   void LogSensorRuntimeError(SensorId sensor, ErrorType type, int code);
 
-  // Times are nanoseconds of `android::elapsedRealtimeNano()`; differences of times wrap.
+  // Times are in nanoseconds of `android::elapsedRealtimeNano()`; differences of times wrap.
 
-  /// The sensor was enabled with this sampling period. Starts its status afresh: counts that no
+  /// The sensor was enabled with this sampling period. Resets the sensor's counts; those that no
   /// disable has reported are discarded.
   void ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns);
 
-  /// The sensor was disabled. Reports its status since the last enable and leaves it as it is:
-  /// samples that follow add to it until the next enable.
+  /// The sensor was disabled. Reports the sensor's counts since the last enable and does not reset
+  /// them: later samples add to them until the next enable.
   void ReportHalSensorDisabled(SensorId sensor);
 
-  /// The sensor delivered a sample that bears this timestamp; to be called once for each. Counts
-  /// its latency (arrival minus timestamp) and its lateness: whether it follows the sample before
-  /// it, or the enable, by more than 1.1 sampling periods. The first sample after an enable is
-  /// reported.
+  /// The sensor delivered a sample with this timestamp; call this once for each sample. Counts the
+  /// sample by its latency (the time of this call minus the timestamp), and counts it as late if
+  /// its timestamp is more than 1.1 sampling periods after the previous sample's, or after the
+  /// enable. Reports the first sample after an enable.
   ///
-  /// This is the sample path: one lock, one clock reading and, once the sensor is known, one hash
-  /// lookup and no allocation, but for the one atom of a first sample.
+  /// This is the sample path. It takes one lock and reads the clock once. For a sensor that the
+  /// engine already has a status of, it does one hash lookup and allocates nothing. Only a first
+  /// sample also builds and queues an atom.
   void LogSensorLatency(SensorId sensor, long long timestamp_ns);
 
-  /// A sensor's first sample arrived this long after its enable. `LogSensorLatency` reports it by
-  /// itself.
+  /// The sensor's first sample arrived `latency_ns` after its enable. `LogSensorLatency` calls this
+  /// for each first sample; a host that calls `LogSensorLatency` need not.
   void ReportFirstSample(SensorId sensor, long long latency_ns);
 
-  /// A proximity status report; every bit of it is passed on.
+  /// A proximity status report, passed on bit for bit.
   void LogSensorProxEvent(const TarnVelaProxEvent& event);
 
-  /// An operation of the sensors HAL took this long on the sensor.
+  /// An operation of the sensors HAL took `latency_ns` on the sensor.
   void ReportHalLatency(HalOperation operation, SensorId sensor, long long latency_ns);
 
-  /// A sensor firmware changed its state. The host gives the two integers their meaning.
+  /// A sensor firmware changed its state. The host defines what `subject_id` and `detail_code`
+  /// mean.
   void ReportFirmwareState(int subject_id, FirmwareState state, int detail_code);
 
-  // The atom of one diagnostics record each, for a host that sends diagnostics of its own. No
-  // engine is involved: they may be called from any thread at any time.
+  // Each of these builds the atom of one diagnostics record, for a host that sends its own
+  // diagnostics. They use no engine and may be called from any thread at any time.
 
   static VendorAtom ProcessorDiagnosticsAtom(const ProcessorDiag& diag);
   static VendorAtom SystemQueueStressAtom(QueueType queue_type, const QueueStress& stress);
   static VendorAtom IpcErrorRateAtom(const IpcErrorRate& rate);
-  /// A report of memory pressure, whatever the record's `kind`.
+  /// The memory pressure report, whatever the record's `kind`.
   static VendorAtom MemoryPressureAtom(const MemoryPressure& memory);
   static VendorAtom SensorUsageAtom(const SensorUsage& usage);
   static VendorAtom GatingContextAtom(const GatingContext& context);
   static VendorAtom DramExceptionAtom(const DramException& exception);
   static VendorAtom AadProxStatsAtom(const AadProxStats& stats);
-  /// Statistics of memory serviceability, whatever the record's `kind`. The total of the allocation
+  /// The memory serviceability report, whatever the record's `kind`. The sum of the allocation
   /// counts wraps.
   static VendorAtom MemServiceabilityAtom(const MemoryPressure& memory);
 
  private:
   friend class SensorVelaTestPeer;
 
-  /// From one end of a cycle to the next, at least.
+  /// The least time from the end of one cycle to the end of the next.
   static constexpr std::chrono::nanoseconds kCyclePeriod = std::chrono::hours(6);
   static constexpr std::uint32_t kErrorCapPerCycle = 10;
 
-  /// Errors are counted by family and enumerator: the upper and the lower half of the count's key.
+  /// The upper half of the key of an error's count; the lower half is the enumerator.
   enum ErrorFamily : std::uint32_t { kHalErrorFamily = 1, kRuntimeErrorFamily = 2 };
 
-  /// What is known of one sensor since it was last enabled; all zero in a new entry.
+  /// The counts and times of one sensor since its last enable; all zero in a new entry.
   struct PerSensorStatus {
     std::array<std::uint32_t, 5> latency_buckets;
     std::uint32_t sample_count;
@@ -309,24 +315,25 @@ class [[gnu::visibility("default")]] SensorVela {
   };
   static_assert(sizeof(PerSensorStatus) == 56 && offsetof(PerSensorStatus, gap_threshold_ns) == 32);
 
-  // The reporter thread's own operations.
+  // The next four are called by the reporter thread only.
 
-  /// The thread's body: waits for the stats service, then sends and sleeps until told to stop.
+  /// The thread's body: waits for the stats service, then sends and sleeps until a stop is
+  /// requested.
   void RunReporterThread() SENSORVELA_EXCLUDES(queue_mutex_, error_counts_mutex_);
 
-  /// Sends everything queued at this moment; drops it if there is no service.
+  /// Sends the atoms queued at this moment, or drops them if there is no service.
   void DrainAtomQueue() SENSORVELA_EXCLUDES(queue_mutex_);
 
-  /// Waits until the stats service is up, if the device declares one, and logs what came of it.
+  /// Waits until the stats service is up, if the device declares one, and logs the result.
   void WaitForStatsService() const;
 
-  /// Asks the supplier for everything that it offers and queues one atom for each record.
+  /// Calls each operation of the supplier and queues one atom for each record.
   void UploadDiagnostics() SENSORVELA_EXCLUDES(queue_mutex_);
 
-  /// Makes sure that the sensor has a status.
+  /// Adds an all-zero status for the sensor if it has none.
   void EnsureSensorEntryInStatus(SensorId sensor) SENSORVELA_REQUIRES(status_mutex_);
 
-  /// The sensor's status, which is all zero if there was none. Good until the lock is released.
+  /// The sensor's status, added all zero if there was none. Valid until the lock is released.
   [[gnu::visibility("hidden")]] PerSensorStatus& StatusOf(SensorId sensor)
       SENSORVELA_REQUIRES(status_mutex_);
 
@@ -338,26 +345,27 @@ class [[gnu::visibility("default")]] SensorVela {
   [[gnu::visibility("hidden")]] void Start();
   [[gnu::visibility("hidden")]] bool StopRequested() SENSORVELA_EXCLUDES(queue_mutex_);
 
-  /// Queues `atom`, which nobody needs any more.
+  /// Queues `atom` without a copy.
   [[gnu::visibility("hidden")]] void Enqueue(VendorAtom&& atom) SENSORVELA_EXCLUDES(queue_mutex_);
 
-  /// Counts one more occurrence of the error. False, and logged, past the cap.
+  /// Counts one more occurrence of the error. Past the cap, logs it and returns false.
   [[gnu::visibility("hidden")]] bool CountError(ErrorFamily family, std::int32_t enumerator)
       SENSORVELA_EXCLUDES(error_counts_mutex_);
 
-  // The supplier is declared before the queue, and so outlives it and the thread that calls it.
+  // The supplier is declared before the thread and the queue, so that it outlives both: the thread
+  // calls it.
 
   const std::string stats_service_name_;
 
   std::unordered_map<std::uint64_t, PerSensorStatus> sensor_status_
       SENSORVELA_GUARDED_BY(status_mutex_);
-  /// May be held while `queue_mutex_` is taken, never the other way round.
+  /// A thread may take `queue_mutex_` while it holds this, never the reverse.
   sensorvela::platform::Mutex status_mutex_ SENSORVELA_ACQUIRED_BEFORE(queue_mutex_);
 
   const std::unique_ptr<SystemDiagnosticsSupplier> diagnostics_supplier_;
   const std::unique_ptr<SystemDiagnosticsSupplierV2> diagnostics_supplier_v2_;
 
-  /// Started last, when every other field is in place.
+  /// Started at the end of construction, when every other field is initialized.
   std::thread reporter_thread_;
 
   /// Grows by blocks: no caller waits while a long queue is moved to larger storage.

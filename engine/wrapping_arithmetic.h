@@ -1,5 +1,5 @@
-// Arithmetic that wraps modulo 2^N for every argument: host-supplied times and counts are never
-// validated, so that every one of them must be safe.
+// Arithmetic that wraps modulo 2^N. Hosts' times and counts are not validated, so every value must
+// be safe to compute with.
 #pragma once
 
 namespace sensorvela {

@@ -1,4 +1,4 @@
-// Failed HAL calls and runtime errors: counted per distinct error, capped per cycle.
+// Failed HAL calls and runtime errors: counted per call or error type, capped per cycle.
 #include <android/log.h>
 
 #include <cstdint>

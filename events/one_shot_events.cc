@@ -1,4 +1,4 @@
-// Events that become one atom each, with nothing counted and nothing remembered.
+// Events that become one atom each. They count and store nothing.
 #include <cstdint>
 
 #include "atoms/sensor_event_atoms.h"

@@ -1,5 +1,5 @@
-// The status of each sensor since it was last enabled: how many samples it delivered, how late, and
-// with what gaps between them.
+// Each sensor's status since its last enable: how many samples it delivered, with which latencies,
+// and how many of them late.
 #include <utils/SystemClock.h>
 
 #include <array>
@@ -26,10 +26,10 @@ constexpr std::int32_t kSensorStateEnabled = 2;
 constexpr std::array<std::int64_t, 4> kLatencyBandLimitsNs = {2'500'000, 5'000'000, 10'000'000,
                                                               20'000'000};
 
-/// A gap between samples of up to this many sampling periods is not late.
+/// A sample is late when more than this many sampling periods lie between it and the one before.
 constexpr float kGapToleranceFactor = 1.1F;
 
-/// Counters wrap; nothing is lost sooner than after 2^32 samples.
+/// Counters wrap: a count is exact up to 2^32 - 1 samples.
 void Increment(std::uint32_t& counter) { counter = WrappingAdd(counter, std::uint32_t{1}); }
 
 std::uint64_t StatusKey(SensorVela::SensorId sensor) {
@@ -42,7 +42,7 @@ std::size_t LatencyBand(std::int64_t latency_ns) {
   return band;
 }
 
-/// In single precision from end to end; a product outside the integer's range saturates, as the
+/// Computes in single precision throughout. A product outside the integer's range saturates, as the
 /// device's own conversion does.
 std::int64_t GapThresholdNs(std::int64_t sampling_period_ns) {
   const float threshold_ns = static_cast<float>(sampling_period_ns) * kGapToleranceFactor;
@@ -107,7 +107,7 @@ void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
   status.last_sample_time_ns = timestamp_ns;
 }
 
-// Kept out of the sample path, which calls it once per enable.
+// Not inlined into the sample path, which calls it only once per enable.
 [[gnu::noinline]] void SensorVela::ReportFirstSample(SensorId sensor, long long latency_ns) {
   Enqueue(createVendorAtom(atoms::SensorFirstSampleReported{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),

@@ -13,7 +13,8 @@ constexpr float kLowest = std::numeric_limits<float>::lowest();
 
 bool IsValidCount(int count) { return count >= 1 && count < StatsHistogram::kCountLimit; }
 
-/// Underflow edge, `min`, the inner edges that `next` derives one from the other, `max`.
+/// The underflow edge, `min`, the inner edges, each of which `next` computes from the edge before
+/// it, and `max`.
 template <typename Next>
 std::vector<float> MakeBins(float min, float max, int count, Next next) {
   std::vector<float> bins(static_cast<std::size_t>(count) + 2);

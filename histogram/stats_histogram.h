@@ -1,4 +1,4 @@
-// A fixed-bin histogram: the form in which a repeated int value carries a distribution.
+// A histogram with fixed bins. A repeated int value of an atom carries its counts.
 #pragma once
 
 #include <cstdint>
@@ -8,36 +8,38 @@
 
 namespace android::util::statslogapigen {
 
-/// Counts float samples per bin. Bin 0 lies below the first edge that the caller gives, the last
-/// bin begins at the last edge and has no upper end; each bin holds its lower edge. The number of
+/// Counts float samples per bin. Bin 0 is for samples below the caller's first edge; the last bin
+/// begins at the last edge and has no upper end. Each bin includes its lower edge. The number of
 /// bins is fixed at creation.
 ///
-/// One thread at a time; histograms share no state. Nothing but creation allocates.
+/// Only one thread at a time may use a histogram; histograms share no state. Only creation
+/// allocates.
 ///
-/// A request that cannot be met is answered with a histogram of one bin, which counts every sample:
-/// safe to use, and told by `getBins().size() == 1`. The factories say which requests those are.
+/// A factory that cannot create the requested bins returns a histogram of one bin, which counts
+/// every sample. It is safe to use; `getBins().size() == 1` detects it.
 class [[gnu::visibility("default")]] StatsHistogram {
  public:
-  /// The upper bound of `count`, exclusive: edges and counts stay below 2^30 entries.
+  /// The exclusive upper bound of `count`, which keeps edges and counts below 2^30 entries.
   static constexpr int kCountLimit = (1 << 30) - 2;
 
   /// `count` bins of equal width from `min` to `max`, between an underflow and an overflow bin.
   /// Each edge is the one before it plus the width, in single precision, so that rounding
-  /// accumulates; the last edge is `max` itself. Cannot be met when `count` is below 1 or not below
-  /// `kCountLimit`.
+  /// accumulates; the last edge is `max` itself. Returns the one-bin histogram when `count` is
+  /// below 1 or not below `kCountLimit`.
   static std::unique_ptr<StatsHistogram> createLinearBins(float min, float max, int count);
 
-  /// The same with each edge the one before it times a constant factor. Cannot be met, in addition,
-  /// when an edge would not be finite: with inner edges, when `min` is 0 or differs in sign from
-  /// `max`.
+  /// Like `createLinearBins`, but each edge is the one before it times a constant factor. Also
+  /// returns the one-bin histogram when an edge would not be finite; from a `count` of 2 on, that
+  /// is so when `min` is 0 or differs in sign from `max`.
   static std::unique_ptr<StatsHistogram> createExponentialBins(float min, float max, int count);
 
-  /// An underflow bin, then one bin from each of `edges`, which are taken as they are: unsorted or
-  /// equal ones too. Cannot be met when there are more than `kCountLimit` of them.
+  /// An underflow bin, then one bin that begins at each of `edges`. The edges are used as given,
+  /// even if unsorted or equal. Returns the one-bin histogram when there are more than
+  /// `kCountLimit` edges.
   static std::unique_ptr<StatsHistogram> createExplicitBins(std::initializer_list<float> edges);
 
-  /// Adds 1 to the count of the bin before the first edge that `value` is less than; to the last
-  /// bin's if there is none, as for a NaN. Counts wrap.
+  /// Finds the first edge that is greater than `value` and adds 1 to the count of the bin before
+  /// it, or to the last bin's if there is no such edge, as for a NaN. Counts wrap.
   void addValue(float value);
 
   /// Sets every count to 0.
@@ -45,7 +47,7 @@ class [[gnu::visibility("default")]] StatsHistogram {
 
   const std::vector<std::int32_t>& getBinCounts() const;
 
-  /// The lower edge of each bin; that of bin 0 is the lowest finite float.
+  /// The lower edge of each bin; bin 0's is the lowest finite float.
   const std::vector<float>& getBins() const;
 
   StatsHistogram(const StatsHistogram&) = delete;
