@@ -1,5 +1,5 @@
-// One of each record that a host fills and of each interface that it implements, so that libabigail
-// finds all of their layouts in one place. Built for the check `abi` alone.
+// Refers to every record that a host fills and every interface that it implements, so that
+// libabigail finds all their layouts in one file. Built only for the check `abi`.
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/histogram/stats_histogram.h>
 #include "atoms/all_records.h"

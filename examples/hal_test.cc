@@ -1,5 +1,5 @@
-// A unit test of a HAL that uses the library, with GoogleTest and the test kit. No device, no
-// waiting: the six hours of a cycle pass at once.
+// A unit test of a HAL that uses the library, with GoogleTest and the test kit. It needs no device
+// and no waiting: in virtual time the six hours of a cycle pass at once.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <utils/SystemClock.h>
@@ -44,7 +44,8 @@ class LightHal {
 using ::testing::ElementsAre;
 using ::testing::SizeIs;
 
-// The world comes first: the HAL's engine finds its clocks, its log and its stats service there.
+// The world is constructed first: it provides the clocks, the log and the stats service of the
+// HAL's engine.
 class LightHalTest : public ::testing::Test {
  protected:
   sensorvela::testkit::World world;
@@ -63,7 +64,7 @@ TEST_F(LightHalTest, ReportsTheSamplesOfAStretch) {
   hal.Activate(true);
   world.time.RunTo(std::chrono::milliseconds(23));
   hal.Deliver(20'000'000);  // 3 ms after its timestamp: the second band.
-  world.TakeAtomTexts();    // Those of the enable and the first sample.
+  world.TakeAtomTexts();    // The enable's and the first sample's.
   hal.Activate(false);
   EXPECT_THAT(world.TakeAtomTexts(),
               ElementsAre("HalSensorStateChanged{sensor_id_high=16, sensor_id_low=1, state=1, "

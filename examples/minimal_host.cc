@@ -1,5 +1,5 @@
-// The shortest complete host of the library. The test kit stands in for the device, so that it runs
-// on a workstation.
+// The shortest complete host of the library. The test kit replaces the device, so that the program
+// runs on a workstation.
 #include <utils/SystemClock.h>
 
 #include <chrono>

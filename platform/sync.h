@@ -1,10 +1,10 @@
-// What the library needs of a machine's threads and time: an annotated lock, its scoped holder, a
-// condition variable with a timed wait, a monotonic clock, and names for threads. Everything else
-// of the device is reached through the device's own headers.
+// The library's interface to threads and time: an annotated lock, its scoped holder, a condition
+// variable with a timed wait, a monotonic clock, and names for threads. The library uses everything
+// else of the device through the device's own headers.
 //
-// The lock is the same everywhere. The condition variable and the clock have two sides, one of
-// which is linked: platform/android/ (the device) and platform/simulated/ (a workstation, with
-// virtual time).
+// The lock is the same everywhere. The condition variable and the clock have two implementations,
+// one of which is linked: platform/android/ (the device) and platform/simulated/ (a workstation,
+// with virtual time).
 #pragma once
 
 #include <chrono>
@@ -15,7 +15,7 @@
 
 namespace sensorvela::platform {
 
-/// A lock that is not recursive. Its operations have the standard library's names, so that
+/// A non-recursive lock. Its operations have the standard library's names, so that
 /// `std::condition_variable_any` can wait with it.
 class SENSORVELA_CAPABILITY("mutex") Mutex {
  public:
@@ -43,8 +43,8 @@ class SENSORVELA_SCOPED_CAPABILITY MutexLock {
   Mutex& mutex_;
 };
 
-/// The monotonic clock: never set back, in nanoseconds from an origin of its own. It satisfies the
-/// standard's Clock requirements.
+/// A clock that is never set back. Its times are in nanoseconds from an origin of its own. It
+/// satisfies the standard's Clock requirements.
 class MonotonicClock {
  public:
   using duration = std::chrono::nanoseconds;
@@ -69,12 +69,12 @@ class CondVar {
   CondVar& operator=(const CondVar&) = delete;
 
   /// Releases `mutex`, sleeps until a notification, a spurious wake-up or `deadline`, and takes
-  /// `mutex` again. A deadline that has been reached returns at once. It does not say what ended
-  /// the sleep: the caller asks its own state and the clock.
+  /// `mutex` again. Returns at once if the deadline has been reached. Does not say what ended the
+  /// sleep: the caller checks its own state and the clock.
   void WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) SENSORVELA_REQUIRES(mutex);
 
-  /// Wakes every waiter. A caller that holds the waiters' mutex cannot miss a thread that is about
-  /// to wait.
+  /// Wakes every waiter. While the caller holds the waiters' mutex, no thread can check its state
+  /// and then miss the notification.
   void NotifyAll();
 
  private:

@@ -1,7 +1,9 @@
-// The annotations by which Clang proves the lock discipline; other compilers read past them.
+// Annotations with which Clang proves at compile time that locks are used correctly; other
+// compilers ignore them.
 //
-// A header includes this last of all and ends with thread_annotations_end.h, so that a program that
-// includes it gets none of these macros. There is no include guard for that reason.
+// A header includes this after all others and ends with thread_annotations_end.h, so that a program
+// that includes the header gets none of these macros. Each such header defines them again, so this
+// has no include guard.
 #if defined(__clang__)
 #define SENSORVELA_THREAD_ANNOTATION(x) __attribute__((x))
 #else

@@ -1,4 +1,4 @@
-// The end of a header that uses thread_annotations.h.
+// Undefines the macros of thread_annotations.h, at the end of a header that uses them.
 #undef SENSORVELA_THREAD_ANNOTATION
 #undef SENSORVELA_CAPABILITY
 #undef SENSORVELA_SCOPED_CAPABILITY

@@ -38,7 +38,7 @@ constexpr std::array kPositionalInts = {
     ValueInfo{"value_15", kInt, ""}, ValueInfo{"value_16", kInt, ""},
 };
 
-/// `count` int values that are named after their position.
+/// `count` int values, named after their positions.
 std::vector<ValueInfo> PositionalInts(std::size_t count) {
   return {kPositionalInts.begin(), kPositionalInts.begin() + count};
 }
@@ -48,7 +48,8 @@ struct Entry {
   std::vector<ValueInfo> values;
 };
 
-/// The entry of a record's atom: one for each record, or the catalogue does not compile.
+/// The catalogue's entry for a record's atom. The catalogue does not compile while a record has
+/// none.
 template <typename Record>
 Entry EntryOf() = delete;
 

@@ -1,4 +1,4 @@
-// What each atom and each of its values is called, and what the values mean.
+// The names of the atoms, and the names, kinds and meanings of their values.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
@@ -14,7 +14,7 @@ namespace sensorvela::testkit {
 struct ValueInfo {
   std::string_view name;
   aidl::android::frameworks::stats::VendorAtomValue::Tag kind;
-  /// Meaning and unit; empty where the atom's producer alone defines them.
+  /// Meaning and unit; empty where only the atom's producer defines them.
   std::string_view meaning;
 };
 
@@ -27,17 +27,18 @@ struct AtomInfo {
 /// Every atom that the library can build, by ascending identifier.
 const std::vector<AtomInfo>& AtomCatalogue();
 
-/// Null for an identifier that is not the library's.
+/// The atom with this identifier; null if the library has none.
 const AtomInfo* FindAtom(std::int32_t id);
 
-/// The atom's name, or `atom 42` for an identifier that is not the library's.
+/// The atom's name, or `atom 42` for an identifier that the catalogue does not have.
 std::string AtomName(const aidl::android::frameworks::stats::VendorAtom& atom);
 
-/// The name of the value at that position, counted from 0; `value_1`, `value_2`, ... where the
-/// catalogue has none.
+/// The name of the value at `index`, counted from 0; `value_1`, `value_2`, ... where the catalogue
+/// has no name.
 std::string ValueName(const aidl::android::frameworks::stats::VendorAtom& atom, std::size_t index);
 
-/// The atom's value of that name; null when the catalogue knows none or the atom is too short.
+/// The atom's value with this name; null when the catalogue has no such value or the atom has too
+/// few values. Points into `atom`.
 const aidl::android::frameworks::stats::VendorAtomValue* FindValue(
     const aidl::android::frameworks::stats::VendorAtom& atom, std::string_view name);
 

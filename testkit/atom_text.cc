@@ -60,7 +60,7 @@ std::string Text(const std::optional<T>& value) {
 template <typename T>
 std::string Text(const std::vector<T>& list) {
   std::string text;
-  // A list of bools has no bools to refer to.
+  // The elements of a `std::vector<bool>` are no bools: the cast converts them.
   for (const auto& element : list) {
     text += (text.empty() ? "" : ", ") + Text(static_cast<const T&>(element));
   }

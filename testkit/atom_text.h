@@ -1,4 +1,4 @@
-// An atom as a line of text, by the names of its values.
+// Writes an atom as one line of text, with the names of its values.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
@@ -11,17 +11,17 @@ namespace sensorvela::testkit {
 /// The atom on one line: `SensorFirstSampleReported{sensor_id_high=16, sensor_id_low=2,
 /// first_sample_latency_ns=1000000}`.
 ///
-/// Atoms with different texts differ, and atoms with the same text are the same to the bit, but for
-/// their annotations, of which it says only that there are some. A value whose kind is not the one
-/// in the catalogue has its kind before it (`state=long 2`), and so has each value of an atom that
-/// the catalogue does not have (`atom 42{value_1=int 7}`). A NaN has its bits (`nan(0x7fc00000)`).
+/// Two atoms have the same text exactly when they are equal bit for bit, apart from annotations:
+/// the text says only whether there are any. The kind is written before a value when it is not the
+/// kind in the catalogue (`state=long 2`), and before each value of an atom that the catalogue does
+/// not have (`atom 42{value_1=int 7}`). A NaN is written with its bits (`nan(0x7fc00000)`).
 std::string AtomText(const aidl::android::frameworks::stats::VendorAtom& atom);
 
 }  // namespace sensorvela::testkit
 
 namespace aidl::android::frameworks::stats {
 
-/// GoogleTest and GoogleMock write an atom into their messages with this, as `AtomText` does.
+/// GoogleTest and GoogleMock call this to write an atom into a message, in the form of `AtomText`.
 void PrintTo(const VendorAtom& atom, std::ostream* out);
 
 }  // namespace aidl::android::frameworks::stats

@@ -1,4 +1,4 @@
-// The end of an engine whose reporter thread may be blocked.
+// Destroys an engine whose reporter thread may be blocked.
 #pragma once
 
 #include <functional>
@@ -7,13 +7,13 @@
 
 namespace sensorvela::testkit {
 
-/// Runs `destroy`, which destroys one engine, on a thread of its own, calls `release` once the
-/// engine has been asked to stop, and returns when `destroy` has returned.
+/// Runs `destroy`, which destroys one engine, on a new thread. Calls `release` once the destructor
+/// has asked the reporter thread to stop, and returns when `destroy` has returned.
 ///
-/// An engine's destructor waits for its reporter thread, and that may wait for something else: for
-/// the stats service, or in a report. That wait has to be under way when this is called, and has to
-/// be released after the request to stop: a thread that is released before may wait again. Nobody
-/// may queue an atom meanwhile.
+/// An engine's destructor waits for its reporter thread, which may itself be blocked: in a wait for
+/// the stats service, or in a report. That wait must have begun before this is called, and
+/// `release` ends it after the request to stop: a thread released earlier might block again. No
+/// thread may queue an atom during the call.
 void DestroyEngine(simulated::VirtualTime& time, const std::function<void()>& destroy,
                    const std::function<void()>& release);
 

@@ -1,4 +1,4 @@
-// Diagnostics suppliers, of both generations, that answer with a plain value.
+// Diagnostics suppliers of both generations that return items of a plain struct.
 #pragma once
 
 #include <array>
@@ -11,11 +11,11 @@
 
 namespace sensorvela::testkit {
 
-/// Everything that a supplier can be asked for; there is nothing at first. A supplier of the first
-/// generation has only the processor and the queues, and answers zeros where there is nothing.
+/// What a supplier's operations return; everything is absent at first. A first-generation supplier
+/// uses only the processor and the queues, and returns zeros for those that are absent.
 struct Diagnostics {
   std::optional<SensorVela::ProcessorDiag> processor;
-  /// Of the queues of type 1, 2 and 3.
+  /// The stress of the queues of type 1, 2 and 3.
   std::array<std::optional<SensorVela::QueueStress>, 3> queues;
   std::vector<SensorVela::IpcErrorRate> ipc_error_rates;
   std::vector<SensorVela::MemoryPressure> memory;
@@ -40,8 +40,8 @@ enum class DiagnosticsItem {
   kProxStats,
 };
 
-/// Called when the engine asks for an item, on its reporter thread; the item is taken from the
-/// result. It may call the engine.
+/// Called on the engine's reporter thread when the engine calls the supplier's operation `asked`,
+/// which returns that item of the result. May call the engine.
 using AskDiagnostics = std::function<Diagnostics(DiagnosticsItem asked)>;
 
 std::unique_ptr<SensorVela::SystemDiagnosticsSupplier> MakeFirstGenerationSupplier(
@@ -49,7 +49,7 @@ std::unique_ptr<SensorVela::SystemDiagnosticsSupplier> MakeFirstGenerationSuppli
 std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2> MakeSecondGenerationSupplier(
     AskDiagnostics ask);
 
-/// The same with one answer for ever.
+/// Suppliers that always return the items of `diagnostics`.
 std::unique_ptr<SensorVela::SystemDiagnosticsSupplier> MakeFirstGenerationSupplier(
     const Diagnostics& diagnostics);
 std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2> MakeSecondGenerationSupplier(
@@ -58,7 +58,7 @@ std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2> MakeSecondGenerationSup
 /// Which supplier an engine is constructed with.
 enum class SupplierKind { kNone, kFirstGeneration, kSecondGeneration };
 
-/// A new engine with a supplier of that kind, which asks `ask`.
+/// A new engine with a supplier of this kind, which calls `ask`.
 std::unique_ptr<SensorVela> MakeEngine(SupplierKind kind, AskDiagnostics ask);
 
 }  // namespace sensorvela::testkit

@@ -1,4 +1,4 @@
-// A stats service that keeps what it is sent and answers as it is told to.
+// A stats service that keeps the atoms that it receives and answers reports as planned.
 #pragma once
 
 #include <aidl/android/frameworks/stats/BnStats.h>
@@ -19,7 +19,7 @@ namespace sensorvela::testkit {
 /// The name under which an engine looks its stats service up.
 inline constexpr char kStatsInstance[] = "android.frameworks.stats.IStats/default";
 
-/// What the service says to a report: success, an error, or no status at all.
+/// The service's answer to a report: success, an error, or no status at all.
 enum class Answer { kOk, kError, kNoStatus };
 
 /// Made with `ndk::SharedRefBase::make<StatsService>()`, like every service, and registered with
@@ -29,21 +29,21 @@ class StatsService : public aidl::android::frameworks::stats::BnStats {
  public:
   using VendorAtom = aidl::android::frameworks::stats::VendorAtom;
 
-  /// Called for each atom, once the atom is kept and before it is answered, on the thread that
-  /// reports it and with no lock of the service held. The report lasts as long as the call.
+  /// Called for each atom after the service has stored it and before it answers, on the thread that
+  /// reports it and with no lock of the service held. The report waits until the call returns.
   using OnReport = std::function<void(const VendorAtom& atom, Answer answer)>;
 
   explicit StatsService(OnReport on_report = nullptr);
 
-  /// Answers the next `reports` reports with `answer`, after those planned before. Reports for
-  /// which nothing is planned are answered with `kOk`.
+  /// Plans `answer` for the next `reports` reports that have no planned answer yet. The service
+  /// answers `kOk` to reports without a planned answer.
   void AnswerNext(std::int64_t reports, Answer answer) SENSORVELA_EXCLUDES(mutex_);
 
-  /// The atoms received since the last call, in order, whatever they were answered.
+  /// The atoms received since the last call, in order, whatever the service answered.
   std::vector<VendorAtom> TakeAtoms() SENSORVELA_EXCLUDES(mutex_);
 
-  /// Returns once `count` atoms have been received since the service was made. Waits for them
-  /// without a limit.
+  /// Waits, without a time limit, until `count` atoms have been received since the service's
+  /// construction.
   void WaitForAtoms(std::size_t count) SENSORVELA_EXCLUDES(mutex_);
 
   ndk::ScopedAStatus reportVendorAtom(const VendorAtom& atom) override SENSORVELA_EXCLUDES(mutex_);

@@ -14,7 +14,7 @@ std::string_view KindName(aidl::android::frameworks::stats::VendorAtomValue::Tag
 std::optional<aidl::android::frameworks::stats::VendorAtomValue::Tag> FindKind(
     std::string_view name);
 
-/// All of them, for a message.
+/// All kinds' names in one text, for a message.
 std::string KindNames();
 
 }  // namespace sensorvela::testkit

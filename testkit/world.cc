@@ -55,7 +55,7 @@ SensorVela& World::StartEngine(SupplierKind supplier) {
 }
 
 void World::DestroyEngine() {
-  time.WaitUntilSettled();  // Its thread waits for the service by now if it has to.
+  time.WaitUntilSettled();  // Now the thread is blocked if it has to wait.
   DestroyEngine([this] { ReleaseServiceWaits(); });
 }
 

@@ -1,4 +1,4 @@
-// An engine's whole world on a workstation, in virtual time.
+// The environment of an engine on a workstation, in virtual time.
 #pragma once
 
 #include <functional>
@@ -18,28 +18,29 @@
 
 namespace sensorvela::testkit {
 
-/// The clocks, the log, the service manager, the stats service and, if asked for, the engine. A
-/// world has the process's virtual time, log and services while it exists, so there is one at a
-/// time.
+/// The clocks, the log, the service manager, the stats service and, on request, an engine. While a
+/// world exists it controls the process's virtual time, log and services, so only one may exist at
+/// a time.
 ///
-/// A test makes its world first and what owns an engine after it, and destroys them in the reverse
-/// order. The engine's reporter thread works on its own; every `Take...` first waits until it has
-/// done all that there is to do. Nothing takes real time.
+/// A test constructs its world before the objects that own an engine, and destroys it after them.
+/// The engine's reporter thread runs by itself; every `Take...` first waits until it has nothing
+/// left to do. No wait takes real time.
 ///
-/// To be used from one thread. Host threads that call the engine may run beside it.
+/// Use a world from one thread. Other threads may call the engine meanwhile.
 class World {
  public:
   using VendorAtom = aidl::android::frameworks::stats::VendorAtom;
 
-  /// The device declares the stats service, and it is up.
+  /// Declares the stats service and registers it.
   World();
 
-  /// Destroys the engine, even one that waits for the stats service, and forgets all services.
+  /// Destroys the world's engine, even if it waits for the stats service, and resets the service
+  /// manager.
   ~World();
   World(const World&) = delete;
   World& operator=(const World&) = delete;
 
-  /// Six hours pass with `time.RunTo(time.Now() + std::chrono::hours(6))`.
+  /// `time.RunTo(time.Now() + std::chrono::hours(6))` lets six hours pass.
   simulated::VirtualTime time;
 
   // The service manager; see simulated/service_manager.h.
@@ -50,41 +51,42 @@ class World {
   void AllowService();
   /// `service` comes up.
   void RegisterService();
-  /// It goes away. A test of an outage begins with this.
+  /// Unregisters `service`: an outage begins.
   void UnregisterService();
   /// The service manager fails: lookups that wait for the service end with none.
   void ReleaseServiceWaits();
 
-  /// Starts the world's own engine; a test whose code under test makes the engine does not need
-  /// it. At a cycle's end its supplier answers with `diagnostics`.
+  /// Creates the world's own engine; a test whose code under test creates an engine does not need
+  /// it. At a cycle's end the engine's supplier returns the items of `diagnostics`.
   SensorVela& StartEngine(SupplierKind supplier = SupplierKind::kSecondGeneration);
   bool has_engine() const { return engine_ != nullptr; }
   SensorVela& engine() { return *engine_; }
 
-  /// Destroys the world's own engine. `release` ends what its reporter thread is blocked in: by
-  /// default a wait for the service. See destroy_engine.h.
+  /// Destroys the world's own engine. `release` unblocks its reporter thread; the default ends a
+  /// wait for the service. See destroy_engine.h.
   void DestroyEngine();
   void DestroyEngine(const std::function<void()>& release);
 
   /// The atoms that have reached the service since the last call, in order.
   std::vector<VendorAtom> TakeAtoms();
 
-  /// The same as `AtomText` writes them.
+  /// The same atoms, as `AtomText` writes them.
   std::vector<std::string> TakeAtomTexts();
 
-  /// All that happened since the last call, in order: each log line after the letter of its
-  /// priority (`E Failed to get IStats service.`), and each atom that reached the service, as
-  /// `AtomText` writes it. A line with another tag than the library's has it in front.
+  /// All log lines and atoms since the last call, in order. A log line begins with the letter of
+  /// its priority (`E Failed to get IStats service.`) and, if its tag is not the library's, the
+  /// tag. An atom that reached the service is written as by `AtomText`.
   std::vector<std::string> TakeHistory() SENSORVELA_EXCLUDES(mutex_);
 
-  /// What the service answers is planned with `service->AnswerNext`.
+  /// `service->AnswerNext` plans its answers.
   const std::shared_ptr<StatsService> service;
 
-  /// What the supplier answers. To be changed while nothing happens, or in `on_ask`.
+  /// What the supplier returns. Change it only while the engine is settled, or in `on_ask`.
   Diagnostics diagnostics;
 
-  // Called on the reporter thread if set; to be set while nothing happens. The first is called for
-  // each atom that reaches the service, the second for each item that the engine asks for.
+  // Called on the reporter thread if set; set them only while the engine is settled. `on_report` is
+  // called for each atom that reaches the service, `on_ask` for each item that the engine asks the
+  // supplier for.
   std::function<void(const VendorAtom& atom)> on_report;
   std::function<void(DiagnosticsItem asked)> on_ask;
 

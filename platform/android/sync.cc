@@ -1,4 +1,4 @@
-// The device's side of the seam: the standard library as it is.
+// The device's implementation of platform/sync.h: the standard library, unchanged.
 #include "platform/sync.h"
 
 #include <pthread.h>
@@ -18,7 +18,7 @@ CondVar::~CondVar() = default;
 void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
   std::unique_lock lock(mutex.mutex_, std::adopt_lock);
   cv_.wait_until(lock, std::chrono::steady_clock::time_point(deadline.time_since_epoch()));
-  lock.release();  // `mutex` stays locked, as the caller left it.
+  lock.release();  // Leaves `mutex` locked, as the caller had it.
 }
 
 void CondVar::NotifyAll() { cv_.notify_all(); }

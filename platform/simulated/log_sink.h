@@ -1,4 +1,4 @@
-// Where the simulated platform's log goes.
+// Redirects the log of the simulated platform.
 #pragma once
 
 #include <functional>
@@ -11,9 +11,9 @@ namespace sensorvela::simulated {
 /// engine.
 using LogSink = std::function<void(int priority, std::string_view tag, std::string_view text)>;
 
-/// Sends every log line to `sink` from construction to destruction; nested sinks end in the reverse
-/// of the order in which they began. Without one, lines go to standard error in the device's
-/// format: seconds, process, thread, priority, tag, text.
+/// Sends every log line to `sink` from construction to destruction; nested sinks must be destroyed
+/// in the reverse order of their construction. Without a sink, lines go to standard error in the
+/// device's format: seconds, process, thread, priority, tag, text.
 class ScopedLogSink {
  public:
   explicit ScopedLogSink(LogSink sink);

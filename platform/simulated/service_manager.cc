@@ -31,7 +31,7 @@ struct Instance {
   std::list<Waiter*> waiters;
 };
 
-/// A service that goes away is destroyed after the lock has been released: it may call back.
+/// A service is released only after the lock, because its destructor may call the service manager.
 class ServiceManager {
  public:
   // Never destroyed: a reporter thread may look its service up while the process exits.

@@ -1,6 +1,6 @@
-// The process's service manager: what the library's calls into `<android/binder_manager.h>` find.
-// Instances are named as the library asks for them, and begin undeclared and absent. Every
-// operation may be called from any thread.
+// Controls the process's service manager, which answers the library's calls into
+// `<android/binder_manager.h>`. An instance is named as the library looks it up. At first every
+// instance is undeclared and absent. Every operation may be called from any thread.
 #pragma once
 
 #include <aidl/android/frameworks/stats/IStats.h>
@@ -33,7 +33,7 @@ void AllowService(const std::string& instance);
 void RegisterService(const std::string& instance,
                      std::shared_ptr<aidl::android::frameworks::stats::IStats> service);
 
-/// The instance is absent from now on. References that were handed out stay good.
+/// Makes the instance absent. References that lookups have returned stay valid.
 void UnregisterService(const std::string& instance);
 
 /// The service manager fails once: every lookup that waits for the instance at this moment ends
@@ -44,14 +44,14 @@ void ReleaseServiceWaits(const std::string& instance);
 /// waits ends with none.
 void ResetServices();
 
-/// What a lookup comes to: maybe a wait, and then an answer.
+/// The steps of a lookup. It waits if it has to, and then finds the service or finds none.
 enum class LookupStep { kWaits, kFinds, kFindsNone };
 
-/// Receives every step of every lookup. Calls come one at a time, on the thread that looks up. An
-/// observer must not call the service manager.
+/// Receives every step of every lookup. Calls come one at a time, on the thread that makes the
+/// lookup. An observer must not call the service manager.
 using LookupObserver = std::function<void(LookupStep step)>;
 
-/// Has `observer` called from construction to destruction; one at a time.
+/// Calls `observer` for each step, from construction to destruction. Only one may exist at a time.
 class ScopedLookupObserver {
  public:
   explicit ScopedLookupObserver(LookupObserver observer);

@@ -1,5 +1,5 @@
-// The workstation's side of the seam and of the device's clock: the real clocks, or the virtual
-// timeline while there is one.
+// The workstation's implementation of platform/sync.h and of elapsed realtime: the real clocks, or
+// virtual time while a `VirtualTime` exists.
 #include "platform/sync.h"
 
 #include <pthread.h>
@@ -35,7 +35,7 @@ void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
   }
   std::unique_lock lock(mutex.mutex_, std::adopt_lock);
   cv_.wait_until(lock, std::chrono::steady_clock::time_point(deadline.time_since_epoch()));
-  lock.release();  // `mutex` stays locked, as the caller left it.
+  lock.release();  // Leaves `mutex` locked, as the caller had it.
 }
 
 void CondVar::NotifyAll() {

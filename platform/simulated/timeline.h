@@ -15,9 +15,9 @@
 
 namespace sensorvela::simulated {
 
-/// Each engine owns one condition variable and waits on it from one thread, so condition variables
-/// stand for engines here: an engine is asleep, blocked in the service manager, or busy. Whoever
-/// wakes a thread takes it off the count of sleepers at once, before the thread has run.
+/// Each engine owns one condition variable, on which one thread waits, so the timeline identifies
+/// an engine by its condition variable. An engine is asleep, blocked in the service manager, or
+/// busy. The thread that wakes an engine also marks it as busy, before the woken thread has run.
 class Timeline {
  public:
   static Timeline& Get();
@@ -38,15 +38,15 @@ class Timeline {
   void AddEngine(platform::CondVar* engine) SENSORVELA_EXCLUDES(mutex_);
   void RemoveEngine(platform::CondVar* engine) SENSORVELA_EXCLUDES(mutex_);
 
-  /// The virtual side of `CondVar::WaitUntil`.
+  /// `CondVar::WaitUntil` in virtual time.
   void Sleep(platform::CondVar* engine, platform::Mutex& engine_mutex,
              std::chrono::nanoseconds deadline) SENSORVELA_REQUIRES(engine_mutex)
       SENSORVELA_EXCLUDES(mutex_);
 
-  /// The virtual side of `CondVar::NotifyAll`.
+  /// `CondVar::NotifyAll` in virtual time.
   void Notify(platform::CondVar* engine) SENSORVELA_EXCLUDES(mutex_);
 
-  /// A reporter thread enters, and is released from, a blocked call into the service manager.
+  /// One reporter thread blocks in the service manager; `count` such threads are released.
   void AddBlocked() SENSORVELA_EXCLUDES(mutex_);
   void RemoveBlocked(std::size_t count) SENSORVELA_EXCLUDES(mutex_);
 

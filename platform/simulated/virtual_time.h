@@ -1,4 +1,5 @@
-// Virtual time: the platform's two clocks, which move only when a program moves them.
+// Virtual time for the platform's two clocks. It moves only by explicit calls, and a caller can wait
+// until the engines have nothing left to do.
 #pragma once
 
 #include <chrono>
@@ -6,14 +7,15 @@
 
 namespace sensorvela::simulated {
 
-/// While one exists, elapsed realtime and the monotonic clock read its instant, and a reporter
-/// thread's timed wait ends by notification or by this timeline alone. Instants are nanoseconds
-/// from the timeline's own zero.
+/// While a `VirtualTime` exists, elapsed realtime and the monotonic clock return its instant, and
+/// only a notification or this timeline ends a reporter thread's timed wait. Instants are
+/// nanoseconds from the timeline's own zero.
 ///
-/// Construct it before the first engine and destroy it after the last, one at a time; anything else
-/// aborts. Meanwhile only reporter threads may wait in the service manager. An engine whose thread
-/// could not start never comes to rest and cannot be told from one that is busy. Its operations may
-/// be called from any thread, but those that wait for an engine not from that engine's own.
+/// Construct it before the first engine and destroy it after the last; only one may exist at a
+/// time. A violation aborts the process. While it exists, only reporter threads may wait in the
+/// service manager. An engine whose thread could not start counts as busy and never comes to rest.
+/// Any thread may call any operation, except that an engine's reporter thread must not call one
+/// that waits for its engine.
 class VirtualTime {
  public:
   using Instant = std::chrono::nanoseconds;
@@ -34,28 +36,29 @@ class VirtualTime {
   /// every timed wait stand still. Begins settled. A negative duration suspends for no time.
   void Suspend(Instant duration);
 
-  /// Moves the clocks to `instant` as an idle device would live through it: every deadline on the
-  /// way is reached at its own instant, and what it wakes runs until settled before time goes on.
-  /// Begins and ends settled. An instant in the past moves nothing.
+  /// Moves the clocks to `instant` and stops at every deadline on the way: the engines that it
+  /// wakes run until they are settled before time moves on. Every engine is settled before time
+  /// first moves and when this returns. An instant in the past moves nothing.
   void RunTo(Instant instant);
 
-  /// Moves the clocks in one step and wakes every sleeper whose deadline has been reached. Waits
-  /// for nobody.
+  /// Moves the clocks in one step and wakes every engine whose deadline has been reached. Does not
+  /// wait.
   void JumpTo(Instant instant);
 
-  /// Moves the clocks in one step and wakes nobody, as when a deadline passes between a sleeper's
-  /// notification and its next look at the clock.
+  /// Moves the clocks in one step and wakes no engine, as when a deadline passes between an
+  /// engine's notification and its next reading of the clock.
   void SlipTo(Instant instant);
 
-  /// Returns once every engine is at rest: its reporter thread asleep in its timed wait, nothing
-  /// queued.
+  /// Returns once every engine is at rest: its reporter thread is in its timed wait and its queue
+  /// is empty.
   void WaitUntilAtRest();
 
   /// Returns once every engine is settled: at rest, or its reporter thread blocked in
-  /// `AServiceManager_waitForService`. Nothing more happens then until somebody acts.
+  /// `AServiceManager_waitForService`. The engines then do nothing more until time moves or
+  /// somebody calls them or the service manager.
   void WaitUntilSettled();
 
-  /// How often an engine has been notified so far: once for each atom queued and once by each
+  /// The number of notifications of all engines so far: one for each atom queued and one for each
   /// engine's destruction.
   std::uint64_t Notifications() const;
 
