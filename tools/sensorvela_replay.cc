@@ -106,7 +106,7 @@ int Replay(const Options& options) try {
 }  // namespace
 
 int main(int argc, char** argv) try {
-  // A closed pipe is a failed write like any other.
+  // Writing to a closed pipe then fails like any other write.
   std::signal(SIGPIPE, SIG_IGN);
   std::ios::sync_with_stdio(false);
 

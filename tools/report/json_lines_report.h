@@ -1,4 +1,4 @@
-// A run as JSON Lines, for a program.
+// Reports a run as JSON Lines, for programs.
 #pragma once
 
 #include <memory>
@@ -8,9 +8,9 @@
 
 namespace sensorvela::replay {
 
-/// Writes onto `out`, which outlives the report: an object a line, its keys in a fixed order and
-/// the first of them `kind`: atom, log, note, sensor or summary. A float reads back as the same
-/// float; NaN and the infinities are the strings "NaN", "Infinity" and "-Infinity".
+/// Writes one object per line to `out`, which must outlive the report. The keys of an object are in
+/// a fixed order; the first is `kind`: atom, log, note, sensor or summary. A float reads back as
+/// the same float; NaN and the infinities are the strings "NaN", "Infinity" and "-Infinity".
 std::unique_ptr<RunObserver> MakeJsonLinesReport(std::ostream& out);
 
 }  // namespace sensorvela::replay

@@ -23,7 +23,7 @@ std::string Bar(std::uint64_t count, std::uint64_t largest) {
   return std::string(std::max<std::size_t>(1, static_cast<std::size_t>(std::lround(marks))), '#');
 }
 
-/// In percent, with one decimal that is not rounded to nothing; empty for none.
+/// The percentage with one decimal; `<0.1` where that would be 0, and empty for a `count` of 0.
 std::string Share(std::uint64_t count, std::uint64_t total) {
   if (count == 0) return "";
   const double percent = 100 * static_cast<double>(count) / static_cast<double>(total);

@@ -1,4 +1,4 @@
-// A sensor's samples by latency, drawn for a terminal.
+// Draws a sensor's samples by latency, for a terminal.
 #pragma once
 
 #include <string>
@@ -7,8 +7,8 @@
 
 namespace sensorvela::replay {
 
-/// One line for each latency band: its limit, a bar in proportion to the largest band, the samples
-/// in it and their share. No lines for a sensor of which no sample was reported.
+/// One line for each latency band: its limit, a bar in proportion to the largest band, the number
+/// of samples in it and their share. Empty for a sensor without a reported sample.
 std::string LatencyBars(const ReportedSamples& reported);
 
 }  // namespace sensorvela::replay

@@ -10,10 +10,10 @@ namespace {
 constexpr std::chrono::seconds kFirstAfter{1};
 constexpr std::chrono::milliseconds kEvery{200};
 
-// A tick is much less work than a look at the clock.
+// A tick costs much less than reading the clock.
 constexpr std::uint64_t kTicksPerLook = 1024;
 
-// To the line's start, and all of it cleared.
+// Moves the cursor to the start of the line and clears the line.
 constexpr char kErase[] = "\r\x1b[K";
 
 }  // namespace

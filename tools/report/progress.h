@@ -1,4 +1,4 @@
-// How far a long run is, for somebody who waits at a terminal.
+// Shows the progress of a long run on a terminal.
 #pragma once
 
 #include <chrono>
@@ -12,22 +12,23 @@
 
 namespace sensorvela::replay {
 
-/// Once reading a trace and running it have taken a second it shows, on a line of its own and some
-/// times a second, how far that is; the line is erased when the run ends, however that is.
+/// Once reading and running a trace have taken a second, shows the progress on one line, which it
+/// updates some times a second. Erases the line when the run ends, also after a failure.
 class Progress : public RunObserver {
  public:
-  /// What it takes for the present moment.
+  /// Returns the present moment.
   using Clock = std::function<std::chrono::steady_clock::time_point()>;
 
-  /// `terminal` outlives it. With `shares_terminal` the other reports print on the same terminal:
-  /// then it comes before them in the replay, and clears the line for what they print.
+  /// `terminal` must outlive the object. With `shares_terminal` the other reports print on the same
+  /// terminal; this must then come before them in the replay's list of observers, and erases its
+  /// line before they print.
   Progress(std::ostream& terminal, bool shares_terminal,
            Clock clock = std::chrono::steady_clock::now);
   ~Progress() override;
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  /// So many bytes of the trace have been read and checked.
+  /// `bytes` of the trace's `total` bytes have been read and checked.
   void Read(std::size_t bytes, std::size_t total);
 
   /// The whole trace has been read, and its run ends at `run_end`.

@@ -61,7 +61,7 @@ class TextReport : public RunObserver {
 
  private:
   static constexpr std::size_t kMarkWidth = 11;
-  // Wide enough for the atoms of events; the few with longer names stick out.
+  // Wide enough for the names of the event atoms; the few longer names exceed it.
   static constexpr std::size_t kAtomWidth = 37;
 
   static std::string Mark(Answer answer) {

@@ -1,4 +1,4 @@
-// A run in columns, for a reader.
+// Reports a run as text in columns, for people.
 #pragma once
 
 #include <memory>
@@ -8,8 +8,8 @@
 
 namespace sensorvela::replay {
 
-/// Writes onto `out`, which outlives the report: a line for each thing that happens, and at the end
-/// a summary. Control characters are escaped.
+/// Writes to `out`, which must outlive the report, a line for each atom, log line and note, and at
+/// the end a summary. Control characters are escaped.
 std::unique_ptr<RunObserver> MakeTextReport(std::ostream& out);
 
 }  // namespace sensorvela::replay

@@ -11,15 +11,15 @@ namespace sensorvela::replay {
 
 class Replay;
 
-/// Where in a trace something stands.
+/// A line of a trace.
 struct TraceLine {
   /// From 1; 0 for no line.
   std::size_t number = 0;
-  /// A part of the trace's text, which outlives it.
+  /// A part of the trace's text, which must outlive this.
   std::string_view text = {};
 };
 
-/// What an event does to the replay at its instant.
+/// Applies an event to the replay, at the event's instant.
 using Action = std::function<void(Replay&)>;
 
 struct Event {
@@ -27,7 +27,7 @@ struct Event {
   std::string_view kind;
   TraceLine line;
   Action action;
-  /// When the run ends if this is the last event.
+  /// The instant at which the run ends if this is the last event.
   simulated::VirtualTime::Instant run_end;
 };
 

@@ -42,7 +42,7 @@ void Replay::Run(const std::vector<Event>& events) {
 }
 
 void Replay::StartEngine(SupplierKind supplier) {
-  // Only a declared service is looked up before everything else.
+  // The engine looks the service up at its start only if it is declared.
   state_.OnEngineStart(supplier != SupplierKind::kNone, AServiceManager_isDeclared(kStatsInstance));
   engine_ = testkit::MakeEngine(
       supplier, [this](testkit::DiagnosticsItem asked) { return state_.OnAsk(asked); });
@@ -51,7 +51,7 @@ void Replay::StartEngine(SupplierKind supplier) {
 void Replay::DeliverTrains(simulated::VirtualTime::Instant until) {
   while (trains_.HasSampleBy(until)) {
     const SampleTrains::Sample sample = trains_.TakeNext();
-    time_.RunTo(sample.arrival);  // Begins settled, so that each sample is done before the next.
+    time_.RunTo(sample.arrival);  // Settles first, so each sample is complete before the next.
     state_.OnSample({sample.arrival, "samples", sample.line}, sample.sensor);
     engine_->LogSensorLatency(sample.sensor, sample.timestamp_ns);
   }

@@ -21,28 +21,28 @@
 
 namespace sensorvela::replay {
 
-/// Owns the process's virtual time, log and services while it exists, so there can be one at a
-/// time. To be used from one thread; what the reporter thread comes to is in `RunState`.
+/// Controls the process's virtual time, log and services while it exists, so only one may exist at
+/// a time. Use it from one thread; `RunState` holds what it shares with the reporter thread.
 ///
-/// Each observer gets everything in the order in which it happened, and the same events give the
+/// The observers' methods are called in the order of what happens. The same events always give the
 /// same calls.
 class Replay {
  public:
-  /// The observers outlive the replay, and are called one after the other. They get the engine's
-  /// log lines only with `observe_log`.
+  /// The observers must outlive the replay; they are called in the order of the list. They get the
+  /// engine's log lines only with `observe_log`.
   Replay(std::vector<RunObserver*> observers, bool observe_log);
   ~Replay();
   Replay(const Replay&) = delete;
   Replay& operator=(const Replay&) = delete;
 
-  /// Lives through `events`, whose trace's text is still there, and the trains that they start,
-  /// destroys the engine and ends the run. Once per replay.
+  /// Runs `events` and the sample trains that they start, destroys the engine and ends the run. The
+  /// trace's text must still exist. May be called once per replay.
   ///
-  /// What a train delivers at or before an instant happens before an event of that instant. Of
-  /// trains that share an instant, the one that began first comes first.
+  /// Samples that arrive at or before an instant are delivered before the events of that instant.
+  /// When samples of several trains arrive together, the train that began first delivers first.
   void Run(const std::vector<Event>& events);
 
-  // What an event can do. Called by the events' actions, while the engine is settled.
+  // The operations of events. The events' actions call them while the engine is settled.
 
   void StartEngine(testkit::SupplierKind supplier);
 
@@ -53,7 +53,8 @@ class Replay {
     time_.WaitUntilSettled();
   }
 
-  /// Calls the engine `count` times with an error, for which it queues an atom if the cap allows.
+  /// Reports an error to the engine `count` times; the engine queues an atom for it if the cap
+  /// allows.
   template <typename Call>
   void ReportErrors(std::int32_t count, const Call& call) {
     for (std::int32_t i = 0; i < count; ++i) {
@@ -68,11 +69,11 @@ class Replay {
   void DisableSensor(SensorVela::SensorId sensor);
   void DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns);
 
-  /// The train's first sample bears the timestamp of this instant.
+  /// The timestamp of the train's first sample is the present instant.
   void StartTrain(const SampleTrain& train);
   void CutTrains();
 
-  /// What the supplier answers at the cycle ends from now on.
+  /// What the supplier returns at the ends of cycles from now on.
   void SetDiagnostics(const testkit::Diagnostics& diagnostics);
 
   void DeclareService();
@@ -81,13 +82,13 @@ class Replay {
   void UnregisterService();
   void ReleaseServiceWaits();
 
-  /// The service answers the next `reports` reports with `answer`, after those planned before.
+  /// Plans `answer` for the next `reports` reports that have no planned answer yet.
   void AnswerNext(std::int32_t reports, Answer answer);
 
   void Note(std::string_view text);
 
  private:
-  /// Lives through everything that the trains deliver up to that instant.
+  /// Delivers all samples of the trains that arrive by `until`.
   void DeliverTrains(simulated::VirtualTime::Instant until);
 
   void DestroyEngine();

@@ -1,4 +1,4 @@
-// The interface through which a run shows what happens in it.
+// The interface for observers of a run.
 #pragma once
 
 #include <cstdint>
@@ -18,55 +18,56 @@ namespace sensorvela::replay {
 using testkit::Answer;
 
 struct Summary {
-  /// Atoms that the stats service took.
+  /// Atoms that the stats service accepted.
   std::uint64_t delivered = 0;
   /// Atoms that it answered with an error or without a status.
   std::uint64_t failed = 0;
-  /// Atoms that were queued and never reached it.
+  /// Atoms that were queued and never reached the service.
   std::uint64_t dropped = 0;
   /// Errors past the cap, for which no atom was queued.
   std::uint64_t blocked_by_cap = 0;
-  /// None without a diagnostics supplier: then nothing shows the end of a cycle.
+  /// None without a diagnostics supplier, whose call is the only sign of a cycle's end.
   std::optional<std::uint64_t> cycles_ended;
   std::vector<SensorSummary> sensors;
 };
 
-/// Why an atom is queued.
+/// The reason why an atom is queued.
 struct Cause {
   simulated::VirtualTime::Instant at;
   /// The kind of the event, or "end of a cycle".
   std::string_view what;
-  /// The event's; the end of a cycle has none.
+  /// The event's line; the end of a cycle has none.
   TraceLine line;
 };
 
-/// What the reporter thread does, as far as it can be seen from outside.
+/// A step of the reporter thread, as far as it is visible from outside.
 enum class ReporterStep {
-  /// It begins to wait for the stats service: before anything else, or with a batch in its hands.
+  /// It begins to wait for the stats service: at its start, or with a batch that it has taken.
   kWaits,
-  /// The wait that comes before anything else is over, or there was none.
+  /// The wait at its start is over, or there was none.
   kStarts,
-  /// It sends a batch: everything that was queued when it took it.
+  /// It sends a batch: all atoms that were queued when it took them.
   kSends,
   /// It drops the batch: there is no service.
   kDrops,
-  /// A cycle has ended, and it asks the supplier for diagnostics.
+  /// A cycle has ended, and it gets diagnostics from the supplier.
   kUploads,
 };
 
-/// Its methods are called in the order in which things happen, one at a time.
+/// The methods are called one at a time, in the order of what happens.
 class RunObserver {
  public:
   using Instant = simulated::VirtualTime::Instant;
 
   virtual ~RunObserver() = default;
 
-  /// Comes once for each atom, before anything else about it. Atoms leave the queue in this order.
+  /// Called once for each atom, before any other call about it. Atoms leave the queue in this
+  /// order.
   virtual void OnAtomQueued(const Cause& /*cause*/) {}
   /// The stats service has received an atom.
   virtual void OnAtomReported(Instant /*at*/, const SensorVela::VendorAtom& /*atom*/,
                               Answer /*answer*/) {}
-  /// The engine queued no atom for an error, because of its cap, and logged `text`.
+  /// The engine queued no atom for an error, because the error was past its cap, and logged `text`.
   virtual void OnErrorBlocked(Instant /*at*/, const Cause& /*cause*/, std::string_view /*text*/) {}
   virtual void OnReporterStep(Instant /*at*/, ReporterStep /*step*/) {}
 

@@ -110,7 +110,7 @@ testkit::Diagnostics RunState::OnAsk(testkit::DiagnosticsItem asked) {
 }
 
 void RunState::NotifyQueued() {
-  if (is_stopping_) return;  // The destruction notifies, too, and queues nothing.
+  if (is_stopping_) return;  // The destructor notifies, too, but queues nothing.
   for (const std::uint64_t queued = time_.Notifications(); queued_ < queued; ++queued_) {
     Notify(&RunObserver::OnAtomQueued, cause_);
   }

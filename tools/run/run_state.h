@@ -1,4 +1,4 @@
-// What a run's main thread and the engine's reporter thread both come to.
+// The state that a run's main thread and the engine's reporter thread share.
 #pragma once
 
 #include <cstdint>
@@ -18,25 +18,25 @@
 
 namespace sensorvela::replay {
 
-/// Why atoms are queued at present, what has been counted, and the observers. Every method takes
-/// the one lock, and calls the observers with it held.
+/// The present cause of queued atoms, the counts, and the observers. Every method takes the one
+/// lock and calls the observers with it held.
 class RunState {
  public:
-  /// The observers and `time` outlive the state. The observers get log lines only with
+  /// The observers and `time` must outlive the state. The observers get log lines only with
   /// `observe_log`.
   RunState(std::vector<RunObserver*> observers, bool observe_log,
            const simulated::VirtualTime& time);
 
   // Called by the main thread.
 
-  /// Atoms that are queued from now on have this cause.
+  /// Sets the cause of the atoms that are queued from now on.
   void SetCause(const Cause& cause) SENSORVELA_EXCLUDES(mutex_);
   Cause cause() const SENSORVELA_EXCLUDES(mutex_);
 
-  /// What the supplier answers at the cycle ends from now on.
+  /// What the supplier returns at the ends of cycles from now on.
   void SetDiagnostics(const testkit::Diagnostics& diagnostics) SENSORVELA_EXCLUDES(mutex_);
 
-  /// `looks_up_first`: the first lookup is the one before everything else.
+  /// `looks_up_first`: the first lookup is the one at the engine's start.
   void OnEngineStart(bool has_supplier, bool looks_up_first) SENSORVELA_EXCLUDES(mutex_);
   void OnEngineStop() SENSORVELA_EXCLUDES(mutex_);
 
@@ -49,13 +49,14 @@ class RunState {
   void OnNote(std::string_view text) SENSORVELA_EXCLUDES(mutex_);
   void OnRunEnd() SENSORVELA_EXCLUDES(mutex_);
 
-  // Called by the reporter thread; the log also by the main thread.
+  // Called by the reporter thread; `OnLogLine` also by the main thread.
 
   void OnLogLine(int priority, std::string_view tag, std::string_view text)
       SENSORVELA_EXCLUDES(mutex_);
   void OnLookup(simulated::LookupStep step) SENSORVELA_EXCLUDES(mutex_);
   void OnReport(const SensorVela::VendorAtom& atom, Answer answer) SENSORVELA_EXCLUDES(mutex_);
-  /// What the supplier answers when it is asked for `asked`. The first item of all ends a cycle.
+  /// What the supplier returns when the engine asks for `asked`. The first item marks the end of a
+  /// cycle.
   testkit::Diagnostics OnAsk(testkit::DiagnosticsItem asked) SENSORVELA_EXCLUDES(mutex_);
 
  private:
@@ -64,7 +65,7 @@ class RunState {
       SENSORVELA_REQUIRES(mutex_) {
     for (RunObserver* observer : observers_) (observer->*method)(arguments...);
   }
-  /// Shows the observers the atoms that have been queued since the last call.
+  /// Notifies the observers of the atoms queued since the last call.
   void NotifyQueued() SENSORVELA_REQUIRES(mutex_);
   void ChangeCause(const Cause& cause) SENSORVELA_REQUIRES(mutex_);
 
@@ -79,10 +80,10 @@ class RunState {
   std::uint64_t queued_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   std::string last_log_text_ SENSORVELA_GUARDED_BY(mutex_);
   bool is_stopping_ SENSORVELA_GUARDED_BY(mutex_) = false;
-  /// The next lookup is the one before everything else.
+  /// The next lookup is the one at the engine's start.
   bool is_starting_ SENSORVELA_GUARDED_BY(mutex_) = false;
   testkit::Diagnostics next_diagnostics_ SENSORVELA_GUARDED_BY(mutex_);
-  /// Those of the upload under way.
+  /// The diagnostics of the upload in progress.
   testkit::Diagnostics diagnostics_ SENSORVELA_GUARDED_BY(mutex_);
 };
 

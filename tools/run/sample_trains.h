@@ -1,4 +1,4 @@
-// Trains of samples: each stands for many samples of one sensor, at regular instants.
+// Sample trains: a train is many samples of one sensor at regular intervals.
 #pragma once
 
 #include <cstddef>
@@ -21,7 +21,8 @@ struct SampleTrain {
   std::int64_t interval_ns;
   /// From a sample's timestamp to its arrival.
   std::int64_t latency_ns;
-  /// After every so many samples the next one comes `gap_ns` later than it would; 0 for never.
+  /// After every `gap_every` samples the next one is `gap_ns` later than without a gap; 0 for
+  /// never.
   std::int64_t gap_every;
   std::int64_t gap_ns;
 
@@ -29,7 +30,7 @@ struct SampleTrain {
   std::int64_t DurationNs() const;
 };
 
-/// The trains under way, merged: hands out their samples in the order in which they arrive.
+/// The running trains, merged: returns their samples in the order of arrival.
 class SampleTrains {
  public:
   using Instant = simulated::VirtualTime::Instant;
@@ -38,21 +39,21 @@ class SampleTrains {
     SensorVela::SensorId sensor;
     std::int64_t timestamp_ns;
     Instant arrival;
-    /// Where in the trace the train stands.
+    /// The train's line in the trace.
     TraceLine line;
   };
 
-  /// The train's first sample bears the timestamp `start`.
+  /// The timestamp of the train's first sample is `start`.
   void Start(const SampleTrain& train, Instant start, TraceLine line);
 
-  /// Drops what the trains have left.
+  /// Drops all samples that are left.
   void Cut() { running_ = {}; }
 
   /// Whether a sample arrives by `instant`.
   bool HasSampleBy(Instant instant) const;
 
-  /// Of the samples that are left, the one that arrives first; of several that arrive together, the
-  /// one of the train that was started first. There must be one.
+  /// Returns the sample that arrives next. When several arrive together, returns that of the train
+  /// that was started first. There must be a sample left.
   Sample TakeNext();
 
  private:

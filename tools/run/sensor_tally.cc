@@ -16,17 +16,17 @@ using Tag = VendorAtomValue::Tag;
 
 constexpr std::int32_t kDisabled = 1;
 
-/// Counts are unsigned and travel in signed values.
+/// Atoms carry the unsigned counts in signed values.
 std::uint64_t Count(std::int32_t value) { return static_cast<std::uint32_t>(value); }
 
-/// Atoms from outside may look like anything.
+/// Checks every value: an outside atom with the same identifier can have any values.
 bool IsStateChange(const SensorVela::VendorAtom& atom) {
   return atom.atomId == HalSensorStateChanged::kAtomId && atom.reverseDomainName.empty() &&
          std::ranges::equal(atom.values, testkit::FindAtom(atom.atomId)->values, {},
                             &VendorAtomValue::getTag, &testkit::ValueInfo::kind);
 }
 
-/// Of a state change's atom.
+/// An int value of a state change's atom.
 std::int32_t Int(const SensorVela::VendorAtom& atom, std::string_view name) {
   return testkit::FindValue(atom, name)->get<Tag::intValue>();
 }

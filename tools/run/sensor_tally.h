@@ -1,4 +1,4 @@
-// What a run's samples came to, sensor by sensor.
+// Counts a run's samples for each sensor.
 #pragma once
 
 #include <array>
@@ -11,11 +11,11 @@
 
 namespace sensorvela::replay {
 
-/// The engine's own counts, as the stats service got them.
+/// The engine's own counts, as the stats service received them.
 struct ReportedSamples {
   std::uint64_t samples = 0;
   std::uint64_t late = 0;
-  /// By latency: up to 2.5 ms, 5 ms, 10 ms, 20 ms, and more.
+  /// Counts by latency: up to 2.5 ms, 5 ms, 10 ms, 20 ms, and more.
   std::array<std::uint64_t, 5> bands = {};
 };
 
@@ -25,32 +25,33 @@ struct SensorSummary {
   std::uint64_t delivered;
   ReportedSamples reported;
 
-  /// Samples that are in no report that the stats service took.
+  /// Samples that are in no report that the stats service accepted.
   std::uint64_t NotReported() const {
     return delivered > reported.samples ? delivered - reported.samples : 0;
   }
 };
 
-/// Goes by the atoms that reach the stats service. An enable that is dropped on the way joins the
-/// stretches before and after it, unless the later one's report is the smaller.
+/// Counts from the atoms that reach the stats service. If the atom of an enable is dropped, the
+/// stretches before and after it count as one, unless the later stretch's report has the smaller
+/// count.
 class SensorTally {
  public:
   void CountSample(SensorVela::SensorId sensor);
 
-  /// Takes note of an atom that reached the stats service, which took it or refused it. Only a
-  /// sensor's changes of state matter; a refused report reports nothing, but a refused enable still
-  /// was one.
+  /// Counts an atom that reached the stats service, which accepted or refused it. Only a sensor's
+  /// changes of state matter. A refused disable reports no samples, but a refused enable still
+  /// begins a stretch.
   void CountAtom(const SensorVela::VendorAtom& atom, bool is_taken);
 
-  /// By ascending identifier, its high half first: every sensor that had a sample or an atom.
+  /// Every sensor that had a sample or an atom, by ascending identifier, its high half first.
   std::vector<SensorSummary> Summaries() const;
 
  private:
   struct Entry {
     std::uint64_t delivered = 0;
-    /// Of the stretches from one enable to the next that are over.
+    /// The counts of the finished stretches; a stretch lasts from one enable to the next.
     ReportedSamples closed;
-    /// Of the stretch under way: what its last disable said, which includes those before.
+    /// The counts of the present stretch, from its last disable, which includes the earlier ones.
     ReportedSamples open;
   };
 

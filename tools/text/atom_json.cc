@@ -33,7 +33,7 @@ Json ToJson(const std::optional<T>& value) {
 template <typename T>
 Json ToJson(const std::vector<T>& list) {
   Json array = Json::array();
-  // A list of bools has no bools to refer to.
+  // The elements of a `std::vector<bool>` are no bools: the cast converts them.
   for (const auto& element : list) array.push_back(ToJson(static_cast<const T&>(element)));
   return array;
 }

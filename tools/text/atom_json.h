@@ -1,4 +1,4 @@
-// Atoms in JSON, and JSON as the tool writes it.
+// Converts atoms to JSON, and JSON to text.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
@@ -11,18 +11,18 @@
 
 namespace sensorvela::replay {
 
-/// Keeps the order of keys, and holds floats as floats, so that they print with no more digits than
-/// a float needs.
+/// Keeps the order of keys. Stores numbers as floats, so that they are printed with no more digits
+/// than a float needs.
 using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool,
                                   std::int64_t, std::uint64_t, float>;
 
-/// On one line. Bytes that are no text are replaced instead of refused.
+/// The text of `json` on one line. Bytes that are not valid UTF-8 are replaced.
 std::string Dump(const Json& json, bool ascii_only);
 
 /// NaN and the infinities are the strings "NaN", "Infinity" and "-Infinity".
 Json ToJson(const aidl::android::frameworks::stats::VendorAtomValue& value);
 
-/// An object of the atom's values by their names.
+/// An object that has the atom's values by their names.
 Json NamedValues(const aidl::android::frameworks::stats::VendorAtom& atom);
 
 }  // namespace sensorvela::replay

@@ -1,4 +1,4 @@
-// An instant of virtual time, for a reader.
+// Formats instants of virtual time for people.
 #pragma once
 
 #include <string>
@@ -7,7 +7,7 @@
 
 namespace sensorvela::replay {
 
-/// Hours, minutes, seconds: "14:23:10". Days are not counted apart: "26:00:00".
+/// Hours, minutes, seconds: "14:23:10". Hours go on past 24: "26:00:00".
 std::string ClockTime(simulated::VirtualTime::Instant instant);
 
 /// To the nanosecond: "14:23:10.000000001".

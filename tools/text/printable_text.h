@@ -1,4 +1,4 @@
-// Text from a trace, made safe to print.
+// Makes text from a trace safe to print.
 #pragma once
 
 #include <string>
@@ -6,11 +6,11 @@
 
 namespace sensorvela::replay {
 
-/// `text` on one line and without control characters: each is written as `\n`, `\t` or `\u001b`.
-/// All else stays as it is.
+/// `text` on one line: control characters are written as `\n`, `\t` or `\u001b`, everything else is
+/// unchanged.
 std::string Printable(std::string_view text);
 
-/// `text` in double quotes, printable, and cut where it is longer than a message should be.
+/// `text` in double quotes, printable, and cut if it is too long for a message.
 std::string Quoted(std::string_view text);
 
 }  // namespace sensorvela::replay

@@ -23,7 +23,7 @@ std::string IntegerRange::Description() const {
 
 std::int64_t CheckedValue::IntegerIn(IntegerRange range) const {
   if (!value_->is_number()) RejectType(range.Description());
-  // Integers of more than 64 bits arrive as floating-point numbers.
+  // The parser reads integers of more than 64 bits as floating-point numbers.
   if (value_->is_number_float()) Reject("is not a plain 64-bit integer", range.Description());
   if (FitsInt64(*value_)) {
     const auto number = value_->get<std::int64_t>();

@@ -28,8 +28,8 @@ struct IntegerRange {
   std::string Description() const;
 };
 
-/// A JSON value that outlives it, with the name by which messages call it. A value that is not what
-/// it is read as throws `EventError`.
+/// A JSON value, which must outlive this, and its name for messages. Each operation throws
+/// `EventError` if the value does not have the requested type, range or length.
 class CheckedValue {
  public:
   CheckedValue(const nlohmann::json& value, std::string name)
@@ -54,10 +54,11 @@ class CheckedValue {
   std::string Text() const;
   const nlohmann::json& Object() const;
 
-  /// The elements of an array, named after it and their positions; `count` of them, if given.
+  /// The elements of an array, named after the array and their positions. If `count` is given,
+  /// there must be that many.
   std::vector<CheckedValue> List(std::optional<std::size_t> count = std::nullopt) const;
 
-  /// Throws: the value `is_wrong`, and what was expected instead.
+  /// Throws an `EventError` that says how the value `is_wrong` and what was expected.
   [[noreturn]] void Reject(const std::string& is_wrong, std::string_view expected) const;
 
  private:

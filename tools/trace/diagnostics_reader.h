@@ -1,4 +1,4 @@
-// What a diagnostics supplier answers, as a trace has it.
+// Reads a diagnostics event of a trace: what the supplier returns.
 #pragma once
 
 #include <sensorvela/testkit/diagnostics.h>
@@ -7,7 +7,7 @@
 
 namespace sensorvela::replay {
 
-/// Throws `EventError` for an item that such a supplier is never asked for.
+/// Throws `EventError` for an item that the engine never gets from such a supplier.
 testkit::Diagnostics ReadDiagnostics(FieldReader& fields, testkit::SupplierKind supplier);
 
 }  // namespace sensorvela::replay

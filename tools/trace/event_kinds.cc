@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::int32_t kMaxCount = 1'000'000;
 
-// Of the names in the description, wider than any, and of its lines.
+// The widths of the description's column of names, wider than any name, and of its lines.
 constexpr std::size_t kNameWidth = 25;
 constexpr std::size_t kLineWidth = 100;
 
@@ -206,7 +206,7 @@ constexpr EventKind kEventKinds[] = {
      Place::kLast, Plain<&Replay::CutTrains>},
 };
 
-/// `text` in lines of the description's right column.
+/// `text`, broken into lines of the description's right column.
 std::string InRightColumn(std::string_view text) {
   constexpr std::size_t kWidth = kLineWidth - kNameWidth;
   std::string lines;

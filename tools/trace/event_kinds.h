@@ -1,4 +1,4 @@
-// The table of everything that can happen in a trace.
+// The table of all kinds of event in a trace.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@
 
 namespace sensorvela::replay {
 
-/// Where in a trace an event may stand.
+/// The places in a trace at which an event is allowed.
 enum class Place {
   kAnywhere,
   kStartsEngine,  // Once, and before every event that needs the engine.
@@ -22,21 +22,21 @@ enum class Place {
   kLast,
 };
 
-/// What an event must know of those before it.
+/// What the earlier events determine for the next one.
 struct TraceContext {
   testkit::SupplierKind supplier = testkit::SupplierKind::kSecondGeneration;
 };
 
-/// What an event's fields say.
+/// The content of an event's fields.
 struct EventContent {
   Action action;
-  /// How long the train goes on that the event starts; 0 if it starts none.
+  /// The duration of the train that the event starts; 0 if it starts none.
   std::int64_t train_ns = 0;
-  /// The one that an engine is started with.
+  /// The supplier of the engine that the event starts.
   std::optional<testkit::SupplierKind> supplier = std::nullopt;
 };
 
-/// One kind of event. To add a kind is to add an entry to the table in event_kinds.cc.
+/// One kind of event. A new kind needs only an entry in the table in event_kinds.cc.
 struct EventKind {
   std::string_view name;
   std::string_view help;
@@ -50,7 +50,7 @@ std::span<const EventKind> EventKinds();
 /// Throws `EventError` for a name that is not in the table.
 const EventKind& FindEventKind(std::string_view name);
 
-/// The table for a reader: a few lines for each kind, with its fields.
+/// The table as text for people: a few lines for each kind, with its fields.
 std::string DescribeEventKinds();
 
 }  // namespace sensorvela::replay

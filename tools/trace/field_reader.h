@@ -1,5 +1,5 @@
-// Reads the fields of a JSON object of a trace and checks them: presence, content, and that there
-// are no others.
+// Reads the fields of a JSON object of a trace and checks them: each is present and valid, and
+// there are no others.
 #pragma once
 
 #include <cstddef>
@@ -16,25 +16,26 @@
 
 namespace sensorvela::replay {
 
-/// Reads the fields of one object, each by its name and once. A field that is not as asked for
-/// throws `EventError`.
+/// Reads the fields of one object, each by its name and once. Throws `EventError` for a field that
+/// is missing or not of the requested type and range.
 class FieldReader {
  public:
   struct Field {
     std::string name;
     bool optional;
-    /// What a value must be. Noted only by a reader that reads nothing.
+    /// What a value must be. Set only by a reader without an object.
     std::string expected;
   };
 
-  /// Reads the fields of an event, a JSON object that outlives the reader.
+  /// Reads the fields of an event, a JSON object that must outlive the reader.
   explicit FieldReader(const nlohmann::json& event) : object_(&event) {}
 
   /// Reads the fields of an object inside of an event.
   explicit FieldReader(const CheckedValue& nested)
       : object_(&nested.Object()), path_(nested.name() + '.') {}
 
-  /// Reads nothing: takes note of the fields that it is asked for, and answers with any value.
+  /// A reader without an object: records the fields that are requested and returns arbitrary
+  /// values.
   FieldReader() = default;
 
   /// An integer, written without fraction or exponent, from `min` to `max`.
@@ -44,7 +45,7 @@ class FieldReader {
     return static_cast<Int>(ReadInteger(name, {min, max}, std::nullopt));
   }
 
-  /// The same; `fallback` when there is no such field.
+  /// Like `Integer`, but returns `fallback` when there is no such field.
   template <typename Int>
   Int OptionalInteger(std::string_view name, Int fallback,
                       Int min = std::numeric_limits<Int>::min(),
@@ -52,21 +53,22 @@ class FieldReader {
     return static_cast<Int>(ReadInteger(name, {min, max}, fallback));
   }
 
-  /// 0 when there is no such field.
+  /// Returns 0 when there is no such field.
   float OptionalFloat(std::string_view name);
 
   std::string Text(std::string_view name);
 
-  /// Empty when there is no such field.
+  /// Returns an empty text when there is no such field.
   std::string OptionalText(std::string_view name);
 
-  /// The position in `choices` of the field's text; `fallback` when there is no such field.
+  /// The position of the field's text in `choices`; `fallback` when there is no such field.
   std::size_t OptionalChoice(std::string_view name, std::span<const std::string_view> choices,
                              std::size_t fallback);
 
   std::vector<CheckedValue> List(std::string_view name);
 
-  /// For a field that none of the others can read; the caller checks that it is as `expected`.
+  /// For a field that none of the other operations can read. The caller checks that it is as
+  /// `expected`.
   std::optional<CheckedValue> OptionalValue(std::string_view name, std::string_view expected);
 
   /// Throws when the object has a field that was not read.
@@ -75,14 +77,14 @@ class FieldReader {
   /// The fields read so far, in order.
   const std::vector<Field>& fields() const { return fields_; }
 
-  /// The same for a reader; optional ones are in brackets.
+  /// The fields as text for people, with optional fields in brackets.
   std::string FieldList() const;
 
  private:
   std::int64_t ReadInteger(std::string_view name, IntegerRange range,
                            std::optional<std::int64_t> fallback);
 
-  /// The field's value. None when nothing is read.
+  /// The field's value; none in a reader without an object.
   std::optional<CheckedValue> RequiredValue(std::string_view name, std::string_view expected);
 
   const nlohmann::json* object_ = nullptr;

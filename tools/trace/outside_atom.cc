@@ -17,7 +17,7 @@ using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
 using Tag = VendorAtomValue::Tag;
 
-/// A value of that kind with one content.
+/// A value of a kind that is not repeated.
 template <Tag tag, typename Content>
 VendorAtomValue Value(Content content) {
   return VendorAtomValue::make<tag>(std::move(content));

@@ -1,4 +1,4 @@
-// An atom that the library did not build: from another component of the host's process.
+// Reads an atom that the library did not build, but another component of the host's process.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
@@ -7,7 +7,7 @@
 
 namespace sensorvela::replay {
 
-/// Every kind of value is possible, and nothing need agree with the catalogue.
+/// The atom may have values of every kind and need not agree with the catalogue.
 aidl::android::frameworks::stats::VendorAtom ReadOutsideAtom(FieldReader& fields);
 
 }  // namespace sensorvela::replay

@@ -10,10 +10,10 @@ constexpr std::int64_t kMaxSamples = 1'000'000'000;
 constexpr std::int64_t kHourNs = 3'600'000'000'000;
 constexpr std::int64_t kDayNs = 24 * kHourNs;
 
-// As long as a trace may be, so that the sum of both and the largest latency fits into 64 bits.
+// The same limit as for a trace, so that the sum of both and the largest latency fits into 64 bits.
 constexpr std::int64_t kMaxTrainNs = 4'000'000'000'000'000'000;
 
-/// The bounds of the fields alone do not keep the product of two of them within 64 bits.
+/// Needed because the product of two fields within their bounds can exceed 64 bits.
 bool LastsTooLong(const SampleTrain& train) {
   const std::int64_t steps = train.count - 1;
   if (steps == 0) return false;

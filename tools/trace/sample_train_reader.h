@@ -1,4 +1,4 @@
-// A train of samples, as a trace has it.
+// Reads a sample train of a trace.
 #pragma once
 
 #include <sensorvela/engine/sensor_vela.h>

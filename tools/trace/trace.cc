@@ -20,7 +20,7 @@ namespace {
 
 using nlohmann::json;
 
-// A little less than half of what 64 bits hold, so that every deadline in a trace fits, too.
+// Less than half of the largest 64-bit integer, so that every deadline in a trace fits, too.
 constexpr std::int64_t kMaxAtNs = 4'000'000'000'000'000'000;
 
 std::string DisplayName(const std::string& path) {
@@ -32,7 +32,7 @@ std::string DisplayName(const std::string& path) {
                    ": expected a readable file");
 }
 
-/// Rejects what the JSON parser lets pass: an object that has a field twice.
+/// Rejects an object that has a field twice, which the JSON parser accepts.
 class DuplicateFieldCheck {
  public:
   bool operator()(int /*depth*/, json::parse_event_t event, json& parsed) {
@@ -67,7 +67,7 @@ json ParseLine(std::string_view line) {
   }
 }
 
-/// Turns lines into events, keeping what one line must know of those before it.
+/// Turns lines into events. Keeps what the earlier lines determine for the next.
 class TraceParser {
  public:
   Event Parse(std::size_t line_number, std::string_view line) {

@@ -1,4 +1,4 @@
-// An event trace: JSON Lines, one event a line, in the order of time.
+// Reads an event trace: JSON Lines, one event per line, in the order of time.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,8 @@
 
 namespace sensorvela::replay {
 
-/// Why a trace cannot be run: one printable line, `FILE:LINE: what is wrong: what was expected`.
+/// Says why a trace cannot be run, in one printable line: `FILE:LINE: what is wrong: what was
+/// expected`.
 class TraceError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -25,9 +26,9 @@ class TraceError : public std::runtime_error {
 /// it cannot be read.
 std::string ReadInput(const std::string& path);
 
-/// The events of a trace, every one of them checked. They refer to `text`. `path` is for messages.
-/// Throws `TraceError` at the first thing wrong; blank lines are passed over. `on_line`, if given,
-/// is called after each line with the number of bytes read so far.
+/// The events of a trace, all of them checked. They refer to `text`; `path` is for messages. Throws
+/// `TraceError` at the first mistake. Skips blank lines. `on_line`, if given, is called after each
+/// line with the number of bytes read so far.
 std::vector<Event> ParseTrace(const std::string& path, std::string_view text,
                               const std::function<void(std::size_t bytes)>& on_line = nullptr);
 

@@ -1,4 +1,4 @@
-// One sensor's row in a picture of a run.
+// One sensor's track in the viewer's file.
 #pragma once
 
 #include <cstdint>
@@ -12,27 +12,29 @@
 
 namespace sensorvela::replay {
 
-/// The stretches in which the sensor was enabled, its first samples, and how many samples came in
-/// each minute. Calls come in the order of time.
+/// Writes the spans in which the sensor was enabled, its first samples, and the number of samples
+/// in each minute. The calls must be in the order of time.
 class SensorTrack {
  public:
   using Instant = ViewerWriter::Instant;
 
-  /// `out` outlives it.
+  /// `out` must outlive the track.
   SensorTrack(ViewerWriter& out, SensorVela::SensorId sensor, Track track);
 
   void Enable(Instant at, std::int64_t period_ns);
   void Disable(Instant at);
   void Sample(Instant at);
 
-  /// Writes what is left. Nothing comes after it.
+  /// Writes what is left. Must be the last call.
   void Finish(Instant at);
 
  private:
-  /// A span is written at its end, and what happened in it after it, in the order of time.
+  /// Writes the present span, if any, which ends at `at`, and then the first sample in it: in the
+  /// order of their begins.
   void WriteStretch(Instant at);
 
-  /// The next sample comes at `next`, or the run ends.
+  /// Writes the number of samples in the present minute. The next sample arrives, or the run ends,
+  /// at `next`.
   void EndMinute(Instant next);
 
   ViewerWriter& out_;

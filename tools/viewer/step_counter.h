@@ -1,4 +1,4 @@
-// A counter of a trace that a viewer draws as steps.
+// A counter in the viewer's file, drawn as steps.
 #pragma once
 
 #include <cstdint>
@@ -10,12 +10,12 @@
 
 namespace sensorvela::replay {
 
-/// A counter of which only the last value of an instant is written, and no value twice in a row.
+/// Writes only the last value of each instant, and no value twice in a row.
 class StepCounter {
  public:
   using Instant = ViewerWriter::Instant;
 
-  /// `out` outlives it.
+  /// `out` must outlive the counter.
   StepCounter(ViewerWriter& out, int process, std::string name)
       : out_(out), process_(process), name_(std::move(name)) {}
 
@@ -25,7 +25,7 @@ class StepCounter {
     value_ = value;
   }
 
-  /// Writes the value that is left, if any. To be called at the end.
+  /// Writes the last value, if it has not been written. Call this at the end.
   void Flush() {
     if (value_ && value_ != written_) out_.Counter(process_, at_, name_, *value_);
     written_ = value_;

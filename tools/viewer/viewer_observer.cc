@@ -32,7 +32,7 @@ Json QueuedBy(const Cause& cause) {
   return arguments;
 }
 
-/// The event's own fields, for what has no atom to show.
+/// Adds the event's own fields, for a mark without an atom.
 void AddEvent(const Cause& cause, Json& arguments) {
   if (cause.line.number == 0) return;
   Json fields = Json::parse(cause.line.text);
@@ -128,7 +128,7 @@ class ViewerObserver : public RunObserver {
  private:
   enum class State { kNotStarted, kWaiting, kAsleep };
 
-  /// Writes what the reporter thread has done since its last step.
+  /// Writes the span of the state that the reporter thread leaves at `at`.
   void LeaveState(Instant at) {
     if (state_ == State::kWaiting) {
       out_.Span(kReporterThread, since_, at, "waiting for the service", {{"atoms", batch_}});

@@ -1,4 +1,4 @@
-// A run as a picture: tracks, marks and counters for a viewer of traces.
+// Reports a run as tracks, marks and counters for a trace viewer.
 #pragma once
 
 #include <memory>
@@ -8,11 +8,12 @@
 
 namespace sensorvela::replay {
 
-/// Writes the Trace Event Format onto `out`, which outlives the report. One process has the
-/// reporter thread, the atoms by what became of them, the errors blocked by the cap, the notes and
-/// the queue's length; another has a track for each sensor and its samples of each minute.
+/// Writes the Trace Event Format to `out`, which must outlive the report. One process has tracks
+/// for the reporter thread, the atoms (delivered, failed, dropped), the errors blocked by the cap
+/// and the notes, and a counter of the queue's length. Another has a track for each sensor and a
+/// counter of its samples in each minute.
 ///
-/// The reporter thread's work takes no virtual time; what lasts is its waiting and its sleep.
+/// The reporter thread's work takes no virtual time; only its waits and its sleep last.
 std::unique_ptr<RunObserver> MakeViewerObserver(std::ostream& out);
 
 }  // namespace sensorvela::replay

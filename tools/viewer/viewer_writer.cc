@@ -7,8 +7,8 @@
 namespace sensorvela::replay {
 namespace {
 
-/// `name` and the time in microseconds. It is put down digit by digit: a floating-point number does
-/// not hold every nanosecond.
+/// The field `name` with the time in microseconds. The time is formatted from integers, because a
+/// floating-point number cannot represent every nanosecond.
 std::string TimeField(const char* name, simulated::VirtualTime::Instant time) {
   const long long ns = time.count();
   std::array<char, 48> field;
@@ -40,7 +40,7 @@ void ViewerWriter::Span(Track track, Instant from, Instant to, std::string_view 
 
 void ViewerWriter::Mark(Track track, Instant at, std::string_view category, std::string_view name,
                         const Json& arguments) {
-  // The older of its two letters, which every viewer knows.
+  // The format has two letters for this event; every viewer supports the older one.
   Write('I', track, TimeField("ts", at),
         {{"s", "t"}, {"cat", category}, {"name", name}, {"args", arguments}});
 }

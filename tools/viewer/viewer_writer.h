@@ -1,4 +1,4 @@
-// Writes the Trace Event Format: what the usual viewers of traces open.
+// Writes the Trace Event Format, which the usual trace viewers open.
 #pragma once
 
 #include <ostream>
@@ -11,42 +11,42 @@
 
 namespace sensorvela::replay {
 
-/// A row of the viewer: a thread of a process, to the format.
+/// A row of the viewer; in the format, a thread of a process.
 struct Track {
   int process;
   int thread;
 };
 
-/// Writes a file event by event, one a line, and keeps none of them.
+/// Writes each event to the file at once, one per line.
 ///
-/// The events of a track, and the values of a counter, come in the order of time. Instants are
-/// written to the nanosecond. A failed write shows in the stream's state.
+/// The events of a track, and the values of a counter, must be written in the order of time.
+/// Instants have a precision of a nanosecond. A failed write sets the stream's state.
 class ViewerWriter {
  public:
   using Instant = simulated::VirtualTime::Instant;
 
-  /// `out` outlives the writer.
+  /// `out` must outlive the writer.
   explicit ViewerWriter(std::ostream& out);
 
   void NameProcess(int process, std::string_view name);
 
-  /// Viewers are asked to show tracks in the order of their threads.
+  /// The file asks viewers to sort tracks by their thread numbers.
   void NameTrack(Track track, std::string_view name);
 
-  /// Something that lasted. Spans of a track lie apart or one within the other.
+  /// A span of time. Two spans of a track must be disjoint, or one must contain the other.
   void Span(Track track, Instant from, Instant to, std::string_view name, const Json& arguments);
 
   void Mark(Track track, Instant at, std::string_view category, std::string_view name,
             const Json& arguments);
 
-  /// The counter has this value until its next one.
+  /// The counter keeps this value until its next one.
   void Counter(int process, Instant at, std::string_view name, std::uint64_t value);
 
-  /// The end of the file. Nothing comes after it.
+  /// Ends the file. Must be the last call.
   void Finish();
 
  private:
-  /// `times` are fields, ready to be written, and `others` has the rest.
+  /// `times` has fields that are already JSON text; `others` has the rest.
   void Write(char phase, Track track, const std::string& times, const Json& others);
 
   std::ostream& out_;
