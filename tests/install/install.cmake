@@ -10,7 +10,7 @@ set(prefix ${WORK}/moved)
 file(REMOVE_RECURSE ${WORK})
 run(${CMAKE_COMMAND} --install ${BUILD} --config ${CONFIG} --prefix ${WORK}/prefix)
 file(RENAME ${WORK}/prefix ${prefix})
-# Fails if the library cannot be found by this name, or does not find the simulated platform by itself.
+# Fails if the installed library does not have this name, or does not find the simulated platform.
 file(GET_RUNTIME_DEPENDENCIES LIBRARIES ${prefix}/${LIBDIR}/libsensorvela.so.1
   RESOLVED_DEPENDENCIES_VAR dependencies)
 if(EXISTS ${prefix}/${BINDIR}/sensorvela-replay)
@@ -27,7 +27,7 @@ set(EXAMPLE ${WORK}/cmake/minimal_host)
 include(${SOURCE}/tests/install/minimal_host.cmake)
 run(${WORK}/cmake/hal_test)
 
-# A project without C++ is told so in a line of its own.
+# A project without C++ gets an error message that says so.
 file(WRITE ${WORK}/no_cxx/CMakeLists.txt "cmake_minimum_required(VERSION 3.25)
 project(no_cxx NONE)\nfind_package(sensorvela CONFIG REQUIRED)\n")
 execute_process(COMMAND ${configure} -S ${WORK}/no_cxx -B ${WORK}/no_cxx

@@ -1,4 +1,4 @@
-# Runs the example: it must print what the README says that it does.
+# Runs the example, which must print the output in the README.
 execute_process(COMMAND ${EXAMPLE} OUTPUT_VARIABLE printed RESULT_VARIABLE result)
 file(READ ${CMAKE_CURRENT_LIST_DIR}/../../README.md readme)
 string(FIND "${readme}" "```\n${printed}```" position)

@@ -1,4 +1,4 @@
-# The README's C++ must be in the examples, which are built and run.
+# Checks that the README's C++ is in the examples, which are built and run.
 file(READ ${CMAKE_CURRENT_LIST_DIR}/../../README.md readme)
 file(READ ${CMAKE_CURRENT_LIST_DIR}/../../examples/minimal_host.cc minimal_host)
 file(READ ${CMAKE_CURRENT_LIST_DIR}/../../examples/hal_test.cc hal_test)

@@ -1,5 +1,5 @@
-// What holds for each builder, and the builders that no event and no upload reaches; the simulation
-// sees all the others' atoms.
+// Tests what every builder guarantees, and the builders that neither an event nor the upload calls.
+// The simulation checks the atoms of the others.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// What a call costs its caller, counted exactly: allocations, locks, clock readings and log lines.
+// Counts exactly what a call costs its caller: allocations, locks, clock readings and log lines.
 #include <android/log.h>
 #include <gtest/gtest.h>
 #include <utils/SystemClock.h>
@@ -17,13 +17,13 @@
 
 namespace {
 
-// By the calling thread: the reporter thread logs, too.
+// Counted per thread, because the reporter thread logs, too.
 thread_local int clock_readings = 0;
 thread_local int log_lines = 0;
 
 }  // namespace
 
-// Stand before the simulated platform's own, for the library, too.
+// These replace the simulated platform's functions, also for the library.
 std::int64_t android::elapsedRealtimeNano() {
   ++clock_readings;
   return 0;
@@ -79,7 +79,7 @@ TEST(CallCostTest, OfEachEvent) {
     Cost cost;
   } const kCases[] = {
       {"a sample", 1, sample, {{0, 1}, 1, 0}},
-      // The first of all: its atom, and its place in a table that has to be made.
+      // The very first sensor: its atom, its status and the table of statuses.
       {"a first sensor", 0, sample, {{3, 2}, 1, 0}},
       {"a first error", 0, hal_error, {{3, 2}, 0, 1}},
       {"an error past the cap", 10, hal_error, {{0, 1}, 0, 1}},
@@ -95,10 +95,10 @@ TEST(CallCostTest, OfEachEvent) {
       {"a copy", 0, [&](auto& it) { it.ReportVendorAtomAsync(outside_atom); }, {{1, 1}, 0, 0}}};
   for (const auto& [what, times_before, call, cost] : kCases) {
     // Without virtual time, which has locks of its own. The reporter thread waits for the service
-    // and leaves the queue alone.
+    // and does not touch the queue.
     simulated::DeclareService(testkit::kStatsInstance);
     SensorVela engine(std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr));
-    engine.ReportFirmwareState(1, {}, 1);  // The queue has a block now, with room for some more.
+    engine.ReportFirmwareState(1, {}, 1);  // Allocates a block of the queue that holds more atoms.
     for (int i = 0; i < times_before; ++i) call(engine);
     EXPECT_EQ(CostOf([&] { call(engine); }), cost) << what;
     simulated::ResetServices();
@@ -110,7 +110,7 @@ TEST(CallCostTest, OfEachBuilderAndTheHistogram) {
   const auto expect_allocations = [](int count, const auto& record) {
     EXPECT_EQ(CostOf([&] { createVendorAtom(record); }), Cost({{count, 0}})) << record.kAtomId;
   };
-  // A text that is too long for its object costs one more, and is not copied twice.
+  // A text too long for the string object costs one more allocation: it is copied only once.
   const std::string long_name(100, 'x');
   atoms::AllRecords::ForEach([&]<typename Record>() {
     expect_allocations(1, Record{});
@@ -141,13 +141,13 @@ TEST(CallCostTest, OfTakingABatchIsTheSameForEveryLength) {
     };
     world.UnregisterService();
     world.StartEngine();
-    world.TakeHistory();  // The reporter thread waits for the service now.
+    world.TakeHistory();  // Now the reporter thread waits for the service.
     for (int i = 0; i < atoms_queued; ++i) world.engine().ReportFirmwareState(1, {}, i);
     world.RegisterService();
     world.TakeHistory();
     return *calls;
   };
-  calls_until_the_first_report(1);  // The kit's catalogue is made when it is first needed.
+  calls_until_the_first_report(1);  // The first call creates the kit's catalogue.
   EXPECT_EQ(calls_until_the_first_report(1).allocations,
             calls_until_the_first_report(500).allocations);
 }

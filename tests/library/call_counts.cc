@@ -43,8 +43,8 @@ void operator delete(void* block) noexcept {
 
 void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
 
-// Stands before the C library's own for the libraries, too. It may be called at any time, so that
-// nothing in here may need a lock.
+// Replaces the C library's function, also for the libraries. It may be called at any time, so it
+// must not need a lock itself.
 int pthread_mutex_lock(pthread_mutex_t* mutex) {
   using Lock = int (*)(pthread_mutex_t*);
   static std::atomic<Lock> real = nullptr;

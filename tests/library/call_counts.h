@@ -1,4 +1,4 @@
-// Counts what the whole program, the libraries included, asks of the machine.
+// Counts the allocations and locks of the whole program, including the libraries.
 #pragma once
 
 #include <cstdint>
@@ -20,10 +20,10 @@ struct CallCounts {
   bool operator==(const CallCounts&) const = default;
 };
 
-/// By the calling thread, since its start.
+/// The calls of the calling thread since its start.
 CallCounts CallsOfThisThread();
 
-/// Since the program's start, over all threads.
+/// The bytes that all threads have allocated and not freed since the program's start.
 std::int64_t HeapBytesInUse();
 
 }  // namespace sensorvela::testing

@@ -1,5 +1,5 @@
-// What the simulation does not reach: a host that uses the engine in the middle of an upload, and
-// the adapters without an engine.
+// Tests what the simulation cannot: a host that calls the engine during an upload, and the adapters
+// without an engine.
 #include <string>
 
 #include "tests/library/test_support.h"
@@ -11,8 +11,8 @@ constexpr char kQueueAtom[] =
     "SensorSystemQueueStressReported{queue_type=%d, value_1=0, value_2=0, value_3=0, value_4=0, "
     "value_5=0, value_6=0}";
 
-/// What a supplier is asked for and what is queued, in one order: the supplier queues a marker of
-/// its own whenever it is asked.
+/// The calls of a supplier and the atoms queued, in order. The supplier queues a marker at each
+/// call.
 Texts UploadOf(SupplierKind kind, const testkit::Diagnostics& diagnostics) {
   World world;
   world.diagnostics = diagnostics;

@@ -1,5 +1,5 @@
-// What the simulation's sequential model cannot say: what happens while the reporter thread is in
-// the middle of a step, and what the engine does to the host's objects.
+// Tests what the simulation's sequential model cannot: calls during a step of the reporter thread,
+// and what the engine does to the host's objects.
 #include <memory>
 #include <string>
 #include <utility>
@@ -29,7 +29,7 @@ TEST_F(EngineTest, TakesTheSupplierOver) {
   auto second = testkit::MakeSecondGenerationSupplier(testkit::Diagnostics{});
   const SensorVela with_first(std::move(first));
   const SensorVela with_second(std::move(second));
-  EXPECT_EQ(first, nullptr);   // NOLINT(bugprone-use-after-move): the engine promises it.
+  EXPECT_EQ(first, nullptr);   // NOLINT(bugprone-use-after-move): a guarantee.
   EXPECT_EQ(second, nullptr);  // NOLINT(bugprone-use-after-move)
 }
 
@@ -117,7 +117,7 @@ TEST_F(StopTest, DuringADrainSendsTheBatchAndDiscardsTheRest) {
 TEST_F(StopTest, DuringAnUploadFinishesItAndThenDestroysTheSupplier) {
   Gate gate;
   Texts events;
-  // Lives for as long as the supplier, which owns the function.
+  // Exists as long as the supplier, which owns the function.
   const auto on_destruction = [&](void*) { events.emplace_back("destroyed"); };
   std::shared_ptr<void> alive(nullptr, on_destruction);
   auto ask = [&, alive = std::move(alive)](DiagnosticsItem asked) {

@@ -1,4 +1,4 @@
-// What the simulation does not reach: many threads at once and counters at their wrap.
+// Tests what the simulation cannot: many threads at once and counters at their wrap.
 #include <cstdint>
 #include <mutex>
 #include <shared_mutex>
@@ -35,7 +35,7 @@ TEST_F(EventsTest, ThreadsThatReportTheSameErrorShareItsCap) {
             10U);
   EXPECT_EQ(std::erase(history, "I Reporting HAL call [-7] error [0] on sensor [0x00000001]."),
             10U);
-  Texts blocked;  // Counted and logged under one lock, and so in order.
+  Texts blocked;  // In order: one lock is held for the count and the log line.
   for (int count = 11; count <= 8 * kReportsEach; ++count) {
     blocked.push_back("E HAL Error [-7] has occurred [" + std::to_string(count) +
                       "] times in current cycle, upload blocked due to cap [10] met.");
@@ -62,7 +62,7 @@ TEST_F(EventsTest, CountersWrapAndZeroIsAFirstSampleAgain) {
 TEST_F(EventsTest, ThreadsThatSampleSharedSensorsLoseNoSample) {
   constexpr int kSensors = 64;
   constexpr int kSamplesEach = 4'000;
-  // A sensor's disable and enable are one step for its samples, so that none falls between them.
+  // Keeps a sensor's samples from arriving between its disable and its enable.
   std::shared_mutex toggles[kSensors];
   const auto id = [](int sensor) { return SensorVela::SensorId{static_cast<unsigned>(sensor), 0}; };
   const auto toggle = [&](int sensor) {

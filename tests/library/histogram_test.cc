@@ -42,7 +42,7 @@ TEST(HistogramTest, LinearEdgesAccumulate) {
   while (expected.size() < 11) expected.push_back(expected.back() + step);
   expected.push_back(1);
   EXPECT_EQ(histogram->getBins(), expected);
-  EXPECT_NE(expected[9], 0.8F);  // Which `min + 8 * step` would be.
+  EXPECT_NE(expected[9], 0.8F);  // `min + 8 * step` would give this.
   EXPECT_EQ(StatsHistogram::createLinearBins(7, 9, 1)->getBins(),
             (std::vector<float>{kLowest, 7, 9}));
 }

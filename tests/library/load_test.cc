@@ -1,4 +1,4 @@
-// The engine under load: no atom unaccounted for, no byte left behind.
+// Tests the engine under load: every atom is accounted for, and all memory is freed.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -24,8 +24,8 @@ constexpr int kEvents = kCallsAreCounted ? 1'000'000 : 80'000;
 #endif
 constexpr int kThreads = 8;
 
-/// Counts what becomes of atoms, on the reporter thread: at each report, and at each line that says
-/// that a batch was dropped.
+/// Counts the delivered and dropped atoms, on the reporter thread: at each report, and at each log
+/// line that says that a batch was dropped.
 class AtomCounts {
  public:
   explicit AtomCounts(const simulated::VirtualTime& time) : time_(time) {}
@@ -36,7 +36,7 @@ class AtomCounts {
     if (atom.atomId == SensorHalLatencyRecorded::kAtomId) CheckSequence(atom);
   }
 
-  /// All that was taken since the last report or the last such line has just been lost.
+  /// The atoms that the reporter thread has taken since the last report or drop are lost.
   void OnDrop() {
     const std::int64_t taken = SensorVelaTestPeer::AtomsTaken(*engine, time_);
     dropped += taken - std::exchange(taken_, taken);
@@ -49,7 +49,7 @@ class AtomCounts {
   int out_of_sequence = 0;
 
  private:
-  /// Each thread numbers its atoms: they come in order, and only a line explains a gap.
+  /// Each thread numbers its atoms: they arrive in order, and only a logged drop explains a gap.
   void CheckSequence(const VendorAtom& atom) {
     const std::int32_t thread =
         testkit::FindValue(atom, "sensor_id_high")
@@ -88,7 +88,7 @@ TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
     if (text == "Failed to get IStats service. Atoms are dropped.") counts.OnDrop();
   });
   const std::string instance = testkit::kStatsInstance;
-  simulated::DeclareService(instance);  // The reporter waits for it, and so counts nothing yet.
+  simulated::DeclareService(instance);  // The reporter thread waits for it and counts nothing yet.
   auto engine = testkit::MakeEngine(SupplierKind::kNone, nullptr);
   counts.engine = engine.get();
   const std::function<void()> kOutages[] = {[&] { simulated::UndeclareService(instance); },
@@ -108,8 +108,7 @@ TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
     }
   });
 
-  // The last batch waits for the service, and behind it there is more, when the engine is
-  // destroyed.
+  // When the engine is destroyed, the last batch waits for the service and more atoms are queued.
   simulated::RegisterService(instance, service);
   time.WaitUntilAtRest();
   simulated::UnregisterService(instance);
@@ -124,7 +123,7 @@ TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
       time, [&] { engine.reset(); }, [&] { simulated::ReleaseServiceWaits(instance); });
   simulated::ResetServices();
 
-  // First samples, errors up to the cap, latencies and disabled atoms, and the last four.
+  // First samples, errors up to the cap, latencies and disables, and the last four atoms.
   EXPECT_EQ(queued, kThreads + 10 + kEvents / 2 + 4);
   EXPECT_EQ(discarded, 3);
   EXPECT_EQ(queued, counts.delivered + counts.dropped + discarded);

@@ -1,5 +1,5 @@
-// An engine on the real clocks. Built twice: over the workstation's side of the seam and over the
-// device's, which takes its place at link time.
+// Tests an engine on the real clocks. Built twice: with the workstation's implementation of
+// platform/sync.h, and with the device's, which replaces it at link time.
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <utils/SystemClock.h>

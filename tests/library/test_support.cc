@@ -40,7 +40,7 @@ void SensorVelaTestPeer::SetCounters(SensorVela& engine, SensorVela::SensorId se
 
 std::int64_t SensorVelaTestPeer::AtomsTaken(SensorVela& engine,
                                             const sensorvela::simulated::VirtualTime& time) {
-  // Atoms are queued and notified of under one lock.
+  // An atom is queued and its notification sent under one lock.
   const sensorvela::platform::MutexLock lock(engine.queue_mutex_);
   return static_cast<std::int64_t>(time.Notifications() - engine.atom_queue_.size()) -
          (engine.stop_requested_ ? 1 : 0);

@@ -1,4 +1,5 @@
-// What the tests share beyond the kit: threads that can be held, and a look inside the engine.
+// What the tests share beyond the kit: threads that a test can stop, and access to the engine's
+// private fields.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -29,10 +30,10 @@ using VendorAtom = World::VendorAtom;
 using Texts = std::vector<std::string>;
 using namespace std::chrono_literals;
 
-/// An atom from outside the library that is known by its identifier alone.
+/// An outside atom with nothing but an identifier.
 VendorAtom Marker(int id);
 
-/// Holds the thread that passes until it is opened.
+/// Blocks the thread that calls `Pass` until the gate is opened.
 class Gate {
  public:
   void Pass();
@@ -56,14 +57,15 @@ void OnThreads(int count, Body body) {
 
 }  // namespace sensorvela::testing
 
-/// The tests' one look inside the engine.
+/// The tests' only access to the engine's private fields.
 class SensorVelaTestPeer {
  public:
-  /// As if the sensor, which is known, had delivered so many samples, all late and in the last
-  /// band.
+  /// Sets the counts as if the sensor, which must have a status, had delivered `count` samples, all
+  /// late and in the last band.
   static void SetCounters(SensorVela& engine, SensorVela::SensorId sensor, std::uint32_t count);
 
-  /// How many of the atoms queued so far the reporter thread has taken, when it is the only engine.
+  /// How many of the atoms queued so far the reporter thread has taken. `engine` must be the only
+  /// one.
   static std::int64_t AtomsTaken(SensorVela& engine,
                                  const sensorvela::simulated::VirtualTime& time);
 };

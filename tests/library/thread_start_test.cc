@@ -1,5 +1,5 @@
-// A test of its own program: the engine that could not be constructed leaves its fields behind,
-// since the library has no exceptions to clean them up with.
+// A separate program, because the failed construction of an engine does not free its fields: the
+// library is built without exceptions.
 #include <gtest/gtest.h>
 #include <pthread.h>
 
@@ -34,7 +34,7 @@ TEST(ThreadStartTest, ARefusalReachesTheHostAsASystemError) {
     FAIL() << "the thread started";
   } catch (const std::system_error& error) {
     EXPECT_EQ(error.code(), std::errc::resource_unavailable_try_again);
-#if defined(_LIBCPP_VERSION)  // Others word it their own way.
+#if defined(_LIBCPP_VERSION)  // Other libraries have another text.
     EXPECT_EQ(std::string(error.what()).rfind("thread constructor failed", 0), 0U) << error.what();
 #endif
   }

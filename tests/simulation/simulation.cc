@@ -1,5 +1,5 @@
-// Drives a real engine and the model with the same random life and holds their effects against each
-// other after every step. A seed stands for a whole life and can be given by hand.
+// Runs a real engine and the model through the same random steps and compares their effects after
+// every step. A seed determines a whole run, a life, and can be given on the command line.
 #include <unistd.h>
 #include <CLI/CLI.hpp>
 
@@ -19,8 +19,8 @@
 #include "tests/library/test_support.h"
 #include "tests/simulation/simulation_model.h"
 
-// Present in a build with sanitizers, which name it.
-// NOLINTNEXTLINE(bugprone-reserved-identifier, readability-identifier-naming)
+// Defined in a build with sanitizers only. NOLINTNEXTLINE(bugprone-reserved-identifier,
+// readability-identifier-naming)
 extern "C" void __sanitizer_set_death_callback(void (*callback)()) __attribute__((weak));
 
 namespace sensorvela::testing {
@@ -36,7 +36,7 @@ void Destroy(World& world, bool comes_up) {
   world.DestroyEngine([&] { comes_up ? world.RegisterService() : world.ReleaseServiceWaits(); });
 }
 
-/// Random values that like the edges.
+/// Random values, with edge cases more often.
 class Dice {
  public:
   explicit Dice(std::uint64_t seed) : random_(seed) {}
@@ -52,7 +52,7 @@ class Dice {
     return values.begin()[random_() % values.size()];
   }
 
-  /// Any bits at all, and edges more often.
+  /// Any value, with edge cases more often.
   int32_t Int() {
     return OneIn(2) ? OneOf({0, 1, -1, 3, INT32_MAX, INT32_MIN}) : static_cast<int32_t>(Bits());
   }
@@ -63,7 +63,7 @@ class Dice {
   float Float() { return std::bit_cast<float>(Int()); }
   V::SensorId Sensor() { return {OneOf({0U, 1U, 0xFFFFFFFFU}), OneOf({0, -1, INT32_MIN})}; }
 
-  /// A plain record of 32-bit fields with every bit drawn, then those of other types by `Fix`.
+  /// A record of 32-bit fields of random bits; `Fix` then sets the fields of other types.
   template <typename Record>
   Record Words() {
     std::array<int32_t, sizeof(Record) / sizeof(int32_t)> words;
@@ -87,7 +87,7 @@ class Dice {
   std::mt19937_64 random_;
 };
 
-/// One step of a life, done by both.
+/// One step of a life, for the engine and for the model.
 struct Step {
   std::string text;
   std::function<void(World&)> real;
@@ -100,7 +100,7 @@ std::string Text(const char* name, std::initializer_list<int64_t> values) {
   return text;
 }
 
-/// What happens around the engine, or to it as a whole.
+/// A change of the world around the engine, or the engine's destruction.
 Step WorldStep(Dice& dice, const Model& now) {
   switch (dice.UpTo(13)) {
     case 12: {
@@ -181,7 +181,8 @@ Step WorldStep(Dice& dice, const Model& now) {
           [=](Model& model) { model.RunTo(instant); }};
 }
 
-/// What the host tells the engine; the model has the same methods. Each is settled before the next.
+/// Calls of an event method of the engine; the model has the same methods. The engine settles after
+/// each call.
 template <typename Call>
 Step Tell(const std::string& text, Call call, int times = 1) {
   return {text,
@@ -226,7 +227,8 @@ Step EventStep(Dice& dice, Model& now) {
                   [=](auto& engine) { engine.ReportHalSensorDisabled(sensor); });
     case 6:
     case 7: {
-      // The last latency of a band, or the first of the next; the last gap in time, or the next.
+      // The largest latency of a band or the smallest of the next; the longest gap that is not late
+      // or the shortest that is.
       const int64_t latency = dice.OneOf<int64_t>(
           {-1, 0, 2'500'000, 5'000'000, 10'000'000, 20'000'000, dice.UpTo(25'000'000)});
       const int64_t edge = dice.OneOf({now.LastInTime(sensor), now.now_ns() - latency - 1, time});
@@ -277,7 +279,7 @@ void PrintDifference(const std::vector<std::string>& seen,
   }
 }
 
-// For the last words of a run that crashes, hangs, or is ended by a sanitizer.
+// Printed when a run crashes, hangs, or is ended by a sanitizer.
 std::uint64_t current_seed = 0;
 int current_step = 0;
 constexpr unsigned kHangSeconds = 50;  // A life takes milliseconds.
@@ -294,7 +296,8 @@ void OnFatalSignal(int signal) {
   std::raise(signal);
 }
 
-/// One life. False, with the steps up to the first difference printed, when the two disagree.
+/// Runs one life. At the first difference between the engine and the model, prints the steps so far
+/// and returns false.
 bool Live(std::uint64_t seed, int steps, bool print, int64_t& lived_ns) {
   current_seed = seed;
   alarm(kHangSeconds);

@@ -32,7 +32,7 @@ VendorAtom SensorAtom(int id, SensorVela::SensorId sensor) {
   return Atom(id, static_cast<std::int32_t>(sensor.high), sensor.low);
 }
 
-/// Adds the 32-bit fields of a record, from one up to another, as ints.
+/// Adds the 32-bit fields of a record, from index `from` up to `to`, as ints.
 template <typename Record>
 void AddInts(VendorAtom& atom, const Record& record, std::size_t from = 0,
              std::size_t to = sizeof(Record) / 4) {
@@ -40,7 +40,7 @@ void AddInts(VendorAtom& atom, const Record& record, std::size_t from = 0,
   for (std::size_t i = from; i < to; ++i) atom.values.push_back(ToValue(words[i]));
 }
 
-/// The same as floats.
+/// Like `AddInts`, for floats.
 template <typename Record>
 void AddFloats(VendorAtom& atom, const Record& record, std::size_t from, std::size_t to) {
   const auto words = std::bit_cast<std::array<float, sizeof(Record) / 4>>(record);
@@ -119,7 +119,7 @@ void Model::WakeUp() {
   Pump();
 }
 
-/// From the top of the reporter's loop to the next time that it sleeps or blocks.
+/// Runs the reporter's loop from its beginning until the reporter sleeps or blocks.
 void Model::Pump() {
   do {
     batch_ = std::exchange(queue_, {});
@@ -131,7 +131,7 @@ void Model::Pump() {
   } while (GoesOn());
 }
 
-/// After a drain: whether there is another one before the reporter sleeps.
+/// Called after a drain. Returns whether another drain follows before the reporter sleeps.
 bool Model::GoesOn() {
   if (stopping_) return false;
   if (!queue_.empty()) return true;
@@ -178,7 +178,7 @@ void Model::EndCycle() {
 void Model::Upload() {
   testkit::Diagnostics d = diagnostics_;
   if (supplier_ == SupplierKind::kNone) return;
-  if (supplier_ == SupplierKind::kFirstGeneration) {  // It has nothing else, and always these.
+  if (supplier_ == SupplierKind::kFirstGeneration) {  // It returns only these, and always.
     if (!d.processor) d.processor.emplace();
     for (auto& queue : d.queues) {
       if (!queue) queue.emplace();

@@ -1,5 +1,5 @@
-// What the library must do, once more and as plainly as possible: one thread, no locks, every
-// effect at once. The simulation holds the real engine against it.
+// A second, simpler implementation of what the library must do: one thread, no locks, every effect
+// at once. The simulation compares the real engine with it.
 #pragma once
 
 #include <array>
@@ -17,14 +17,14 @@
 
 namespace sensorvela::testing {
 
-/// One engine and its stats service. `history` is all that the world sees of them, as
-/// `World::TakeHistory` writes it.
+/// One engine and its stats service. `history` has all their visible effects, as
+/// `World::TakeHistory` writes them.
 class Model {
  public:
   std::vector<std::string> history;
 
   bool has_engine() const { return reporter_ != Reporter::kNone; }
-  /// The reporter thread waits in the service manager.
+  /// Whether the reporter thread waits in the service manager.
   bool is_blocked() const {
     return reporter_ == Reporter::kBlockedAtStart || reporter_ == Reporter::kBlockedInDrain;
   }
@@ -49,12 +49,12 @@ class Model {
   }
   void SetDiagnostics(const testkit::Diagnostics& diagnostics) { diagnostics_ = diagnostics; }
 
-  // The engine's life. `comes_up`: the service that a blocked destruction waits for registers, or
-  // else the wait is released with none.
+  // Construction and destruction of the engine. If the destruction is blocked by a wait for the
+  // service, the service registers (`comes_up`) or the wait is released without a service.
   void Create(SupplierKind supplier);
   void Destroy(bool comes_up);
 
-  // Its events, by the engine's own names.
+  // The event methods, with the names that they have in `SensorVela`.
   void ReportVendorAtomAsync(const VendorAtom& atom) { Enqueue(atom); }
   void LogSensorHalError(SensorVela::SensorId sensor, SensorVela::HalCall call, int error) {
     CountError(true, sensor, static_cast<int>(call), error);
@@ -71,7 +71,7 @@ class Model {
                         std::int64_t latency_ns);
   void ReportFirmwareState(int subject, SensorVela::FirmwareState state, int detail);
 
-  /// The latest timestamp with which a sample of the sensor would not be late.
+  /// The latest timestamp at which a sample of the sensor would not be late.
   std::int64_t LastInTime(SensorVela::SensorId sensor);
 
  private:

@@ -1,4 +1,4 @@
-# The command line of sensorvela-replay: exit status, and what goes to which stream.
+# Tests the command line of sensorvela-replay: its exit status and what it writes to each stream.
 function(expect status arguments input out err)
   file(WRITE ${WORK}/input "${input}")
   execute_process(COMMAND ${REPLAY} ${arguments} INPUT_FILE ${WORK}/input

@@ -42,7 +42,7 @@ TEST(TraceTest, SaysWhatIsWrongWithATraceAndWhere) {
     EXPECT_EQ(Complaint(test.at("trace")), test.at("complaint").get<std::string>());
   }
   EXPECT_GT(count, 40);
-  // What JSON cannot hold, or a file should not.
+  // Text that is not valid JSON, or that no trace should have.
   const std::string malformed = ": expected one JSON object";
   EXPECT_EQ(Complaint(std::string("\x00\xff\x1b", 3)),
             "t:1: malformed JSON at column 1" + malformed);
@@ -54,8 +54,8 @@ TEST(TraceTest, SaysWhatIsWrongWithATraceAndWhere) {
 
 class ReplayTest : public ::testing::TestWithParam<std::string> {};
 
-// Beside each trace stands what `sensorvela-replay --log` prints of it, in both formats, and beside
-// some what `--trace-out` writes.
+// The files beside a trace have what `sensorvela-replay --log` prints for it, in both formats, and
+// for some traces what `--trace-out` writes.
 TEST_P(ReplayTest, ShowsWhatTheTraceMustGive) {
   const std::string path = SourcePath(GetParam());
   const std::string trace = ReadInput(path + ".jsonl");
@@ -92,7 +92,7 @@ TEST(TraceTest, KnowsWhenTheRunEnds) {
   EXPECT_EQ(ParseTrace("t", day).back().run_end, std::chrono::hours(24));
 }
 
-/// What a run that takes long adds to the terminal at each of its steps.
+/// The text that each step of a long run writes to the terminal.
 std::vector<std::string> ShownOfALongRun(bool shares_terminal) {
   std::chrono::steady_clock::time_point now;
   std::ostringstream terminal;
@@ -124,7 +124,8 @@ TEST(ProgressTest, ShowsARunThatTakesLong) {
   EXPECT_EQ(ShownOfALongRun(true), Shown({"", reads, erase, runs, erase, ""}));
 }
 
-// Of each kind: its heading, and the first three cells of each of its fields.
+// Compares the headings with the names of the kinds, and the first three cells of each row with
+// their fields.
 TEST(TraceFormatTest, IsWhatTheDocumentSays) {
   std::ostringstream read;
   for (const EventKind& kind : EventKinds()) {

@@ -1,4 +1,4 @@
-// The traces that tests run, found in their folders.
+// Finds the traces that the tests run.
 #pragma once
 
 #include <algorithm>
@@ -10,8 +10,8 @@ namespace sensorvela::testing {
 
 inline std::string SourcePath(const std::string& path) { return SENSORVELA_SOURCE_DIR "/" + path; }
 
-/// The traces of the folder, without their ending, sorted. Not the list of bad ones, and not the
-/// day of twelve million samples, which takes minutes under emulation.
+/// The traces in the folder, without their extensions, sorted. Leaves out the list of bad traces
+/// and the day of twelve million samples, which takes minutes under emulation.
 inline std::vector<std::string> TracesIn(const std::string& folder) {
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(SourcePath(folder))) {
@@ -24,7 +24,7 @@ inline std::vector<std::string> TracesIn(const std::string& folder) {
   return names;
 }
 
-/// A test's name: the trace's, without its folder.
+/// The name of a trace's test: the trace's, without its folder.
 inline std::string TraceName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 }  // namespace sensorvela::testing

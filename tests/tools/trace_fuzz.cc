@@ -1,4 +1,4 @@
-// Feeds the trace reader arbitrary bytes: it must answer with events or with one printable line.
+// Gives the trace reader arbitrary bytes. It must return events or fail with one printable line.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// What `sensorvela-replay --trace-out` writes, held against the rules of the Trace Event Format.
+// Checks what `sensorvela-replay --trace-out` writes against the rules of the Trace Event Format.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -24,19 +24,19 @@ namespace {
 
 using nlohmann::json;
 
-// What a viewer needs of an event, by phase.
+// The keys that a viewer needs in an event, by phase.
 const std::map<std::string, std::vector<std::string>> kRequiredKeys = {
     {"M", {"name", "pid", "tid", "args"}},
     {"X", {"name", "cat", "pid", "tid", "ts", "dur"}},
     {"I", {"name", "pid", "tid", "ts", "s", "cat"}},
     {"C", {"name", "pid", "ts", "args"}}};
 
-/// Nanoseconds, as the microseconds are meant.
+/// Converts microseconds with fractions to nanoseconds.
 std::int64_t Ns(const json& microseconds) {
   return std::llround(microseconds.get<double>() * 1000);
 }
 
-/// What has been seen of one track or counter.
+/// The events of one track or counter so far.
 struct Row {
   std::int64_t last_ns = 0;
   std::optional<std::int64_t> span_end_ns;
