@@ -13,10 +13,11 @@ set(CMAKE_SHARED_LINKER_FLAGS_INIT "-fuse-ld=lld -Wl,--icf=safe")
 
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-# The header-only dependencies are the workstation's.
+# The workstation provides the header-only dependencies.
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE BOTH)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
 
-# The guest's libraries all come from the sysroot: one of the workstation's among them crashes its threads.
+# All libraries of the emulated program come from the sysroot; with one of the workstation's its
+# threads crash.
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L ${CMAKE_SYSROOT}
   -E LD_LIBRARY_PATH=${CMAKE_SYSROOT}/usr/lib/arm-linux-gnueabihf:${CMAKE_SYSROOT}/lib/arm-linux-gnueabihf)

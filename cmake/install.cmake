@@ -1,11 +1,11 @@
-# What `cmake --install` gives: the libraries, the test kit, their headers, sensorvela-replay if it is built, a
-# CMake package and pkg-config files. The prefix may be moved afterwards.
+# What `cmake --install` installs: the libraries, the test kit, their headers, sensorvela-replay if
+# it is built, a CMake package and pkg-config files. The prefix may be moved afterwards.
 include(CheckCXXSymbolExists)
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
-# The public headers include each other relatively, so that the only include root that a host needs
-# of them is the one above `sensorvela/`.
+# The public headers include each other by relative paths, so a host needs only the folder above
+# `sensorvela/` as include root.
 set(include_dir ${CMAKE_INSTALL_INCLUDEDIR}/sensorvela)
 set(device_include_dir ${include_dir}/simulated_platform)
 file(GLOB_RECURSE public_headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}/include/sensorvela
@@ -26,8 +26,9 @@ if(TARGET sensorvela-replay)
   install(TARGETS sensorvela-replay)
 endif()
 
-# The interface passes the standard library's types, so a host must use the one that this build
-# uses. The packages say which and do not impose it: it is the choice of a whole program.
+# The interface passes types of the standard library, so a host must use the same standard library
+# as this build. The packages name it but do not set it, because the choice applies to a whole
+# program.
 check_cxx_symbol_exists(_LIBCPP_VERSION cstddef SENSORVELA_USES_LIBCXX)
 set(standard_library libstdc++)
 if(SENSORVELA_USES_LIBCXX)
@@ -46,7 +47,7 @@ install(FILES ${generated}/sensorvela-config.cmake ${generated}/sensorvela-confi
 install(EXPORT sensorvela NAMESPACE sensorvela:: FILE sensorvela-targets.cmake
   DESTINATION ${package_dir})
 
-# Every path is relative to where the file itself lies.
+# Every path is relative to the pkg-config file's own folder.
 set(pkgconfig_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH to_prefix ${pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
 file(RELATIVE_PATH to_include_dir ${pkgconfig_dir} ${CMAKE_INSTALL_FULL_INCLUDEDIR})

@@ -1,6 +1,7 @@
-# Turns abidw's XML into a line for each of our records, for each of its members (offset in bits, name,
-# type) and for each slot of its virtual table. Our records are those that the library's headers below
-# the folder `root` declare. Run over the same file twice: types are named after they are used.
+# Prints, from abidw's XML, a line for each record of the library, for each of its members (offset
+# in bits, name, type) and for each slot of its virtual table. A record is the library's if one of
+# its headers below the folder `root` declares it. Reads the same file twice, because types are
+# named after they are used.
 function attribute(name) {
   return match($0, name "='[^']*'") ? substr($0, RSTART + length(name) + 2, RLENGTH - length(name) - 3) : ""
 }
@@ -11,7 +12,7 @@ NR == FNR {
 /<class-decl .*[^\/]>$/ {
   record = attribute("name")
   path = attribute("filepath")
-  sub(/^.*\.\.\//, root, path)  # The headers include each other relatively.
+  sub(/^.*\.\.\//, root, path)  # The headers include each other by relative paths.
   is_ours = index(path, root) == 1 && substr(path, length(root) + 1) ~ /^(atoms|engine|histogram)\//
   if (record in seen || !is_ours) record = ""
   seen[record] = 1

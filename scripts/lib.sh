@@ -1,4 +1,4 @@
-# What the scripts share; sourced by them, never run. Leaves the caller in the project's root.
+# Functions of all scripts, which source this. Changes the caller's folder to the project's root.
 # shellcheck shell=bash
 set -euo pipefail
 export LC_ALL=C.UTF-8  # The checks read other programs' output.
@@ -42,7 +42,7 @@ need() {
     return 1
   fi
   say "installing ${missing[*]}"
-  # The second attempt is for a mirror or a network that failed for a moment.
+  # The second attempt is for a brief failure of the mirror or the network.
   apt_install "${missing[@]}" >"$log" 2>&1 </dev/null && return
   apt_install "${missing[@]}" >"$log" 2>&1 </dev/null && return
   printf 'error: cannot install %s: %s (all of its output: %s)\n' \
@@ -51,19 +51,19 @@ need() {
 }
 
 apt_install() {
-  apt_get update || true  # One broken source need not matter: the installation decides.
+  apt_get update || true  # One broken source may not matter: the installation shows.
   apt_get install --no-install-recommends "$@"
 }
 
 apt_get() {
   local as_root=()
   [[ $(id -u) -eq 0 ]] || as_root=(sudo)
-  [[ $(id -u) -eq 0 || -z ${CI:-} ]] || as_root+=(-n)  # Nobody is there to type a password.
+  [[ $(id -u) -eq 0 || -z ${CI:-} ]] || as_root+=(-n)  # In CI nobody can type a password.
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
     apt-get -q -y -o DPkg::Lock::Timeout=300 "$@"
 }
 
-# need_for PRESET: installs what it takes to build the preset.
+# need_for PRESET: installs what the preset's build needs.
 need_for() {
   case $1 in
     gcc) need "${build_packages[@]}" g++ ;;
@@ -80,7 +80,7 @@ need_for() {
   esac
 }
 
-# Sets `preset` to `clang`, or to `gcc` where Clang 19 is not to be had.
+# Sets `preset` to `clang`, or to `gcc` where Clang 19 cannot be installed.
 choose_preset() {
   preset=clang
   need_for clang && return
@@ -101,7 +101,7 @@ configure_and_build() {
   cmake --preset "$preset" && cmake --build "build/$preset" --parallel "$jobs" "$@"
 }
 
-# run_ctest PRESET [OPTION...]: having no test to run is a failure.
+# run_ctest PRESET [OPTION...]: fails if there is no test to run.
 run_ctest() {
   local preset=$1
   shift
