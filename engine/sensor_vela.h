@@ -257,11 +257,11 @@ class [[gnu::visibility("default")]] SensorVela {
   /// The sensor delivered a sample with this timestamp; call this once for each sample. Counts the
   /// sample by its latency (the time of this call minus the timestamp), and counts it as late if
   /// its timestamp is more than 1.1 sampling periods after the previous sample's, or after the
-  /// enable. Reports the first sample after an enable.
+  /// enable if there is none. Reports the first sample after an enable.
   ///
-  /// This is the sample path. It takes one lock and reads the clock once. For a sensor that the
-  /// engine already has a status of, it does one hash lookup and allocates nothing. Only a first
-  /// sample also builds and queues an atom.
+  /// This is the sample path. It takes one lock and reads the clock once. For a sensor that has a
+  /// status already, it does one hash lookup and allocates nothing. Only a first sample also builds
+  /// and queues an atom.
   void LogSensorLatency(SensorId sensor, long long timestamp_ns);
 
   /// The sensor's first sample arrived `latency_ns` after its enable. `LogSensorLatency` calls this

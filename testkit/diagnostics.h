@@ -11,7 +11,7 @@
 
 namespace sensorvela::testkit {
 
-/// What a supplier's operations return; everything is absent at first. A first-generation supplier
+/// What a supplier's operations return. At first everything is absent. A first-generation supplier
 /// uses only the processor and the queues, and returns zeros for those that are absent.
 struct Diagnostics {
   std::optional<SensorVela::ProcessorDiag> processor;

@@ -30,7 +30,7 @@ class StatsService : public aidl::android::frameworks::stats::BnStats {
   using VendorAtom = aidl::android::frameworks::stats::VendorAtom;
 
   /// Called for each atom after the service has stored it and before it answers, on the thread that
-  /// reports it and with no lock of the service held. The report waits until the call returns.
+  /// reports it and with no lock of the service held. The report returns only after this call.
   using OnReport = std::function<void(const VendorAtom& atom, Answer answer)>;
 
   explicit StatsService(OnReport on_report = nullptr);

@@ -51,7 +51,7 @@ class World {
   void AllowService();
   /// `service` comes up.
   void RegisterService();
-  /// Unregisters `service`: an outage begins.
+  /// Unregisters `service`, as at the start of an outage.
   void UnregisterService();
   /// The service manager fails: lookups that wait for the service end with none.
   void ReleaseServiceWaits();

@@ -46,7 +46,8 @@ class Timeline {
   /// `CondVar::NotifyAll` in virtual time.
   void Notify(platform::CondVar* engine) SENSORVELA_EXCLUDES(mutex_);
 
-  /// One reporter thread blocks in the service manager; `count` such threads are released.
+  /// One reporter thread begins to block in the service manager; `count` blocked threads are
+  /// released.
   void AddBlocked() SENSORVELA_EXCLUDES(mutex_);
   void RemoveBlocked(std::size_t count) SENSORVELA_EXCLUDES(mutex_);
 

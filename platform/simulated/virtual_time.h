@@ -12,7 +12,7 @@ namespace sensorvela::simulated {
 /// nanoseconds from the timeline's own zero.
 ///
 /// Construct it before the first engine and destroy it after the last; only one may exist at a
-/// time. A violation aborts the process. While it exists, only reporter threads may wait in the
+/// time. Otherwise the process aborts. While it exists, only reporter threads may wait in the
 /// service manager. An engine whose thread could not start counts as busy and never comes to rest.
 /// Any thread may call any operation, except that an engine's reporter thread must not call one
 /// that waits for its engine.

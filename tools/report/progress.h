@@ -13,7 +13,7 @@
 namespace sensorvela::replay {
 
 /// Once reading and running a trace have taken a second, shows the progress on one line, which it
-/// updates some times a second. Erases the line when the run ends, also after a failure.
+/// updates several times a second. Erases the line when the run ends, also after a failure.
 class Progress : public RunObserver {
  public:
   /// Returns the present moment.

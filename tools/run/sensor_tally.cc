@@ -19,7 +19,7 @@ constexpr std::int32_t kDisabled = 1;
 /// Atoms carry the unsigned counts in signed values.
 std::uint64_t Count(std::int32_t value) { return static_cast<std::uint32_t>(value); }
 
-/// Checks every value: an outside atom with the same identifier can have any values.
+/// Checks the values' kinds, too, because an outside atom may have the same identifier.
 bool IsStateChange(const SensorVela::VendorAtom& atom) {
   return atom.atomId == HalSensorStateChanged::kAtomId && atom.reverseDomainName.empty() &&
          std::ranges::equal(atom.values, testkit::FindAtom(atom.atomId)->values, {},
@@ -60,7 +60,7 @@ void SensorTally::CountAtom(const SensorVela::VendorAtom& atom, bool is_taken) {
   const bool is_disable = Int(atom, "state") == kDisabled;
   if (is_disable && !is_taken) return;
   const ReportedSamples reported = is_disable ? CountsOf(atom) : ReportedSamples{};
-  // Counts only grow from one enable to the next.
+  // Between enables counts only grow, so a smaller one follows an enable that was dropped.
   if (!is_disable || reported.samples < entry.open.samples) {
     entry.closed = Sum(entry.closed, entry.open);
   }

@@ -32,8 +32,8 @@ struct SensorSummary {
 };
 
 /// Counts from the atoms that reach the stats service. If the atom of an enable is dropped, the
-/// stretches before and after it count as one, unless the later stretch's report has the smaller
-/// count.
+/// next report replaces the one from before that enable, unless its count is smaller; then both are
+/// added.
 class SensorTally {
  public:
   void CountSample(SensorVela::SensorId sensor);

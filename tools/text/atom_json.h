@@ -11,8 +11,8 @@
 
 namespace sensorvela::replay {
 
-/// Keeps the order of keys. Stores numbers as floats, so that they are printed with no more digits
-/// than a float needs.
+/// Keeps the order of keys. Stores floating-point numbers as `float`, so that they are printed with
+/// no more digits than a float needs.
 using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool,
                                   std::int64_t, std::uint64_t, float>;
 

@@ -30,7 +30,7 @@ class SensorTrack {
 
  private:
   /// Writes the present span, if any, which ends at `at`, and then the first sample in it: in the
-  /// order of their begins.
+  /// order of their starts.
   void WriteStretch(Instant at);
 
   /// Writes the number of samples in the present minute. The next sample arrives, or the run ends,
