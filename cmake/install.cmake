@@ -18,7 +18,8 @@ endforeach()
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/simulated/include/ DESTINATION ${device_include_dir})
 install(TARGETS sensorvela sensorvela_simulated_platform sensorvela_testkit EXPORT sensorvela
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${device_include_dir})
-install(FILES LICENSE docs/atoms.md docs/trace-format.md TYPE DOC)
+install(FILES LICENSE README.md docs/atoms.md docs/trace-format.md TYPE DOC)
+install(DIRECTORY examples TYPE DOC)
 
 if(TARGET sensorvela-replay)
   file(RELATIVE_PATH to_libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})

@@ -14,7 +14,9 @@ namespace sensorvela::testkit {
 /// Two atoms have the same text exactly when they are equal bit for bit, apart from annotations:
 /// the text says only whether there are any. The kind is written before a value when it is not the
 /// kind in the catalogue (`state=long 2`), and before each value of an atom that the catalogue does
-/// not have (`atom 42{value_1=int 7}`). A NaN is written with its bits (`nan(0x7fc00000)`).
+/// not have (`atom 42{value_1=int 7}`). A float has the fewest digits that read back as the same
+/// float
+/// (`0.3`, `5`), a NaN its bits (`nan(0x7fc00000)`).
 std::string AtomText(const aidl::android::frameworks::stats::VendorAtom& atom);
 
 }  // namespace sensorvela::testkit

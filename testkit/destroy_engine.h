@@ -11,9 +11,12 @@ namespace sensorvela::testkit {
 /// has asked the reporter thread to stop, and returns when `destroy` has returned.
 ///
 /// An engine's destructor waits for its reporter thread, which may itself be blocked: in a wait for
-/// the stats service, or in a report. That wait must have begun before this is called, and
-/// `release` ends it after the request to stop: a thread released earlier might block again. No
-/// thread may queue an atom during the call.
+/// the stats service, or in a report. That wait must have begun before this is called (for a wait
+/// for the service, call `time.WaitUntilSettled()` first), and `release` ends it after the request
+/// to stop: a thread released earlier might block again.
+///
+/// Nothing may queue an atom during the call, `destroy` included, or the call may hang. For a host
+/// whose destructor reports something, use `World::RefuseService` instead.
 void DestroyEngine(simulated::VirtualTime& time, const std::function<void()>& destroy,
                    const std::function<void()>& release);
 

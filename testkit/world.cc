@@ -38,25 +38,56 @@ World::~World() {
   simulated::ResetServices();
 }
 
-void World::DeclareService() { simulated::DeclareService(kStatsInstance); }
-void World::UndeclareService() { simulated::UndeclareService(kStatsInstance); }
-void World::RefuseService() { simulated::RefuseService(kStatsInstance); }
-void World::AllowService() { simulated::AllowService(kStatsInstance); }
-void World::RegisterService() { simulated::RegisterService(kStatsInstance, service); }
-void World::UnregisterService() { simulated::UnregisterService(kStatsInstance); }
-void World::ReleaseServiceWaits() { simulated::ReleaseServiceWaits(kStatsInstance); }
+void World::UnregisterService() {
+  time.WaitUntilSettled();
+  simulated::UnregisterService(kStatsInstance);
+}
+
+void World::RegisterService() {
+  time.WaitUntilSettled();
+  simulated::RegisterService(kStatsInstance, service);
+}
+
+void World::RefuseService() {
+  time.WaitUntilSettled();
+  simulated::RefuseService(kStatsInstance);
+}
+
+void World::AllowService() {
+  time.WaitUntilSettled();
+  simulated::AllowService(kStatsInstance);
+}
+
+void World::ReleaseServiceWaits() {
+  time.WaitUntilSettled();
+  simulated::ReleaseServiceWaits(kStatsInstance);
+}
+
+void World::DeclareService() {
+  time.WaitUntilSettled();
+  simulated::DeclareService(kStatsInstance);
+}
+
+void World::UndeclareService() {
+  time.WaitUntilSettled();
+  simulated::UndeclareService(kStatsInstance);
+}
 
 SensorVela& World::StartEngine(SupplierKind supplier) {
-  engine_ = MakeEngine(supplier, [this](DiagnosticsItem asked) {
+  engine_ = MakeEngine(supplier, Ask());
+  return *engine_;
+}
+
+AskDiagnostics World::Ask() {
+  return [this](DiagnosticsItem asked) {
     if (on_ask) on_ask(asked);
     return diagnostics;
-  });
-  return *engine_;
+  };
 }
 
 void World::DestroyEngine() {
   time.WaitUntilSettled();  // Now the thread is blocked if it has to wait.
-  DestroyEngine([this] { ReleaseServiceWaits(); });
+  DestroyEngine([] { simulated::ReleaseServiceWaits(kStatsInstance); });
 }
 
 void World::DestroyEngine(const std::function<void()>& release) {

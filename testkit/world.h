@@ -11,6 +11,7 @@
 #include "../platform/simulated/service_manager.h"
 #include "../platform/simulated/virtual_time.h"
 #include "../platform/sync.h"
+#include "atom_text.h"
 #include "diagnostics.h"
 #include "stats_service.h"
 
@@ -23,8 +24,12 @@ namespace sensorvela::testkit {
 /// a time.
 ///
 /// A test constructs its world before the objects that own an engine, and destroys it after them.
-/// The engine's reporter thread runs by itself; every `Take...` first waits until it has nothing
-/// left to do. No wait takes real time.
+/// The destructor of an engine whose thread waits for the service does not return. A fixture that
+/// calls `RefuseService` in its destructor ends such a wait, whatever a failed test has left
+/// behind.
+///
+/// The engine's reporter thread runs by itself. Every `Take...` and every operation on the service
+/// first waits until the thread has nothing left to do. No wait takes real time.
 ///
 /// Use a world from one thread. Other threads may call the engine meanwhile.
 class World {
@@ -34,33 +39,44 @@ class World {
   /// Declares the stats service and registers it.
   World();
 
-  /// Destroys the world's engine, even if it waits for the stats service, and resets the service
-  /// manager.
+  /// Destroys the world's own engine, even if it waits for the stats service, and resets the
+  /// service manager.
   ~World();
   World(const World&) = delete;
   World& operator=(const World&) = delete;
 
-  /// `time.RunTo(time.Now() + std::chrono::hours(6))` lets six hours pass.
+  /// `time.RunFor(std::chrono::hours(6))` lets six hours pass.
   simulated::VirtualTime time;
 
-  // The service manager; see simulated/service_manager.h.
+  // The stats service. What a device does, the service manager does here: an engine whose service
+  // is absent waits for it and keeps its atoms. It drops them only when a lookup ends without a
+  // service, for one of two reasons: the access is refused, or the service manager fails.
 
-  void DeclareService();
-  void UndeclareService();
+  /// Unregisters `service`: an outage begins.
+  void UnregisterService();
+  /// Registers `service` again.
+  void RegisterService();
+  /// Refuses the process the access to the service, or allows it again. While it is refused, no
+  /// lookup waits, and each drops the atoms for which it was made.
   void RefuseService();
   void AllowService();
-  /// `service` comes up.
-  void RegisterService();
-  /// Unregisters `service`, as at the start of an outage.
-  void UnregisterService();
-  /// The service manager fails: lookups that wait for the service end with none.
+  /// Makes the service manager fail once: the lookup that waits at this moment ends without a
+  /// service, and the atoms for which it was made are dropped. Those queued since then are not.
   void ReleaseServiceWaits();
+  /// What the device declares matters to one line of the log when an engine starts, and to nothing
+  /// else.
+  void DeclareService();
+  void UndeclareService();
 
   /// Creates the world's own engine; a test whose code under test creates an engine does not need
-  /// it. At a cycle's end the engine's supplier returns the items of `diagnostics`.
+  /// it. Its supplier returns the items of `diagnostics`.
   SensorVela& StartEngine(SupplierKind supplier = SupplierKind::kSecondGeneration);
   bool has_engine() const { return engine_ != nullptr; }
   SensorVela& engine() { return *engine_; }
+
+  /// Returns the items of `diagnostics`, for the supplier of an engine that is not the world's own:
+  /// `MakeSecondGenerationSupplier(world.Ask())`. The world outlives the function.
+  AskDiagnostics Ask();
 
   /// Destroys the world's own engine. `release` unblocks its reporter thread; the default ends a
   /// wait for the service. See destroy_engine.h.
@@ -73,15 +89,20 @@ class World {
   /// The same atoms, as `AtomText` writes them.
   std::vector<std::string> TakeAtomTexts();
 
-  /// All log lines and atoms since the last call, in order. A log line begins with the letter of
-  /// its priority (`E Failed to get IStats service.`) and, if its tag is not the library's, the
-  /// tag. An atom that reached the service is written as by `AtomText`.
+  /// All log lines and atoms since the last call. A log line begins with the letter of its priority
+  /// (`E Failed to get IStats service.`) and, if its tag is not the library's, the tag. An atom
+  /// that reached the service is written as by `AtomText`.
+  ///
+  /// The lines of one thread are in order, and an event's line comes before its atom. The order
+  /// between the host's lines and the reporter thread's atoms is otherwise left to chance: a test
+  /// that reports several errors takes the history after each.
   std::vector<std::string> TakeHistory() SENSORVELA_EXCLUDES(mutex_);
 
   /// `service->AnswerNext` plans its answers.
   const std::shared_ptr<StatsService> service;
 
-  /// What the supplier returns. Change it only while the engine is settled, or in `on_ask`.
+  /// What the supplier of `StartEngine` or `Ask` returns. Change it only while the engine is
+  /// settled, or in `on_ask`.
   Diagnostics diagnostics;
 
   // Called on the reporter thread if set; set them only while the engine is settled. `on_report` is

@@ -1,5 +1,5 @@
-// Virtual time for the platform's two clocks. It moves only by explicit calls, and a caller can wait
-// until the engines have nothing left to do.
+// Virtual time for the platform's two clocks. It moves only by explicit calls, and a caller can
+// wait until the engines have nothing left to do.
 #pragma once
 
 #include <chrono>
@@ -40,6 +40,9 @@ class VirtualTime {
   /// wakes run until they are settled before time moves on. Every engine is settled before time
   /// first moves and when this returns. An instant in the past moves nothing.
   void RunTo(Instant instant);
+
+  /// The same for an instant that is `duration` from now.
+  void RunFor(Instant duration) { RunTo(Now() + duration); }
 
   /// Moves the clocks in one step and wakes every engine whose deadline has been reached. Does not
   /// wait.
