@@ -1,5 +1,6 @@
 // Tests what the simulation's sequential model cannot: calls during a step of the reporter thread,
 // and what the engine does to the host's objects.
+#include <atomic>
 #include <memory>
 #include <string>
 #include <utility>
@@ -133,6 +134,30 @@ TEST_F(StopTest, DuringAnUploadFinishesItAndThenDestroysTheSupplier) {
   testkit::DestroyEngine(time, [&] { host_engine.reset(); }, [&] { gate.Open(); });
   EXPECT_THAT(events, ElementsAre("uploaded", "destroyed"));
   EXPECT_THAT(TakeHistory(), IsEmpty());
+}
+
+TEST_F(StopTest, WaitsForAServiceThatNobodyDeclares) {
+  UndeclareService();
+  UnregisterService();
+  auto host_engine = testkit::MakeEngine(SupplierKind::kNone, nullptr);
+  EXPECT_THAT(TakeHistory(), ElementsAre("E IStats service is not registered."));
+  for (const int id : {1, 2, 3}) host_engine->ReportVendorAtomAsync(Marker(id));
+  time.RunFor(24h);
+  EXPECT_THAT(TakeHistory(), IsEmpty());
+  EXPECT_EQ(SensorVelaTestPeer::AtomsTaken(*host_engine, time), 0);  // All three are queued.
+
+  std::atomic<bool> destroyed = false;
+  testkit::DestroyEngine(
+      time,
+      [&] {
+        host_engine.reset();
+        destroyed = true;
+      },
+      [&] {
+        EXPECT_FALSE(destroyed);
+        RegisterService();
+      });
+  EXPECT_TRUE(destroyed);
 }
 
 }  // namespace

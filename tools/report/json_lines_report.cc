@@ -1,5 +1,6 @@
 #include "tools/report/json_lines_report.h"
 
+#include <chrono>
 #include <string>
 
 #include <sensorvela/testkit/atom_catalogue.h>
@@ -33,6 +34,10 @@ class JsonLinesReport : public RunObserver {
           {"priority", PriorityLetter(priority)},
           {"tag", tag},
           {"text", text}});
+  }
+
+  void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
+    Line({{"kind", "suspended"}, {"at_ns", at.count()}, {"for_ns", duration.count()}});
   }
 
   void OnNote(Instant at, std::string_view text) override {

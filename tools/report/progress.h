@@ -43,6 +43,7 @@ class Progress : public RunObserver {
 
   void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer) override;
   void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override;
+  void OnSuspended(Instant /*at*/, std::chrono::nanoseconds /*duration*/) override { MakeRoom(); }
   void OnNote(Instant at, std::string_view text) override;
   void OnRunEnd(Instant at, const Summary& summary) override;
 

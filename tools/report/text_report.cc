@@ -1,6 +1,7 @@
 #include "tools/report/text_report.h"
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <string>
@@ -39,6 +40,10 @@ class TextReport : public RunObserver {
   void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override {
     Line(at, Padded("log", kMarkWidth) + std::string(PriorityLetter(priority)) + ' ' +
                  Printable(tag) + ": " + Printable(text));
+  }
+
+  void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
+    Line(at, Padded("suspended", kMarkWidth) + "until " + ExactClockTime(at + duration));
   }
 
   void OnNote(Instant at, std::string_view text) override { Line(at, "# " + Printable(text)); }

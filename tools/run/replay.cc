@@ -52,7 +52,7 @@ void Replay::DeliverTrains(simulated::VirtualTime::Instant until) {
   while (trains_.HasSampleBy(until)) {
     const SampleTrains::Sample sample = trains_.TakeNext();
     time_.RunTo(sample.arrival);  // Settles first, so each sample is complete before the next.
-    state_.OnSample({sample.arrival, "samples", sample.line}, sample.sensor);
+    state_.OnSample({time_.Now(), "samples", sample.line}, sample.sensor);
     engine_->LogSensorLatency(sample.sensor, sample.timestamp_ns);
   }
   time_.WaitUntilSettled();
@@ -93,10 +93,17 @@ void Replay::DeclareService() { simulated::DeclareService(kStatsInstance); }
 void Replay::UndeclareService() { simulated::UndeclareService(kStatsInstance); }
 void Replay::RegisterService() { simulated::RegisterService(kStatsInstance, service_); }
 void Replay::UnregisterService() { simulated::UnregisterService(kStatsInstance); }
+void Replay::RefuseService() { simulated::RefuseService(kStatsInstance); }
+void Replay::AllowService() { simulated::AllowService(kStatsInstance); }
 void Replay::ReleaseServiceWaits() { simulated::ReleaseServiceWaits(kStatsInstance); }
 
 void Replay::AnswerNext(std::int32_t reports, Answer answer) {
   service_->AnswerNext(reports, answer);
+}
+
+void Replay::Suspend(std::chrono::nanoseconds duration) {
+  state_.OnSuspended(duration);
+  time_.Suspend(duration);
 }
 
 void Replay::Note(std::string_view text) { state_.OnNote(text); }

@@ -2,6 +2,7 @@
 // that it reports to.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -80,10 +81,15 @@ class Replay {
   void UndeclareService();
   void RegisterService();
   void UnregisterService();
+  void RefuseService();
+  void AllowService();
   void ReleaseServiceWaits();
 
   /// Plans `answer` for the next `reports` reports that have no planned answer yet.
   void AnswerNext(std::int32_t reports, Answer answer);
+
+  /// Samples of trains that would arrive meanwhile arrive when the device wakes up.
+  void Suspend(std::chrono::nanoseconds duration);
 
   void Note(std::string_view text);
 

@@ -1,6 +1,7 @@
 // The interface for observers of a run.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -78,6 +79,8 @@ class RunObserver {
 
   virtual void OnLogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
                          std::string_view /*text*/) {}
+  /// The device is suspended from `at` on, for `duration`.
+  virtual void OnSuspended(Instant /*at*/, std::chrono::nanoseconds /*duration*/) {}
   virtual void OnNote(Instant /*at*/, std::string_view /*text*/) {}
   virtual void OnRunEnd(Instant /*at*/, const Summary& /*summary*/) {}
 };

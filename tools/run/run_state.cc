@@ -61,6 +61,11 @@ void RunState::OnErrorBlocked() {
   Notify(&RunObserver::OnErrorBlocked, time_.Now(), cause_, last_log_text_);
 }
 
+void RunState::OnSuspended(std::chrono::nanoseconds duration) {
+  const MutexLock lock(mutex_);
+  Notify(&RunObserver::OnSuspended, time_.Now(), duration);
+}
+
 void RunState::OnNote(std::string_view text) {
   const MutexLock lock(mutex_);
   Notify(&RunObserver::OnNote, time_.Now(), text);

@@ -1,6 +1,7 @@
 // The state that a run's main thread and the engine's reporter thread share.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -46,6 +47,7 @@ class RunState {
   void OnSample(const Cause& cause, SensorVela::SensorId sensor) SENSORVELA_EXCLUDES(mutex_);
   /// The error that has just been reported to the engine queued no atom.
   void OnErrorBlocked() SENSORVELA_EXCLUDES(mutex_);
+  void OnSuspended(std::chrono::nanoseconds duration) SENSORVELA_EXCLUDES(mutex_);
   void OnNote(std::string_view text) SENSORVELA_EXCLUDES(mutex_);
   void OnRunEnd() SENSORVELA_EXCLUDES(mutex_);
 

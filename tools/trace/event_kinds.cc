@@ -1,6 +1,7 @@
 #include "tools/trace/event_kinds.h"
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -17,6 +18,9 @@ namespace sensorvela::replay {
 namespace {
 
 constexpr std::int32_t kMaxCount = 1'000'000;
+
+// As long as a trace may be, so that the sum of both fits into 64 bits.
+constexpr std::int64_t kMaxSuspendedNs = 4'000'000'000'000'000'000;
 
 // The widths of the description's column of names, wider than any name, and of its lines.
 constexpr std::size_t kNameWidth = 25;
@@ -181,20 +185,37 @@ constexpr EventKind kEventKinds[] = {
        const auto diagnostics = ReadDiagnostics(fields, context.supplier);
        return {[=](Replay& replay) { replay.SetDiagnostics(diagnostics); }};
      }},
-    {"service_declared", "the device declares the stats service: lookups wait for it",
+    {"service_declared", "the device declares the stats service: an engine that starts says so",
      Place::kAnywhere, Plain<&Replay::DeclareService>},
-    {"service_undeclared", "the device no longer declares it: lookups that wait get none",
+    {"service_undeclared", "it no longer does; lookups wait for the service all the same",
      Place::kAnywhere, Plain<&Replay::UndeclareService>},
     {"service_registered", "a new stats service comes up, in place of any other", Place::kAnywhere,
      Plain<&Replay::RegisterService>},
-    {"service_unregistered", "the stats service goes away", Place::kAnywhere,
-     Plain<&Replay::UnregisterService>},
-    {"service_wait_released", "lookups that wait for the stats service get none", Place::kAnywhere,
-     Plain<&Replay::ReleaseServiceWaits>},
-    {"service_fails", "the stats service answers that many reports with an error", Place::kAnywhere,
-     AnswerReports<Answer::kError>},
-    {"service_silent", "it answers that many reports without a status", Place::kAnywhere,
+    {"service_unregistered", "the stats service goes away: lookups wait until it is back",
+     Place::kAnywhere, Plain<&Replay::UnregisterService>},
+    {"service_refused",
+     "the host may not look the stats service up: lookups get none, those that wait too",
+     Place::kAnywhere, Plain<&Replay::RefuseService>},
+    {"service_allowed", "the host may look it up again", Place::kAnywhere,
+     Plain<&Replay::AllowService>},
+    {"service_wait_released", "the service manager fails once: a lookup that waits gets none",
+     Place::kAnywhere, Plain<&Replay::ReleaseServiceWaits>},
+    {"service_fails", "that many reports fail, as when the service's process has died",
+     Place::kAnywhere, AnswerReports<Answer::kError>},
+    {"service_silent", "that many reports end without a status", Place::kAnywhere,
      AnswerReports<Answer::kNoStatus>},
+    {"suspended",
+     "the device sleeps for that long: at_ns and the sensors' clock go on, the engine's cycle "
+     "stands "
+     "still, and samples of a train that would arrive meanwhile arrive at the end; no event may "
+     "come "
+     "before that",
+     Place::kAnywhere,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto for_ns = fields.Integer<std::int64_t>("for_ns", 0, kMaxSuspendedNs);
+       return {.action = [=](Replay& replay) { replay.Suspend(std::chrono::nanoseconds(for_ns)); },
+               .suspended_ns = for_ns};
+     }},
     {"time_passes", "nothing happens but the passing of time", Place::kAnywhere, Nothing},
     {"note", "a line of the story, printed with the output", Place::kAnywhere,
      [](FieldReader& fields, const TraceContext&) -> EventContent {

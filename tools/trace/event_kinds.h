@@ -32,6 +32,8 @@ struct EventContent {
   Action action;
   /// The duration of the train that the event starts; 0 if it starts none.
   std::int64_t train_ns = 0;
+  /// How long the device is suspended; no event may come before it wakes up.
+  std::int64_t suspended_ns = 0;
   /// The supplier of the engine that the event starts.
   std::optional<testkit::SupplierKind> supplier = std::nullopt;
 };

@@ -79,10 +79,12 @@ class TraceParser {
     EventContent content = kind.read(fields, context_);
     fields.RejectOtherFields();
     CheckTime(line_number, at_ns);
+    awake_at_ns_ = at_ns + content.suspended_ns;
     CheckPlace(line_number, kind);
     context_.supplier = content.supplier.value_or(context_.supplier);
-    run_end_ns_ =
-        kind.place == Place::kLast ? at_ns : std::max(run_end_ns_, at_ns + content.train_ns);
+    run_end_ns_ = kind.place == Place::kLast
+                      ? at_ns
+                      : std::max({run_end_ns_, awake_at_ns_, at_ns + content.train_ns});
     return {std::chrono::nanoseconds(at_ns),
             kind.name,
             {line_number, line},
@@ -101,6 +103,11 @@ class TraceParser {
       throw EventError("time goes back from " + std::to_string(last_at_ns_) + " (line " +
                        std::to_string(last_line_) + ") to " + std::to_string(at_ns) +
                        ": expected no earlier instant");
+    }
+    if (at_ns < awake_at_ns_) {
+      throw EventError("an event at " + std::to_string(at_ns) + ", while the device is suspended" +
+                       " (line " + std::to_string(last_line_) + "): expected none before " +
+                       std::to_string(awake_at_ns_));
     }
     last_at_ns_ = at_ns;
     last_line_ = line_number;
@@ -127,6 +134,8 @@ class TraceParser {
 
   TraceContext context_;
   std::int64_t last_at_ns_ = 0;
+  /// When the suspension ends that the last event began, or else the last event's instant.
+  std::int64_t awake_at_ns_ = 0;
   std::int64_t run_end_ns_ = 0;
   // Line numbers; 0 while there is no such line.
   std::size_t last_line_ = 0;

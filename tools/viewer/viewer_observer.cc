@@ -1,5 +1,6 @@
 #include "tools/viewer/viewer_observer.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -25,6 +26,7 @@ constexpr Track kFailed = {kEngine, 3};
 constexpr Track kDropped = {kEngine, 4};
 constexpr Track kBlocked = {kEngine, 5};
 constexpr Track kNotes = {kEngine, 6};
+constexpr Track kSuspended = {kEngine, 7};
 
 Json QueuedBy(const Cause& cause) {
   Json arguments = {{"queued_at_ns", cause.at.count()}, {"queued_by", cause.what}};
@@ -51,6 +53,7 @@ class ViewerObserver : public RunObserver {
     out_.NameTrack(kDropped, "atoms dropped");
     out_.NameTrack(kBlocked, "errors blocked by the cap");
     out_.NameTrack(kNotes, "notes");
+    out_.NameTrack(kSuspended, "device suspended");
     out_.NameProcess(kSensors, "sensors");
   }
 
@@ -112,6 +115,10 @@ class ViewerObserver : public RunObserver {
   }
 
   void OnSample(Instant at, SensorVela::SensorId sensor) override { TrackOf(sensor).Sample(at); }
+
+  void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
+    out_.Span(kSuspended, at, at + duration, "suspended", Json::object());
+  }
 
   void OnNote(Instant at, std::string_view text) override {
     out_.Mark(kNotes, at, "note", text, Json::object());
