@@ -2,9 +2,8 @@
 // to the project.
 #pragma once
 
-#include <algorithm>
 #include <array>
-#include <functional>
+#include <cstddef>
 
 #include "atoms/diagnostics_atoms.h"
 #include "atoms/sensor_event_atoms.h"
@@ -15,6 +14,13 @@ namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 template <typename... Records>
 struct RecordList {
   static constexpr std::array kAtomIds = {Records::kAtomId...};
+
+  static constexpr bool IsAscending() {
+    for (std::size_t i = 1; i < kAtomIds.size(); ++i) {
+      if (kAtomIds[i - 1] >= kAtomIds[i]) return false;
+    }
+    return true;
+  }
 
   /// Calls `body.template operator()<Record>()` for each record, in the list's order.
   template <typename Body>
@@ -34,8 +40,6 @@ using AllRecords =
                SensorFirstSampleReported, AlsLuxLevelDistributionReported,
                SensorMemoryServiceabilityStatsReported, AADProxStatsReported>;
 static_assert(AllRecords::kAtomIds.size() == 20);
-static_assert(std::ranges::adjacent_find(AllRecords::kAtomIds, std::ranges::greater_equal()) ==
-                  AllRecords::kAtomIds.end(),
-              "the identifiers ascend, and each is one atom's");
+static_assert(AllRecords::IsAscending());
 
 }  // namespace android::hardware::halvard::orrin::vendor::OrrinAtoms

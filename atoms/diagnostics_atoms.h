@@ -103,8 +103,8 @@ struct SensorCoreDramExceptionsReported {
   std::int32_t value_5 = 0;
 };
 
-/// Statistics of memory serviceability. The engine's atoms have 20 counts in each of the two lists; a
-/// host may fill the lists of an atom of its own from the histograms, of 22 bins, that
+/// Statistics of memory serviceability. The engine's atoms have 20 counts in each of the two lists;
+/// a host may fill the lists of an atom of its own from the histograms, of 22 bins, that
 /// memory_serviceability_histograms.h creates.
 struct SensorMemoryServiceabilityStatsReported {
   static constexpr std::int32_t kAtomId = 100304;

@@ -8,14 +8,19 @@ include(GNUInstallDirs)
 # `sensorvela/` as include root.
 set(include_dir ${CMAKE_INSTALL_INCLUDEDIR}/sensorvela)
 set(device_include_dir ${include_dir}/simulated_platform)
-file(GLOB_RECURSE public_headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}/include/sensorvela
-  ${PROJECT_SOURCE_DIR}/include/sensorvela/*.h)
+set(roots include platform/simulated/include testkit/include)
+foreach(root ${roots})
+  file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}/${root}/sensorvela
+    ${PROJECT_SOURCE_DIR}/${root}/sensorvela/*.h)
+  list(APPEND public_headers ${headers})
+endforeach()
 foreach(header ${public_headers} platform/sync.h platform/thread_annotations.h
     platform/thread_annotations_end.h)
   cmake_path(GET header PARENT_PATH folder)
   install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${include_dir}/${folder})
 endforeach()
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/simulated/include/ DESTINATION ${device_include_dir})
+install(DIRECTORY platform/simulated/include/ DESTINATION ${device_include_dir}
+  PATTERN sensorvela EXCLUDE)
 install(TARGETS sensorvela sensorvela_simulated_platform sensorvela_testkit EXPORT sensorvela
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${device_include_dir})
 install(FILES LICENSE README.md docs/atoms.md docs/trace-format.md TYPE DOC)

@@ -1,11 +1,11 @@
 #include "testkit/atom_text.h"
 
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <iomanip>
 #include <optional>
@@ -30,15 +30,18 @@ std::string Text(Int value) {
 
 std::string Text(bool value) { return value ? "true" : "false"; }
 
-/// The shortest digits that read back as the same float.
+/// The fewest digits that read back as the same float: nine are enough for every float.
 std::string Text(float value) {
   std::array<char, 32> text = {};
   if (std::isnan(value)) {
     std::uint32_t bits = 0;
     std::memcpy(&bits, &value, sizeof bits);
     std::snprintf(text.data(), text.size(), "nan(0x%08x)", static_cast<unsigned>(bits));
-  } else {
-    std::to_chars(text.data(), text.data() + text.size() - 1, value);
+    return text.data();
+  }
+  for (int digits = 1; digits <= 9; ++digits) {
+    std::snprintf(text.data(), text.size(), "%.*g", digits, static_cast<double>(value));
+    if (std::strtof(text.data(), nullptr) == value) break;
   }
   return text.data();
 }

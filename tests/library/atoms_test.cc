@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <vector>
 
 #include <sensorvela/testkit/atom_text.h>
@@ -29,7 +30,7 @@ void ExpectDefaults(const VendorAtom& atom) {
   EXPECT_FALSE(atom.valuesAnnotations || atom.atomAnnotations);
   EXPECT_EQ(atom.values.capacity(), atom.values.size());
   for (const Value& value : atom.values) {
-    EXPECT_NE(std::ranges::find(kDefaults, value), std::ranges::end(kDefaults));
+    EXPECT_NE(std::find(std::begin(kDefaults), std::end(kDefaults), value), std::end(kDefaults));
   }
 }
 

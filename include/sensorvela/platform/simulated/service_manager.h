@@ -1,2 +1,0 @@
-#pragma once
-#include "../../../../platform/simulated/service_manager.h"

@@ -1,2 +1,0 @@
-#pragma once
-#include "../../../../platform/simulated/virtual_time.h"

@@ -1,2 +1,0 @@
-#pragma once
-#include "../../../testkit/atom_text.h"

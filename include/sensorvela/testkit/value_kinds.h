@@ -1,2 +1,0 @@
-#pragma once
-#include "../../../testkit/value_kinds.h"

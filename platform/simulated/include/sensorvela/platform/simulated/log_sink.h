@@ -1,0 +1,2 @@
+#pragma once
+#include "../../../../log_sink.h"
