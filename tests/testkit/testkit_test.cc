@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <fstream>
 #include <initializer_list>
+#include <iterator>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -60,6 +62,29 @@ TEST(AtomCatalogueTest, IsWhatTheDocumentSays) {
     if (line.starts_with("## ") || line.starts_with("|")) documented += line + '\n';
   }
   EXPECT_EQ(documented, tables);
+}
+
+TEST(AtomCatalogueTest, IsWhatTheProtocolBufferMessagesSay) {
+  const std::map<std::string_view, std::string_view> kFieldTypes = {{"int", "optional int32"},
+                                                                    {"long", "optional int64"},
+                                                                    {"float", "optional float"},
+                                                                    {"bool", "optional bool"},
+                                                                    {"ints", "repeated int32"}};
+  std::string messages;
+  for (const AtomInfo& atom : AtomCatalogue()) {
+    messages += "\n// Atom " + std::to_string(atom.id) + ".\nmessage " + std::string(atom.name) +
+                " {\n  optional string reverse_domain_name = 1;\n";
+    int field = 1;
+    for (const auto& [name, kind, meaning] : atom.values) {
+      if (!meaning.empty()) messages += "  // " + std::string(meaning) + '\n';
+      messages += "  " + std::string(kFieldTypes.at(KindName(kind))) + ' ' + std::string(name) +
+                  " = " + std::to_string(++field) + ";\n";
+    }
+    messages += "}\n";
+  }
+  std::ifstream file(SENSORVELA_SOURCE_DIR "/docs/atoms.proto");
+  const std::string text(std::istreambuf_iterator<char>(file), {});
+  EXPECT_EQ(text.substr(std::min(text.find("\n// Atom "), text.size())), messages);
 }
 
 VendorAtom Atom(std::int32_t id, std::initializer_list<VendorAtomValue> values) {
