@@ -31,9 +31,12 @@
 /// construction and the start of destruction. No method waits for the stats service, fails, or
 /// validates an argument: every value is safe and is passed on unchanged.
 ///
+/// Clocks: a cycle is six hours of the monotonic clock, which stands still while the device is
+/// suspended. Timestamps and latencies are on elapsed realtime, which goes on.
+///
 /// The engine writes each failure to the Android log (tag "sensor-vela") and drops the atom
-/// concerned. The queue has no limit: while the service is declared but absent it grows with every
-/// atom.
+/// concerned. The queue has no limit: while the service is absent, whether the device declares it
+/// or not, the queue grows with every atom.
 class [[gnu::visibility("default")]] SensorVela {
  public:
   using VendorAtom = aidl::android::frameworks::stats::VendorAtom;

@@ -11,7 +11,7 @@ namespace sensorvela::testing {
 inline std::string SourcePath(const std::string& path) { return SENSORVELA_SOURCE_DIR "/" + path; }
 
 /// The traces in the folder, without their extensions, sorted. Leaves out the list of bad traces
-/// and the day of twelve million samples, which takes minutes under emulation.
+/// and the day of eleven million samples, which takes minutes under emulation.
 inline std::vector<std::string> TracesIn(const std::string& folder) {
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(SourcePath(folder))) {
