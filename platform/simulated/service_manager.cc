@@ -17,21 +17,23 @@ namespace sensorvela::simulated {
 namespace {
 
 using aidl::android::frameworks::stats::IStats;
+using ndk::SpAIBinder;
 using platform::MutexLock;
 
 struct Waiter {
   bool released = false;
-  std::shared_ptr<IStats> service;
+  SpAIBinder binder;
 };
 
 struct Instance {
   bool declared = false;
   bool refused = false;
-  std::shared_ptr<IStats> service;
+  SpAIBinder binder;
   std::list<Waiter*> waiters;
 };
 
-/// A service is released only after the lock, because its destructor may call the service manager.
+/// A binder is released only after the lock, because its service's destructor may call the service
+/// manager.
 class ServiceManager {
  public:
   // Never destroyed: a reporter thread may look its service up while the process exits.
@@ -52,18 +54,17 @@ class ServiceManager {
     if (refused) Release(instance, nullptr);
   }
 
-  void Register(const std::string& name, std::shared_ptr<IStats> service)
-      SENSORVELA_EXCLUDES(mutex_) {
+  void Register(const std::string& name, SpAIBinder binder) SENSORVELA_EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
     Instance& instance = instances_[name];
-    instance.service.swap(service);
-    if (!instance.refused) Release(instance, instance.service);
+    std::swap(instance.binder, binder);
+    if (!instance.refused) Release(instance, instance.binder);
   }
 
   void Unregister(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
-    std::shared_ptr<IStats> retired;
+    SpAIBinder retired;
     const MutexLock lock(mutex_);
-    instances_[name].service.swap(retired);
+    std::swap(instances_[name].binder, retired);
   }
 
   void ReleaseWaits(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
@@ -72,12 +73,12 @@ class ServiceManager {
   }
 
   void Reset() SENSORVELA_EXCLUDES(mutex_) {
-    std::vector<std::shared_ptr<IStats>> retired;
+    std::vector<SpAIBinder> retired;
     const MutexLock lock(mutex_);
     for (auto& [name, instance] : instances_) {
       instance.declared = false;
       instance.refused = false;
-      retired.push_back(std::exchange(instance.service, nullptr));
+      retired.push_back(std::exchange(instance.binder, nullptr));
       Release(instance, nullptr);
     }
   }
@@ -87,26 +88,26 @@ class ServiceManager {
     return instances_[name].declared;
   }
 
-  std::shared_ptr<IStats> Check(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
+  SpAIBinder Check(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
     const Instance& instance = instances_[name];
-    return instance.refused ? nullptr : instance.service;
+    return instance.refused ? nullptr : instance.binder;
   }
 
-  std::shared_ptr<IStats> Wait(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
+  SpAIBinder Wait(const std::string& name) SENSORVELA_EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
     Instance& instance = instances_[name];
     Waiter waiter;
-    waiter.released = instance.refused || instance.service != nullptr;
-    if (!instance.refused) waiter.service = instance.service;
+    waiter.released = instance.refused || instance.binder != nullptr;
+    if (!instance.refused) waiter.binder = instance.binder;
     if (!waiter.released) {
       Observe(LookupStep::kWaits);
       instance.waiters.push_back(&waiter);
       Timeline::Get().AddBlocked();
       while (!waiter.released) released_.wait(mutex_);
     }
-    Observe(waiter.service != nullptr ? LookupStep::kFinds : LookupStep::kFindsNone);
-    return std::move(waiter.service);
+    Observe(waiter.binder != nullptr ? LookupStep::kFinds : LookupStep::kFindsNone);
+    return std::move(waiter.binder);
   }
 
   void SetObserver(LookupObserver observer) SENSORVELA_EXCLUDES(mutex_) {
@@ -115,9 +116,8 @@ class ServiceManager {
   }
 
  private:
-  void Release(Instance& instance, const std::shared_ptr<IStats>& service)
-      SENSORVELA_REQUIRES(mutex_) {
-    for (Waiter* waiter : instance.waiters) *waiter = {true, service};
+  void Release(Instance& instance, const SpAIBinder& binder) SENSORVELA_REQUIRES(mutex_) {
+    for (Waiter* waiter : instance.waiters) *waiter = {true, binder};
     Timeline::Get().RemoveBlocked(instance.waiters.size());
     instance.waiters.clear();
     released_.notify_all();
@@ -152,7 +152,7 @@ void AllowService(const std::string& instance) {
 }
 
 void RegisterService(const std::string& instance, std::shared_ptr<IStats> service) {
-  ServiceManager::Get().Register(instance, std::move(service));
+  ServiceManager::Get().Register(instance, service->asBinder());
 }
 
 void UnregisterService(const std::string& instance) { ServiceManager::Get().Unregister(instance); }
@@ -173,10 +173,8 @@ ScopedLookupObserver::~ScopedLookupObserver() { ServiceManager::Get().SetObserve
 
 namespace {
 
-/// The service's binder with a reference for the caller; null for null.
-AIBinder* BinderOf(const std::shared_ptr<aidl::android::frameworks::stats::IStats>& service) {
-  if (service == nullptr) return nullptr;
-  const ndk::SpAIBinder binder = service->asBinder();
+/// The binder, with a reference for the caller; null for null.
+AIBinder* ForCaller(const ndk::SpAIBinder& binder) {
   AIBinder_incStrong(binder.get());
   return binder.get();
 }
@@ -184,11 +182,9 @@ AIBinder* BinderOf(const std::shared_ptr<aidl::android::frameworks::stats::IStat
 }  // namespace
 
 binder_exception_t AServiceManager_addService(AIBinder* binder, const char* instance) {
-  using aidl::android::frameworks::stats::IStats;
+  if (binder == nullptr) return EX_ILLEGAL_ARGUMENT;
   AIBinder_incStrong(binder);
-  const std::shared_ptr<IStats> service = IStats::fromBinder(ndk::SpAIBinder(binder));
-  if (service == nullptr) return EX_ILLEGAL_ARGUMENT;
-  sensorvela::simulated::RegisterService(instance, service);
+  sensorvela::simulated::ServiceManager::Get().Register(instance, ndk::SpAIBinder(binder));
   return EX_NONE;
 }
 
@@ -197,9 +193,9 @@ bool AServiceManager_isDeclared(const char* instance) {
 }
 
 AIBinder* AServiceManager_checkService(const char* instance) {
-  return BinderOf(sensorvela::simulated::ServiceManager::Get().Check(instance));
+  return ForCaller(sensorvela::simulated::ServiceManager::Get().Check(instance));
 }
 
 AIBinder* AServiceManager_waitForService(const char* instance) {
-  return BinderOf(sensorvela::simulated::ServiceManager::Get().Wait(instance));
+  return ForCaller(sensorvela::simulated::ServiceManager::Get().Wait(instance));
 }
