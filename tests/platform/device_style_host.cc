@@ -1,0 +1,222 @@
+// A host and a stats service that are written as for a device: with the device's headers and the
+// library's. What a device does by itself, the headers of the simulated platform do.
+#include <aidl/android/frameworks/stats/BnStats.h>
+#include <android/binder_auto_utils.h>
+#include <android/binder_manager.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/platform/simulated/service_manager.h>
+#include <sensorvela/platform/simulated/virtual_time.h>
+
+#include "atoms/all_records.h"
+
+namespace {
+
+using aidl::android::frameworks::stats::Annotation;
+using aidl::android::frameworks::stats::AnnotationId;
+using aidl::android::frameworks::stats::AnnotationSet;
+using aidl::android::frameworks::stats::BnStats;
+using aidl::android::frameworks::stats::IStats;
+using aidl::android::frameworks::stats::VendorAtom;
+using android::hardware::halvard::orrin::vendor::OrrinAtoms::AllRecords;
+using ndk::ScopedAStatus;
+using ndk::SpAIBinder;
+
+class StatsService final : public BnStats {
+ public:
+  ScopedAStatus reportVendorAtom(const VendorAtom& atom) override {
+    const std::lock_guard lock(mutex_);
+    atoms_.push_back(atom);
+    return ScopedAStatus::ok();
+  }
+
+  std::vector<VendorAtom> TakeAtoms() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(atoms_, {});
+  }
+
+ private:
+  std::mutex mutex_;
+  std::vector<VendorAtom> atoms_;
+};
+
+constexpr SensorVela::ProcessorDiag kProcessor = {1, 2, 3, 4};
+constexpr SensorVela::QueueStress kQueues[] = {{11, 12}, {21, 22}, {31, 32}};
+constexpr SensorVela::MemoryPressure kPressure = {.pressure_value_4 = 0.5F};
+constexpr SensorVela::MemoryPressure kServiceability = {
+    .kind = SensorVela::MemoryPressure::kServiceability, .bucket_duration_ms = {5}};
+
+class FirstGeneration : public SensorVela::SystemDiagnosticsSupplier {
+ public:
+  SensorVela::ProcessorDiag GetProcessorDiagnostics() override { return kProcessor; }
+  SensorVela::QueueStress GetQueueStressType1() override { return kQueues[0]; }
+  SensorVela::QueueStress GetQueueStressType2() override { return kQueues[1]; }
+  SensorVela::QueueStress GetQueueStressType3() override { return kQueues[2]; }
+};
+
+class SecondGeneration : public SensorVela::SystemDiagnosticsSupplierV2 {
+ public:
+  std::unique_ptr<SensorVela::ProcessorDiag> GetProcessorDiagnostics() override { return nullptr; }
+  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType1() override { return nullptr; }
+  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType2() override {
+    return std::make_unique<SensorVela::QueueStress>(kQueues[1]);
+  }
+  std::unique_ptr<SensorVela::QueueStress> GetQueueStressType3() override { return nullptr; }
+  std::vector<SensorVela::IpcErrorRate> GetIpcErrorRates() override { return {{1}, {2}}; }
+  std::vector<SensorVela::MemoryPressure> GetMemoryPressures() override {
+    return {kServiceability, kPressure};
+  }
+  std::vector<SensorVela::SensorUsage> GetSensorUsages() override { return {{3}}; }
+  std::vector<SensorVela::GatingContext> GetGatingContexts() override { return {{4}}; }
+  std::unique_ptr<SensorVela::DramException> GetDramException() override {
+    return std::make_unique<SensorVela::DramException>(SensorVela::DramException{5});
+  }
+  std::unique_ptr<SensorVela::AadProxStats> GetAadProxStats() override {
+    return std::make_unique<SensorVela::AadProxStats>(SensorVela::AadProxStats{6});
+  }
+};
+
+/// One atom of each builder, with annotations of its values and its own.
+std::vector<VendorAtom> AnnotatedAtoms() {
+  std::vector<VendorAtom> atoms;
+  AllRecords::ForEach([&]<typename Record>() {
+    Record record;
+    record.reverse_domain_name = "a domain";
+    VendorAtom atom = createVendorAtom(record);
+    const Annotation annotation = {AnnotationId{1}, true};
+    const AnnotationSet set = {0, {annotation, {AnnotationId{18}, atom.atomId}}};
+    atom.valuesAnnotations = {{set, std::nullopt}};
+    atom.atomAnnotations = {{std::nullopt, annotation}};
+    atoms.push_back(std::move(atom));
+  });
+  return atoms;
+}
+
+/// Registered under the name that the engine looks up; unregistered at the end.
+class DeviceStyleHostTest : public testing::Test {
+ protected:
+  DeviceStyleHostTest() {
+    sensorvela::simulated::DeclareService(name);
+    EXPECT_EQ(AServiceManager_addService(service->asBinder().get(), name.c_str()), EX_NONE);
+  }
+  ~DeviceStyleHostTest() override {
+    sensorvela::simulated::ResetServices();
+    EXPECT_EQ(service.use_count(), 1) << "somebody has kept a reference";
+  }
+
+  const std::string name = std::string(IStats::descriptor) + "/default";
+  const std::shared_ptr<StatsService> service = ndk::SharedRefBase::make<StatsService>();
+};
+
+TEST_F(DeviceStyleHostTest, ItsAtomsAndDiagnosticsArriveUnchanged) {
+  const auto queue = [](int type) {
+    return SensorVela::SystemQueueStressAtom(SensorVela::QueueType{type}, kQueues[type - 1]);
+  };
+  const struct {
+    const char* supplier;
+    std::function<std::unique_ptr<SensorVela>()> start;
+    std::vector<VendorAtom> uploaded;
+  } kCases[] = {{"none",
+                 [] {
+                   return std::make_unique<SensorVela>(
+                       std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2>());
+                 },
+                 {}},
+                {"first generation",
+                 [] { return std::make_unique<SensorVela>(std::make_unique<FirstGeneration>()); },
+                 {SensorVela::ProcessorDiagnosticsAtom(kProcessor), queue(1), queue(2), queue(3)}},
+                {"second generation",
+                 [] { return std::make_unique<SensorVela>(std::make_unique<SecondGeneration>()); },
+                 {queue(2), SensorVela::IpcErrorRateAtom({1}), SensorVela::IpcErrorRateAtom({2}),
+                  SensorVela::MemServiceabilityAtom(kServiceability),
+                  SensorVela::MemoryPressureAtom(kPressure), SensorVela::SensorUsageAtom({3}),
+                  SensorVela::GatingContextAtom({4}), SensorVela::DramExceptionAtom({5}),
+                  SensorVela::AadProxStatsAtom({6})}}};
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.supplier);
+    sensorvela::simulated::VirtualTime time;
+    const std::unique_ptr<SensorVela> engine = each.start();
+    const std::vector<VendorAtom> atoms = AnnotatedAtoms();
+    for (const VendorAtom& atom : atoms) engine->ReportVendorAtomAsync(atom);
+    time.WaitUntilAtRest();
+    EXPECT_EQ(service->TakeAtoms(), atoms);
+    time.RunFor(std::chrono::hours(6));
+    EXPECT_EQ(service->TakeAtoms(), each.uploaded);
+  }
+}
+
+TEST_F(DeviceStyleHostTest, AServiceHasOneBinder) {
+  const SpAIBinder binder = service->asBinder();
+  EXPECT_EQ(service->asBinder(), binder);
+  EXPECT_EQ(SpAIBinder(AServiceManager_waitForService(name.c_str())), binder);
+  EXPECT_EQ(SpAIBinder(AServiceManager_checkService(name.c_str())), binder);
+  EXPECT_EQ(IStats::fromBinder(binder), service);
+  EXPECT_EQ(SpAIBinder(AServiceManager_checkService("absent")), nullptr);
+}
+
+TEST_F(DeviceStyleHostTest, ARegisteredBinderLivesWithoutAnotherReference) {
+  AIBinder* const binder = service->asBinder().get();
+  AIBinder_incStrong(binder);
+  EXPECT_EQ(IStats::fromBinder(SpAIBinder(binder)), service);
+}
+
+TEST(DeviceStyleBinderTest, EachCopyKeepsTheService) {
+  std::shared_ptr<StatsService> service = ndk::SharedRefBase::make<StatsService>();
+  const std::weak_ptr<StatsService> watched = service;
+  SpAIBinder first = service->asBinder();
+  service.reset();
+  {
+    SpAIBinder copy(first);
+    SpAIBinder other;
+    other = copy;
+    first.set(nullptr);
+    copy = std::move(other);
+    AIBinder_incStrong(copy.get());
+    *first.getR() = copy.get();
+    const SpAIBinder& itself = first;
+    first = itself;
+  }
+  EXPECT_FALSE(watched.expired());
+  first = nullptr;
+  EXPECT_TRUE(watched.expired());
+}
+
+TEST(DeviceStyleStatusTest, AStatusSaysWhatItWasMadeOf) {
+  using Content = std::tuple<bool, binder_exception_t, std::int32_t, binder_status_t, std::string>;
+  const struct {
+    ScopedAStatus status;
+    Content content;
+  } kCases[] = {
+      {ScopedAStatus::ok(), {true, EX_NONE, 0, STATUS_OK, ""}},
+      {ScopedAStatus::fromStatus(STATUS_OK), {true, EX_NONE, 0, STATUS_OK, ""}},
+      {ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT),
+       {false, EX_TRANSACTION_FAILED, 0, STATUS_DEAD_OBJECT, ""}},
+      {ScopedAStatus::fromExceptionCode(EX_SECURITY), {false, EX_SECURITY, 0, STATUS_OK, ""}},
+      {ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_STATE, "why"),
+       {false, EX_ILLEGAL_STATE, 0, STATUS_OK, "why"}},
+      {ScopedAStatus::fromServiceSpecificError(-7),
+       {false, EX_SERVICE_SPECIFIC, -7, STATUS_OK, ""}},
+      {ScopedAStatus::fromServiceSpecificErrorWithMessage(7, "why"),
+       {false, EX_SERVICE_SPECIFIC, 7, STATUS_OK, "why"}}};
+  for (const auto& [status, content] : kCases) {
+    EXPECT_EQ(Content(status.isOk(), status.getExceptionCode(), status.getServiceSpecificError(),
+                      status.getStatus(), status.getMessage()),
+              content)
+        << status.getDescription();
+  }
+  EXPECT_FALSE(ScopedAStatus().isOk());
+}
+
+}  // namespace
