@@ -141,12 +141,12 @@ BnStats::BnStats() = default;
 BnStats::~BnStats() = default;
 
 ndk::ScopedAStatus BnStats::getInterfaceVersion(std::int32_t* result) {
-  *result = version;
+  *result = 2;
   return ndk::ScopedAStatus::ok();
 }
 
 ndk::ScopedAStatus BnStats::getInterfaceHash(std::string* result) {
-  *result = hash;
+  *result = "simulated";
   return ndk::ScopedAStatus::ok();
 }
 

@@ -14,8 +14,6 @@ namespace aidl::android::frameworks::stats {
 class IStats : public ndk::ICInterface {
  public:
   static const char* descriptor;
-  static inline const std::int32_t version = 2;
-  static inline const std::string hash = "simulated";
 
   /// The interface object of `binder`; null for a null binder.
   static std::shared_ptr<IStats> fromBinder(const ndk::SpAIBinder& binder);
