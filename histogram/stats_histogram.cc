@@ -40,13 +40,13 @@ std::unique_ptr<StatsHistogram> StatsHistogram::createLinearBins(float min, floa
 std::unique_ptr<StatsHistogram> StatsHistogram::createExponentialBins(float min, float max,
                                                                       int count) {
   if (!IsValidCount(count)) return createExplicitBins({});
-  const float ratio = min == 0 ? std::numeric_limits<float>::quiet_NaN() : max / min;
+  // Only inner edges need the ratio.
+  const bool has_no_ratio = min == 0 || (min < 0 && max > 0) || (min > 0 && max < 0);
+  if (count > 1 && has_no_ratio) return createExplicitBins({});
+  const float ratio = count > 1 ? max / min : 1;
   const auto factor = static_cast<float>(std::pow(double{ratio}, 1.0 / count));
-  std::vector<float> bins = MakeBins(min, max, count, [=](float edge) { return edge * factor; });
-  const bool is_finite =
-      std::all_of(bins.begin(), bins.end(), [](float edge) { return std::isfinite(edge); });
-  if (!is_finite) return createExplicitBins({});
-  return std::unique_ptr<StatsHistogram>(new StatsHistogram(std::move(bins)));
+  return std::unique_ptr<StatsHistogram>(
+      new StatsHistogram(MakeBins(min, max, count, [=](float edge) { return edge * factor; })));
 }
 
 std::unique_ptr<StatsHistogram> StatsHistogram::createExplicitBins(

@@ -15,8 +15,10 @@ namespace android::util::statslogapigen {
 /// Only one thread at a time may use a histogram; histograms share no state. Only creation
 /// allocates.
 ///
-/// A factory that cannot create the requested bins returns a histogram of one bin, which counts
-/// every sample. It is safe to use; `getBins().size() == 1` detects it.
+/// A factory that refuses the requested bins returns a histogram of one bin, which counts every
+/// sample. It is safe to use; `getBins().size() == 1` detects it, since only
+/// `createExplicitBins({})` asks for one bin. A request that is not refused takes 8 bytes a bin: on
+/// a 32-bit device a `count` of some hundred millions ends in a failed allocation.
 class [[gnu::visibility("default")]] StatsHistogram {
  public:
   /// The exclusive upper bound of `count`, which keeps edges and counts below 2^30 entries.
@@ -28,9 +30,9 @@ class [[gnu::visibility("default")]] StatsHistogram {
   /// below 1 or not below `kCountLimit`.
   static std::unique_ptr<StatsHistogram> createLinearBins(float min, float max, int count);
 
-  /// Like `createLinearBins`, but each edge is the one before it times a constant factor. Also
-  /// returns the one-bin histogram when an edge would not be finite; from a `count` of 2 on, that
-  /// is so when `min` is 0 or differs in sign from `max`.
+  /// Like `createLinearBins`, but each edge is the one before it times a constant factor. Edges may
+  /// overflow to an infinity. Also returns the one-bin histogram when there is no factor: from a
+  /// `count` of 2 on, when `min` is 0 or differs in sign from `max`.
   static std::unique_ptr<StatsHistogram> createExponentialBins(float min, float max, int count);
 
   /// An underflow bin, then one bin that begins at each of `edges`. The edges are used as given,
