@@ -22,14 +22,17 @@ SensorVela::SensorVela(std::unique_ptr<SystemDiagnosticsSupplierV2>&& supplier)
 }
 
 SensorVela::~SensorVela() {
-  {
-    // Under the lock, so that a reporter thread that is about to wait gets either the flag or the
-    // notification.
-    const MutexLock lock(queue_mutex_);
-    stop_requested_ = true;
-    queue_cv_.NotifyAll();
-  }
+  RequestStop();
   reporter_thread_.join();
+}
+
+// Not in the destructor, because Clang does not check the locks in one.
+void SensorVela::RequestStop() {
+  // Under the lock, so that a thread that is about to wait sees either the flag or the
+  // notification.
+  const MutexLock lock(queue_mutex_);
+  stop_requested_ = true;
+  queue_cv_.NotifyAll(queue_mutex_);
 }
 
 void SensorVela::Start() { reporter_thread_ = std::thread(&SensorVela::RunReporterThread, this); }
@@ -41,5 +44,5 @@ void SensorVela::ReportVendorAtomAsync(const VendorAtom& atom) {
 void SensorVela::Enqueue(VendorAtom&& atom) {
   const MutexLock lock(queue_mutex_);
   atom_queue_.push_back(std::move(atom));
-  queue_cv_.NotifyAll();
+  queue_cv_.NotifyAll(queue_mutex_);
 }

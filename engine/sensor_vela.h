@@ -249,8 +249,9 @@ class [[gnu::visibility("default")]] SensorVela {
 
   // Times are in nanoseconds of `android::elapsedRealtimeNano()`; differences of times wrap.
 
-  /// The sensor was enabled with this sampling period. Resets the sensor's counts; those that no
-  /// disable has reported are discarded.
+  /// The sensor was enabled with this sampling period. Queues the atom and then resets the sensor's
+  /// counts; those that no disable has reported are discarded. A disable on another thread can come
+  /// between the two: it then reports the counts from before, after the enable's atom.
   void ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns);
 
   /// The sensor was disabled. Reports the sensor's counts since the last enable and does not reset
@@ -322,16 +323,17 @@ class [[gnu::visibility("default")]] SensorVela {
 
   /// The thread's body: waits for the stats service, then sends and sleeps until a stop is
   /// requested.
-  void RunReporterThread() SENSORVELA_EXCLUDES(queue_mutex_, error_counts_mutex_);
+  void RunReporterThread() SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   /// Sends the atoms queued at this moment, or drops them if there is no service.
-  void DrainAtomQueue() SENSORVELA_EXCLUDES(queue_mutex_);
+  void DrainAtomQueue() SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   /// Waits until the stats service is up, if the device declares one, and logs the result.
-  void WaitForStatsService() const;
+  void WaitForStatsService() const
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   /// Calls each operation of the supplier and queues one atom for each record.
-  void UploadDiagnostics() SENSORVELA_EXCLUDES(queue_mutex_);
+  void UploadDiagnostics() SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   /// Adds an all-zero status for the sensor if it has none.
   void EnsureSensorEntryInStatus(SensorId sensor) SENSORVELA_REQUIRES(status_mutex_);
@@ -341,19 +343,21 @@ class [[gnu::visibility("default")]] SensorVela {
       SENSORVELA_REQUIRES(status_mutex_);
 
   [[gnu::visibility("hidden")]] void UploadFrom(SystemDiagnosticsSupplier& supplier)
-      SENSORVELA_EXCLUDES(queue_mutex_);
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
   [[gnu::visibility("hidden")]] void UploadFrom(SystemDiagnosticsSupplierV2& supplier)
-      SENSORVELA_EXCLUDES(queue_mutex_);
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   [[gnu::visibility("hidden")]] void Start();
+  [[gnu::visibility("hidden")]] void RequestStop() SENSORVELA_EXCLUDES(queue_mutex_);
   [[gnu::visibility("hidden")]] bool StopRequested() SENSORVELA_EXCLUDES(queue_mutex_);
 
   /// Queues `atom` without a copy.
-  [[gnu::visibility("hidden")]] void Enqueue(VendorAtom&& atom) SENSORVELA_EXCLUDES(queue_mutex_);
+  [[gnu::visibility("hidden")]] void Enqueue(VendorAtom&& atom)
+      SENSORVELA_EXCLUDES(queue_mutex_, error_counts_mutex_);
 
   /// Counts one more occurrence of the error. Past the cap, logs it and returns false.
   [[gnu::visibility("hidden")]] bool CountError(ErrorFamily family, std::int32_t enumerator)
-      SENSORVELA_EXCLUDES(error_counts_mutex_);
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   // The supplier is declared before the thread and the queue, so that it outlives both: the thread
   // calls it.

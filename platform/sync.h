@@ -73,9 +73,9 @@ class CondVar {
   /// sleep: the caller checks its own state and the clock.
   void WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) SENSORVELA_REQUIRES(mutex);
 
-  /// Wakes every waiter. While the caller holds the waiters' mutex, no thread can check its state
-  /// and then miss the notification.
-  void NotifyAll();
+  /// Wakes every thread that waits with `mutex`. Since the caller holds it, no thread can check its
+  /// state and then miss the notification.
+  void NotifyAll(Mutex& mutex) SENSORVELA_REQUIRES(mutex);
 
  private:
   std::condition_variable cv_;

@@ -21,6 +21,6 @@ void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
   lock.release();  // Leaves `mutex` locked, as the caller had it.
 }
 
-void CondVar::NotifyAll() { cv_.notify_all(); }
+void CondVar::NotifyAll(Mutex& /*mutex*/) { cv_.notify_all(); }
 
 }  // namespace sensorvela::platform

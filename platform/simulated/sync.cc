@@ -38,7 +38,7 @@ void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
   lock.release();  // Leaves `mutex` locked, as the caller had it.
 }
 
-void CondVar::NotifyAll() {
+void CondVar::NotifyAll(Mutex& /*mutex*/) {
   Timeline& timeline = Timeline::Get();
   if (timeline.is_virtual()) {
     timeline.Notify(this);

@@ -11,6 +11,9 @@ using platform::MutexLock;
 
 namespace {
 
+/// Leaves room for deadlines, and for suspensions that go on for as long.
+constexpr std::chrono::nanoseconds kLatestStart = std::chrono::hours(24 * 365 * 100);
+
 void Require(bool condition, const char* what) {
   if (condition) return;
   std::fprintf(stderr, "VirtualTime: %s\n", what);
@@ -29,6 +32,7 @@ void Timeline::Begin(std::chrono::nanoseconds start) {
   const MutexLock lock(mutex_);
   Require(!is_virtual(), "there is one already");
   Require(engines_.empty(), "construct it before the first engine");
+  Require(start <= kLatestStart && start >= -kLatestStart, "start within a century of zero");
   elapsed_ns_ = start.count();
   monotonic_ns_ = start.count();
   notifications_ = 0;
