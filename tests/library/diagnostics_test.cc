@@ -1,11 +1,19 @@
 // Tests what the simulation cannot: a host that calls the engine during an upload, and the adapters
 // without an engine.
+#include <cstring>
+#include <memory>
+#include <optional>
 #include <string>
+#include <vector>
+
+#include <sensorvela/atoms/diagnostics_atoms.h>
 
 #include "tests/library/test_support.h"
 
 namespace sensorvela::testing {
 namespace {
+
+namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 
 constexpr char kQueueAtom[] =
     "SensorSystemQueueStressReported{queue_type=%d, value_1=0, value_2=0, value_3=0, value_4=0, "
@@ -59,6 +67,30 @@ TEST(AdaptersTest, TheCallerChoosesBetweenTheMemoryAtomsNotTheRecord) {
   EXPECT_EQ(AtomText(SensorVela::MemoryPressureAtom(memory)),
             "SensorMemoryPressureReported{shared_value=1, pressure_value_1=2, pressure_value_2=3, "
             "pressure_value_3=4, pressure_value_4=5.5}");
+}
+
+template <typename... Records>
+void ExpectZeroDefaults() {
+  const auto expect = [](const auto& record) {
+    const std::vector<unsigned char> zeros(sizeof record);
+    EXPECT_EQ(std::memcmp(&record, zeros.data(), sizeof record), 0);
+  };
+  (expect(*std::make_unique<Records>()), ...);
+}
+
+TEST(RecordsTest, AreZeroByDefault) {
+  ExpectZeroDefaults<SensorVela::SensorId, SensorVela::TarnVelaProxEvent, SensorVela::ProcessorDiag,
+                     SensorVela::QueueStress, SensorVela::IpcErrorRate, SensorVela::SensorUsage,
+                     SensorVela::GatingContext, SensorVela::DramException,
+                     SensorVela::AadProxStats>();
+  EXPECT_EQ(SensorVela::MemoryPressure{}.kind, 0);  // It has padding.
+  EXPECT_EQ(AtomText(SensorVela::MemoryPressureAtom({})),
+            "SensorMemoryPressureReported{shared_value=0, pressure_value_1=0, pressure_value_2=0, "
+            "pressure_value_3=0, pressure_value_4=0}");
+  atoms::SensorMemoryServiceabilityStatsReported zeros;
+  zeros.bucket_allocation_count.resize(20);
+  zeros.bucket_duration_ms.resize(20);
+  EXPECT_EQ(SensorVela::MemServiceabilityAtom({}), createVendorAtom(zeros));
 }
 
 }  // namespace
