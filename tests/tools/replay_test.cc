@@ -44,8 +44,10 @@ TEST(TraceTest, SaysWhatIsWrongWithATraceAndWhere) {
   EXPECT_GT(count, 40);
   // Text that is not valid JSON, or that no trace should have.
   const std::string malformed = ": expected one JSON object";
-  EXPECT_EQ(Complaint(std::string("\x00\xff\x1b", 3)),
-            "t:1: malformed JSON at column 1" + malformed);
+  EXPECT_EQ(Complaint("\xff\x1b"), "t:1: malformed JSON at column 1" + malformed);
+  EXPECT_EQ(Complaint(std::string("{\"at_ns\":0,\"event\":\"engine_start\"}\0{}", 37)),
+            "t:1: a NUL byte at column 35: expected one JSON object");
+  EXPECT_EQ(Complaint("\xef\xbb\xbf{}"), "t:1: a byte order mark: expected one JSON object");
   const std::string deep(100'000, '[');
   EXPECT_EQ(Complaint(deep), "t:1: malformed JSON at column 100001" + malformed);
   EXPECT_EQ(Complaint(deep + std::string(100'000, ']')),

@@ -1,5 +1,6 @@
 #include "tools/trace/checked_value.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "tools/text/printable_text.h"
@@ -43,8 +44,10 @@ float CheckedValue::Float() const {
   }
   if (!value_->is_number()) RejectType(kFloatDescription);
   const auto number = value_->get<double>();
-  if (std::abs(number) > double{Limits::max()}) Reject("is " + value_->dump(), kFloatDescription);
-  return static_cast<float>(number);
+  // The largest float is printed rounded up, as 3.4028235e+38. What rounds to it is read as it.
+  constexpr double kRoundsToInfinity = 3.4028235677973366e38;
+  if (std::abs(number) >= kRoundsToInfinity) Reject("is " + value_->dump(), kFloatDescription);
+  return static_cast<float>(std::clamp(number, double{Limits::lowest()}, double{Limits::max()}));
 }
 
 bool CheckedValue::Bool() const {

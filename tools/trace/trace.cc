@@ -54,6 +54,14 @@ class DuplicateFieldCheck {
 };
 
 json ParseLine(std::string_view line) {
+  // The JSON parser passes over the one and takes the other for the line's end.
+  if (line.starts_with("\xef\xbb\xbf")) {
+    throw EventError("a byte order mark: expected one JSON object");
+  }
+  if (const std::size_t nul = line.find('\0'); nul != std::string_view::npos) {
+    throw EventError("a NUL byte at column " + std::to_string(nul + 1) +
+                     ": expected one JSON object");
+  }
   try {
     json event = json::parse(line, DuplicateFieldCheck());
     if (event.is_object()) return event;
