@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <csignal>
 #include <cstddef>
 #include <cstdio>
@@ -49,19 +50,33 @@ struct Options {
   std::string trace;
   bool log = false;
   std::string format = "text";
-  std::string trace_out;
+  std::optional<std::string> trace_out;
 };
 
+/// To be called right after the write that has failed.
 int CannotWrite(const std::string& what) {
-  std::cerr << "sensorvela-replay: cannot write " << what << '\n';
+  const std::string reason = std::generic_category().message(errno);
+  std::cerr << "sensorvela-replay: cannot write " << what << ": " << reason << '\n';
   return kExitFailed;
 }
 
-int Replay(const Options& options) try {
-  if (options.trace_out == "-") {
-    std::cerr << "sensorvela-replay: --trace-out -: expected the name of a file\n";
-    return kExitBadInput;
+/// Says why, and returns false, when the viewer's file cannot be that one.
+bool CheckTraceOut(const Options& options) {
+  if (!options.trace_out) return true;
+  if (options.trace_out->empty() || *options.trace_out == "-") {
+    std::cerr << "sensorvela-replay: --trace-out " << *options.trace_out
+              << ": expected the name of a file\n";
+    return false;
   }
+  const std::string trace = options.trace == "-" ? "/dev/stdin" : options.trace;
+  std::error_code no_such_file;
+  if (!std::filesystem::equivalent(trace, *options.trace_out, no_such_file)) return true;
+  std::cerr << "sensorvela-replay: --trace-out would overwrite the trace\n";
+  return false;
+}
+
+int Replay(const Options& options) try {
+  if (!CheckTraceOut(options)) return kExitBadInput;
 
   std::optional<replay::Progress> progress;
   std::vector<replay::RunObserver*> observers;
@@ -82,21 +97,16 @@ int Replay(const Options& options) try {
 
   std::ofstream trace_out;
   std::unique_ptr<replay::RunObserver> viewer;
-  if (!options.trace_out.empty()) {
-    std::error_code no_such_file;
-    if (std::filesystem::equivalent(options.trace, options.trace_out, no_such_file)) {
-      std::cerr << "sensorvela-replay: --trace-out would overwrite the trace\n";
-      return kExitBadInput;
-    }
-    trace_out.open(options.trace_out, std::ios::binary);
-    if (!trace_out) return CannotWrite(options.trace_out);
+  if (options.trace_out) {
+    trace_out.open(*options.trace_out, std::ios::binary);
+    if (!trace_out) return CannotWrite(*options.trace_out);
     viewer = replay::MakeViewerObserver(trace_out);
     observers.push_back(viewer.get());
   }
 
   replay::Replay(observers, options.log).Run(events);
   if (!std::cout.flush()) return CannotWrite("to standard output");
-  if (!trace_out.flush()) return CannotWrite(options.trace_out);
+  if (options.trace_out && !trace_out.flush()) return CannotWrite(*options.trace_out);
   return 0;
 } catch (const replay::TraceError& error) {
   std::cerr << error.what() << '\n';
@@ -127,7 +137,8 @@ int main(int argc, char** argv) try {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : kExitBadInput;
+    if (app.exit(error) != 0) return kExitBadInput;
+    return std::cout.flush() ? 0 : CannotWrite("to standard output");
   }
   return Replay(options);
 } catch (const std::exception& error) {
