@@ -1,5 +1,5 @@
 // Calls to the platform's stats service. Only an engine's reporter thread makes them, with no
-// engine lock held: each may block until the service manager or the service answers.
+// engine lock held: a lookup may wait for the service, and a report for the call's end.
 #pragma once
 
 #include <aidl/android/frameworks/stats/IStats.h>
@@ -9,12 +9,14 @@
 
 namespace sensorvela {
 
-/// The interface of the service registered as `instance`; null when there is none. May wait for it
-/// to register. Each drain of the queue looks the service up again, and so finds a restarted one.
+/// The interface of the service registered as `instance`. Waits for it to register; null when the
+/// access is refused or the service manager fails. Each drain of the queue looks the service up
+/// again, and so finds a restarted one.
 std::shared_ptr<aidl::android::frameworks::stats::IStats> LookUpStatsService(
     const std::string& instance);
 
-/// Sends one atom. Returns false when the service answers with an error or with no status at all.
+/// Sends one atom. Returns false when the call ends with an error or without a status. On a device
+/// the call ends when the atom is handed over, whatever the service makes of it.
 bool ReportAtom(aidl::android::frameworks::stats::IStats& service,
                 const aidl::android::frameworks::stats::VendorAtom& atom);
 

@@ -56,8 +56,8 @@ class MonotonicClock {
   static time_point now() noexcept;
 };
 
-/// Gives the calling thread a name that shows in `top`, in traces and in crash reports. At most 15
-/// characters count.
+/// Gives the calling thread a name that shows in `top`, in traces and in crash reports. A name of
+/// more than 15 characters is refused, and the thread keeps the one that it has.
 void NameThisThread(const char* name);
 
 /// A condition variable that one thread waits on and any thread notifies.

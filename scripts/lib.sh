@@ -84,7 +84,7 @@ need_for() {
 choose_preset() {
   preset=clang
   need_for clang && return
-  say "Clang 19 is not to be had here: using g++"
+  say "Clang 19 cannot be installed here: using g++"
   preset=gcc
 }
 

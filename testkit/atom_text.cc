@@ -7,10 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iomanip>
 #include <optional>
 #include <ostream>
-#include <sstream>
 #include <vector>
 
 #include "testkit/atom_catalogue.h"
@@ -46,10 +44,20 @@ std::string Text(float value) {
   return text.data();
 }
 
+/// In quotes, with what would end the line or the text as `\x0a`.
 std::string Text(const std::string& value) {
-  std::ostringstream quoted;
-  quoted << std::quoted(value);
-  return quoted.str();
+  std::string text = "\"";
+  for (const char c : value) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < ' ' || byte == 0x7f || c == '"' || c == '\\') {
+      std::array<char, 8> escaped = {};
+      std::snprintf(escaped.data(), escaped.size(), "\\x%02x", static_cast<unsigned>(byte));
+      text += escaped.data();
+    } else {
+      text += c;
+    }
+  }
+  return text + '"';
 }
 
 template <typename T>

@@ -15,8 +15,8 @@ namespace sensorvela::testkit {
 /// the text says only whether there are any. The kind is written before a value when it is not the
 /// kind in the catalogue (`state=long 2`), and before each value of an atom that the catalogue does
 /// not have (`atom 42{value_1=int 7}`). A float has the fewest digits that read back as the same
-/// float
-/// (`0.3`, `5`), a NaN its bits (`nan(0x7fc00000)`).
+/// float (`0.3`, `5`), a NaN its bits (`nan(0x7fc00000)`). In a string, quotes, backslashes and
+/// control characters are written as `\x0a`.
 std::string AtomText(const aidl::android::frameworks::stats::VendorAtom& atom);
 
 }  // namespace sensorvela::testkit

@@ -34,7 +34,7 @@ World::World()
 }
 
 World::~World() {
-  if (has_engine()) DestroyEngine();
+  DestroyEngine();
   simulated::ResetServices();
 }
 
@@ -74,6 +74,7 @@ void World::UndeclareService() {
 }
 
 SensorVela& World::StartEngine(SupplierKind supplier) {
+  DestroyEngine();
   engine_ = MakeEngine(supplier, Ask());
   return *engine_;
 }
@@ -86,6 +87,7 @@ AskDiagnostics World::Ask() {
 }
 
 void World::DestroyEngine() {
+  if (!has_engine()) return;
   time.WaitUntilSettled();  // Now the thread is blocked if it has to wait.
   DestroyEngine([] { simulated::ReleaseServiceWaits(kStatsInstance); });
 }

@@ -48,9 +48,9 @@ class World {
   /// `time.RunFor(std::chrono::hours(6))` lets six hours pass.
   simulated::VirtualTime time;
 
-  // The stats service. What a device does, the service manager does here: an engine whose service
-  // is absent waits for it and keeps its atoms. It drops them only when a lookup ends without a
-  // service, for one of two reasons: the access is refused, or the service manager fails.
+  // The stats service behaves as on a device: an engine whose service is absent waits for it and
+  // keeps its atoms. The engine drops atoms only when a lookup ends without a service, for one of
+  // two reasons: the access is refused, or the service manager fails.
 
   /// Unregisters `service`: an outage begins.
   void UnregisterService();
@@ -78,9 +78,11 @@ class World {
   /// `MakeSecondGenerationSupplier(world.Ask())`. The world outlives the function.
   AskDiagnostics Ask();
 
-  /// Destroys the world's own engine. `release` unblocks its reporter thread; the default ends a
-  /// wait for the service. See destroy_engine.h.
+  /// Destroys the world's own engine, even if it waits for the service; does nothing if there is
+  /// none. `StartEngine` does the same with the engine before.
   void DestroyEngine();
+  /// Destroys the engine, which there must be, while its reporter thread is blocked in something
+  /// else, which `release` ends. See destroy_engine.h.
   void DestroyEngine(const std::function<void()>& release);
 
   /// The atoms that have reached the service since the last call, in order.

@@ -1,6 +1,7 @@
 #include "platform/simulated/timeline.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <optional>
@@ -21,6 +22,12 @@ void Require(bool condition, const char* what) {
 }
 
 }  // namespace
+
+std::chrono::nanoseconds SaturatingSum(std::chrono::nanoseconds a, std::chrono::nanoseconds b) {
+  std::int64_t sum = 0;
+  if (!__builtin_add_overflow(a.count(), b.count(), &sum)) return std::chrono::nanoseconds(sum);
+  return a.count() > 0 ? std::chrono::nanoseconds::max() : std::chrono::nanoseconds::min();
+}
 
 // Never destroyed: engines may outlive the process's static objects.
 Timeline& Timeline::Get() {
@@ -96,14 +103,16 @@ void Timeline::RunTo(std::chrono::nanoseconds instant) {
   const MutexLock lock(mutex_);
   for (;;) {
     while (!Settled()) changed_.wait(mutex_);
-    std::optional<std::chrono::nanoseconds> next;  // In elapsed realtime.
+    const std::chrono::nanoseconds left = SaturatingSum(instant, -now());
+    std::optional<std::chrono::nanoseconds> next;
     for (const auto& [id, engine] : engines_) {
       if (!engine.is_asleep) continue;
-      const auto due = now() + (engine.deadline - monotonic_now());
-      if (due <= instant) next = next ? std::min(*next, due) : due;
+      const auto wait = std::max(SaturatingSum(engine.deadline, -monotonic_now()),
+                                 std::chrono::nanoseconds::zero());
+      if (wait <= left) next = next ? std::min(*next, wait) : wait;
     }
     if (!next) break;
-    Advance(*next);
+    Advance(now() + *next);
     WakeDue();
   }
   Advance(instant);
@@ -118,7 +127,7 @@ void Timeline::MoveTo(std::chrono::nanoseconds instant, bool wake_due) {
 void Timeline::Suspend(std::chrono::nanoseconds duration) {
   const MutexLock lock(mutex_);
   while (!Settled()) changed_.wait(mutex_);
-  elapsed_ns_ += std::max(duration, std::chrono::nanoseconds::zero()).count();
+  if (duration.count() > 0) elapsed_ns_ = SaturatingSum(now(), duration).count();
 }
 
 void Timeline::WaitUntilAtRest() {
@@ -137,9 +146,10 @@ void Timeline::WaitForNotifications(std::uint64_t count) {
 }
 
 void Timeline::Advance(std::chrono::nanoseconds instant) {
-  const std::chrono::nanoseconds step = std::max(instant - now(), std::chrono::nanoseconds::zero());
-  elapsed_ns_ += step.count();
-  monotonic_ns_ += step.count();
+  if (instant <= now()) return;
+  const std::chrono::nanoseconds step = SaturatingSum(instant, -now());
+  elapsed_ns_ = instant.count();
+  monotonic_ns_ = SaturatingSum(monotonic_now(), step).count();
 }
 
 void Timeline::Wake(Engine& engine) {

@@ -9,11 +9,11 @@ VirtualTime::~VirtualTime() { Timeline::Get().End(); }
 
 VirtualTime::Instant VirtualTime::Now() const { return Timeline::Get().now(); }
 
-VirtualTime::Instant VirtualTime::MonotonicNow() const { return Timeline::Get().monotonic_now(); }
-
 void VirtualTime::Suspend(Instant duration) { Timeline::Get().Suspend(duration); }
 
 void VirtualTime::RunTo(Instant instant) { Timeline::Get().RunTo(instant); }
+
+void VirtualTime::RunFor(Instant duration) { RunTo(SaturatingSum(Now(), duration)); }
 
 void VirtualTime::JumpTo(Instant instant) { Timeline::Get().MoveTo(instant, true); }
 

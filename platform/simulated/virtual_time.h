@@ -7,9 +7,9 @@
 
 namespace sensorvela::simulated {
 
-/// While a `VirtualTime` exists, elapsed realtime and the monotonic clock return its instant, and
-/// only a notification or this timeline ends a reporter thread's timed wait. Instants are
-/// nanoseconds from the timeline's own zero.
+/// While a `VirtualTime` exists, it sets elapsed realtime and the monotonic clock, and only a
+/// notification or this timeline ends a reporter thread's timed wait. Both clocks begin at `start`.
+/// Instants are nanoseconds of elapsed realtime.
 ///
 /// Construct it before the first engine and destroy it after the last; only one may exist at a
 /// time. Otherwise the process aborts. While it exists, only reporter threads may wait in the
@@ -20,20 +20,16 @@ class VirtualTime {
  public:
   using Instant = std::chrono::nanoseconds;
 
+  /// `start` is at most a century from zero.
   explicit VirtualTime(Instant start = Instant::zero());
   ~VirtualTime();
   VirtualTime(const VirtualTime&) = delete;
   VirtualTime& operator=(const VirtualTime&) = delete;
 
-  /// The instant on elapsed realtime, which all instants here are on.
   Instant Now() const;
 
-  /// The instant on the monotonic clock, which the engine's cycle is on: elapsed realtime without
-  /// the time in which the device was suspended.
-  Instant MonotonicNow() const;
-
   /// The device is suspended for that long: elapsed realtime goes on, while the monotonic clock and
-  /// every timed wait stand still. Begins settled. A negative duration suspends for no time.
+  /// every timed wait stand still. Every engine is settled first. A negative duration counts as 0.
   void Suspend(Instant duration);
 
   /// Moves the clocks to `instant` and stops at every deadline on the way: the engines that it
@@ -41,8 +37,8 @@ class VirtualTime {
   /// first moves and when this returns. An instant in the past moves nothing.
   void RunTo(Instant instant);
 
-  /// The same for an instant that is `duration` from now.
-  void RunFor(Instant duration) { RunTo(Now() + duration); }
+  /// The same for the instant that is `duration` from now, or the latest of all if that is later.
+  void RunFor(Instant duration);
 
   /// Moves the clocks in one step and wakes every engine whose deadline has been reached. Does not
   /// wait.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
@@ -20,6 +21,7 @@
 #include <sensorvela/testkit/atom_text.h>
 #include <sensorvela/testkit/stats_service.h>
 #include <sensorvela/testkit/value_kinds.h>
+#include <sensorvela/testkit/world.h>
 
 #include "atoms/all_records.h"
 
@@ -100,7 +102,7 @@ TEST(AtomTextTest, TellsApartWhatDiffers) {
   const Value nan = Value::make<Value::floatValue>(std::bit_cast<float>(0x7fc00001));
   const Value absent = Value::make<Value::repeatedIntValue>(std::nullopt);
   const auto strings = Value::make<Value::repeatedStringValue>(
-      std::vector<std::optional<std::string>>{"a \"b\"", std::nullopt});
+      std::vector<std::optional<std::string>>{"a \"\n", std::nullopt});
   const auto bools = Value::make<Value::repeatedBoolValue>(std::vector<bool>{true, false});
   VendorAtom annotated = Atom(42, {one});
   annotated.atomAnnotations.emplace();
@@ -111,7 +113,7 @@ TEST(AtomTextTest, TellsApartWhatDiffers) {
       {Atom(42, {one, nan, absent}),
        "atom 42{value_1=int 1, value_2=float nan(0x7fc00001), value_3=ints absent}"},
       {Atom(42, {strings, bools}),
-       R"(atom 42{value_1=strings ["a \"b\"", absent], value_2=bools [true, false]})"},
+       R"(atom 42{value_1=strings ["a \x22\x0a", absent], value_2=bools [true, false]})"},
       {annotated, "atom 42{value_1=int 1, annotated}"}};
   for (const auto& [atom, text] : kCases) EXPECT_EQ(::testing::PrintToString(atom), text);
 }
@@ -134,6 +136,36 @@ TEST(StatsServiceTest, AnswersAsPlannedAndSaysWhenAtomsHaveCome) {
   EXPECT_EQ(answers, "onneo");
   EXPECT_EQ(service->TakeAtoms().size(), 5U);
   EXPECT_EQ(service->TakeAtoms().size(), 0U);
+}
+
+TEST(VirtualTimeTest, NeverGoesBackAndStopsAtTheLatestInstant) {
+  using Instant = simulated::VirtualTime::Instant;
+  simulated::VirtualTime time(std::chrono::hours(1));
+  for (const Instant past : {Instant::min(), Instant::zero()}) {
+    time.RunTo(past);
+    time.JumpTo(past);
+    time.RunFor(past);
+    time.Suspend(past);
+    EXPECT_EQ(time.Now(), std::chrono::hours(1));
+  }
+  const auto engine = MakeEngine(SupplierKind::kNone, nullptr);
+  simulated::RegisterService(kStatsInstance, ndk::SharedRefBase::make<StatsService>());
+  for (int i = 0; i < 2; ++i) {
+    time.Suspend(Instant::max());
+    time.RunFor(Instant::max());
+    EXPECT_EQ(time.Now(), Instant::max());
+  }
+  simulated::ResetServices();
+}
+
+TEST(WorldTest, DestroysAnEngineWhoseServiceIsAwayAndStartsAnother) {
+  World world;
+  world.UnregisterService();
+  world.StartEngine();
+  world.StartEngine(SupplierKind::kNone);
+  world.DestroyEngine();
+  world.DestroyEngine();
+  EXPECT_FALSE(world.has_engine());
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ class TextReport : public RunObserver {
     for (const SensorSummary& sensor : summary.sensors) Sensor(sensor);
     out_ << '\n';
     Count("delivered", summary.delivered, "atoms that the stats service took");
-    Count("failed", summary.failed, "atoms that it answered with an error or without a status");
+    Count("failed", summary.failed, "atoms whose report failed or ended without a status");
     Count("dropped", summary.dropped, "atoms queued that never reached it");
     Count("blocked by the cap", summary.blocked_by_cap,
           "errors past the 10 of a kind that a cycle allows");

@@ -8,8 +8,8 @@
 
 namespace sensorvela::replay {
 
-/// Writes to `out`, which must outlive the report, a line for each atom, log line and note, and at
-/// the end a summary. Control characters are escaped.
+/// Writes to `out`, which must outlive the report, a line for each atom, log line, note and
+/// suspension, and at the end a summary. Control characters are escaped.
 std::unique_ptr<RunObserver> MakeTextReport(std::ostream& out);
 
 }  // namespace sensorvela::replay

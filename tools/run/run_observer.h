@@ -21,7 +21,7 @@ using testkit::Answer;
 struct Summary {
   /// Atoms that the stats service accepted.
   std::uint64_t delivered = 0;
-  /// Atoms that it answered with an error or without a status.
+  /// Atoms whose report failed or ended without a status.
   std::uint64_t failed = 0;
   /// Atoms that were queued and never reached the service.
   std::uint64_t dropped = 0;

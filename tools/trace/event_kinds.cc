@@ -19,9 +19,6 @@ namespace {
 
 constexpr std::int32_t kMaxCount = 1'000'000;
 
-// As long as a trace may be, so that the sum of both fits into 64 bits.
-constexpr std::int64_t kMaxSuspendedNs = 4'000'000'000'000'000'000;
-
 // The widths of the description's column of names, wider than any name, and of its lines.
 constexpr std::size_t kNameWidth = 25;
 constexpr std::size_t kLineWidth = 100;
@@ -206,13 +203,11 @@ constexpr EventKind kEventKinds[] = {
      AnswerReports<Answer::kNoStatus>},
     {"suspended",
      "the device sleeps for that long: at_ns and the sensors' clock go on, the engine's cycle "
-     "stands "
-     "still, and samples of a train that would arrive meanwhile arrive at the end; no event may "
-     "come "
-     "before that",
+     "stands still, and samples of a train that would arrive meanwhile arrive at the end; no event "
+     "may come before that",
      Place::kAnywhere,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto for_ns = fields.Integer<std::int64_t>("for_ns", 0, kMaxSuspendedNs);
+       const auto for_ns = fields.Integer<std::int64_t>("for_ns", 0, kMaxTimeNs);
        return {.action = [=](Replay& replay) { replay.Suspend(std::chrono::nanoseconds(for_ns)); },
                .suspended_ns = for_ns};
      }},

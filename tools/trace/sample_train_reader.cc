@@ -10,16 +10,13 @@ constexpr std::int64_t kMaxSamples = 1'000'000'000;
 constexpr std::int64_t kHourNs = 3'600'000'000'000;
 constexpr std::int64_t kDayNs = 24 * kHourNs;
 
-// The same limit as for a trace, so that the sum of both and the largest latency fits into 64 bits.
-constexpr std::int64_t kMaxTrainNs = 4'000'000'000'000'000'000;
-
 /// Needed because the product of two fields within their bounds can exceed 64 bits.
 bool LastsTooLong(const SampleTrain& train) {
   const std::int64_t steps = train.count - 1;
   if (steps == 0) return false;
-  if (train.interval_ns > kMaxTrainNs / steps) return true;
+  if (train.interval_ns > kMaxTimeNs / steps) return true;
   const std::int64_t gaps = train.gap_every == 0 ? 0 : steps / train.gap_every;
-  return gaps > 0 && train.gap_ns > (kMaxTrainNs - steps * train.interval_ns) / gaps;
+  return gaps > 0 && train.gap_ns > (kMaxTimeNs - steps * train.interval_ns) / gaps;
 }
 
 }  // namespace
@@ -42,7 +39,7 @@ SampleTrain ReadSampleTrain(FieldReader& fields, SensorVela::SensorId sensor) {
   }
   if (LastsTooLong(train)) {
     throw EventError("a train of samples that lasts too long: expected at most " +
-                     std::to_string(kMaxTrainNs) + " ns from its first sample to its last");
+                     std::to_string(kMaxTimeNs) + " ns from its first sample to its last");
   }
   return train;
 }

@@ -20,9 +20,6 @@ namespace {
 
 using nlohmann::json;
 
-// Less than half of the largest 64-bit integer, so that every deadline in a trace fits, too.
-constexpr std::int64_t kMaxAtNs = 4'000'000'000'000'000'000;
-
 std::string DisplayName(const std::string& path) {
   return path == "-" ? "<stdin>" : Printable(path);
 }
@@ -83,7 +80,7 @@ class TraceParser {
     FieldReader fields(object);
     const std::string name = fields.Text("event");
     const EventKind& kind = FindEventKind(name);
-    const auto at_ns = fields.Integer<std::int64_t>("at_ns", 0, kMaxAtNs);
+    const auto at_ns = fields.Integer<std::int64_t>("at_ns", 0, kMaxTimeNs);
     EventContent content = kind.read(fields, context_);
     fields.RejectOtherFields();
     CheckTime(line_number, at_ns);

@@ -8,10 +8,10 @@
 
 namespace sensorvela::replay {
 
-/// Writes the Trace Event Format to `out`, which must outlive the report. One process has tracks
-/// for the reporter thread, the atoms (delivered, failed, dropped), the errors blocked by the cap
-/// and the notes, and a counter of the queue's length. Another has a track for each sensor and a
-/// counter of its samples in each minute.
+/// Writes the Trace Event Format to `out`, which must outlive the observer. One process has tracks
+/// for the reporter thread, the atoms (delivered, failed, dropped), the errors blocked by the cap,
+/// the notes and the suspensions, and a counter of the queue's length. Another has a track for each
+/// sensor and a counter of its samples in each minute.
 ///
 /// The reporter thread's work takes no virtual time; only its waits and its sleep last.
 std::unique_ptr<RunObserver> MakeViewerObserver(std::ostream& out);
