@@ -3,6 +3,8 @@
 #include <android/binder_manager.h>
 
 #include <condition_variable>
+#include <cstdio>
+#include <cstdlib>
 #include <list>
 #include <map>
 #include <utility>
@@ -152,7 +154,12 @@ void AllowService(const std::string& instance) {
 }
 
 void RegisterService(const std::string& instance, std::shared_ptr<IStats> service) {
-  ServiceManager::Get().Register(instance, service->asBinder());
+  SpAIBinder binder = service->asBinder();
+  if (binder == nullptr) {
+    std::fputs("RegisterService: make the service with ndk::SharedRefBase::make\n", stderr);
+    std::abort();
+  }
+  ServiceManager::Get().Register(instance, std::move(binder));
 }
 
 void UnregisterService(const std::string& instance) { ServiceManager::Get().Unregister(instance); }

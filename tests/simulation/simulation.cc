@@ -100,85 +100,93 @@ std::string Text(const char* name, std::initializer_list<int64_t> values) {
   return text;
 }
 
-/// A change of the world around the engine, or the engine's destruction.
+/// The operations on the stats service and its manager, the likely ones more than once.
+Step ServiceStep(Dice& dice) {
+  struct Operation {
+    const char* name;
+    void (World::*real)();
+    void (Model::*model)();
+  };
+  constexpr Operation kRegister = {"register", &World::RegisterService, &Model::Register};
+  constexpr Operation kUnregister = {"unregister", &World::UnregisterService, &Model::Unregister};
+  constexpr Operation kRelease = {"release waits", &World::ReleaseServiceWaits,
+                                  &Model::ReleaseWaits};
+  constexpr Operation kRefuse = {"refuse", &World::RefuseService, &Model::Refuse};
+  constexpr Operation kAllow = {"allow", &World::AllowService, &Model::Allow};
+  constexpr Operation kDeclare = {"declare", &World::DeclareService, &Model::Declare};
+  constexpr Operation kUndeclare = {"undeclare", &World::UndeclareService, &Model::Undeclare};
+  const Operation operation =
+      dice.OneOf({kRegister, kRegister, kRegister, kUnregister, kUnregister, kRelease, kRefuse,
+                  kAllow, kAllow, kDeclare, kDeclare, kUndeclare});
+  return {operation.name, [=](World& world) { (world.*operation.real)(); },
+          [=](Model& model) { (model.*operation.model)(); }};
+}
+
+Step DiagnosticsStep(Dice& dice) {
+  testkit::Diagnostics d;
+  d.processor = dice.Maybe<V::ProcessorDiag>();
+  for (auto& queue : d.queues) queue = dice.Maybe<V::QueueStress>();
+  d.ipc_error_rates = dice.Some<V::IpcErrorRate>();
+  d.memory = dice.Some<V::MemoryPressure>();
+  d.sensor_usages = dice.Some<V::SensorUsage>();
+  d.gating_contexts = dice.Some<V::GatingContext>();
+  d.dram_exception = dice.Maybe<V::DramException>();
+  d.prox_stats = dice.Maybe<V::AadProxStats>();
+  return {"diagnostics", [=](World& world) { world.diagnostics = d; },
+          [=](Model& model) { model.SetDiagnostics(d); }};
+}
+
+Step TimeStep(Dice& dice, const Model& now) {
+  using std::chrono::nanoseconds;
+  if (dice.OneIn(8)) {
+    const int64_t duration = dice.OneOf<int64_t>({0, 1, dice.UpTo(kDayNs / 3)});
+    return {Text("suspend", {duration}),
+            [=](World& world) { world.time.Suspend(nanoseconds(duration)); },
+            [=](Model& model) { model.Suspend(duration); }};
+  }
+  if (dice.OneIn(8)) {
+    const int64_t instant = now.now_ns() + dice.UpTo(kDayNs / 2);
+    return {Text("slip to", {instant}),
+            [=](World& world) { world.time.SlipTo(nanoseconds(instant)); },
+            [=](Model& model) { model.SlipTo(instant); }};
+  }
+  const int64_t instant =
+      now.now_ns() +
+      dice.OneOf<int64_t>({0, 1, dice.UpTo(1'000), dice.UpTo(30'000'000), dice.UpTo(kDayNs / 4),
+                           kDayNs / 4, dice.UpTo(3 * kDayNs)});
+  return {Text("run to", {instant}), [=](World& world) { world.time.RunTo(nanoseconds(instant)); },
+          [=](Model& model) { model.RunTo(instant); }};
+}
+
+/// One thing that happens around the engine, or to it as a whole.
 Step WorldStep(Dice& dice, const Model& now) {
-  switch (dice.UpTo(13)) {
-    case 12: {
-      const int64_t duration = dice.OneOf<int64_t>({0, 1, dice.UpTo(kDayNs / 3)});
-      return {Text("suspend", {duration}),
-              [=](World& world) { world.time.Suspend(std::chrono::nanoseconds(duration)); },
-              [=](Model& model) { model.Suspend(duration); }};
-    }
-    case 13:
-      return dice.OneIn(3) ? Step{"refuse", [](World& world) { world.RefuseService(); },
-                                  [](Model& model) { model.Refuse(); }}
-                           : Step{"allow", [](World& world) { world.AllowService(); },
-                                  [](Model& model) { model.Allow(); }};
-    case 0:
-      return {"declare", [](World& world) { world.DeclareService(); },
-              [](Model& model) { model.Declare(); }};
-    case 1:
-      if (dice.OneIn(3)) {
-        return {"undeclare", [](World& world) { world.UndeclareService(); },
-                [](Model& model) { model.Undeclare(); }};
-      }
-      [[fallthrough]];
-    case 2:
-    case 3:
-      return {"register", [](World& world) { world.RegisterService(); },
-              [](Model& model) { model.Register(); }};
-    case 4:
-      return {"unregister", [](World& world) { world.UnregisterService(); },
-              [](Model& model) { model.Unregister(); }};
-    case 5:
-      return {"release waits", [](World& world) { world.ReleaseServiceWaits(); },
-              [](Model& model) { model.ReleaseWaits(); }};
-    case 6: {
+  switch (dice.UpTo(11)) {
+    case 0: {
       const int reports = static_cast<int>(dice.UpTo(3));
       const auto answer = dice.OneOf({Answer::kOk, Answer::kError, Answer::kNoStatus});
       return {Text("answers", {reports, static_cast<int>(answer)}),
               [=](World& world) { world.service->AnswerNext(reports, answer); },
               [=](Model& model) { model.AnswerNext(reports, answer); }};
     }
-    case 7: {
-      testkit::Diagnostics d;
-      d.processor = dice.Maybe<V::ProcessorDiag>();
-      for (auto& queue : d.queues) queue = dice.Maybe<V::QueueStress>();
-      d.ipc_error_rates = dice.Some<V::IpcErrorRate>();
-      d.memory = dice.Some<V::MemoryPressure>();
-      d.sensor_usages = dice.Some<V::SensorUsage>();
-      d.gating_contexts = dice.Some<V::GatingContext>();
-      d.dram_exception = dice.Maybe<V::DramException>();
-      d.prox_stats = dice.Maybe<V::AadProxStats>();
-      return {"diagnostics", [=](World& world) { world.diagnostics = d; },
-              [=](Model& model) { model.SetDiagnostics(d); }};
-    }
-    case 8:
-      if (dice.OneIn(2)) {
-        const int64_t instant = now.now_ns() + dice.UpTo(kDayNs / 2);
-        return {Text("slip to", {instant}),
-                [=](World& world) { world.time.SlipTo(std::chrono::nanoseconds(instant)); },
-                [=](Model& model) { model.SlipTo(instant); }};
-      }
-      [[fallthrough]];
-    case 9: {
+    case 1:
+      return DiagnosticsStep(dice);
+    case 2: {
       const bool comes_up = dice.OneIn(2);
-      if (!now.has_engine() || !dice.OneIn(4)) break;
+      if (!now.has_engine() || !dice.OneIn(2)) return TimeStep(dice, now);
       return {
           Text("destroy", {comes_up ? 1 : 0}),
           [=, blocked = now.is_blocked()](World& world) { Destroy(world, blocked && comes_up); },
           [=](Model& model) { model.Destroy(comes_up); }};
     }
+    case 3:
+    case 4:
+    case 5:
+    case 6:
+    case 7:
+      return ServiceStep(dice);
     default:
-      break;
+      return TimeStep(dice, now);
   }
-  const int64_t instant =
-      now.now_ns() +
-      dice.OneOf<int64_t>({0, 1, dice.UpTo(1'000), dice.UpTo(30'000'000), dice.UpTo(kDayNs / 4),
-                           kDayNs / 4, dice.UpTo(3 * kDayNs)});
-  return {Text("run to", {instant}),
-          [=](World& world) { world.time.RunTo(std::chrono::nanoseconds(instant)); },
-          [=](Model& model) { model.RunTo(instant); }};
 }
 
 /// Calls of an event method of the engine; the model has the same methods. The engine settles after
