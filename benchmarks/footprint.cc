@@ -1,4 +1,6 @@
 // sensorvela-footprint: prints how much memory an engine, a sensor and a queued atom take.
+#include <aidl/android/frameworks/stats/BnStats.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -16,6 +18,7 @@
 #include <sensorvela/atoms/sensor_event_atoms.h>
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/platform/simulated/log_sink.h>
+#include <sensorvela/platform/simulated/service_manager.h>
 #include <sensorvela/platform/simulated/virtual_time.h>
 
 namespace {
@@ -86,8 +89,18 @@ Resident ResidentNow() {
   return {own_kib * 1024, (all_kib - own_kib) * 1024};
 }
 
+class IdleStats : public aidl::android::frameworks::stats::BnStats {
+  ndk::ScopedAStatus reportVendorAtom(
+      const aidl::android::frameworks::stats::VendorAtom& /*atom*/) override {
+    return ndk::ScopedAStatus::ok();
+  }
+};
+
 void PrintResident() {
   sensorvela::simulated::VirtualTime time;
+  const char* const instance = "android.frameworks.stats.IStats/default";
+  sensorvela::simulated::DeclareService(instance);
+  sensorvela::simulated::RegisterService(instance, ndk::SharedRefBase::make<IdleStats>());
   std::vector<std::unique_ptr<SensorVela>> engines;
   const auto start = [&](std::size_t count) {
     const Resident before = ResidentNow();

@@ -96,11 +96,12 @@ TEST(CallCostTest, OfEachEvent) {
   for (const auto& [what, times_before, call, cost] : kCases) {
     // Without virtual time, which has locks of its own. The reporter thread waits for the service
     // and does not touch the queue.
-    simulated::DeclareService(testkit::kStatsInstance);
-    SensorVela engine(std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr));
-    engine.ReportFirmwareState(1, {}, 1);  // Allocates a block of the queue that holds more atoms.
-    for (int i = 0; i < times_before; ++i) call(engine);
-    EXPECT_EQ(CostOf([&] { call(engine); }), cost) << what;
+    auto engine = testkit::MakeEngine(SupplierKind::kNone, nullptr);
+    engine->ReportFirmwareState(1, {}, 1);  // Allocates a block of the queue that holds more atoms.
+    for (int i = 0; i < times_before; ++i) call(*engine);
+    EXPECT_EQ(CostOf([&] { call(*engine); }), cost) << what;
+    simulated::RefuseService(testkit::kStatsInstance);
+    engine.reset();
     simulated::ResetServices();
   }
 }

@@ -91,10 +91,10 @@ TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
   simulated::DeclareService(instance);  // The reporter thread waits for it and counts nothing yet.
   auto engine = testkit::MakeEngine(SupplierKind::kNone, nullptr);
   counts.engine = engine.get();
-  const std::function<void()> kOutages[] = {[&] { simulated::UndeclareService(instance); },
+  const std::function<void()> kOutages[] = {[&] { simulated::RefuseService(instance); },
                                             [&] { simulated::UnregisterService(instance); },
                                             [&] { simulated::RegisterService(instance, service); },
-                                            [&] { simulated::DeclareService(instance); },
+                                            [&] { simulated::AllowService(instance); },
                                             [&] { simulated::ReleaseServiceWaits(instance); }};
 
   OnThreads(kThreads, [&](int thread) {
@@ -109,10 +109,11 @@ TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
   });
 
   // When the engine is destroyed, the last batch waits for the service and more atoms are queued.
+  simulated::AllowService(instance);
   simulated::RegisterService(instance, service);
   time.WaitUntilAtRest();
+  EXPECT_GT(counts.dropped, 0);
   simulated::UnregisterService(instance);
-  simulated::DeclareService(instance);
   const auto report = [&] { engine->ReportFirmwareState(1, SensorVela::FirmwareState{1}, 1); };
   report();
   time.WaitUntilSettled();
