@@ -112,7 +112,6 @@ TEST(LoadTest, EveryAtomIsDeliveredOrDroppedWithALineOrDiscardedAtTheEnd) {
   simulated::AllowService(instance);
   simulated::RegisterService(instance, service);
   time.WaitUntilAtRest();
-  EXPECT_GT(counts.dropped, 0);
   simulated::UnregisterService(instance);
   const auto report = [&] { engine->ReportFirmwareState(1, SensorVela::FirmwareState{1}, 1); };
   report();
