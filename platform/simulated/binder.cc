@@ -45,7 +45,7 @@ class Binders {
   AIBinder* Take(std::shared_ptr<IStats> service) SENSORVELA_EXCLUDES(mutex_) {
     const MutexLock lock(mutex_);
     std::unique_ptr<AIBinder>& binder = binders_[service.get()];
-    if (binder == nullptr) binder.reset(new AIBinder{std::move(service)});
+    if (binder == nullptr) binder = std::make_unique<AIBinder>(AIBinder{std::move(service)});
     ++binder->references;
     return binder.get();
   }

@@ -1,7 +1,8 @@
 // Tests what the simulation cannot: a host that calls the engine during an upload, and the adapters
 // without an engine.
-#include <cstring>
-#include <memory>
+#include <array>
+#include <bit>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -71,11 +72,11 @@ TEST(AdaptersTest, TheCallerChoosesBetweenTheMemoryAtomsNotTheRecord) {
 
 template <typename... Records>
 void ExpectZeroDefaults() {
-  const auto expect = [](const auto& record) {
-    const std::vector<unsigned char> zeros(sizeof record);
-    EXPECT_EQ(std::memcmp(&record, zeros.data(), sizeof record), 0);
+  const auto expect = []<typename Record>(const Record& record) {
+    using Words = std::array<std::uint32_t, sizeof(Record) / 4>;
+    EXPECT_EQ(std::bit_cast<Words>(record), Words{});
   };
-  (expect(*std::make_unique<Records>()), ...);
+  (expect(Records{}), ...);
 }
 
 TEST(RecordsTest, AreZeroByDefault) {
