@@ -19,8 +19,8 @@
 #include "tests/library/test_support.h"
 #include "tests/simulation/simulation_model.h"
 
-// Defined in a build with sanitizers only. NOLINTNEXTLINE(bugprone-reserved-identifier,
-// readability-identifier-naming)
+// Only a build with sanitizers defines it.
+// NOLINTNEXTLINE(bugprone-reserved-identifier, readability-identifier-naming)
 extern "C" void __sanitizer_set_death_callback(void (*callback)()) __attribute__((weak));
 
 namespace sensorvela::testing {

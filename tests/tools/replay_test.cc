@@ -42,7 +42,9 @@ TEST(TraceTest, SaysWhatIsWrongWithATraceAndWhere) {
     EXPECT_EQ(Complaint(test.at("trace")), test.at("complaint").get<std::string>());
   }
   EXPECT_GT(count, 40);
-  // Text that is not valid JSON, or that no trace should have.
+}
+
+TEST(TraceTest, RefusesBytesThatNoTraceShouldHave) {
   const std::string malformed = ": expected one JSON object";
   EXPECT_EQ(Complaint("\xff\x1b"), "t:1: malformed JSON at column 1" + malformed);
   EXPECT_EQ(Complaint(std::string("{\"at_ns\":0,\"event\":\"engine_start\"}\0{}", 37)),

@@ -17,8 +17,9 @@ inline std::vector<std::string> TracesIn(const std::string& folder) {
   for (const auto& entry : std::filesystem::directory_iterator(SourcePath(folder))) {
     const std::string name = entry.path().stem();
     const bool is_run = name != "bad_traces" && name != "one_day";
-    if (entry.path().extension() == ".jsonl" && is_run)
+    if (entry.path().extension() == ".jsonl" && is_run) {
       names.push_back(std::filesystem::path(folder) / name);
+    }
   }
   std::sort(names.begin(), names.end());
   return names;
