@@ -96,6 +96,7 @@ TEST(CallCostTest, OfEachEvent) {
   for (const auto& [what, times_before, call, cost] : kCases) {
     // Without virtual time, which has locks of its own. The reporter thread waits for the service
     // and does not touch the queue.
+    simulated::DeclareService(testkit::kStatsInstance);
     auto engine = testkit::MakeEngine(SupplierKind::kNone, nullptr);
     engine->ReportFirmwareState(1, {}, 1);  // Allocates a block of the queue that holds more atoms.
     for (int i = 0; i < times_before; ++i) call(*engine);
