@@ -1,0 +1,87 @@
+// Takes the place of the device's functions that the library calls. Each calls the device's.
+#include <android/binder_manager.h>
+#include <android/binder_status.h>
+#include <android/log.h>
+#include <pthread.h>
+#include <utils/SystemClock.h>
+
+#include <array>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+#include "engine/log_tag.h"
+#include "recorder/next_definition.h"
+#include "recorder/recordings.h"
+
+namespace sensorvela::recorder {
+namespace {
+
+/// What the library names its reporter threads.
+constexpr std::string_view kReporterThreadName = "sensor-vela";
+constexpr std::size_t kMaxThreadNameBytes = 16;
+
+/// The engine's first call of the device tells which thread is its reporter thread.
+void IdentifyReporterThread() {
+  std::array<char, kMaxThreadNameBytes> name = {};
+  if (pthread_getname_np(pthread_self(), name.data(), name.size()) != 0) return;
+  if (name.data() == kReporterThreadName) Recordings::Get().IdentifyReporterThread();
+}
+
+}  // namespace
+}  // namespace sensorvela::recorder
+
+using sensorvela::recorder::NextDefinition;
+using sensorvela::recorder::Recording;
+using sensorvela::recorder::ThisThread;
+
+[[gnu::visibility("default")]] bool AServiceManager_isDeclared(const char* instance) {
+  static const auto next = NextDefinition(&AServiceManager_isDeclared);
+  if (ThisThread().reports_for == nullptr) sensorvela::recorder::IdentifyReporterThread();
+  const bool is_declared = next(instance);
+  Recording* const recording = ThisThread().reports_for;
+  if (is_declared && recording != nullptr) recording->ServiceFoundDeclared();
+  return is_declared;
+}
+
+[[gnu::visibility("default")]] AIBinder* AServiceManager_waitForService(const char* instance) {
+  static const auto next = NextDefinition(&AServiceManager_waitForService);
+  Recording* const recording = ThisThread().reports_for;
+  if (recording != nullptr) recording->LookupBegins();
+  AIBinder* const binder = next(instance);
+  if (recording != nullptr) recording->LookupEnds(binder != nullptr);
+  return binder;
+}
+
+[[gnu::visibility("default")]] bool AStatus_isOk(const AStatus* status) {
+  static const auto next = NextDefinition(&AStatus_isOk);
+  const bool is_ok = next(status);
+  Recording* const recording = ThisThread().reports_for;
+  if (recording != nullptr) recording->ReportEnds(is_ok);
+  return is_ok;
+}
+
+[[gnu::visibility("default")]] int __android_log_print(int prio, const char* tag, const char* fmt,
+                                                       ...) {
+  Recording* const recording = ThisThread().reports_for;
+  if (recording != nullptr && prio == ANDROID_LOG_ERROR && tag != nullptr &&
+      std::strcmp(tag, sensorvela::kLogTag) == 0) {
+    recording->EngineLogsError();
+  }
+  // The size of the device's own buffer.
+  std::array<char, 1024> line;
+  std::va_list args;
+  va_start(args, fmt);
+  const int length = std::vsnprintf(line.data(), line.size(), fmt, args);
+  va_end(args);
+  return length < 0 ? length : __android_log_write(prio, tag, line.data());
+}
+
+[[gnu::visibility("default")]] std::int64_t android::elapsedRealtimeNano() {
+  static const auto next = NextDefinition(&elapsedRealtimeNano);
+  sensorvela::recorder::ThreadState& thread = ThisThread();
+  thread.reading_ns = next();
+  thread.has_reading = true;
+  return thread.reading_ns;
+}

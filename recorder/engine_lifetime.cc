@@ -1,0 +1,123 @@
+// Takes the place of the library's constructors and destructor. Each calls the library's.
+//
+// They are functions with the constructors' symbols: a constructor would initialize the engine's
+// members, which is for the library's to do. As the ABI of 32-bit Arm wants it, they return the
+// object; elsewhere nobody looks at the result.
+#include <memory>
+#include <utility>
+
+#include <sensorvela/engine/sensor_vela.h>
+
+#include "recorder/next_definition.h"
+#include "recorder/recorded_supplier.h"
+#include "recorder/recordings.h"
+
+#if defined(_LIBCPP_VERSION)
+#define SENSORVELA_CONSTRUCTOR(kind, supplier) \
+  asm("_ZN10SensorVela" kind "EONSt3__110unique_ptrINS_" supplier "ENS0_14default_deleteIS2_EEEE")
+#else
+#define SENSORVELA_CONSTRUCTOR(kind, supplier) \
+  asm("_ZN10SensorVela" kind "EOSt10unique_ptrINS_" supplier "ESt14default_deleteIS1_EE")
+#endif
+#define SENSORVELA_FIRST_GENERATION "25SystemDiagnosticsSupplier"
+#define SENSORVELA_SECOND_GENERATION "27SystemDiagnosticsSupplierV2"
+
+using First = std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>;
+using Second = std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2>;
+
+extern "C" {
+#define SENSORVELA_EXPORTED [[gnu::visibility("default")]]
+// The complete object's and the base object's, which do the same.
+SENSORVELA_EXPORTED void* SensorVelaConstructFirst(void* engine, First&& supplier)
+    SENSORVELA_CONSTRUCTOR("C1", SENSORVELA_FIRST_GENERATION);
+SENSORVELA_EXPORTED void* SensorVelaConstructFirstBase(void* engine, First&& supplier)
+    SENSORVELA_CONSTRUCTOR("C2", SENSORVELA_FIRST_GENERATION);
+SENSORVELA_EXPORTED void* SensorVelaConstructSecond(void* engine, Second&& supplier)
+    SENSORVELA_CONSTRUCTOR("C1", SENSORVELA_SECOND_GENERATION);
+SENSORVELA_EXPORTED void* SensorVelaConstructSecondBase(void* engine, Second&& supplier)
+    SENSORVELA_CONSTRUCTOR("C2", SENSORVELA_SECOND_GENERATION);
+SENSORVELA_EXPORTED void* SensorVelaDestroy(void* engine) asm("_ZN10SensorVelaD1Ev");
+SENSORVELA_EXPORTED void* SensorVelaDestroyBase(void* engine) asm("_ZN10SensorVelaD2Ev");
+}
+
+namespace {
+
+using sensorvela::recorder::MakeRecordedSupplier;
+using sensorvela::recorder::NextDefinition;
+using sensorvela::recorder::Recording;
+using sensorvela::recorder::Recordings;
+using sensorvela::recorder::SupplierKind;
+
+/// Constructs the engine with the supplier that `wrap` makes. If the library's constructor throws,
+/// the recordings learn that there is no engine.
+template <typename Supplier>
+void ConstructRecorded(void* engine, const std::shared_ptr<Recording>& recording,
+                       void* (*next)(void*, Supplier&&), Supplier supplier) {
+  struct Announcement {
+    const std::shared_ptr<Recording>& recording;
+    const SensorVela* engine = nullptr;
+    ~Announcement() { Recordings::Get().EngineIsConstructed(recording, engine); }
+  } announcement{recording};
+  next(engine, std::move(supplier));
+  announcement.engine = static_cast<SensorVela*>(engine);
+}
+
+}  // namespace
+
+// What the library promises: `supplier` is null afterwards.
+void* SensorVelaConstructFirst(void* engine, First&& supplier) {
+  static const auto next = NextDefinition(&SensorVelaConstructFirst);
+  const auto recording = Recordings::Get().Begin(
+      supplier == nullptr ? SupplierKind::kNone : SupplierKind::kFirstGeneration);
+  if (recording == nullptr) {
+    next(engine, std::move(supplier));
+  } else if (supplier == nullptr) {
+    // An engine of the second generation sends nothing for answers that are absent.
+    static const auto next_second = NextDefinition(&SensorVelaConstructSecond);
+    ConstructRecorded(engine, recording, next_second, MakeRecordedSupplier(recording, Second()));
+  } else {
+    ConstructRecorded(engine, recording, next,
+                      MakeRecordedSupplier(recording, std::move(supplier)));
+  }
+  return engine;
+}
+
+void* SensorVelaConstructSecond(void* engine, Second&& supplier) {
+  static const auto next = NextDefinition(&SensorVelaConstructSecond);
+  const auto recording = Recordings::Get().Begin(
+      supplier == nullptr ? SupplierKind::kNone : SupplierKind::kSecondGeneration);
+  if (recording == nullptr) {
+    next(engine, std::move(supplier));
+  } else {
+    ConstructRecorded(engine, recording, next,
+                      MakeRecordedSupplier(recording, std::move(supplier)));
+  }
+  return engine;
+}
+
+void* SensorVelaDestroy(void* engine) {
+  static const auto next = NextDefinition(&SensorVelaDestroy);
+  const auto recording = Recordings::Get().Remove(static_cast<SensorVela*>(engine));
+  next(engine);
+  if (recording != nullptr) recording->EngineEnds();
+  return engine;
+}
+
+void* SensorVelaConstructFirstBase(void* engine, First&& supplier) {
+  return SensorVelaConstructFirst(engine, std::move(supplier));
+}
+void* SensorVelaConstructSecondBase(void* engine, Second&& supplier) {
+  return SensorVelaConstructSecond(engine, std::move(supplier));
+}
+void* SensorVelaDestroyBase(void* engine) { return SensorVelaDestroy(engine); }
+
+namespace {
+
+/// At the process's end, what the engines that are left have recorded is written.
+struct AtExit {
+  ~AtExit() {
+    Recordings::Get().ForEach([](Recording& recording) { recording.ProcessEnds(); });
+  }
+} at_exit;
+
+}  // namespace

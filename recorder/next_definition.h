@@ -1,0 +1,28 @@
+// Finds the functions that the recorder takes the place of.
+#pragma once
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace sensorvela::recorder {
+
+/// The definition that the process would use in the place of the recorder's own `function`, which
+/// is a function, or a member function that is not virtual. The process ends if there is none:
+/// whoever called the recorder's needs one.
+template <typename Function>
+Function NextDefinition(Function function) {
+  // On every platform of the library, a pointer to a member function begins with its address.
+  void* address = nullptr;
+  static_assert(sizeof(function) >= sizeof(address));
+  std::memcpy(&address, &function, sizeof(address));
+  Dl_info own = {};
+  if (dladdr(address, &own) == 0 || own.dli_sname == nullptr) std::abort();
+  void* const next = dlsym(RTLD_NEXT, own.dli_sname);
+  if (next == nullptr) std::abort();
+  std::memcpy(&function, &next, sizeof(next));
+  return function;
+}
+
+}  // namespace sensorvela::recorder

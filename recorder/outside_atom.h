@@ -1,0 +1,13 @@
+// Writes an atom that the host has built into the line of its event.
+#pragma once
+
+#include <sensorvela/engine/sensor_vela.h>
+
+#include "recorder/event_line.h"
+
+namespace sensorvela::recorder {
+
+/// A trace has no annotations, and no absent lists and texts: those are written as empty ones.
+void WriteOutsideAtom(EventLine& line, const SensorVela::VendorAtom& atom);
+
+}  // namespace sensorvela::recorder

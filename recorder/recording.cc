@@ -1,0 +1,228 @@
+#include "recorder/recording.h"
+
+#include <android/log.h>
+#include <pthread.h>
+#include <signal.h>
+#include <utils/SystemClock.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "recorder/batch_writer.h"
+
+#include "platform/thread_annotations.h"
+
+namespace sensorvela::recorder {
+
+using platform::MutexLock;
+
+namespace {
+
+constexpr char kLogTag[] = "sensor-vela-recorder";
+
+void LogEnd(const std::string& path, const std::string& reason) {
+  __android_log_print(ANDROID_LOG_ERROR, kLogTag, "The recording %s has ended: %s.", path.c_str(),
+                      reason.c_str());
+}
+
+/// No handler of the host's runs on the thread that writes, and a file that reaches its size limit
+/// does not end the process.
+class AllSignalsBlocked {
+ public:
+  AllSignalsBlocked() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before_);
+  }
+  ~AllSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  AllSignalsBlocked(const AllSignalsBlocked&) = delete;
+  AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
+
+ private:
+  sigset_t before_;
+};
+
+}  // namespace
+
+std::shared_ptr<Recording> Recording::Start(Options options) try {
+  const auto recording = std::make_shared<Recording>(std::move(options));
+  const AllSignalsBlocked in_the_new_thread_too;
+  // Nobody joins the thread: it may hang with the disk, and it owns what it uses.
+  std::thread([recording] { recording->RunWriter(); }).detach();
+  return recording;
+} catch (const std::system_error& error) {
+  LogEnd(options.path, error.code().message());
+  return nullptr;
+}
+
+void Recording::EngineStarts(SupplierKind supplier) {
+  const MutexLock lock(mutex_);
+  last_ns_ = std::max<std::int64_t>(NowNs(), 0);
+  clock_offset_.TakeSuspension();
+  EventLine recording(last_ns_, "recording");
+  Append(recording.Integer("version", 1));
+  EventLine start(last_ns_, "engine_start");
+  constexpr std::string_view kNames[] = {"none", "first", "second"};
+  Append(start.Text("supplier", kNames[static_cast<std::size_t>(supplier)]));
+}
+
+void Recording::EngineEnds() {
+  const MutexLock lock(mutex_);
+  RecordSuspension();
+  EventLine line(InOrder(NowNs()), "end");
+  Append(line.Integer("reports", reports_));
+  is_finished_ = true;
+  WakeWriter();
+  while (options_.waits_for_disk && !is_written_) changed_.wait(mutex_);
+}
+
+void Recording::Suspended() {
+  const MutexLock lock(mutex_);
+  RecordSuspension();
+}
+
+void Recording::ProcessEnds() {
+  const MutexLock lock(mutex_);
+  is_finished_ = true;
+  WakeWriter();
+  constexpr std::chrono::seconds kPatience{1};
+  changed_.wait_for(mutex_, kPatience,
+                    [this]() SENSORVELA_REQUIRES(mutex_) { return is_written_; });
+}
+
+void Recording::ServiceFoundDeclared() {
+  const MutexLock lock(mutex_);
+  EventLine line(InOrder(NowNs()), "service_found_declared");
+  Append(line);
+}
+
+void Recording::LookupBegins() {
+  const MutexLock lock(mutex_);
+  ReleaseUpload();
+  RecordSuspension();
+  lookup_began_ns_ = InOrder(NowNs());
+}
+
+void Recording::LookupEnds(bool found) {
+  const MutexLock lock(mutex_);
+  lookup_began_ns_.reset();
+  found_service_ = found;
+  expects_error_line_ = false;
+  RecordSuspension();
+  EventLine line(InOrder(NowNs()), found ? "lookup_found" : "lookup_found_none");
+  Append(line.Integer("reports", reports_));
+}
+
+void Recording::ReportEnds(bool is_ok) {
+  const MutexLock lock(mutex_);
+  ++reports_;
+  if (is_ok) return;
+  expects_error_line_ = true;
+  EventLine line(InOrder(NowNs()), "report_failed");
+  Append(line.Integer("report", reports_));
+}
+
+void Recording::EngineLogsError() {
+  const MutexLock lock(mutex_);
+  // After a lookup that found the service, only a failed report is an error.
+  if (!found_service_ || std::exchange(expects_error_line_, false)) return;
+  ++reports_;
+  EventLine line(InOrder(NowNs()), "report_silent");
+  Append(line.Integer("report", reports_));
+}
+
+void Recording::SupplierIsAsked(bool is_first) {
+  const MutexLock lock(mutex_);
+  ReleaseUpload();
+  if (!is_first) return;
+  RecordSuspension();
+  EventLine line(InOrder(NowNs()), "cycle_ended");
+  Append(line);
+}
+
+std::int64_t Recording::NowNs() { return android::elapsedRealtimeNano(); }
+
+void Recording::ReleaseUpload() {
+  if (!upload_holds_) return;
+  upload_holds_ = false;
+  changed_.notify_all();
+}
+
+void Recording::RecordSuspension(std::int64_t until_ns) {
+  // No event can have come while the device was suspended.
+  const std::int64_t suspended_ns = std::min(clock_offset_.TakeSuspension(), until_ns - last_ns_);
+  if (suspended_ns <= 0) return;
+  EventLine line(until_ns - suspended_ns, "suspended");
+  Append(line.Integer("for_ns", suspended_ns));
+  last_ns_ = until_ns;
+}
+
+void Recording::Append(EventLine& line) {
+  RecordLookupThatWaits();
+  AddToBatch(std::string_view(line.Finish()));
+}
+
+void Recording::Append(const Sample& sample) {
+  RecordLookupThatWaits();
+  AddToBatch(sample);
+}
+
+void Recording::RecordLookupThatWaits() {
+  if (!lookup_began_ns_) return;
+  EventLine line(*std::exchange(lookup_began_ns_, std::nullopt), "lookup_waits");
+  AddToBatch(std::string_view(line.Finish()));
+}
+
+template <typename Item>
+void Recording::AddToBatch(const Item& item) {
+  if (is_finished_ || is_too_slow_) return;
+  if (!batch_->Add(item)) {
+    is_too_slow_ = true;
+    is_active_ = false;
+  }
+  if (is_too_slow_ || batch_->IsHalfFull()) WakeWriter();
+}
+
+void Recording::WakeWriter() {
+  if (write_now_) return;
+  write_now_ = true;
+  changed_.notify_all();
+}
+
+void Recording::RunWriter() {
+  pthread_setname_np(pthread_self(), "sv-recorder");
+  BatchWriter writer;
+  auto batch = std::make_unique<Batch>();
+  std::optional<std::string> wrong = writer.Create(options_.path);
+  for (bool is_last = false; !wrong && !is_last;) {
+    {
+      const MutexLock lock(mutex_);
+      changed_.wait_for(mutex_, kWriteEvery,
+                        [this]() SENSORVELA_REQUIRES(mutex_) { return write_now_; });
+      write_now_ = false;
+      is_last = is_finished_ || is_too_slow_;
+      if (is_too_slow_) wrong = "the host is faster than the disk";
+      std::swap(batch_, batch);
+      changed_.notify_all();
+    }
+    const auto write_error = writer.Write(*batch);
+    if (write_error) wrong = write_error;
+    batch->Clear();
+  }
+  const auto close_error = writer.Close();
+  End(wrong ? wrong : close_error);
+}
+
+void Recording::End(const std::optional<std::string>& wrong) {
+  is_active_ = false;
+  if (wrong) LogEnd(options_.path, *wrong);
+  const MutexLock lock(mutex_);
+  is_finished_ = true;
+  is_written_ = true;
+  changed_.notify_all();
+}
+
+}  // namespace sensorvela::recorder

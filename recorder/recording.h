@@ -1,0 +1,188 @@
+// The recording of one engine.
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <sensorvela/engine/sensor_vela.h>
+
+#include "platform/sync.h"
+#include "recorder/batch.h"
+#include "recorder/clock_offset.h"
+#include "recorder/event_line.h"
+#include "recorder/thread_state.h"
+
+#include "platform/thread_annotations.h"
+
+namespace sensorvela::recorder {
+
+/// Which supplier the host gives the engine.
+enum class SupplierKind { kNone, kFirstGeneration, kSecondGeneration };
+
+/// Takes in what happens to an engine, in order, and writes it with a thread of its own. Any thread
+/// may call any method at any time.
+///
+/// A host's call into the engine is made with the recording's lock held, so that the order of the
+/// events is the order of the queue. The thread that writes holds the lock only while it takes a
+/// batch. When the batches are full or the file cannot be written, the recording ends with one line
+/// in the log, and the host goes on.
+class Recording {
+ public:
+  struct Options {
+    std::string path;
+    /// A host thread waits when the batches are full, and the end of the engine until all is
+    /// written. For hosts in virtual time, which can be faster than any disk.
+    bool waits_for_disk = false;
+  };
+
+  /// Starts the thread that writes; null, with a line in the log, if the system refuses it.
+  static std::shared_ptr<Recording> Start(Options options);
+
+  explicit Recording(Options options) : options_(std::move(options)) {}
+  Recording(const Recording&) = delete;
+  Recording& operator=(const Recording&) = delete;
+
+  /// False once the recording has ended, for whatever reason.
+  bool is_active() const { return is_active_.load(std::memory_order_relaxed); }
+
+  // Called by the host's threads.
+
+  void EngineStarts(SupplierKind supplier) SENSORVELA_EXCLUDES(mutex_);
+
+  /// Calls the engine and records the event that `write` adds to the line.
+  template <typename Call, typename Write>
+  void RecordCall(std::string_view kind, const Call& call, const Write& write)
+      SENSORVELA_EXCLUDES(mutex_) {
+    const platform::MutexLock lock(mutex_);
+    WaitForTurn();
+    RecordSuspension();
+    const std::int64_t at_ns = TimedCall(call);
+    EventLine line(InOrder(at_ns), kind);
+    write(line);
+    Append(line);
+  }
+
+  /// Calls the engine with a sample. Allocates nothing.
+  template <typename Call>
+  void RecordSample(const Call& call, SensorVela::SensorId sensor, std::int64_t timestamp_ns)
+      SENSORVELA_EXCLUDES(mutex_) {
+    const platform::MutexLock lock(mutex_);
+    WaitForTurn();
+    const std::int64_t at_ns = TimedCall(call);
+    if (at_ns - last_ns_ > kLongGapNs) RecordSuspension(at_ns);
+    Append(Sample{sensor, InOrder(at_ns), timestamp_ns});
+  }
+
+  /// The engine has been destroyed.
+  void EngineEnds() SENSORVELA_EXCLUDES(mutex_);
+
+  /// The device has been suspended, perhaps.
+  void Suspended() SENSORVELA_EXCLUDES(mutex_);
+
+  /// Writes what there is, and waits for that for a second at most.
+  void ProcessEnds() SENSORVELA_EXCLUDES(mutex_);
+
+  // Called by the engine's reporter thread.
+
+  void ServiceFoundDeclared() SENSORVELA_EXCLUDES(mutex_);
+  void LookupBegins() SENSORVELA_EXCLUDES(mutex_);
+  void LookupEnds(bool found) SENSORVELA_EXCLUDES(mutex_);
+  /// A report has ended with a status.
+  void ReportEnds(bool is_ok) SENSORVELA_EXCLUDES(mutex_);
+  /// The engine logs an error.
+  void EngineLogsError() SENSORVELA_EXCLUDES(mutex_);
+
+  /// The engine asks the supplier. The first question is the sign that a cycle has ended.
+  void SupplierIsAsked(bool is_first) SENSORVELA_EXCLUDES(mutex_);
+  /// The supplier has answered: `write` adds the answer to the line. If it `has_atoms`, no host
+  /// thread calls the engine before it has queued them, which is at its next question or lookup.
+  template <typename Write>
+  void SupplierAnswers(bool has_atoms, const Write& write) SENSORVELA_EXCLUDES(mutex_) {
+    const platform::MutexLock lock(mutex_);
+    EventLine line(InOrder(NowNs()), "supplier_answers");
+    write(line);
+    Append(line);
+    upload_holds_ = has_atoms;
+  }
+
+ private:
+  /// A gap between samples that is worth a look at the clocks.
+  static constexpr std::int64_t kLongGapNs = 100'000'000;
+  /// A killed process loses no more than this.
+  static constexpr std::chrono::milliseconds kWriteEvery{500};
+
+  /// Elapsed realtime.
+  static std::int64_t NowNs();
+
+  /// Makes the call, and returns the engine's reading of elapsed realtime in it, or a reading after
+  /// it if the engine made none.
+  template <typename Call>
+  static std::int64_t TimedCall(const Call& call) {
+    ThreadState& thread = ThisThread();
+    thread.has_reading = false;
+    thread.is_in_engine = true;
+    call();
+    thread.is_in_engine = false;
+    return thread.has_reading ? thread.reading_ns : NowNs();
+  }
+
+  /// The instant, or the last event's if that is later.
+  std::int64_t InOrder(std::int64_t at_ns) SENSORVELA_REQUIRES(mutex_) {
+    if (at_ns > last_ns_) last_ns_ = at_ns;
+    return last_ns_;
+  }
+
+  void WaitForTurn() SENSORVELA_REQUIRES(mutex_) {
+    while (upload_holds_ || (options_.waits_for_disk && batch_->IsHalfFull() && !is_finished_)) {
+      changed_.wait(mutex_);
+    }
+  }
+  void ReleaseUpload() SENSORVELA_REQUIRES(mutex_);
+  void RecordSuspension() SENSORVELA_REQUIRES(mutex_) { RecordSuspension(NowNs()); }
+  void RecordSuspension(std::int64_t until_ns) SENSORVELA_REQUIRES(mutex_);
+  void Append(EventLine& line) SENSORVELA_REQUIRES(mutex_);
+  void Append(const Sample& sample) SENSORVELA_REQUIRES(mutex_);
+  void RecordLookupThatWaits() SENSORVELA_REQUIRES(mutex_);
+  template <typename Item>
+  void AddToBatch(const Item& item) SENSORVELA_REQUIRES(mutex_);
+  void WakeWriter() SENSORVELA_REQUIRES(mutex_);
+
+  void RunWriter() SENSORVELA_EXCLUDES(mutex_);
+  /// Ends the recording for good, with the line in the log if something is `wrong`.
+  void End(const std::optional<std::string>& wrong) SENSORVELA_EXCLUDES(mutex_);
+
+  const Options options_;
+  std::atomic<bool> is_active_ = true;
+
+  platform::Mutex mutex_;
+  std::condition_variable_any changed_;
+  /// The batch that is filled; the writer has another.
+  std::unique_ptr<Batch> batch_ SENSORVELA_GUARDED_BY(mutex_) = std::make_unique<Batch>();
+  /// Something did not fit into the batch.
+  bool is_too_slow_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  bool is_finished_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  bool write_now_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  bool is_written_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  bool upload_holds_ SENSORVELA_GUARDED_BY(mutex_) = false;
+
+  ClockOffset clock_offset_ SENSORVELA_GUARDED_BY(mutex_);
+  std::int64_t last_ns_ SENSORVELA_GUARDED_BY(mutex_) = 0;
+  /// The reports that have ended since the engine's start.
+  std::int64_t reports_ SENSORVELA_GUARDED_BY(mutex_) = 0;
+  /// When the lookup began that has not ended, while nothing has been recorded since.
+  std::optional<std::int64_t> lookup_began_ns_ SENSORVELA_GUARDED_BY(mutex_);
+  bool found_service_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  /// The engine will log the report that has just failed.
+  bool expects_error_line_ SENSORVELA_GUARDED_BY(mutex_) = false;
+};
+
+}  // namespace sensorvela::recorder
+
+#include "platform/thread_annotations_end.h"

@@ -1,0 +1,79 @@
+#include "recorder/recording_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <system_error>
+
+namespace sensorvela::recorder {
+namespace {
+
+constexpr int kMaxNumber = 999;
+constexpr unsigned kBufferBytes = 65536;
+
+std::string ErrorText(int error) { return std::generic_category().message(error); }
+
+/// `path` with "-`number`" before the extensions of the file's name.
+std::string Numbered(const std::string& path, int number) {
+  const std::size_t slash = path.rfind('/');
+  const std::size_t name = slash == std::string::npos ? 0 : slash + 1;
+  std::string numbered = path;
+  return numbered.insert(std::min(path.find('.', name + 1), path.size()),
+                         "-" + std::to_string(number));
+}
+
+bool IsRegularFile(const std::string& path) {
+  struct stat status = {};
+  return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+}  // namespace
+
+std::optional<std::string> RecordingFile::Create(const std::string& path) {
+  // With these flags the system does not follow a link in the place of the file.
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  std::string name = path;
+  int descriptor = -1;
+  for (int number = 2;; ++number) {
+    descriptor = open(name.c_str(), kFlags, S_IRUSR | S_IWUSR);
+    if (descriptor >= 0) break;
+    const int error = errno;
+    if (error != EEXIST || !IsRegularFile(name) || number > kMaxNumber) return ErrorText(error);
+    name = Numbered(path, number);
+  }
+  // T: written as it is, without compression.
+  file_ = gzdopen(descriptor, path.ends_with(".gz") ? "wb1" : "wbT");
+  if (file_ != nullptr && gzbuffer(file_, kBufferBytes) == 0) return std::nullopt;
+  if (file_ == nullptr) close(descriptor);
+  return ErrorText(ENOMEM);
+}
+
+std::optional<std::string> RecordingFile::Write(std::string_view text) {
+  if (text.empty() || gzwrite(file_, text.data(), static_cast<unsigned>(text.size())) > 0)
+    return std::nullopt;
+  return Error();
+}
+
+std::optional<std::string> RecordingFile::Flush() {
+  if (gzflush(file_, Z_SYNC_FLUSH) == Z_OK) return std::nullopt;
+  return Error();
+}
+
+std::optional<std::string> RecordingFile::Close() {
+  if (file_ == nullptr) return std::nullopt;
+  const int result = gzclose(std::exchange(file_, nullptr));
+  if (result == Z_OK) return std::nullopt;
+  return result == Z_ERRNO ? ErrorText(errno) : "zlib fails";
+}
+
+std::string RecordingFile::Error() const {
+  const int system_error = errno;
+  int error = Z_OK;
+  const char* const text = gzerror(file_, &error);
+  return error == Z_ERRNO ? ErrorText(system_error) : std::string(text);
+}
+
+}  // namespace sensorvela::recorder

@@ -1,0 +1,73 @@
+// Which engine of the process is recorded where.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <memory>
+
+#include <sensorvela/engine/sensor_vela.h>
+
+#include "platform/sync.h"
+#include "recorder/recording.h"
+
+#include "platform/thread_annotations.h"
+
+namespace sensorvela::recorder {
+
+/// The recordings of the process's engines. Any thread may call any method at any time.
+class Recordings {
+ public:
+  static Recordings& Get();
+
+  /// The recording of a new engine; null if the environment asks for none, the process runs with
+  /// raised privileges, or there are `kMaxEngines` already. Returns once every earlier engine's
+  /// reporter thread has been identified.
+  std::shared_ptr<Recording> Begin(SupplierKind supplier) SENSORVELA_EXCLUDES(mutex_);
+
+  /// The engine has been constructed, or not: then `engine` is null.
+  void EngineIsConstructed(const std::shared_ptr<Recording>& recording, const SensorVela* engine)
+      SENSORVELA_EXCLUDES(mutex_);
+
+  /// The calling thread is the reporter thread of the engine that was begun last, if that one has
+  /// no reporter thread yet.
+  void IdentifyReporterThread() SENSORVELA_EXCLUDES(mutex_);
+
+  /// The active recording of the engine, or null. Takes no lock. The engine must not be destroyed
+  /// meanwhile.
+  Recording* Find(const SensorVela* engine) const {
+    for (const Slot& slot : slots_) {
+      if (slot.engine.load(std::memory_order_acquire) != engine) continue;
+      return slot.recording->is_active() ? slot.recording.get() : nullptr;
+    }
+    return nullptr;
+  }
+
+  /// Forgets the engine, and returns its recording, active or not, or null.
+  std::shared_ptr<Recording> Remove(const SensorVela* engine) SENSORVELA_EXCLUDES(mutex_);
+
+  template <typename Function>
+  void ForEach(const Function& function) SENSORVELA_EXCLUDES(mutex_) {
+    for (const auto& recording : All()) function(*recording);
+  }
+
+ private:
+  static constexpr std::size_t kMaxEngines = 8;
+
+  struct Slot {
+    std::atomic<const SensorVela*> engine = nullptr;
+    /// Changed only while `engine` is null, under the lock.
+    std::shared_ptr<Recording> recording;
+  };
+
+  std::vector<std::shared_ptr<Recording>> All() SENSORVELA_EXCLUDES(mutex_);
+
+  platform::Mutex mutex_;
+  std::condition_variable_any identified_;
+  std::array<Slot, kMaxEngines> slots_;
+  /// The recording whose engine's reporter thread is not known yet.
+  Recording* starting_ SENSORVELA_GUARDED_BY(mutex_) = nullptr;
+};
+
+}  // namespace sensorvela::recorder
+
+#include "platform/thread_annotations_end.h"
