@@ -5,7 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <csignal>
-#include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -85,11 +85,11 @@ int Replay(const Options& options) try {
     observers.push_back(&*progress);
   }
 
-  const std::string input = replay::ReadInput(options.trace);
-  const auto events = replay::ParseTrace(options.trace, input, [&](std::size_t bytes) {
+  const replay::Input input = replay::OpenTrace(options.trace);
+  const replay::Trace trace(options.trace, input, [&](std::uint64_t bytes) {
     if (progress) progress->Read(bytes, input.size());
   });
-  if (progress) progress->DoneReading(events.back().run_end);
+  if (progress) progress->DoneReading(trace.run_end());
 
   const auto printed = options.format == "jsonl" ? replay::MakeJsonLinesReport(std::cout)
                                                  : replay::MakeTextReport(std::cout);
@@ -104,7 +104,7 @@ int Replay(const Options& options) try {
     observers.push_back(viewer.get());
   }
 
-  replay::Replay(observers, options.log).Run(events);
+  replay::Replay(observers, options.log).Run(trace.Events());
   if (!std::cout.flush()) return CannotWrite("to standard output");
   if (options.trace_out && !trace_out.flush()) return CannotWrite(*options.trace_out);
   return 0;

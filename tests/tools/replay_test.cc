@@ -22,11 +22,12 @@
 namespace sensorvela::replay {
 namespace {
 
+using testing::Content;
 using testing::SourcePath;
 
 std::string Complaint(const std::string& trace) {
   try {
-    ParseTrace("t", trace);
+    const Trace checked("t", Input(trace));
   } catch (const TraceError& error) {
     return error.what();
   }
@@ -34,7 +35,7 @@ std::string Complaint(const std::string& trace) {
 }
 
 TEST(TraceTest, SaysWhatIsWrongWithATraceAndWhere) {
-  std::istringstream cases(ReadInput(SourcePath("tests/traces/bad_traces.jsonl")));
+  std::istringstream cases(Content(SourcePath("tests/traces/bad_traces.jsonl")));
   int count = 0;
   for (std::string line; std::getline(cases, line); ++count) {
     SCOPED_TRACE(line);
@@ -62,18 +63,17 @@ class ReplayTest : public ::testing::TestWithParam<std::string> {};
 // for some traces what `--trace-out` writes.
 TEST_P(ReplayTest, ShowsWhatTheTraceMustGive) {
   const std::string path = SourcePath(GetParam());
-  const std::string trace = ReadInput(path + ".jsonl");
   std::ostringstream text;
   std::ostringstream json_lines;
   std::ostringstream viewer;
   Replay({MakeTextReport(text).get(), MakeJsonLinesReport(json_lines).get(),
           MakeViewerObserver(viewer).get()},
          true)
-      .Run(ParseTrace(path, trace));
-  EXPECT_EQ(text.str(), ReadInput(path + ".text"));
-  EXPECT_EQ(json_lines.str(), ReadInput(path + ".json_lines"));
+      .Run(Trace(path, OpenTrace(path + ".jsonl")).Events());
+  EXPECT_EQ(text.str(), Content(path + ".text"));
+  EXPECT_EQ(json_lines.str(), Content(path + ".json_lines"));
   if (std::filesystem::exists(path + ".viewer")) {
-    EXPECT_EQ(viewer.str(), ReadInput(path + ".viewer"));
+    EXPECT_EQ(viewer.str(), Content(path + ".viewer"));
   }
 }
 
@@ -90,10 +90,10 @@ TEST(TraceTest, KnowsWhenTheRunEnds) {
                                              {R"({"at_ns":2438,"event":"time_passes"})", 2438},
                                              {R"({"at_ns":8,"event":"end"})", 8}};
   for (const auto& [last, end_ns] : kCases) {
-    EXPECT_EQ(ParseTrace("t", train + last).back().run_end.count(), end_ns) << last;
+    EXPECT_EQ(Trace("t", Input(train + last)).run_end().count(), end_ns) << last;
   }
-  const std::string day = ReadInput(SourcePath("examples/one_day.jsonl"));
-  EXPECT_EQ(ParseTrace("t", day).back().run_end, std::chrono::hours(24));
+  const Trace day("t", OpenTrace(SourcePath("examples/one_day.jsonl")));
+  EXPECT_EQ(day.run_end(), std::chrono::hours(24));
 }
 
 /// The text that each step of a long run writes to the terminal.
@@ -140,7 +140,7 @@ TEST(TraceFormatTest, IsWhatTheDocumentSays) {
       read << "| `" << name << "` | " << (optional ? "no" : "yes") << " | " << expected << " |\n";
     }
   }
-  std::istringstream document(ReadInput(SourcePath("docs/trace-format.md")));
+  std::istringstream document(Content(SourcePath("docs/trace-format.md")));
   std::string documented;
   for (std::string line; std::getline(document, line);) {
     if (line.starts_with("## `")) documented += line + '\n';
@@ -151,7 +151,7 @@ TEST(TraceFormatTest, IsWhatTheDocumentSays) {
 }
 
 TEST(TraceFormatTest, HasAnExampleOfEachKindThatRuns) {
-  std::istringstream document(ReadInput(SourcePath("docs/trace-format.md")));
+  std::istringstream document(Content(SourcePath("docs/trace-format.md")));
   std::string kind;
   std::string example;
   std::size_t examples = 0;
@@ -163,7 +163,7 @@ TEST(TraceFormatTest, HasAnExampleOfEachKindThatRuns) {
       ++examples;
       EXPECT_NE(example.find("\"event\": \"" + kind + '"'), std::string::npos);
       std::ostringstream printed;
-      Replay({MakeTextReport(printed).get()}, false).Run(ParseTrace("example", example));
+      Replay({MakeTextReport(printed).get()}, false).Run(Trace("example", Input(example)).Events());
       is_example = false;
     }
     if (is_example) example += line + '\n';

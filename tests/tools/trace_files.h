@@ -3,12 +3,19 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
 namespace sensorvela::testing {
 
 inline std::string SourcePath(const std::string& path) { return SENSORVELA_SOURCE_DIR "/" + path; }
+
+inline std::string Content(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
 
 /// The traces in the folder, without their extensions, sorted. Leaves out the list of bad traces
 /// and the day of eleven million samples, which takes minutes under emulation.

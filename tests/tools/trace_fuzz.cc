@@ -1,4 +1,5 @@
-// Gives the trace reader arbitrary bytes. It must return events or fail with one printable line.
+// Gives the trace reader arbitrary bytes. It must give events, the same
+// as it has checked, or fail with one printable line.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -8,7 +9,10 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   try {
-    sensorvela::replay::ParseTrace("trace", {reinterpret_cast<const char*>(data), size});
+    const sensorvela::replay::Input input({reinterpret_cast<const char*>(data), size});
+    const sensorvela::replay::Trace trace("trace", input);
+    const auto next = trace.Events();
+    for (sensorvela::replay::Event event; next(event);) continue;
   } catch (const sensorvela::replay::TraceError& error) {
     const std::string_view complaint = error.what();
     if (!complaint.starts_with("trace:")) std::abort();

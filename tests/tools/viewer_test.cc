@@ -79,7 +79,7 @@ Written Replayed(const std::string& path) {
   std::stringstream printed;
   std::ostringstream viewer;
   Replay({MakeJsonLinesReport(printed).get(), MakeViewerObserver(viewer).get()}, false)
-      .Run(ParseTrace(path, ReadInput(path)));
+      .Run(Trace(path, OpenTrace(path)).Events());
   json last;
   for (std::string line; std::getline(printed, line);) last = json::parse(line);
   return {last, viewer.str()};

@@ -26,8 +26,10 @@ Progress::Progress(std::ostream& terminal, bool shares_terminal, Clock clock)
 
 Progress::~Progress() { Erase(); }
 
-void Progress::Read(std::size_t bytes, std::size_t total) {
-  if (IsDue()) Show("read " + std::to_string(std::uint64_t{bytes} * 100 / total) + " %");
+void Progress::Read(std::uint64_t bytes, std::uint64_t total) {
+  if (!IsDue()) return;
+  // A file may grow while it is read.
+  Show("read " + std::to_string(bytes < total ? bytes * 100 / total : 100) + " %");
 }
 
 void Progress::DoneReading(Instant run_end) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <ostream>
@@ -29,7 +28,7 @@ class Progress : public RunObserver {
   Progress& operator=(const Progress&) = delete;
 
   /// `bytes` of the trace's `total` bytes have been read and checked.
-  void Read(std::size_t bytes, std::size_t total);
+  void Read(std::uint64_t bytes, std::uint64_t total);
 
   /// The whole trace has been read, and its run ends at `run_end`.
   void DoneReading(Instant run_end);

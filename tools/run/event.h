@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <string>
 #include <string_view>
 
 #include <sensorvela/platform/simulated/virtual_time.h>
@@ -11,11 +12,10 @@ namespace sensorvela::replay {
 
 class Replay;
 
-/// A line of a trace.
+/// A line of a trace. Whoever keeps one beyond the call that it came with must copy the text.
 struct TraceLine {
   /// From 1; 0 for no line.
   std::size_t number = 0;
-  /// A part of the trace's text, which must outlive this.
   std::string_view text = {};
 };
 
@@ -23,12 +23,17 @@ struct TraceLine {
 using Action = std::function<void(Replay&)>;
 
 struct Event {
-  simulated::VirtualTime::Instant at;
+  simulated::VirtualTime::Instant at = {};
   std::string_view kind;
-  TraceLine line;
+  std::size_t line_number = 0;
+  std::string line_text;
   Action action;
-  /// The instant at which the run ends if this is the last event.
-  simulated::VirtualTime::Instant run_end;
+
+  TraceLine line() const { return {line_number, line_text}; }
 };
+
+/// Sets its argument to the next event of a run, in the order of time, and returns true; returns
+/// false when there is none left.
+using EventSource = std::function<bool(Event&)>;
 
 }  // namespace sensorvela::replay

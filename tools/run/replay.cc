@@ -2,6 +2,7 @@
 
 #include <android/binder_manager.h>
 
+#include <cstddef>
 #include <utility>
 
 #include <sensorvela/testkit/destroy_engine.h>
@@ -28,11 +29,13 @@ Replay::~Replay() {
   simulated::ResetServices();
 }
 
-void Replay::Run(const std::vector<Event>& events) {
-  for (const Event& event : events) {
+void Replay::Run(const EventSource& next) {
+  for (std::size_t turn = 0; next(events_.at(turn)); turn = 1 - turn) {
+    const Event& event = events_.at(turn);
     DeliverTrains(event.at);
     time_.RunTo(event.at);
-    state_.SetCause({event.at, event.kind, event.line});
+    state_.SetCause({event.at, event.kind, event.line()});
+    trains_.ForgetEnded();
     event.action(*this);
     time_.WaitUntilSettled();
   }

@@ -2,6 +2,7 @@
 // that it reports to.
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -36,12 +37,13 @@ class Replay {
   Replay(const Replay&) = delete;
   Replay& operator=(const Replay&) = delete;
 
-  /// Runs `events` and the sample trains that they start, destroys the engine and ends the run. The
-  /// trace's text must still exist. May be called once per replay.
+  /// Runs the events that `next` gives and the sample trains that they start, destroys the engine
+  /// and ends the run. Calls `next` while the engine is settled, and lets its exceptions pass: the
+  /// run then has no end. May be called once per replay.
   ///
   /// Samples that arrive at or before an instant are delivered before the events of that instant.
   /// When samples of several trains arrive together, the train that began first delivers first.
-  void Run(const std::vector<Event>& events);
+  void Run(const EventSource& next);
 
   // The operations of events. The events' actions call them while the engine is settled.
 
@@ -100,6 +102,8 @@ class Replay {
   void DestroyEngine();
 
   simulated::VirtualTime time_;
+  /// The present event, whose line the state's cause refers to, and the next one, in turns.
+  std::array<Event, 2> events_;
   RunState state_;
   SampleTrains trains_;
   const std::shared_ptr<testkit::StatsService> service_;

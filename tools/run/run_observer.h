@@ -55,7 +55,8 @@ enum class ReporterStep {
   kUploads,
 };
 
-/// The methods are called one at a time, in the order of what happens.
+/// The methods are called one at a time, in the order of what happens. Texts, also that of a
+/// cause's line, are valid during the call.
 class RunObserver {
  public:
   using Instant = simulated::VirtualTime::Instant;

@@ -30,7 +30,8 @@ class RunState {
 
   // Called by the main thread.
 
-  /// Sets the cause of the atoms that are queued from now on.
+  /// Sets the cause of the atoms that are queued from now on. Its texts must stay valid until the
+  /// next cause has been set.
   void SetCause(const Cause& cause) SENSORVELA_EXCLUDES(mutex_);
   Cause cause() const SENSORVELA_EXCLUDES(mutex_);
 
@@ -44,6 +45,7 @@ class RunState {
   void OnSensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns)
       SENSORVELA_EXCLUDES(mutex_);
   void OnSensorDisabled(SensorVela::SensorId sensor) SENSORVELA_EXCLUDES(mutex_);
+  /// Sets the cause, too.
   void OnSample(const Cause& cause, SensorVela::SensorId sensor) SENSORVELA_EXCLUDES(mutex_);
   /// The error that has just been reported to the engine queued no atom.
   void OnErrorBlocked() SENSORVELA_EXCLUDES(mutex_);

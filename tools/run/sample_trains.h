@@ -4,7 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <list>
 #include <queue>
+#include <string>
 #include <vector>
 
 #include <sensorvela/engine/sensor_vela.h>
@@ -39,7 +41,7 @@ class SampleTrains {
     SensorVela::SensorId sensor;
     std::int64_t timestamp_ns;
     Instant arrival;
-    /// The train's line in the trace.
+    /// The train's line in the trace. Its text is valid until the next call of `ForgetEnded`.
     TraceLine line;
   };
 
@@ -47,7 +49,10 @@ class SampleTrains {
   void Start(const SampleTrain& train, Instant start, TraceLine line);
 
   /// Drops all samples that are left.
-  void Cut() { running_ = {}; }
+  void Cut();
+
+  /// Frees the lines of the trains that have ended.
+  void ForgetEnded() { ended_lines_.clear(); }
 
   /// Whether a sample arrives by `instant`.
   bool HasSampleBy(Instant instant) const;
@@ -57,9 +62,13 @@ class SampleTrains {
   Sample TakeNext();
 
  private:
+  /// A list, in which a text stays where it is.
+  using Lines = std::list<std::string>;
+
   struct Running {
     SampleTrain train;
-    TraceLine line;
+    std::size_t line_number;
+    Lines::iterator line_text;
     std::size_t order;
     std::int64_t timestamp_ns;
     std::int64_t taken;
@@ -72,6 +81,8 @@ class SampleTrains {
   };
 
   std::priority_queue<Running, std::vector<Running>, std::greater<>> running_;
+  Lines running_lines_;
+  Lines ended_lines_;
   std::size_t started_ = 0;
 };
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include <sensorvela/platform/simulated/virtual_time.h>
 #include <sensorvela/testkit/diagnostics.h>
 
 #include "tools/run/event.h"
@@ -25,6 +26,11 @@ enum class Place {
 /// What the earlier events determine for the next one.
 struct TraceContext {
   testkit::SupplierKind supplier = testkit::SupplierKind::kSecondGeneration;
+};
+
+/// What the whole trace determines for its run.
+struct TracePlan {
+  simulated::VirtualTime::Instant run_end = {};
 };
 
 /// The content of an event's fields.

@@ -1,18 +1,18 @@
 #include "tools/trace/trace.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
+#include "tools/input/line_reader.h"
 #include "tools/text/printable_text.h"
 
 namespace sensorvela::replay {
@@ -24,9 +24,8 @@ std::string DisplayName(const std::string& path) {
   return path == "-" ? "<stdin>" : Printable(path);
 }
 
-[[noreturn]] void ThrowUnreadable(const std::string& path) {
-  throw TraceError(DisplayName(path) + ": " + std::generic_category().message(errno) +
-                   ": expected a readable file");
+[[noreturn]] void ThrowUnreadable(const std::string& name, const std::system_error& error) {
+  throw TraceError(name + ": " + error.code().message() + ": expected a readable file");
 }
 
 /// Rejects an object that has a field twice, which the JSON parser accepts.
@@ -75,7 +74,7 @@ json ParseLine(std::string_view line) {
 /// Turns lines into events. Keeps what the earlier lines determine for the next.
 class TraceParser {
  public:
-  Event Parse(std::size_t line_number, std::string_view line) {
+  void Parse(std::size_t line_number, std::string_view line, Event& event) {
     const json object = ParseLine(line);
     FieldReader fields(object);
     const std::string name = fields.Text("event");
@@ -90,12 +89,15 @@ class TraceParser {
     run_end_ns_ = kind.place == Place::kLast
                       ? at_ns
                       : std::max({run_end_ns_, awake_at_ns_, at_ns + content.train_ns});
-    return {std::chrono::nanoseconds(at_ns),
-            kind.name,
-            {line_number, line},
-            std::move(content.action),
-            std::chrono::nanoseconds(run_end_ns_)};
+    event.at = std::chrono::nanoseconds(at_ns);
+    event.kind = kind.name;
+    event.line_number = line_number;
+    event.line_text = line;
+    event.action = std::move(content.action);
   }
+
+  /// What the events so far determine.
+  TracePlan plan() const { return {std::chrono::nanoseconds(run_end_ns_)}; }
 
   void CheckWhole() const {
     if (last_line_ == 0) throw EventError("the trace is empty: expected one event a line");
@@ -148,52 +150,62 @@ class TraceParser {
   std::size_t end_line_ = 0;
 };
 
-}  // namespace
-
-std::string ReadInput(const std::string& path) {
-  struct Close {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-  };
-  std::unique_ptr<std::FILE, Close> opened;
-  std::FILE* file = stdin;
-  if (path != "-") {
-    opened.reset(std::fopen(path.c_str(), "rb"));
-    file = opened.get();
-    if (file == nullptr) ThrowUnreadable(path);
-  }
-
-  std::string content;
-  std::array<char, 65536> chunk;
-  while (std::feof(file) == 0 && std::ferror(file) == 0) {
-    const std::size_t size = std::fread(chunk.data(), 1, chunk.size(), file);
-    content.append(chunk.data(), size);
-  }
-  if (std::ferror(file) != 0) ThrowUnreadable(path);
-  return content;
+bool IsBlank(std::string_view line) {
+  return line.find_first_not_of(" \t\r") == std::string_view::npos;
 }
 
-std::vector<Event> ParseTrace(const std::string& path, std::string_view text,
-                              const std::function<void(std::size_t bytes)>& on_line) {
-  std::vector<Event> events;
-  const std::size_t size = text.size();
-  TraceParser parser;
-  std::size_t line_number = 0;
-  try {
-    while (!text.empty()) {
-      ++line_number;
-      const std::size_t end = text.find('\n');
-      const std::string_view line = text.substr(0, end);
-      text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-      if (line.find_first_not_of(" \t\r") == std::string_view::npos) continue;
-      events.push_back(parser.Parse(line_number, line));
-      if (on_line) on_line(size - text.size());
+/// Reads and checks a trace once, from the first event to the last.
+class TracePass {
+ public:
+  TracePass(std::string name, Input input) : name_(std::move(name)), lines_(std::move(input)) {}
+
+  /// Returns false, and checks the trace as a whole, at its end.
+  bool Next(Event& event) try {
+    while (lines_.Next()) {
+      if (IsBlank(lines_.line())) continue;
+      parser_.Parse(lines_.number(), lines_.line(), event);
+      return true;
     }
-    if (events.empty()) line_number = 1;
-    parser.CheckWhole();
+    parser_.CheckWhole();
+    return false;
   } catch (const EventError& error) {
-    throw TraceError(DisplayName(path) + ":" + std::to_string(line_number) + ": " + error.what());
+    const std::size_t line_number = std::max<std::size_t>(lines_.number(), 1);
+    throw TraceError(name_ + ":" + std::to_string(line_number) + ": " + error.what());
+  } catch (const std::system_error& error) {
+    ThrowUnreadable(name_, error);
   }
-  return events;
+
+  std::uint64_t bytes_read() const { return lines_.bytes_read(); }
+
+  TracePlan plan() const { return parser_.plan(); }
+
+ private:
+  std::string name_;
+  LineReader lines_;
+  TraceParser parser_;
+};
+
+}  // namespace
+
+Input OpenTrace(const std::string& path) try {
+  return Input::Open(path);
+} catch (const std::system_error& error) {
+  ThrowUnreadable(DisplayName(path), error);
+}
+
+Trace::Trace(const std::string& path, Input input, const OnLine& on_line)
+    : name_(DisplayName(path)), input_(std::move(input)) {
+  TracePass pass(name_, input_);
+  for (Event event; pass.Next(event);) {
+    if (on_line) on_line(pass.bytes_read());
+  }
+  plan_ = pass.plan();
+}
+
+EventSource Trace::Events() const {
+  return [pass = std::make_shared<TracePass>(name_, input_)](Event& event) {
+    return pass->Next(event);
+  };
 }
 
 }  // namespace sensorvela::replay

@@ -1,15 +1,14 @@
 // Reads an event trace: JSON Lines, one event per line, in the order of time.
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <stdexcept>
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include <sensorvela/platform/simulated/virtual_time.h>
 
+#include "tools/input/input.h"
 #include "tools/run/event.h"
 #include "tools/trace/event_kinds.h"
 
@@ -22,14 +21,30 @@ class TraceError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// The whole content of the file at `path`, or of standard input for "-". Throws `TraceError` when
-/// it cannot be read.
-std::string ReadInput(const std::string& path);
+/// A trace, all of it checked. Its events are not kept: they are read again when they are run.
+class Trace {
+ public:
+  /// Called after each line with the number of the input's bytes read so far.
+  using OnLine = std::function<void(std::uint64_t bytes)>;
 
-/// The events of a trace, all of them checked. They refer to `text`; `path` is for messages. Throws
-/// `TraceError` at the first mistake. Skips blank lines. `on_line`, if given, is called after each
-/// line with the number of bytes read so far.
-std::vector<Event> ParseTrace(const std::string& path, std::string_view text,
-                              const std::function<void(std::size_t bytes)>& on_line = nullptr);
+  /// Reads and checks the whole of `input`, which came from the file `path`, or from standard input
+  /// for "-". Skips blank lines. Throws `TraceError` at the first mistake.
+  Trace(const std::string& path, Input input, const OnLine& on_line = nullptr);
+
+  /// The instant at which the run ends.
+  simulated::VirtualTime::Instant run_end() const { return plan_.run_end; }
+
+  /// Reads the events once more, from the first to the last. The source throws `TraceError` if the
+  /// file has been changed since and is not a valid trace any more.
+  EventSource Events() const;
+
+ private:
+  std::string name_;
+  Input input_;
+  TracePlan plan_;
+};
+
+/// Opens the file `path`, or standard input for "-". Throws `TraceError` when it cannot be read.
+Input OpenTrace(const std::string& path);
 
 }  // namespace sensorvela::replay

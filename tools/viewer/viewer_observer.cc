@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <string>
 #include <utility>
 
 #include <sensorvela/testkit/atom_catalogue.h>
@@ -34,10 +35,16 @@ Json QueuedBy(const Cause& cause) {
   return arguments;
 }
 
+/// An atom in the queue: its cause, and the text of the cause's line.
+struct Waiting {
+  Cause cause;
+  std::string line_text;
+};
+
 /// Adds the event's own fields, for a mark without an atom.
-void AddEvent(const Cause& cause, Json& arguments) {
-  if (cause.line.number == 0) return;
-  Json fields = Json::parse(cause.line.text);
+void AddEvent(TraceLine line, Json& arguments) {
+  if (line.number == 0) return;
+  Json fields = Json::parse(line.text);
   fields.erase("at_ns");
   fields.erase("event");
   arguments["event"] = std::move(fields);
@@ -58,7 +65,7 @@ class ViewerObserver : public RunObserver {
   }
 
   void OnAtomQueued(const Cause& cause) override {
-    waiting_.push_back(cause);
+    waiting_.push_back({cause, std::string(cause.line.text)});
     queue_length_.Set(cause.at, waiting_.size());
   }
 
@@ -66,7 +73,7 @@ class ViewerObserver : public RunObserver {
     Json arguments = {{"atom_id", atom.atomId}};
     if (!atom.reverseDomainName.empty()) arguments["domain"] = atom.reverseDomainName;
     arguments.update(NamedValues(atom));
-    arguments.update(QueuedBy(TakeOldest(at)));
+    arguments.update(QueuedBy(TakeOldest(at).cause));
     if (answer == Answer::kOk) {
       out_.Mark(kDelivered, at, "delivered", testkit::AtomName(atom), arguments);
     } else {
@@ -77,7 +84,7 @@ class ViewerObserver : public RunObserver {
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override {
     Json arguments = {{"log", text}, {"trace_line", cause.line.number}};
-    AddEvent(cause, arguments);
+    AddEvent(cause.line, arguments);
     out_.Mark(kBlocked, at, "blocked", cause.what, arguments);
   }
 
@@ -145,18 +152,18 @@ class ViewerObserver : public RunObserver {
     since_ = at;
   }
 
-  Cause TakeOldest(Instant at) {
-    const Cause cause = waiting_.front();
+  Waiting TakeOldest(Instant at) {
+    Waiting oldest = std::move(waiting_.front());
     waiting_.pop_front();
     queue_length_.Set(at, waiting_.size());
-    return cause;
+    return oldest;
   }
 
   void Drop(Instant at, std::size_t atoms) {
     for (std::size_t i = 0; i < atoms; ++i) {
-      const Cause cause = TakeOldest(at);
+      const auto [cause, line_text] = TakeOldest(at);
       Json arguments = QueuedBy(cause);
-      AddEvent(cause, arguments);
+      AddEvent({cause.line.number, line_text}, arguments);
       out_.Mark(kDropped, at, "dropped", cause.what, arguments);
     }
   }
@@ -173,7 +180,7 @@ class ViewerObserver : public RunObserver {
   /// How many atoms the reporter thread holds while it waits.
   std::size_t batch_ = 0;
 
-  std::deque<Cause> waiting_;
+  std::deque<Waiting> waiting_;
   StepCounter queue_length_{out_, kEngine, "atoms waiting"};
 
   std::map<std::pair<std::uint32_t, std::int32_t>, SensorTrack> sensors_;

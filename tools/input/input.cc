@@ -1,0 +1,72 @@
+#include "tools/input/input.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+namespace sensorvela::replay {
+namespace {
+
+[[noreturn]] void ThrowErrno() { throw std::system_error(errno, std::generic_category()); }
+
+/// The result of `read`, which is repeated while a signal interrupts it.
+template <typename Read>
+std::size_t Checked(const Read& read) {
+  for (;;) {
+    const ssize_t count = read();
+    if (count >= 0) return static_cast<std::size_t>(count);
+    if (errno != EINTR) ThrowErrno();
+  }
+}
+
+std::shared_ptr<const int> OpenDescriptor(const std::string& path) {
+  if (path == "-") return std::make_shared<const int>(STDIN_FILENO);
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0) ThrowErrno();
+  return {new int(descriptor), [](const int* opened) {
+            close(*opened);
+            delete opened;
+          }};
+}
+
+std::string ReadAll(int descriptor) {
+  std::string text;
+  std::array<char, 65536> chunk;
+  for (;;) {
+    const std::size_t count = Checked([&] { return read(descriptor, chunk.data(), chunk.size()); });
+    if (count == 0) return text;
+    text.append(chunk.data(), count);
+  }
+}
+
+}  // namespace
+
+Input Input::Open(const std::string& path) {
+  const auto descriptor = OpenDescriptor(path);
+  struct stat status = {};
+  if (fstat(*descriptor, &status) != 0) ThrowErrno();
+  if (!S_ISREG(status.st_mode)) return Input(ReadAll(*descriptor));
+  const off_t start = lseek(*descriptor, 0, SEEK_CUR);
+  if (start < 0) ThrowErrno();
+  Input input;
+  input.descriptor_ = descriptor;
+  input.start_ = static_cast<std::uint64_t>(start);
+  input.size_ = static_cast<std::size_t>(std::max<off_t>(status.st_size - start, 0));
+  return input;
+}
+
+std::size_t Input::ReadAt(std::uint64_t offset, std::span<char> buffer) const {
+  if (text_ == nullptr) {
+    const auto from = static_cast<off_t>(start_ + offset);
+    return Checked([&] { return pread(*descriptor_, buffer.data(), buffer.size(), from); });
+  }
+  const std::size_t begin = std::min<std::uint64_t>(offset, text_->size());
+  return text_->copy(buffer.data(), buffer.size(), begin);
+}
+
+}  // namespace sensorvela::replay

@@ -1,0 +1,42 @@
+// The bytes of a trace: those of a file, of standard input, or of a text in memory.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <utility>
+
+namespace sensorvela::replay {
+
+/// May be read more than once. A regular file is read anew each time; the bytes of a pipe or
+/// another file that cannot be read twice are kept. Copies share the file.
+class Input {
+ public:
+  /// Opens the file at `path`, or standard input for "-", which begins where it stands. Throws
+  /// `std::system_error` if that or, for what is kept, its reading fails.
+  static Input Open(const std::string& path);
+
+  explicit Input(std::string text) : text_(std::make_shared<const std::string>(std::move(text))) {}
+
+  /// The number of bytes; that of a regular file may change later.
+  std::size_t size() const { return text_ ? text_->size() : size_; }
+
+  /// Copies the bytes from `offset` on into `buffer`, which must not be empty, and returns their
+  /// number; 0 means the end. Throws `std::system_error` if the file cannot be read.
+  std::size_t ReadAt(std::uint64_t offset, std::span<char> buffer) const;
+
+ private:
+  /// Set when the bytes are kept.
+  std::shared_ptr<const std::string> text_;
+
+  // A regular file.
+  std::shared_ptr<const int> descriptor_;
+  std::uint64_t start_ = 0;
+  std::size_t size_ = 0;
+
+  Input() = default;
+};
+
+}  // namespace sensorvela::replay

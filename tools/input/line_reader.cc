@@ -1,0 +1,45 @@
+#include "tools/input/line_reader.h"
+
+#include <algorithm>
+#include <span>
+#include <utility>
+
+namespace sensorvela::replay {
+namespace {
+
+constexpr std::size_t kChunkBytes = 256 * 1024;
+
+}  // namespace
+
+LineReader::LineReader(Input input) : text_(std::move(input)), buffer_(kChunkBytes) {}
+
+bool LineReader::Next() {
+  if (end_ != LineEnd::kNewline) return false;
+  std::size_t searched = 0;
+  do {
+    const std::string_view left(buffer_.data() + from_, to_ - from_);
+    if (const std::size_t newline = left.find('\n', searched); newline != std::string_view::npos) {
+      line_ = left.substr(0, newline);
+      from_ += newline + 1;
+      ++number_;
+      return true;
+    }
+    searched = left.size();
+  } while (Fill());
+  end_ = LineEnd::kEndOfText;
+  line_ = {buffer_.data() + from_, to_ - from_};
+  if (line_.empty()) return false;
+  ++number_;
+  return true;
+}
+
+bool LineReader::Fill() {
+  std::copy(buffer_.data() + from_, buffer_.data() + to_, buffer_.data());
+  to_ -= std::exchange(from_, 0);
+  if (to_ == buffer_.size()) buffer_.resize(2 * buffer_.size());
+  const std::size_t count = text_.Read(std::span(buffer_).subspan(to_));
+  to_ += count;
+  return count > 0;
+}
+
+}  // namespace sensorvela::replay
