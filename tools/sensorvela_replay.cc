@@ -38,7 +38,9 @@ constexpr char kAbout[] =
 
 constexpr char kTraceHelp[] =
     "TRACE has one JSON object a line, in the order of time: at_ns, event, and the fields of its\n"
-    "kind; those in brackets may be left out. docs/trace-format.md has the details and examples.\n"
+    "kind; those in brackets may be left out. gzip may have compressed it. It is read twice, so "
+    "what\n"
+    "comes from a pipe is kept in memory. docs/trace-format.md has the details and examples.\n"
     "\n"
     "Events:\n";
 

@@ -27,6 +27,18 @@ endforeach()
 expect(2 "-;--format;xml" "${trace}" "^$" "xml")
 expect(2 "" "" "^$" "TRACE")
 
+# The same trace from a file and through a pipe, plain and compressed.
+file(WRITE ${WORK}/input "${trace}")
+file(ARCHIVE_CREATE OUTPUT ${WORK}/input.gz PATHS ${WORK}/input FORMAT raw COMPRESSION GZip)
+execute_process(COMMAND ${REPLAY} --log ${WORK}/input OUTPUT_VARIABLE plain COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${REPLAY} --log ${WORK}/input.gz OUTPUT_VARIABLE inflated COMMAND_ERROR_IS_FATAL ANY)
+foreach(input input input.gz)
+  execute_process(COMMAND cat ${WORK}/${input} COMMAND ${REPLAY} --log - OUTPUT_VARIABLE piped COMMAND_ERROR_IS_FATAL ANY)
+  if(NOT plain MATCHES "log" OR NOT plain STREQUAL inflated OR NOT plain STREQUAL piped)
+    message(FATAL_ERROR "plain: ${plain}\ncompressed: ${inflated}\n${input} through a pipe: ${piped}")
+  endif()
+endforeach()
+
 execute_process(COMMAND ${REPLAY} --help OUTPUT_FILE /dev/full
   RESULT_VARIABLE result ERROR_VARIABLE complained)
 if(NOT result STREQUAL 1 OR NOT complained MATCHES "^[^\n]*cannot write to standard output: [^\n]*\n$")

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -55,6 +57,62 @@ TEST(TraceTest, RefusesBytesThatNoTraceShouldHave) {
   EXPECT_EQ(Complaint(deep), "t:1: malformed JSON at column 100001" + malformed);
   EXPECT_EQ(Complaint(deep + std::string(100'000, ']')),
             "t:1: a JSON value of type array: expected an object");
+}
+
+std::string Gzipped(std::string text) {
+  std::string gzip(text.size() + 1000, '\0');
+  z_stream zlib = {};
+  zlib.next_in = reinterpret_cast<Bytef*>(text.data());
+  zlib.avail_in = static_cast<uInt>(text.size());
+  zlib.next_out = reinterpret_cast<Bytef*>(gzip.data());
+  zlib.avail_out = static_cast<uInt>(gzip.size());
+  deflateInit2(&zlib, Z_BEST_SPEED, Z_DEFLATED, 16 + MAX_WBITS, MAX_MEM_LEVEL, Z_DEFAULT_STRATEGY);
+  EXPECT_EQ(deflate(&zlib, Z_FINISH), Z_STREAM_END);
+  gzip.resize(gzip.size() - zlib.avail_out);
+  deflateEnd(&zlib);
+  return gzip;
+}
+
+// Two members, and a line longer than any buffer.
+TEST(TraceTest, InflatesGzipData) {
+  const std::string start = "{\"at_ns\":5,\"event\":\"engine_start\"}\n{\"at_ns\":6,";
+  const std::string note = "\"event\":\"note\",\"text\":\"" + std::string(900'000, 'x') + "\"}\n";
+  const std::string whole = Gzipped(start) + Gzipped(note);
+  const Trace trace("t", Input(whole));
+  const EventSource next = trace.Events();
+  Event event;
+  ASSERT_TRUE(next(event) && next(event));
+  EXPECT_EQ(event.line_number, 2u);
+  EXPECT_EQ(event.line_text + '\n', start.substr(start.find('\n') + 1) + note);
+  EXPECT_FALSE(next(event));
+
+  const std::string cut = "the gzip data ends too early: expected all of a gzip file";
+  const std::string damaged = "the gzip data is damaged: expected an undamaged gzip file";
+  const std::size_t first = Gzipped(start).size();
+  EXPECT_EQ(Complaint(whole.substr(0, 3)), "t:1: " + cut);
+  EXPECT_EQ(Complaint(whole.substr(0, first - 1)), "t:2: " + cut);
+  EXPECT_EQ(Complaint(whole.substr(0, whole.size() - 1)), "t:3: " + cut);
+  EXPECT_EQ(Complaint(whole + "more"), "t:3: " + damaged);
+  std::string changed = whole;
+  changed[first - 5] ^= 1;  // In the checksum.
+  EXPECT_EQ(Complaint(changed), "t:2: " + damaged);
+}
+
+TEST(TraceTest, RefusesAFileThatChangesBetweenItsCheckAndItsRun) {
+  const std::string path = ::testing::TempDir() + "changing.jsonl";
+  const auto write = [&](const std::string& text) { std::ofstream(path) << text; };
+  write("{\"at_ns\":5,\"event\":\"engine_start\"}\n{\"at_ns\":6,\"event\":\"end\"}\n");
+  const Trace trace(path, OpenTrace(path));
+  write("{\"at_ns\":5,\"event\":\"engine_start\"}\n{\"at_ns\":4,\"event\":\"end\"}\n");
+  std::ostringstream printed;
+  try {
+    Replay({MakeViewerObserver(printed).get()}, false).Run(trace.Events());
+    ADD_FAILURE() << "the run has an end";
+  } catch (const TraceError& error) {
+    EXPECT_EQ(error.what(),
+              path + ":2: time goes back from 5 (line 1) to 4: expected no earlier instant");
+  }
+  std::filesystem::remove(path);
 }
 
 class ReplayTest : public ::testing::TestWithParam<std::string> {};

@@ -9,6 +9,11 @@ namespace {
 
 constexpr std::size_t kChunkBytes = 256 * 1024;
 
+LineEnd EndOf(TextEnd end) {
+  if (end == TextEnd::kCut) return LineEnd::kCut;
+  return end == TextEnd::kDamaged ? LineEnd::kDamaged : LineEnd::kEndOfText;
+}
+
 }  // namespace
 
 LineReader::LineReader(Input input) : text_(std::move(input)), buffer_(kChunkBytes) {}
@@ -26,9 +31,9 @@ bool LineReader::Next() {
     }
     searched = left.size();
   } while (Fill());
-  end_ = LineEnd::kEndOfText;
+  end_ = EndOf(text_.end());
   line_ = {buffer_.data() + from_, to_ - from_};
-  if (line_.empty()) return false;
+  if (line_.empty() && end_ == LineEnd::kEndOfText) return false;
   ++number_;
   return true;
 }

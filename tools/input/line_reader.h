@@ -15,6 +15,10 @@ enum class LineEnd {
   kNewline,
   /// The text ends without a newline.
   kEndOfText,
+  /// The line has been cut, perhaps before its first byte: the input's gzip data ends too early.
+  kCut,
+  /// The same, because the gzip data is damaged there.
+  kDamaged,
 };
 
 /// Holds a chunk of the text, or one line where that is longer.

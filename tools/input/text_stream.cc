@@ -1,8 +1,89 @@
 #include "tools/input/text_stream.h"
 
+#include <zlib.h>
+
+#include <array>
+#include <new>
+#include <utility>
+#include <vector>
+
 namespace sensorvela::replay {
+namespace {
+
+constexpr std::size_t kChunkBytes = 64 * 1024;
+
+bool IsGzip(const Input& input) {
+  std::array<char, 2> magic = {};
+  return input.ReadAt(0, magic) == magic.size() && magic[0] == '\x1f' && magic[1] == '\x8b';
+}
+
+}  // namespace
+
+/// Inflates gzip data, a chunk at a time.
+class TextStream::Inflater {
+ public:
+  Inflater() : chunk_(kChunkBytes) {
+    constexpr int kGzipOnly = 16;
+    if (inflateInit2(&zlib_, kGzipOnly + MAX_WBITS) != Z_OK) throw std::bad_alloc();
+  }
+  ~Inflater() { inflateEnd(&zlib_); }
+  Inflater(const Inflater&) = delete;
+  Inflater& operator=(const Inflater&) = delete;
+
+  /// Like the stream's `Read`.
+  std::size_t Read(TextStream& from, std::span<char> buffer) {
+    Bytes(buffer, zlib_.next_out, zlib_.avail_out);
+    while (zlib_.avail_out == buffer.size() && !has_ended_) {
+      if (zlib_.avail_in == 0) {
+        const std::size_t count = from.ReadInput(chunk_);
+        Bytes(std::span(chunk_).first(count), zlib_.next_in, zlib_.avail_in);
+        if (count == 0) End(from, is_between_members_ ? TextEnd::kWhole : TextEnd::kCut);
+      }
+      if (!has_ended_) Step(from);
+    }
+    return buffer.size() - zlib_.avail_out;
+  }
+
+ private:
+  static void Bytes(std::span<char> bytes, Bytef*& next, uInt& available) {
+    next = reinterpret_cast<Bytef*>(bytes.data());
+    available = static_cast<uInt>(bytes.size());
+  }
+
+  void Step(TextStream& from) {
+    is_between_members_ = false;
+    const int result = inflate(&zlib_, Z_NO_FLUSH);
+    if (result == Z_MEM_ERROR) throw std::bad_alloc();
+    if (result == Z_STREAM_END) {
+      is_between_members_ = true;
+      inflateReset(&zlib_);
+    } else if (result != Z_OK && result != Z_BUF_ERROR) {
+      End(from, TextEnd::kDamaged);
+    }
+  }
+
+  void End(TextStream& from, TextEnd end) {
+    has_ended_ = true;
+    from.end_ = end;
+  }
+
+  std::vector<char> chunk_;
+  z_stream zlib_ = {};
+  bool is_between_members_ = false;
+  bool has_ended_ = false;
+};
+
+TextStream::TextStream(Input input) : input_(std::move(input)) {
+  if (IsGzip(input_)) inflater_ = std::make_unique<Inflater>();
+}
+
+TextStream::~TextStream() = default;
 
 std::size_t TextStream::Read(std::span<char> buffer) {
+  return inflater_ ? inflater_->Read(*this, buffer) : ReadInput(buffer);
+}
+
+std::size_t TextStream::ReadInput(std::span<char> buffer) {
   const std::size_t count = input_.ReadAt(bytes_read_, buffer);
   bytes_read_ += count;
   return count;

@@ -3,27 +3,52 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
-#include <utility>
 
 #include "tools/input/input.h"
 
 namespace sensorvela::replay {
 
+/// How a text ends.
+enum class TextEnd {
+  kWhole,
+  /// Its gzip data ends too early.
+  kCut,
+  /// Its gzip data is damaged.
+  kDamaged,
+};
+
+/// Inflates an input that begins as gzip data does; it may have several gzip members, one after the
+/// other.
 class TextStream {
  public:
-  explicit TextStream(Input input) : input_(std::move(input)) {}
+  explicit TextStream(Input input);
+  ~TextStream();
+  TextStream(const TextStream&) = delete;
+  TextStream& operator=(const TextStream&) = delete;
 
   /// Copies the next bytes of the text into `buffer`, which must not be empty, and returns their
   /// number; 0 means the end. Throws `std::system_error` if the file cannot be read.
   std::size_t Read(std::span<char> buffer);
 
+  /// How the text ends, once `Read` has returned 0. Gives what came before the cut or the damage
+  /// first.
+  TextEnd end() const { return end_; }
+
   /// The number of the input's bytes that have been read.
   std::uint64_t bytes_read() const { return bytes_read_; }
 
  private:
+  class Inflater;
+
+  std::size_t ReadInput(std::span<char> buffer);
+
   Input input_;
   std::uint64_t bytes_read_ = 0;
+  TextEnd end_ = TextEnd::kWhole;
+  /// None for a plain text.
+  std::unique_ptr<Inflater> inflater_;
 };
 
 }  // namespace sensorvela::replay

@@ -157,11 +157,15 @@ bool IsBlank(std::string_view line) {
 /// Reads and checks a trace once, from the first event to the last.
 class TracePass {
  public:
-  TracePass(std::string name, Input input) : name_(std::move(name)), lines_(std::move(input)) {}
+  TracePass(const std::string& name, const Input& input) try : name_(name), lines_(input) {
+  } catch (const std::system_error& error) {
+    ThrowUnreadable(name, error);
+  }
 
   /// Returns false, and checks the trace as a whole, at its end.
   bool Next(Event& event) try {
     while (lines_.Next()) {
+      CheckEnd();
       if (IsBlank(lines_.line())) continue;
       parser_.Parse(lines_.number(), lines_.line(), event);
       return true;
@@ -180,6 +184,17 @@ class TracePass {
   TracePlan plan() const { return parser_.plan(); }
 
  private:
+  /// Rejects what is left of a line where the input broke off.
+  void CheckEnd() const {
+    const LineEnd end = lines_.end();
+    if (end == LineEnd::kCut) {
+      throw EventError("the gzip data ends too early: expected all of a gzip file");
+    }
+    if (end == LineEnd::kDamaged) {
+      throw EventError("the gzip data is damaged: expected an undamaged gzip file");
+    }
+  }
+
   std::string name_;
   LineReader lines_;
   TraceParser parser_;

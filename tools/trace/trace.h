@@ -21,7 +21,8 @@ class TraceError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// A trace, all of it checked. Its events are not kept: they are read again when they are run.
+/// A trace, plain or compressed by gzip, all of it checked. Its events are not kept: they are read
+/// again when they are run.
 class Trace {
  public:
   /// Called after each line with the number of the input's bytes read so far.
