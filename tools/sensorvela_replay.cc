@@ -92,6 +92,7 @@ int Replay(const Options& options) try {
     if (progress) progress->Read(bytes, input.size());
   });
   if (progress) progress->DoneReading(trace.run_end());
+  if (!trace.cut().empty()) std::cerr << trace.cut() << '\n';
 
   const auto printed = options.format == "jsonl" ? replay::MakeJsonLinesReport(std::cout)
                                                  : replay::MakeTextReport(std::cout);

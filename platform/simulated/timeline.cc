@@ -130,6 +130,16 @@ void Timeline::Suspend(std::chrono::nanoseconds duration) {
   if (duration.count() > 0) elapsed_ns_ = SaturatingSum(now(), duration).count();
 }
 
+void Timeline::EndTimedWaits() {
+  const MutexLock lock(mutex_);
+  while (!Settled()) changed_.wait(mutex_);
+  for (const auto& [id, engine] : engines_) {
+    if (!engine.is_asleep) continue;
+    monotonic_ns_ = std::max<std::int64_t>(monotonic_ns_, engine.deadline.count());
+  }
+  WakeDue();
+}
+
 void Timeline::WaitUntilAtRest() {
   const MutexLock lock(mutex_);
   while (!AtRest()) changed_.wait(mutex_);

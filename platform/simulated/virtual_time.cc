@@ -19,6 +19,8 @@ void VirtualTime::JumpTo(Instant instant) { Timeline::Get().MoveTo(instant, true
 
 void VirtualTime::SlipTo(Instant instant) { Timeline::Get().MoveTo(instant, false); }
 
+void VirtualTime::EndTimedWaits() { Timeline::Get().EndTimedWaits(); }
+
 void VirtualTime::WaitUntilAtRest() { Timeline::Get().WaitUntilAtRest(); }
 
 void VirtualTime::WaitUntilSettled() { Timeline::Get().WaitUntilSettled(); }

@@ -48,6 +48,11 @@ class VirtualTime {
   /// engine's notification and its next reading of the clock.
   void SlipTo(Instant instant);
 
+  /// The monotonic clock goes on alone until every deadline that an engine sleeps for has been
+  /// reached; the engines wake up. Every engine is settled first. For a run in which a record tells
+  /// when a cycle ended, and not the clock.
+  void EndTimedWaits();
+
   /// Returns once every engine is at rest: its reporter thread is in its timed wait and its queue
   /// is empty.
   void WaitUntilAtRest();

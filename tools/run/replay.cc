@@ -3,6 +3,7 @@
 #include <android/binder_manager.h>
 
 #include <cstddef>
+#include <limits>
 #include <utility>
 
 #include <sensorvela/testkit/destroy_engine.h>
@@ -16,7 +17,7 @@ Replay::Replay(std::vector<RunObserver*> observers, bool observe_log)
     : state_(std::move(observers), observe_log, time_),
       service_(ndk::SharedRefBase::make<testkit::StatsService>(
           [this](const SensorVela::VendorAtom& atom, Answer answer) {
-            state_.OnReport(atom, answer);
+            if (state_.OnReport(atom, answer)) UnregisterService();
             service_->TakeAtoms();  // The observers keep what they need.
           })),
       log_sink_([this](int priority, std::string_view tag, std::string_view text) {
@@ -33,7 +34,7 @@ void Replay::Run(const EventSource& next) {
   for (std::size_t turn = 0; next(events_.at(turn)); turn = 1 - turn) {
     const Event& event = events_.at(turn);
     DeliverTrains(event.at);
-    time_.RunTo(event.at);
+    MoveTo(event.at);
     state_.SetCause({event.at, event.kind, event.line()});
     trains_.ForgetEnded();
     event.action(*this);
@@ -54,7 +55,7 @@ void Replay::StartEngine(SupplierKind supplier) {
 void Replay::DeliverTrains(simulated::VirtualTime::Instant until) {
   while (trains_.HasSampleBy(until)) {
     const SampleTrains::Sample sample = trains_.TakeNext();
-    time_.RunTo(sample.arrival);  // Settles first, so each sample is complete before the next.
+    MoveTo(sample.arrival);  // Settles first, so each sample is complete before the next.
     state_.OnSample({time_.Now(), "samples", sample.line}, sample.sensor);
     engine_->LogSensorLatency(sample.sensor, sample.timestamp_ns);
   }
@@ -110,5 +111,82 @@ void Replay::Suspend(std::chrono::nanoseconds duration) {
 }
 
 void Replay::Note(std::string_view text) { state_.OnNote(text); }
+
+void Replay::MoveTo(simulated::VirtualTime::Instant instant) {
+  if (recording_ == nullptr) {
+    time_.RunTo(instant);
+  } else {
+    time_.Suspend(instant - time_.Now());
+  }
+}
+
+void Replay::FollowRecording(const RecordingPlan& plan) {
+  recording_ = &plan;
+  if (plan.service_declared) DeclareService();
+  std::int64_t planned = 0;
+  for (const RecordingPlan::Failure& failure : plan.failures) {
+    service_->AnswerNext(failure.report - planned - 1, Answer::kOk);
+    service_->AnswerNext(1, failure.answer);
+    planned = failure.report;
+  }
+  state_.FollowRecording();
+  state_.LimitReports(ReportsBeforeNextLookup());
+}
+
+void Replay::DeliverSamples(const std::vector<RecordedSample>& samples) {
+  const Cause cause = state_.cause();
+  for (const RecordedSample& sample : samples) {
+    MoveTo(sample.arrival);
+    state_.OnSample({sample.arrival, cause.what, cause.line}, sample.sensor);
+    engine_->LogSensorLatency(sample.sensor, sample.timestamp_ns);
+  }
+}
+
+void Replay::EndCycle() { time_.EndTimedWaits(); }
+
+void Replay::AnswerSupplier(const testkit::Diagnostics& answer) { state_.AnswerSupplier(answer); }
+
+// Each lookup of the run waits until the recording says how it ended. So the service is absent but
+// for the time in which a lookup that found it sends its batch.
+
+void Replay::LookupWaits() {
+  lookup_waits_ = true;
+  // If the lookup will find none, all atoms that are queued now are dropped with it, and those that
+  // come while it waits are not. The run's lookup may have been made with a part of them only.
+  if (lookups_ended_ < recording_->lookups.size() && !recording_->lookups[lookups_ended_].found &&
+      state_.HasQueuedAtoms()) {
+    DropQueuedAtoms();
+    dropped_early_ = true;
+  }
+}
+
+void Replay::EndLookup(bool found) {
+  ++lookups_ended_;
+  const bool waited = std::exchange(lookup_waits_, false);
+  const bool dropped_early = std::exchange(dropped_early_, false);
+  state_.LimitReports(ReportsBeforeNextLookup());
+  if (found) {
+    RegisterService();
+    time_.WaitUntilSettled();
+    if (state_.HasReachedLimit()) UnregisterService();
+  } else if (!waited) {
+    DropQueuedAtoms();
+  } else if (!dropped_early) {
+    ReleaseServiceWaits();
+  }
+}
+
+std::int64_t Replay::ReportsBeforeNextLookup() const {
+  if (lookups_ended_ < recording_->lookups.size()) {
+    return recording_->lookups[lookups_ended_].reports;
+  }
+  return recording_->reports.value_or(std::numeric_limits<std::int64_t>::max());
+}
+
+void Replay::DropQueuedAtoms() {
+  RefuseService();
+  time_.WaitUntilSettled();
+  AllowService();
+}
 
 }  // namespace sensorvela::replay

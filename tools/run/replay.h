@@ -4,6 +4,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -17,6 +18,8 @@
 #include <sensorvela/testkit/stats_service.h>
 
 #include "tools/run/event.h"
+#include "tools/run/recorded_sample.h"
+#include "tools/run/recording_plan.h"
 #include "tools/run/run_observer.h"
 #include "tools/run/run_state.h"
 #include "tools/run/sample_trains.h"
@@ -95,7 +98,29 @@ class Replay {
 
   void Note(std::string_view text);
 
+  // The operations of a recording's events. The recorded engine's lookups, reports, cycles and
+  // answers happen where the recording has them, whatever the clocks say: the monotonic clock
+  // stands still but for the ends of cycles.
+
+  /// The recording's first event. `plan` must outlive the replay.
+  void FollowRecording(const RecordingPlan& plan);
+  /// In the order of their arrival.
+  void DeliverSamples(const std::vector<RecordedSample>& samples);
+  void EndCycle();
+  void AnswerSupplier(const testkit::Diagnostics& answer);
+  /// Something happens while the recorded engine's lookup waits.
+  void LookupWaits();
+  void EndLookup(bool found);
+
  private:
+  /// Elapsed realtime goes on to `instant`; every engine is settled before it does.
+  void MoveTo(simulated::VirtualTime::Instant instant);
+
+  /// The reports that the recorded engine had made when its next lookup began.
+  std::int64_t ReportsBeforeNextLookup() const;
+  /// All atoms that are queued are dropped.
+  void DropQueuedAtoms();
+
   /// Delivers all samples of the trains that arrive by `until`.
   void DeliverTrains(simulated::VirtualTime::Instant until);
 
@@ -110,6 +135,15 @@ class Replay {
   simulated::ScopedLogSink log_sink_;
   simulated::ScopedLookupObserver lookup_observer_;
   std::unique_ptr<SensorVela> engine_;
+
+  /// Null if the run follows no recording.
+  const RecordingPlan* recording_ = nullptr;
+  /// The lookups of the recording that have ended.
+  std::size_t lookups_ended_ = 0;
+  /// Something has happened while the present lookup waits.
+  bool lookup_waits_ = false;
+  /// The present lookup's atoms have been dropped already.
+  bool dropped_early_ = false;
 };
 
 }  // namespace sensorvela::replay

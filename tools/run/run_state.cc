@@ -7,6 +7,12 @@ namespace sensorvela::replay {
 using platform::MutexLock;
 using simulated::LookupStep;
 
+namespace {
+
+constexpr std::string_view kEndOfCycle = "end of a cycle";
+
+}  // namespace
+
 RunState::RunState(std::vector<RunObserver*> observers, bool observe_log,
                    const simulated::VirtualTime& time)
     : observers_(std::move(observers)), observe_log_(observe_log), time_(time) {}
@@ -26,6 +32,34 @@ void RunState::SetDiagnostics(const testkit::Diagnostics& diagnostics) {
   next_diagnostics_ = diagnostics;
 }
 
+void RunState::FollowRecording() {
+  const MutexLock lock(mutex_);
+  follows_recording_ = true;
+}
+
+void RunState::LimitReports(std::int64_t reports) {
+  const MutexLock lock(mutex_);
+  report_limit_ = reports;
+  wait_for_limit_.End(mutex_);
+}
+
+bool RunState::HasReachedLimit() const {
+  const MutexLock lock(mutex_);
+  return reports_ >= report_limit_;
+}
+
+bool RunState::HasQueuedAtoms() const {
+  const MutexLock lock(mutex_);
+  return time_.Notifications() > taken_;
+}
+
+void RunState::AnswerSupplier(const testkit::Diagnostics& answer) {
+  const MutexLock lock(mutex_);
+  ChangeCause({time_.Now(), kEndOfCycle, {}});
+  answers_.push_back(answer);
+  wait_for_answer_.End(mutex_);
+}
+
 void RunState::OnEngineStart(bool has_supplier, bool looks_up_first) {
   const MutexLock lock(mutex_);
   is_starting_ = looks_up_first;
@@ -36,6 +70,8 @@ void RunState::OnEngineStop() {
   const MutexLock lock(mutex_);
   NotifyQueued();
   is_stopping_ = true;
+  wait_for_limit_.End(mutex_);
+  wait_for_answer_.End(mutex_);
 }
 
 void RunState::OnSensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns) {
@@ -86,6 +122,7 @@ void RunState::OnLogLine(int priority, std::string_view tag, std::string_view te
 
 void RunState::OnLookup(LookupStep step) {
   const MutexLock lock(mutex_);
+  taken_ = time_.Notifications();
   NotifyQueued();
   ReporterStep shown = step == LookupStep::kFinds ? ReporterStep::kSends : ReporterStep::kDrops;
   if (step == LookupStep::kWaits) {
@@ -96,22 +133,32 @@ void RunState::OnLookup(LookupStep step) {
   Notify(&RunObserver::OnReporterStep, time_.Now(), shown);
 }
 
-void RunState::OnReport(const SensorVela::VendorAtom& atom, Answer answer) {
+bool RunState::OnReport(const SensorVela::VendorAtom& atom, Answer answer) {
   const MutexLock lock(mutex_);
+  while (reports_ >= report_limit_ && !is_stopping_) wait_for_limit_.Begin(mutex_);
+  if (reports_ >= report_limit_) return false;  // The recorded engine did not get to this one.
+  ++reports_;
   ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
   sensor_tally_.CountAtom(atom, answer == Answer::kOk);
   Notify(&RunObserver::OnAtomReported, time_.Now(), atom, answer);
+  return reports_ == report_limit_;
 }
 
 testkit::Diagnostics RunState::OnAsk(testkit::DiagnosticsItem asked) {
   const MutexLock lock(mutex_);
   if (asked == testkit::DiagnosticsItem::kProcessor) {
-    ChangeCause({time_.Now(), "end of a cycle", {}});
+    ChangeCause({time_.Now(), kEndOfCycle, {}});
     summary_.cycles_ended = summary_.cycles_ended.value_or(0) + 1;
     diagnostics_ = next_diagnostics_;
     Notify(&RunObserver::OnReporterStep, time_.Now(), ReporterStep::kUploads);
+    answers_.clear();
   }
-  return diagnostics_;
+  if (!follows_recording_) return diagnostics_;
+  while (answers_.empty() && !is_stopping_) wait_for_answer_.Begin(mutex_);
+  if (answers_.empty()) return {};
+  testkit::Diagnostics answer = std::move(answers_.front());
+  answers_.pop_front();
+  return answer;
 }
 
 void RunState::NotifyQueued() {

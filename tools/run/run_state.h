@@ -3,10 +3,13 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include <sensorvela/platform/simulated/reporter_wait.h>
 #include <sensorvela/platform/simulated/service_manager.h>
 #include <sensorvela/platform/simulated/virtual_time.h>
 #include <sensorvela/testkit/diagnostics.h>
@@ -38,6 +41,17 @@ class RunState {
   /// What the supplier returns at the ends of cycles from now on.
   void SetDiagnostics(const testkit::Diagnostics& diagnostics) SENSORVELA_EXCLUDES(mutex_);
 
+  /// The run follows a recording: the supplier waits for its answers, and a report past the limit
+  /// waits until the limit is raised.
+  void FollowRecording() SENSORVELA_EXCLUDES(mutex_);
+  /// So many reports may end, counted since the engine's start.
+  void LimitReports(std::int64_t reports) SENSORVELA_EXCLUDES(mutex_);
+  bool HasReachedLimit() const SENSORVELA_EXCLUDES(mutex_);
+  /// Whether atoms are queued that the reporter thread has not taken.
+  bool HasQueuedAtoms() const SENSORVELA_EXCLUDES(mutex_);
+  /// The supplier's answer to the engine's next question.
+  void AnswerSupplier(const testkit::Diagnostics& answer) SENSORVELA_EXCLUDES(mutex_);
+
   /// `looks_up_first`: the first lookup is the one at the engine's start.
   void OnEngineStart(bool has_supplier, bool looks_up_first) SENSORVELA_EXCLUDES(mutex_);
   void OnEngineStop() SENSORVELA_EXCLUDES(mutex_);
@@ -58,7 +72,8 @@ class RunState {
   void OnLogLine(int priority, std::string_view tag, std::string_view text)
       SENSORVELA_EXCLUDES(mutex_);
   void OnLookup(simulated::LookupStep step) SENSORVELA_EXCLUDES(mutex_);
-  void OnReport(const SensorVela::VendorAtom& atom, Answer answer) SENSORVELA_EXCLUDES(mutex_);
+  /// Returns whether the limit has been reached with this report.
+  bool OnReport(const SensorVela::VendorAtom& atom, Answer answer) SENSORVELA_EXCLUDES(mutex_);
   /// What the supplier returns when the engine asks for `asked`. The first item marks the end of a
   /// cycle.
   testkit::Diagnostics OnAsk(testkit::DiagnosticsItem asked) SENSORVELA_EXCLUDES(mutex_);
@@ -89,6 +104,18 @@ class RunState {
   testkit::Diagnostics next_diagnostics_ SENSORVELA_GUARDED_BY(mutex_);
   /// The diagnostics of the upload in progress.
   testkit::Diagnostics diagnostics_ SENSORVELA_GUARDED_BY(mutex_);
+  /// The notifications before the last lookup: its batch has all atoms that were queued by then.
+  std::uint64_t taken_ SENSORVELA_GUARDED_BY(mutex_) = 0;
+
+  // For a run that follows a recording.
+
+  bool follows_recording_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  std::int64_t reports_ SENSORVELA_GUARDED_BY(mutex_) = 0;
+  std::int64_t report_limit_ SENSORVELA_GUARDED_BY(mutex_) =
+      std::numeric_limits<std::int64_t>::max();
+  simulated::ReporterWait wait_for_limit_ SENSORVELA_GUARDED_BY(mutex_);
+  std::deque<testkit::Diagnostics> answers_ SENSORVELA_GUARDED_BY(mutex_);
+  simulated::ReporterWait wait_for_answer_ SENSORVELA_GUARDED_BY(mutex_);
 };
 
 }  // namespace sensorvela::replay

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include <sensorvela/engine/sensor_vela.h>
 
@@ -12,12 +13,14 @@
 #include "tools/text/printable_text.h"
 #include "tools/trace/diagnostics_reader.h"
 #include "tools/trace/outside_atom.h"
+#include "tools/trace/sample_lists_reader.h"
 #include "tools/trace/sample_train_reader.h"
 
 namespace sensorvela::replay {
 namespace {
 
 constexpr std::int32_t kMaxCount = 1'000'000;
+constexpr std::int64_t kMaxReports = 1'000'000'000'000;
 
 // The widths of the description's column of names, wider than any name, and of its lines.
 constexpr std::size_t kNameWidth = 25;
@@ -68,6 +71,29 @@ template <Answer Given>
 EventContent AnswerReports(FieldReader& fields, const TraceContext&) {
   const auto reports = fields.Integer<std::int32_t>("reports", 1, kMaxCount);
   return {[=](Replay& replay) { replay.AnswerNext(reports, Given); }};
+}
+
+/// A report of a recording that did not succeed.
+template <Answer Given>
+EventContent FailedReport(FieldReader& fields, const TraceContext&) {
+  const auto report = fields.Integer<std::int64_t>("report", 1, kMaxReports);
+  return {.action = [](Replay&) {},
+          .plan =
+              [=](RecordingPlan& plan) {
+                if (!plan.failures.empty() && report <= plan.failures.back().report) {
+                  throw EventError("report " + std::to_string(report) + " after report " +
+                                   std::to_string(plan.failures.back().report) +
+                                   ": expected the reports in their order");
+                }
+                plan.failures.push_back({report, Given});
+              }};
+}
+
+template <bool found>
+EventContent LookupEnds(FieldReader& fields, const TraceContext&) {
+  const auto reports = fields.Integer<std::int64_t>("reports", 0, kMaxReports);
+  return {.action = [](Replay& replay) { replay.EndLookup(found); },
+          .plan = [=](RecordingPlan& plan) { plan.lookups.push_back({found, reports}); }};
 }
 
 EventContent Nothing(FieldReader&, const TraceContext&) {
@@ -218,8 +244,60 @@ constexpr EventKind kEventKinds[] = {
      }},
     {"end",
      "the host destroys the engine, and trains under way are cut; must be last; without it the run "
-     "ends with the last event and the last train",
-     Place::kLast, Plain<&Replay::CutTrains>},
+     "ends with the last event and the last train; a recording says how many reports had ended",
+     Place::kLast,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       constexpr std::int64_t kAbsent = -1;
+       const auto reports =
+           fields.OptionalInteger<std::int64_t>("reports", kAbsent, 0, kMaxReports);
+       EventContent content = {[](Replay& replay) { replay.CutTrains(); }};
+       if (reports != kAbsent) {
+         content.plan = [=](RecordingPlan& plan) { plan.reports = reports; };
+       }
+       return content;
+     }},
+    {"recording", "the trace is a recording: what follows happened to an engine in a real process",
+     Place::kStartsRecording,
+     [](FieldReader& fields, const TraceContext& context) -> EventContent {
+       fields.Integer<std::int32_t>("version", 1, 1);
+       return {[plan = context.plan](Replay& replay) { replay.FollowRecording(*plan); }};
+     }},
+    {"sample_lists", "samples of several sensors: a list for each, as the document says",
+     Place::kInRecording,
+     [](FieldReader& fields, const TraceContext& context) -> EventContent {
+       auto samples = ReadSampleLists(fields, context.at_ns);
+       const std::int64_t last_ns =
+           samples.empty() ? context.at_ns : samples.back().arrival.count();
+       return {.action = [samples = std::move(samples)](
+                             Replay& replay) { replay.DeliverSamples(samples); },
+               .samples_ns = last_ns - context.at_ns};
+     }},
+    {"service_found_declared", "the engine has found the service declared when it started",
+     Place::kInRecording,
+     [](FieldReader&, const TraceContext&) -> EventContent {
+       return {.action = [](Replay&) {},
+               .plan = [](RecordingPlan& plan) { plan.service_declared = true; }};
+     }},
+    {"lookup_waits", "a lookup of the engine has waited for the service since then",
+     Place::kInRecording, Plain<&Replay::LookupWaits>},
+    {"lookup_found", "it has found the service, after that many reports in all",
+     Place::kInRecording, LookupEnds<true>},
+    {"lookup_found_none", "it has found none, and its atoms are dropped", Place::kInRecording,
+     LookupEnds<false>},
+    {"report_failed", "that report has failed, counted from 1", Place::kInRecording,
+     FailedReport<Answer::kError>},
+    {"report_silent", "that report has ended without a status", Place::kInRecording,
+     FailedReport<Answer::kNoStatus>},
+    {"cycle_ended", "a cycle has ended, and the engine asks the supplier", Place::kInRecording,
+     Plain<&Replay::EndCycle>},
+    {"supplier_answers",
+     "the supplier answers the engine's next question; the fields are those of diagnostics, and an "
+     "answer without the item is absent",
+     Place::kInRecording,
+     [](FieldReader& fields, const TraceContext& context) -> EventContent {
+       const auto answer = ReadDiagnostics(fields, context.supplier);
+       return {[=](Replay& replay) { replay.AnswerSupplier(answer); }};
+     }},
 };
 
 /// `text`, broken into lines of the description's right column.

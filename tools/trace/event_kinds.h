@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -11,6 +12,7 @@
 #include <sensorvela/testkit/diagnostics.h>
 
 #include "tools/run/event.h"
+#include "tools/run/recording_plan.h"
 #include "tools/trace/field_reader.h"
 
 namespace sensorvela::replay {
@@ -21,16 +23,24 @@ enum class Place {
   kStartsEngine,  // Once, and before every event that needs the engine.
   kNeedsEngine,
   kLast,
+  kStartsRecording,  // First of all.
+  kInRecording,      // Like `kNeedsEngine`, and in no other trace than a recording.
 };
 
 /// What the earlier events determine for the next one.
 struct TraceContext {
   testkit::SupplierKind supplier = testkit::SupplierKind::kSecondGeneration;
+  /// The event's own instant.
+  std::int64_t at_ns = 0;
+  /// The whole recording's plan; null while the trace is checked, and for other traces.
+  const RecordingPlan* plan = nullptr;
 };
 
 /// What the whole trace determines for its run.
 struct TracePlan {
   simulated::VirtualTime::Instant run_end = {};
+  /// None if the trace is no recording.
+  std::optional<RecordingPlan> recording = std::nullopt;
 };
 
 /// The content of an event's fields.
@@ -42,6 +52,10 @@ struct EventContent {
   std::int64_t suspended_ns = 0;
   /// The supplier of the engine that the event starts.
   std::optional<testkit::SupplierKind> supplier = std::nullopt;
+  /// How long the samples take that the event brings; no event may come before the last of them.
+  std::int64_t samples_ns = 0;
+  /// Adds what the event says about the whole recording to the plan.
+  std::function<void(RecordingPlan& plan)> plan = nullptr;
 };
 
 /// One kind of event. A new kind needs only an entry in the table in event_kinds.cc.

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <system_error>
@@ -74,21 +75,28 @@ json ParseLine(std::string_view line) {
 /// Turns lines into events. Keeps what the earlier lines determine for the next.
 class TraceParser {
  public:
+  /// The second time a recording is read, its `plan` is known.
+  explicit TraceParser(const RecordingPlan* plan) { context_.plan = plan; }
+
   void Parse(std::size_t line_number, std::string_view line, Event& event) {
     const json object = ParseLine(line);
     FieldReader fields(object);
     const std::string name = fields.Text("event");
     const EventKind& kind = FindEventKind(name);
     const auto at_ns = fields.Integer<std::int64_t>("at_ns", 0, kMaxTimeNs);
+    context_.at_ns = at_ns;
     EventContent content = kind.read(fields, context_);
     fields.RejectOtherFields();
     CheckTime(line_number, at_ns);
     awake_at_ns_ = at_ns + content.suspended_ns;
+    samples_end_ns_ = at_ns + content.samples_ns;
     CheckPlace(line_number, kind);
+    if (content.plan) AddToPlan(name, content.plan);
     context_.supplier = content.supplier.value_or(context_.supplier);
-    run_end_ns_ = kind.place == Place::kLast
-                      ? at_ns
-                      : std::max({run_end_ns_, awake_at_ns_, at_ns + content.train_ns});
+    run_end_ns_ =
+        kind.place == Place::kLast
+            ? at_ns
+            : std::max({run_end_ns_, awake_at_ns_, samples_end_ns_, at_ns + content.train_ns});
     event.at = std::chrono::nanoseconds(at_ns);
     event.kind = kind.name;
     event.line_number = line_number;
@@ -97,7 +105,11 @@ class TraceParser {
   }
 
   /// What the events so far determine.
-  TracePlan plan() const { return {std::chrono::nanoseconds(run_end_ns_)}; }
+  TracePlan plan() const { return {std::chrono::nanoseconds(run_end_ns_), recording_}; }
+
+  bool is_recording() const { return recording_.has_value(); }
+  bool has_end() const { return end_line_ != 0; }
+  std::size_t last_line() const { return last_line_; }
 
   void CheckWhole() const {
     if (last_line_ == 0) throw EventError("the trace is empty: expected one event a line");
@@ -116,8 +128,20 @@ class TraceParser {
                        " (line " + std::to_string(last_line_) + "): expected none before " +
                        std::to_string(awake_at_ns_));
     }
+    if (at_ns < samples_end_ns_) {
+      throw EventError("an event at " + std::to_string(at_ns) +
+                       ", before the last sample of line " + std::to_string(last_line_) +
+                       ": expected none before " + std::to_string(samples_end_ns_));
+    }
     last_at_ns_ = at_ns;
     last_line_ = line_number;
+  }
+
+  void AddToPlan(const std::string& name, const std::function<void(RecordingPlan&)>& add) {
+    if (!recording_) {
+      throw EventError("an " + name + " with reports: expected them in recordings only");
+    }
+    add(*recording_);
   }
 
   void CheckPlace(std::size_t line_number, const EventKind& kind) {
@@ -126,7 +150,20 @@ class TraceParser {
       throw EventError(name + " after the end (line " + std::to_string(end_line_) +
                        "): expected end to be the last event");
     }
-    if (kind.place == Place::kNeedsEngine && engine_line_ == 0) {
+    if (kind.place == Place::kStartsRecording) {
+      if (is_recording() || last_line_ != line_number || has_events_) {
+        throw EventError("a " + name + " here: expected it as the first event or not at all");
+      }
+      recording_.emplace();
+    }
+    has_events_ = true;
+    if (kind.place == Place::kInRecording && !is_recording()) {
+      throw EventError(name +
+                       " in a trace that is no recording: expected recording as the first event");
+    }
+    const bool needs_engine =
+        kind.place == Place::kNeedsEngine || kind.place == Place::kInRecording;
+    if (needs_engine && engine_line_ == 0) {
       throw EventError(name + " without an engine: expected an engine_start before it");
     }
     if (kind.place == Place::kStartsEngine) {
@@ -143,7 +180,11 @@ class TraceParser {
   std::int64_t last_at_ns_ = 0;
   /// When the suspension ends that the last event began, or else the last event's instant.
   std::int64_t awake_at_ns_ = 0;
+  /// When the last sample of the last event arrives, or else the last event's instant.
+  std::int64_t samples_end_ns_ = 0;
   std::int64_t run_end_ns_ = 0;
+  bool has_events_ = false;
+  std::optional<RecordingPlan> recording_;
   // Line numbers; 0 while there is no such line.
   std::size_t last_line_ = 0;
   std::size_t engine_line_ = 0;
@@ -157,7 +198,8 @@ bool IsBlank(std::string_view line) {
 /// Reads and checks a trace once, from the first event to the last.
 class TracePass {
  public:
-  TracePass(const std::string& name, const Input& input) try : name_(name), lines_(input) {
+  TracePass(const std::string& name, const Input& input, const RecordingPlan* plan) try
+      : name_(name), lines_(input), parser_(plan) {
   } catch (const std::system_error& error) {
     ThrowUnreadable(name, error);
   }
@@ -165,6 +207,8 @@ class TracePass {
   /// Returns false, and checks the trace as a whole, at its end.
   bool Next(Event& event) try {
     while (lines_.Next()) {
+      // A recording's last line is whole if it ends with a newline.
+      if (parser_.is_recording() && lines_.end() != LineEnd::kNewline) break;
       CheckEnd();
       if (IsBlank(lines_.line())) continue;
       parser_.Parse(lines_.number(), lines_.line(), event);
@@ -182,6 +226,13 @@ class TracePass {
   std::uint64_t bytes_read() const { return lines_.bytes_read(); }
 
   TracePlan plan() const { return parser_.plan(); }
+
+  /// Where a recording has been cut; empty for other traces.
+  std::string Cut() const {
+    if (!parser_.is_recording() || parser_.has_end()) return "";
+    return name_ + ":" + std::to_string(parser_.last_line()) +
+           ": the recording was cut after this line";
+  }
 
  private:
   /// Rejects what is left of a line where the input broke off.
@@ -210,15 +261,17 @@ Input OpenTrace(const std::string& path) try {
 
 Trace::Trace(const std::string& path, Input input, const OnLine& on_line)
     : name_(DisplayName(path)), input_(std::move(input)) {
-  TracePass pass(name_, input_);
+  TracePass pass(name_, input_, nullptr);
   for (Event event; pass.Next(event);) {
     if (on_line) on_line(pass.bytes_read());
   }
   plan_ = pass.plan();
+  cut_ = pass.Cut();
 }
 
 EventSource Trace::Events() const {
-  return [pass = std::make_shared<TracePass>(name_, input_)](Event& event) {
+  const RecordingPlan* const plan = plan_.recording ? &*plan_.recording : nullptr;
+  return [pass = std::make_shared<TracePass>(name_, input_, plan)](Event& event) {
     return pass->Next(event);
   };
 }

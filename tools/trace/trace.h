@@ -35,14 +35,20 @@ class Trace {
   /// The instant at which the run ends.
   simulated::VirtualTime::Instant run_end() const { return plan_.run_end; }
 
-  /// Reads the events once more, from the first to the last. The source throws `TraceError` if the
-  /// file has been changed since and is not a valid trace any more.
+  /// Says where a recording was cut, because its process was killed or its disk was full, in one
+  /// printable line; empty if the trace is whole. The run has what came before the cut.
+  const std::string& cut() const { return cut_; }
+
+  /// Reads the events once more, from the first to the last. The trace must outlive the
+  /// source, which throws `TraceError` if the file has been changed since and is not a valid trace
+  /// any more.
   EventSource Events() const;
 
  private:
   std::string name_;
   Input input_;
   TracePlan plan_;
+  std::string cut_;
 };
 
 /// Opens the file `path`, or standard input for "-". Throws `TraceError` when it cannot be read.

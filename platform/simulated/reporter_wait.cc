@@ -1,0 +1,20 @@
+#include "platform/simulated/reporter_wait.h"
+
+#include "platform/simulated/timeline.h"
+
+namespace sensorvela::simulated {
+
+void ReporterWait::Begin(platform::Mutex& mutex) {
+  is_waiting_ = true;
+  Timeline::Get().AddBlocked();
+  while (is_waiting_) ended_.wait(mutex);
+}
+
+void ReporterWait::End(platform::Mutex& /*mutex*/) {
+  if (!is_waiting_) return;
+  is_waiting_ = false;
+  Timeline::Get().RemoveBlocked(1);
+  ended_.notify_all();
+}
+
+}  // namespace sensorvela::simulated
