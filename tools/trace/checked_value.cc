@@ -2,18 +2,27 @@
 
 #include <algorithm>
 #include <cmath>
+#include <nlohmann/json.hpp>
 
 #include "tools/text/printable_text.h"
 
 namespace sensorvela::replay {
 namespace {
 
-using nlohmann::json;
+using Type = JsonValue::Type;
 
-bool FitsInt64(const json& number) {
-  return !number.is_number_unsigned() ||
-         number.get<std::uint64_t>() <=
-             static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+bool IsNumber(const JsonValue& value) { return value.TypeName() == "number"; }
+
+double ToDouble(const JsonValue& number) {
+  if (number.type == Type::kFloat) return number.number;
+  if (number.type == Type::kInteger) return static_cast<double>(number.integer);
+  return static_cast<double>(static_cast<std::uint64_t>(number.integer));
+}
+
+std::string NumberText(const JsonValue& number) {
+  if (number.type == Type::kFloat) return nlohmann::json(number.number).dump();
+  if (number.type == Type::kInteger) return std::to_string(number.integer);
+  return std::to_string(static_cast<std::uint64_t>(number.integer));
 }
 
 }  // namespace
@@ -22,71 +31,88 @@ std::string IntegerRange::Description() const {
   return "an integer from " + std::to_string(min) + " to " + std::to_string(max);
 }
 
-std::int64_t CheckedValue::IntegerIn(IntegerRange range) const {
-  if (!value_->is_number()) RejectType(range.Description());
-  // The parser reads integers of more than 64 bits as floating-point numbers.
-  if (value_->is_number_float()) Reject("is not a plain 64-bit integer", range.Description());
-  if (FitsInt64(*value_)) {
-    const auto number = value_->get<std::int64_t>();
-    if (number >= range.min && number <= range.max) return number;
+std::string CheckedValue::name() const {
+  std::string name;
+  for (const JsonValue* outer = line_; outer != value_;) {
+    std::size_t position = 0;
+    const JsonValue* inner = outer->begin();
+    for (; inner->next() <= value_; inner = inner->next()) ++position;
+    if (outer->type == Type::kArray) {
+      name += '[' + std::to_string(position) + ']';
+    } else {
+      name += (name.empty() ? "" : ".") + std::string(inner->key);
+    }
+    outer = inner;
   }
-  Reject("is " + value_->dump(), range.Description());
+  return name;
+}
+
+std::int64_t CheckedValue::IntegerIn(IntegerRange range) const {
+  if (value_->type == Type::kInteger && value_->integer >= range.min &&
+      value_->integer <= range.max) {
+    return value_->integer;
+  }
+  if (!IsNumber(*value_)) RejectType(range.Description());
+  if (value_->type == Type::kFloat) Reject("is not a plain 64-bit integer", range.Description());
+  Reject("is " + NumberText(*value_), range.Description());
 }
 
 float CheckedValue::Float() const {
   using Limits = std::numeric_limits<float>;
-  if (value_->is_string()) {
-    const std::string text = value_->get<std::string>();
+  if (value_->type == Type::kString) {
+    const std::string_view text = value_->text;
     if (text == "NaN") return Limits::quiet_NaN();
     if (text == "Infinity") return Limits::infinity();
     if (text == "-Infinity") return -Limits::infinity();
     Reject("is " + Quoted(text), kFloatDescription);
   }
-  if (!value_->is_number()) RejectType(kFloatDescription);
-  const auto number = value_->get<double>();
+  if (!IsNumber(*value_)) RejectType(kFloatDescription);
+  const double number = ToDouble(*value_);
   // The largest float is printed rounded up, as 3.4028235e+38. What rounds to it is read as it.
   constexpr double kRoundsToInfinity = 3.4028235677973366e38;
-  if (std::abs(number) >= kRoundsToInfinity) Reject("is " + value_->dump(), kFloatDescription);
+  if (std::abs(number) >= kRoundsToInfinity) Reject("is " + NumberText(*value_), kFloatDescription);
   return static_cast<float>(std::clamp(number, double{Limits::lowest()}, double{Limits::max()}));
 }
 
 bool CheckedValue::Bool() const {
-  if (!value_->is_boolean()) RejectType("true or false");
-  return value_->get<bool>();
+  if (value_->type != Type::kBool) RejectType("true or false");
+  return value_->integer != 0;
 }
 
 std::string CheckedValue::Text() const {
-  if (!value_->is_string()) RejectType("a string");
-  return value_->get<std::string>();
+  if (value_->type != Type::kString) RejectType("a string");
+  return std::string(value_->text);
 }
 
-const json& CheckedValue::Object() const {
-  if (!value_->is_object()) RejectType("an object");
+const JsonValue& CheckedValue::Object() const {
+  if (value_->type != Type::kObject) RejectType("an object");
   return *value_;
 }
 
 std::vector<CheckedValue> CheckedValue::List(std::optional<std::size_t> count) const {
-  const std::string expected =
-      count ? "an array of " + std::to_string(*count) + " elements" : "an array";
-  if (!value_->is_array()) RejectType(expected);
-  if (count && value_->size() != *count) {
-    Reject("has " + std::to_string(value_->size()) + " elements", expected);
+  const auto expected = [&] {
+    return count ? "an array of " + std::to_string(*count) + " elements" : "an array";
+  };
+  if (value_->type != Type::kArray) RejectType(expected());
+  if (count && value_->size != *count) {
+    Reject("has " + std::to_string(value_->size) + " elements", expected());
   }
   std::vector<CheckedValue> elements;
-  elements.reserve(value_->size());
-  for (const json& element : *value_) {
-    elements.emplace_back(element, name_ + '[' + std::to_string(elements.size()) + ']');
+  elements.reserve(value_->size);
+  for (const JsonValue* element = value_->begin(); element != value_->end();
+       element = element->next()) {
+    elements.emplace_back(*element, *line_);
   }
   return elements;
 }
 
 void CheckedValue::Reject(const std::string& is_wrong, std::string_view expected) const {
-  throw EventError("field " + Quoted(name_) + ' ' + is_wrong + ": expected " +
+  throw EventError("field " + Quoted(name()) + ' ' + is_wrong + ": expected " +
                    std::string(expected));
 }
 
 void CheckedValue::RejectType(std::string_view expected) const {
-  Reject("has type " + std::string(value_->type_name()), expected);
+  Reject("has type " + std::string(value_->TypeName()), expected);
 }
 
 }  // namespace sensorvela::replay

@@ -4,21 +4,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
-namespace sensorvela::replay {
+#include "tools/trace/json_line.h"
 
-/// What is wrong with an event and what was expected, in one printable line.
-class EventError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+namespace sensorvela::replay {
 
 /// The integers from `min` to `max`.
 struct IntegerRange {
@@ -28,14 +21,17 @@ struct IntegerRange {
   std::string Description() const;
 };
 
-/// A JSON value, which must outlive this, and its name for messages. Each operation throws
-/// `EventError` if the value does not have the requested type, range or length.
+/// A value of a line, which must outlive this. Each operation throws `EventError` if the value does
+/// not have the requested type, range or length.
 class CheckedValue {
  public:
-  CheckedValue(const nlohmann::json& value, std::string name)
-      : value_(&value), name_(std::move(name)) {}
+  /// A value in `line`, the whole object.
+  CheckedValue(const JsonValue& value, const JsonValue& line) : value_(&value), line_(&line) {}
 
-  const std::string& name() const { return name_; }
+  const JsonValue& line() const { return *line_; }
+
+  /// For messages: how to get to the value from the line's fields, as in `values[1].bools[0]`.
+  std::string name() const;
 
   /// An integer, written without fraction or exponent.
   template <typename Int>
@@ -52,7 +48,7 @@ class CheckedValue {
 
   bool Bool() const;
   std::string Text() const;
-  const nlohmann::json& Object() const;
+  const JsonValue& Object() const;
 
   /// The elements of an array, named after the array and their positions. If `count` is given,
   /// there must be that many.
@@ -64,8 +60,8 @@ class CheckedValue {
  private:
   [[noreturn]] void RejectType(std::string_view expected) const;
 
-  const nlohmann::json* value_;
-  std::string name_;
+  const JsonValue* value_;
+  const JsonValue* line_;
 };
 
 }  // namespace sensorvela::replay

@@ -317,9 +317,11 @@ std::string InRightColumn(std::string_view text) {
 std::span<const EventKind> EventKinds() { return kEventKinds; }
 
 const EventKind& FindEventKind(std::string_view name) {
-  std::string known;
   for (const EventKind& kind : kEventKinds) {
     if (kind.name == name) return kind;
+  }
+  std::string known;
+  for (const EventKind& kind : kEventKinds) {
     if (!known.empty()) known += ", ";
     known += kind.name;
   }

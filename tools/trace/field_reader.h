@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <span>
 #include <string>
@@ -20,23 +19,22 @@ namespace sensorvela::replay {
 /// hold, so that the sum of two, and a deadline after it, fits.
 inline constexpr std::int64_t kMaxTimeNs = 4'000'000'000'000'000'000;
 
-/// Reads the fields of one object, each by its name and once. Throws `EventError` for a field that
-/// is missing or not of the requested type and range.
+/// Reads the fields of one object, each by its name, a literal, and once. Throws `EventError` for a
+/// field that is missing or not of the requested type and range.
 class FieldReader {
  public:
   struct Field {
-    std::string name;
+    std::string_view name;
     bool optional;
     /// What a value must be. Set only by a reader without an object.
     std::string expected;
   };
 
   /// Reads the fields of an event, a JSON object that must outlive the reader.
-  explicit FieldReader(const nlohmann::json& event) : object_(&event) {}
+  explicit FieldReader(const JsonValue& event) : FieldReader(event, event) {}
 
   /// Reads the fields of an object inside of an event.
-  explicit FieldReader(const CheckedValue& nested)
-      : object_(&nested.Object()), path_(nested.name() + '.') {}
+  explicit FieldReader(const CheckedValue& nested) : FieldReader(nested.Object(), nested.line()) {}
 
   /// A reader without an object: records the fields that are requested and returns arbitrary
   /// values.
@@ -85,15 +83,28 @@ class FieldReader {
   std::string FieldList() const;
 
  private:
+  FieldReader(const JsonValue& object, const JsonValue& line);
+
   std::int64_t ReadInteger(std::string_view name, IntegerRange range,
                            std::optional<std::int64_t> fallback);
 
-  /// The field's value; none in a reader without an object.
-  std::optional<CheckedValue> RequiredValue(std::string_view name, std::string_view expected);
+  /// The field's value; none in a reader without an object. `expected` describes the value when
+  /// that is needed.
+  template <typename Description>
+  std::optional<CheckedValue> Value(std::string_view name, bool optional,
+                                    const Description& expected);
 
-  const nlohmann::json* object_ = nullptr;
-  std::string path_;
+  [[noreturn]] void RejectMissing(std::string_view name, const std::string& expected) const;
+
+  /// The name of a field of this object, for messages.
+  std::string FullName(std::string_view name) const;
+
+  const JsonValue* object_ = nullptr;
+  /// The whole line's object.
+  const JsonValue* line_ = nullptr;
   std::vector<Field> fields_;
+  /// How many of the fields were there.
+  std::size_t found_ = 0;
 };
 
 }  // namespace sensorvela::replay

@@ -63,15 +63,15 @@ VendorAtomValue ReadContent(Tag kind, const CheckedValue& content) {
 }
 
 VendorAtomValue ReadValue(const CheckedValue& value) {
-  const nlohmann::json& object = value.Object();
+  const JsonValue& object = value.Object();
   const std::string expected = "one field, named after its kind: " + testkit::KindNames();
-  if (object.size() != 1) {
-    value.Reject("has " + std::to_string(object.size()) + " fields", expected);
+  if (object.size != 1) {
+    value.Reject("has " + std::to_string(object.size) + " fields", expected);
   }
-  const std::string& name = object.begin().key();
-  const std::optional<Tag> kind = testkit::FindKind(name);
-  if (!kind) value.Reject("has the unknown field " + Quoted(name), expected);
-  return ReadContent(*kind, CheckedValue(object.begin().value(), value.name() + '.' + name));
+  const JsonValue& content = *object.begin();
+  const std::optional<Tag> kind = testkit::FindKind(content.key);
+  if (!kind) value.Reject("has the unknown field " + Quoted(content.key), expected);
+  return ReadContent(*kind, CheckedValue(content, value.line()));
 }
 
 }  // namespace

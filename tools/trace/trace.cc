@@ -5,21 +5,18 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
-#include <set>
 #include <string_view>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 #include "tools/input/line_reader.h"
 #include "tools/text/printable_text.h"
+#include "tools/trace/field_reader.h"
+#include "tools/trace/json_line.h"
 
 namespace sensorvela::replay {
 namespace {
-
-using nlohmann::json;
 
 std::string DisplayName(const std::string& path) {
   return path == "-" ? "<stdin>" : Printable(path);
@@ -29,49 +26,6 @@ std::string DisplayName(const std::string& path) {
   throw TraceError(name + ": " + error.code().message() + ": expected a readable file");
 }
 
-/// Rejects an object that has a field twice, which the JSON parser accepts.
-class DuplicateFieldCheck {
- public:
-  bool operator()(int /*depth*/, json::parse_event_t event, json& parsed) {
-    if (event == json::parse_event_t::object_start) {
-      open_objects_.emplace_back();
-    } else if (event == json::parse_event_t::object_end) {
-      open_objects_.pop_back();
-    } else if (event == json::parse_event_t::key) {
-      const auto& name = parsed.get_ref<const std::string&>();
-      if (!open_objects_.back().insert(name).second) {
-        throw EventError("duplicate field " + Quoted(name) + ": expected each field once");
-      }
-    }
-    return true;
-  }
-
- private:
-  std::vector<std::set<std::string>> open_objects_;
-};
-
-json ParseLine(std::string_view line) {
-  // The JSON parser passes over the one and takes the other for the line's end.
-  if (line.starts_with("\xef\xbb\xbf")) {
-    throw EventError("a byte order mark: expected one JSON object");
-  }
-  if (const std::size_t nul = line.find('\0'); nul != std::string_view::npos) {
-    throw EventError("a NUL byte at column " + std::to_string(nul + 1) +
-                     ": expected one JSON object");
-  }
-  try {
-    json event = json::parse(line, DuplicateFieldCheck());
-    if (event.is_object()) return event;
-    throw EventError("a JSON value of type " + std::string(event.type_name()) +
-                     ": expected an object");
-  } catch (const json::parse_error& error) {
-    throw EventError("malformed JSON at column " + std::to_string(error.byte) +
-                     ": expected one JSON object");
-  } catch (const json::out_of_range&) {
-    throw EventError("a number far beyond 64 bits: expected no number of that size in any field");
-  }
-}
-
 /// Turns lines into events. Keeps what the earlier lines determine for the next.
 class TraceParser {
  public:
@@ -79,8 +33,7 @@ class TraceParser {
   explicit TraceParser(const RecordingPlan* plan) { context_.plan = plan; }
 
   void Parse(std::size_t line_number, std::string_view line, Event& event) {
-    const json object = ParseLine(line);
-    FieldReader fields(object);
+    FieldReader fields(json_.Parse(line));
     const std::string name = fields.Text("event");
     const EventKind& kind = FindEventKind(name);
     const auto at_ns = fields.Integer<std::int64_t>("at_ns", 0, kMaxTimeNs);
@@ -176,6 +129,7 @@ class TraceParser {
     if (kind.place == Place::kLast) end_line_ = line_number;
   }
 
+  JsonLine json_;
   TraceContext context_;
   std::int64_t last_at_ns_ = 0;
   /// When the suspension ends that the last event began, or else the last event's instant.
