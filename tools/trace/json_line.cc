@@ -60,6 +60,9 @@ class JsonLine::Values {
   /// The innermost array or object that has not been closed.
   JsonValue& open() { return values_[open_.back()]; }
 
+  /// How many arrays and objects have not been closed.
+  std::size_t depth() const { return open_.size(); }
+
   void Key(std::string_view key) { key_ = key; }
 
   JsonValue& Add(Type type) {
@@ -94,8 +97,7 @@ class JsonLine::FastParser {
     values_.Clear();
     rapidjson::InsituStringStream stream(line_.data());
     // Calls back for each value, and leaves the strings and numbers in the line.
-    constexpr unsigned kFlags = rapidjson::kParseInsituFlag | rapidjson::kParseIterativeFlag |
-                                rapidjson::kParseNumbersAsStringsFlag;
+    constexpr unsigned kFlags = rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag;
     return !reader_.Parse<kFlags>(stream, *this).IsError() && values_.whole().type == Type::kObject;
   }
 
@@ -143,7 +145,7 @@ class JsonLine::FastParser {
 
   bool StartObject() {
     values_.Open(Type::kObject);
-    return true;
+    return values_.depth() <= kMaxDepth;
   }
 
   bool EndObject(rapidjson::SizeType /*size*/) {
@@ -154,7 +156,7 @@ class JsonLine::FastParser {
 
   bool StartArray() {
     values_.Open(Type::kArray);
-    return true;
+    return values_.depth() <= kMaxDepth;
   }
 
   bool EndArray(rapidjson::SizeType /*size*/) {
@@ -170,6 +172,9 @@ class JsonLine::FastParser {
   bool Double(double) { return false; }
 
  private:
+  /// The reader calls itself for each level.
+  static constexpr std::size_t kMaxDepth = 100;
+
   /// Whether the line has only ASCII, no NUL, and no character by its number, so that the reader
   /// takes it for what it is: it accepts bytes that are not UTF-8, and half of a surrogate pair.
   static bool IsPlain(std::string_view line) {
