@@ -1,9 +1,11 @@
 #include "recorder/event_line.h"
 
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
 namespace sensorvela::recorder {
 namespace {
@@ -49,6 +51,15 @@ void AppendQuoted(std::string& out, std::string_view text) {
     text.remove_prefix(length == 0 ? 1 : length);
   }
   out += '"';
+}
+
+/// The bits of a NaN count, because the engine passes them on.
+std::string NanText(float nan) {
+  const auto bits = std::bit_cast<std::uint32_t>(nan);
+  if (bits == std::bit_cast<std::uint32_t>(std::numeric_limits<float>::quiet_NaN())) return "NaN";
+  std::array<char, 8> digits;  // The highest is not zero.
+  std::to_chars(digits.data(), digits.data() + digits.size(), bits, 16);
+  return "NaN(0x" + std::string(digits.data(), digits.size()) + ")";
 }
 
 }  // namespace
@@ -98,7 +109,7 @@ EventLine& EventLine::Value(std::int64_t value) {
 }
 
 EventLine& EventLine::Value(float value) {
-  if (std::isnan(value)) return Value(std::string_view("NaN"));
+  if (std::isnan(value)) return Value(std::string_view(NanText(value)));
   if (std::isinf(value)) return Value(std::string_view(value > 0 ? "Infinity" : "-Infinity"));
   Separate();
   std::array<char, 32> digits;

@@ -130,14 +130,13 @@ void Timeline::Suspend(std::chrono::nanoseconds duration) {
   if (duration.count() > 0) elapsed_ns_ = SaturatingSum(now(), duration).count();
 }
 
-void Timeline::EndTimedWaits() {
+void Timeline::ReachDeadlines() {
   const MutexLock lock(mutex_);
   while (!Settled()) changed_.wait(mutex_);
   for (const auto& [id, engine] : engines_) {
     if (!engine.is_asleep) continue;
     monotonic_ns_ = std::max<std::int64_t>(monotonic_ns_, engine.deadline.count());
   }
-  WakeDue();
 }
 
 void Timeline::WaitUntilAtRest() {

@@ -57,7 +57,7 @@ class Timeline {
   void RunTo(std::chrono::nanoseconds instant) SENSORVELA_EXCLUDES(mutex_);
   void MoveTo(std::chrono::nanoseconds instant, bool wake_due) SENSORVELA_EXCLUDES(mutex_);
   void Suspend(std::chrono::nanoseconds duration) SENSORVELA_EXCLUDES(mutex_);
-  void EndTimedWaits() SENSORVELA_EXCLUDES(mutex_);
+  void ReachDeadlines() SENSORVELA_EXCLUDES(mutex_);
   void WaitUntilAtRest() SENSORVELA_EXCLUDES(mutex_);
   void WaitUntilSettled() SENSORVELA_EXCLUDES(mutex_);
   std::uint64_t notifications() const { return notifications_.load(std::memory_order_acquire); }

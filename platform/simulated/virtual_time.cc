@@ -19,7 +19,7 @@ void VirtualTime::JumpTo(Instant instant) { Timeline::Get().MoveTo(instant, true
 
 void VirtualTime::SlipTo(Instant instant) { Timeline::Get().MoveTo(instant, false); }
 
-void VirtualTime::EndTimedWaits() { Timeline::Get().EndTimedWaits(); }
+void VirtualTime::ReachDeadlines() { Timeline::Get().ReachDeadlines(); }
 
 void VirtualTime::WaitUntilAtRest() { Timeline::Get().WaitUntilAtRest(); }
 

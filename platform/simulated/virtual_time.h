@@ -49,9 +49,9 @@ class VirtualTime {
   void SlipTo(Instant instant);
 
   /// The monotonic clock goes on alone until every deadline that an engine sleeps for has been
-  /// reached; the engines wake up. Every engine is settled first. For a run in which a record tells
-  /// when a cycle ended, and not the clock.
-  void EndTimedWaits();
+  /// reached. Every engine is settled first, and none wakes up: a notification wakes it, or a
+  /// `JumpTo`. For a run in which a recording tells when a cycle ended, and not the clock.
+  void ReachDeadlines();
 
   /// Returns once every engine is at rest: its reporter thread is in its timed wait and its queue
   /// is empty.

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "tests/library/test_support.h"
+#include "tests/simulation/simulation.h"
 #include "tests/simulation/simulation_model.h"
 
 // Only a build with sanitizers defines it.
@@ -306,7 +307,7 @@ void OnFatalSignal(int signal) {
 
 /// Runs one life. At the first difference between the engine and the model, prints the steps so far
 /// and returns false.
-bool Live(std::uint64_t seed, int steps, bool print, int64_t& lived_ns) {
+bool Live(std::uint64_t seed, int steps, bool print, LifeObserver& observer, int64_t& lived_ns) {
   current_seed = seed;
   alarm(kHangSeconds);
   Dice dice(seed);
@@ -318,10 +319,12 @@ bool Live(std::uint64_t seed, int steps, bool print, int64_t& lived_ns) {
     current_step = i + 1;
     done.push_back(step.text);
     if (print) std::fprintf(stderr, "%s\n", step.text.c_str());
+    if (step.text.starts_with("create")) observer.EngineStarts();
     step.real(world);
     step.model(model);
     const Texts history = world.TakeHistory();
     world.TakeAtoms();
+    observer.Happened(history);
     const Texts expected = std::exchange(model.history, {});
     if (history == expected) continue;
     std::printf("seed %llu: the engine and the model differ after step %d:\n",
@@ -330,14 +333,15 @@ bool Live(std::uint64_t seed, int steps, bool print, int64_t& lived_ns) {
     PrintDifference(history, expected);
     return false;
   }
+  world.DestroyEngine();
+  observer.Happened(world.TakeHistory());
   lived_ns += model.now_ns();
   return true;
 }
 
 }  // namespace
-}  // namespace sensorvela::testing
 
-int main(int argc, char** argv) {
+int RunSimulation(int argc, char** argv, LifeObserver& observer) {
   std::uint64_t first = 1;
   std::uint64_t seeds = 300;
   int steps = 80;
@@ -353,25 +357,27 @@ int main(int argc, char** argv) {
   app.add_flag("--print", print, "print each step before it is done");
   CLI11_PARSE(app, argc, argv);
   for (const int signal : {SIGABRT, SIGALRM, SIGSEGV}) {
-    std::signal(signal, sensorvela::testing::OnFatalSignal);
+    std::signal(signal, OnFatalSignal);
   }
   if (__sanitizer_set_death_callback != nullptr) {
-    __sanitizer_set_death_callback(sensorvela::testing::LastWords);
+    __sanitizer_set_death_callback(LastWords);
   }
 
   std::int64_t lived_ns = 0;
   double days = 0;
   for (std::uint64_t seed = first; seed - first < seeds; ++seed) {
     lived_ns = 0;
-    if (!sensorvela::testing::Live(seed, steps, print, lived_ns)) {
+    if (!Live(seed, steps, print, observer, lived_ns) || !observer.LifeEnds()) {
       std::printf("again: --first %llu --seeds 1 --steps %d\n",
                   static_cast<unsigned long long>(seed), steps);
       return 1;
     }
-    days += static_cast<double>(lived_ns) / static_cast<double>(sensorvela::testing::kDayNs);
+    days += static_cast<double>(lived_ns) / static_cast<double>(kDayNs);
   }
   std::printf("%llu seeds, %llu steps, %.0f device-days\n", static_cast<unsigned long long>(seeds),
               static_cast<unsigned long long>(seeds) * static_cast<unsigned long long>(steps),
               days);
   return 0;
 }
+
+}  // namespace sensorvela::testing

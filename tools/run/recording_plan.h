@@ -16,6 +16,8 @@ struct RecordingPlan {
     bool found;
     /// The reports that had ended when it began.
     std::int64_t reports;
+    /// A cycle ended before the next lookup.
+    bool cycle_follows = false;
   };
 
   /// A report that did not succeed.

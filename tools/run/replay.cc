@@ -142,7 +142,10 @@ void Replay::DeliverSamples(const std::vector<RecordedSample>& samples) {
   }
 }
 
-void Replay::EndCycle() { time_.EndTimedWaits(); }
+void Replay::EndCycle() {
+  time_.ReachDeadlines();
+  time_.JumpTo(time_.Now());
+}
 
 void Replay::AnswerSupplier(const testkit::Diagnostics& answer) { state_.AnswerSupplier(answer); }
 
@@ -169,11 +172,14 @@ void Replay::EndLookup(bool found) {
     RegisterService();
     time_.WaitUntilSettled();
     if (state_.HasReachedLimit()) UnregisterService();
-  } else if (!waited) {
+  } else if (!waited && state_.HasQueuedAtoms()) {
     DropQueuedAtoms();
   } else if (!dropped_early) {
     ReleaseServiceWaits();
   }
+  time_.WaitUntilSettled();
+  // An atom that comes before the end of the cycle has been found by the engine that ended it.
+  if (recording_->lookups[lookups_ended_ - 1].cycle_follows) time_.ReachDeadlines();
 }
 
 std::int64_t Replay::ReportsBeforeNextLookup() const {

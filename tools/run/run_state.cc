@@ -116,12 +116,14 @@ void RunState::OnRunEnd() {
 
 void RunState::OnLogLine(int priority, std::string_view tag, std::string_view text) {
   const MutexLock lock(mutex_);
+  if (IsBeyondRecording()) return;
   last_log_text_ = text;
   if (observe_log_) Notify(&RunObserver::OnLogLine, time_.Now(), priority, tag, text);
 }
 
 void RunState::OnLookup(LookupStep step) {
   const MutexLock lock(mutex_);
+  if (IsBeyondRecording()) return;
   taken_ = time_.Notifications();
   NotifyQueued();
   ReporterStep shown = step == LookupStep::kFinds ? ReporterStep::kSends : ReporterStep::kDrops;

@@ -84,6 +84,11 @@ class RunState {
       SENSORVELA_REQUIRES(mutex_) {
     for (RunObserver* observer : observers_) (observer->*method)(arguments...);
   }
+  /// What the recorded engine did while it was destroyed is in the recording. What the run's engine
+  /// does then is not a part of it.
+  bool IsBeyondRecording() const SENSORVELA_REQUIRES(mutex_) {
+    return follows_recording_ && is_stopping_;
+  }
   /// Notifies the observers of the atoms queued since the last call.
   void NotifyQueued() SENSORVELA_REQUIRES(mutex_);
   void ChangeCause(const Cause& cause) SENSORVELA_REQUIRES(mutex_);

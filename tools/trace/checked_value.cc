@@ -1,8 +1,11 @@
 #include "tools/trace/checked_value.h"
 
 #include <algorithm>
+#include <bit>
+#include <charconv>
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <optional>
 
 #include "tools/text/printable_text.h"
 
@@ -17,6 +20,21 @@ double ToDouble(const JsonValue& number) {
   if (number.type == Type::kFloat) return number.number;
   if (number.type == Type::kInteger) return static_cast<double>(number.integer);
   return static_cast<double>(static_cast<std::uint64_t>(number.integer));
+}
+
+/// The NaN that a text like "NaN(0x7fc00001)" names by its bits; none for any other text.
+std::optional<float> NanOfBits(std::string_view text) {
+  constexpr std::string_view kBegin = "NaN(0x";
+  constexpr std::size_t kDigits = 8;
+  if (!text.starts_with(kBegin) || text.size() != kBegin.size() + kDigits + 1 ||
+      text.back() != ')') {
+    return std::nullopt;
+  }
+  const char* const first = text.data() + kBegin.size();
+  std::uint32_t bits = 0;
+  if (std::from_chars(first, first + kDigits, bits, 16).ptr != first + kDigits) return std::nullopt;
+  const auto number = std::bit_cast<float>(bits);
+  return std::isnan(number) ? std::optional(number) : std::nullopt;
 }
 
 std::string NumberText(const JsonValue& number) {
@@ -64,6 +82,7 @@ float CheckedValue::Float() const {
     if (text == "NaN") return Limits::quiet_NaN();
     if (text == "Infinity") return Limits::infinity();
     if (text == "-Infinity") return -Limits::infinity();
+    if (const auto nan = NanOfBits(text)) return *nan;
     Reject("is " + Quoted(text), kFloatDescription);
   }
   if (!IsNumber(*value_)) RejectType(kFloatDescription);

@@ -289,7 +289,13 @@ constexpr EventKind kEventKinds[] = {
     {"report_silent", "that report has ended without a status", Place::kInRecording,
      FailedReport<Answer::kNoStatus>},
     {"cycle_ended", "a cycle has ended, and the engine asks the supplier", Place::kInRecording,
-     Plain<&Replay::EndCycle>},
+     [](FieldReader&, const TraceContext&) -> EventContent {
+       return {.action = [](Replay& replay) { replay.EndCycle(); },
+               .plan =
+                   [](RecordingPlan& plan) {
+                     if (!plan.lookups.empty()) plan.lookups.back().cycle_follows = true;
+                   }};
+     }},
     {"supplier_answers",
      "the supplier answers the engine's next question; the fields are those of diagnostics, and an "
      "answer without the item is absent",
