@@ -35,7 +35,10 @@ void SensorVela::RequestStop() {
   queue_cv_.NotifyAll(queue_mutex_);
 }
 
-void SensorVela::Start() { reporter_thread_ = std::thread(&SensorVela::RunReporterThread, this); }
+void SensorVela::Start() {
+  reporter_thread_ = sensorvela::platform::StartThread(
+      queue_cv_, [](void* engine) { static_cast<SensorVela*>(engine)->RunReporterThread(); }, this);
+}
 
 void SensorVela::ReportVendorAtomAsync(const VendorAtom& atom) {
   Enqueue(VendorAtom(atom));  // Copied before the lock: no thread waits for a copy.

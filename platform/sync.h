@@ -1,15 +1,15 @@
 // The library's interface to threads and time: an annotated lock, its scoped holder, a condition
-// variable with a timed wait, a monotonic clock, and names for threads. The library uses everything
-// else of the device through the device's own headers.
+// variable with a timed wait, a monotonic clock, and the start and the names of threads. The
+// library uses everything else of the device through the device's own headers.
 //
-// The lock is the same everywhere. The condition variable and the clock have two implementations,
-// one of which is linked: platform/android/ (the device) and platform/simulated/ (a workstation,
-// with virtual time).
+// The lock is the same everywhere. The rest has two implementations, one of which is linked:
+// platform/android/ (the device) and platform/simulated/ (a workstation, with virtual time).
 #pragma once
 
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 
 #include "thread_annotations.h"
 
@@ -80,6 +80,10 @@ class CondVar {
  private:
   std::condition_variable cv_;
 };
+
+/// Starts a thread that calls `body` with `argument`. Of all threads, only this one waits on
+/// `condition`, which outlives it. Throws `std::system_error` when the system refuses the thread.
+std::thread StartThread(CondVar& condition, void (*body)(void* argument), void* argument);
 
 }  // namespace sensorvela::platform
 

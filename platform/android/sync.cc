@@ -23,4 +23,8 @@ void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
 
 void CondVar::NotifyAll(Mutex& /*mutex*/) { cv_.notify_all(); }
 
+std::thread StartThread(CondVar& /*condition*/, void (*body)(void* argument), void* argument) {
+  return std::thread(body, argument);
+}
+
 }  // namespace sensorvela::platform

@@ -24,7 +24,7 @@ MonotonicClock::time_point MonotonicClock::now() noexcept {
 // The one failure is a name that is too long, and it would cost only the name.
 void NameThisThread(const char* name) { pthread_setname_np(pthread_self(), name); }
 
-CondVar::CondVar() { Timeline::Get().AddEngine(this); }
+CondVar::CondVar() = default;
 CondVar::~CondVar() { Timeline::Get().RemoveEngine(this); }
 
 void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
@@ -44,6 +44,19 @@ void CondVar::NotifyAll(Mutex& /*mutex*/) {
     timeline.Notify(this);
   } else {
     cv_.notify_all();
+  }
+}
+
+// The thread is busy before it runs. A refused one leaves nothing behind: nobody destroys its
+// condition variable, because the library is built without exceptions.
+std::thread StartThread(CondVar& condition, void (*body)(void* argument), void* argument) {
+  Timeline& timeline = Timeline::Get();
+  timeline.AddEngine(&condition);
+  try {
+    return std::thread(body, argument);
+  } catch (...) {
+    timeline.RemoveEngine(&condition);
+    throw;
   }
 }
 

@@ -19,8 +19,9 @@ namespace sensorvela::simulated {
 std::chrono::nanoseconds SaturatingSum(std::chrono::nanoseconds a, std::chrono::nanoseconds b);
 
 /// Each engine owns one condition variable, on which one thread waits, so the timeline identifies
-/// an engine by its condition variable. An engine is asleep, blocked in the service manager, or
-/// busy. The thread that wakes an engine also marks it as busy, before the woken thread has run.
+/// an engine by its condition variable, from the start of that thread to the destruction. An engine
+/// is asleep, blocked in the service manager, or busy. The thread that wakes an engine also marks
+/// it as busy, before the woken thread has run.
 class Timeline {
  public:
   static Timeline& Get();

@@ -26,6 +26,17 @@ void Gate::Open() {
   changed_.notify_all();
 }
 
+RefusedThreads::RefusedThreads() {
+  pthread_getattr_default_np(&normal_);
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  // No address space holds a stack of this size.
+  pthread_attr_setstacksize(&attributes, SIZE_MAX / 4 * 3 & ~std::size_t{0xffff});
+  pthread_setattr_default_np(&attributes);
+}
+
+RefusedThreads::~RefusedThreads() { pthread_setattr_default_np(&normal_); }
+
 }  // namespace sensorvela::testing
 
 void SensorVelaTestPeer::SetCounters(SensorVela& engine, SensorVela::SensorId sensor,

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <chrono>
 #include <condition_variable>
@@ -45,6 +46,18 @@ class Gate {
   std::condition_variable changed_;
   bool arrived_ = false;
   bool open_ = false;
+};
+
+/// The system refuses every new thread while this exists.
+class RefusedThreads {
+ public:
+  RefusedThreads();
+  ~RefusedThreads();
+  RefusedThreads(const RefusedThreads&) = delete;
+  RefusedThreads& operator=(const RefusedThreads&) = delete;
+
+ private:
+  pthread_attr_t normal_;
 };
 
 /// Runs `body` with 0, 1, ... on that many threads at once.
