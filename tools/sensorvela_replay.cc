@@ -144,6 +144,10 @@ int main(int argc, char** argv) try {
     return std::cout.flush() ? 0 : CannotWrite("to standard output");
   }
   return Replay(options);
+} catch (const std::system_error& error) {
+  std::fprintf(stderr, "sensorvela-replay: cannot start a thread: %s\n",
+               error.code().message().c_str());
+  return kExitFailed;
 } catch (const std::exception& error) {
   std::fprintf(stderr, "sensorvela-replay: %s\n", error.what());
   return kExitFailed;

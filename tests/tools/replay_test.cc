@@ -7,10 +7,14 @@
 #include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <sstream>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
+#include "tests/library/test_support.h"
 #include "tests/tools/trace_files.h"
 #include "tools/report/json_lines_report.h"
 #include "tools/report/progress.h"
@@ -152,6 +156,20 @@ TEST(TraceTest, KnowsWhenTheRunEnds) {
   }
   const Trace day("t", OpenTrace(SourcePath("examples/one_day.jsonl")));
   EXPECT_EQ(day.run_end(), std::chrono::hours(24));
+}
+
+TEST(RefusedThreadTest, ARunFailsAndLeavesRoomForTheNext) {
+  struct RefuseAtTheEnd : RunObserver {
+    void OnNote(Instant /*at*/, std::string_view /*text*/) override { refused.emplace(); }
+    std::optional<testing::RefusedThreads> refused;
+  } observer;
+  const std::string trace = R"({"at_ns":0,"event":"engine_start"}
+{"at_ns":0,"event":"firmware_state","subject_id":1,"state":1,"detail_code":1}
+{"at_ns":1,"event":"note","text":"The engine waits for the service, and a thread must end that wait."}
+)";
+  EXPECT_THROW(Replay({&observer}, false).Run(ParseTrace("t", trace)), std::system_error);
+  observer.refused.reset();
+  Replay({}, false).Run(ParseTrace("t", trace));
 }
 
 /// The text that each step of a long run writes to the terminal.

@@ -26,7 +26,10 @@ Replay::Replay(std::vector<RunObserver*> observers, bool observe_log)
       lookup_observer_([this](simulated::LookupStep step) { state_.OnLookup(step); }) {}
 
 Replay::~Replay() {
-  DestroyEngine();
+  // After a run that has failed, perhaps for want of a thread, this needs none.
+  if (engine_ != nullptr) state_.OnEngineStop();
+  RefuseService();
+  engine_.reset();
   simulated::ResetServices();
 }
 
