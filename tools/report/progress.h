@@ -38,7 +38,9 @@ class Progress : public RunObserver {
     Tick(at);
   }
   void OnSample(Instant at, SensorVela::SensorId /*sensor*/) override { Tick(at); }
-  void OnReporterStep(Instant at, ReporterStep /*step*/) override { Tick(at); }
+  void OnReporterStep(Instant at, ReporterStep /*step*/, std::size_t /*batch*/) override {
+    Tick(at);
+  }
 
   void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer) override;
   void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override;

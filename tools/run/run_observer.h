@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -71,7 +72,9 @@ class RunObserver {
                               Answer /*answer*/) {}
   /// The engine queued no atom for an error, because the error was past its cap, and logged `text`.
   virtual void OnErrorBlocked(Instant /*at*/, const Cause& /*cause*/, std::string_view /*text*/) {}
-  virtual void OnReporterStep(Instant /*at*/, ReporterStep /*step*/) {}
+  /// `batch`: how many atoms the reporter thread waits with, sends or drops; otherwise without
+  /// meaning.
+  virtual void OnReporterStep(Instant /*at*/, ReporterStep /*step*/, std::size_t /*batch*/) {}
 
   virtual void OnSensorEnabled(Instant /*at*/, SensorVela::SensorId /*sensor*/,
                                std::int64_t /*period_ns*/) {}

@@ -76,11 +76,13 @@ void RunState::OnEngineStop() {
 
 void RunState::OnSensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns) {
   const MutexLock lock(mutex_);
+  sensor_tally_.BeginStretch(sensor);
   Notify(&RunObserver::OnSensorEnabled, time_.Now(), sensor, period_ns);
 }
 
 void RunState::OnSensorDisabled(SensorVela::SensorId sensor) {
   const MutexLock lock(mutex_);
+  next_reports_ = sensor_tally_.PresentStretch(sensor);
   Notify(&RunObserver::OnSensorDisabled, time_.Now(), sensor);
 }
 
@@ -132,7 +134,13 @@ void RunState::OnLookup(LookupStep step) {
   } else if (std::exchange(is_starting_, false)) {
     shown = ReporterStep::kStarts;
   }
-  Notify(&RunObserver::OnReporterStep, time_.Now(), shown);
+  // It takes the queue right before the first step of a lookup.
+  if (!is_waiting_) batch_ = waiting_.size();
+  is_waiting_ = shown == ReporterStep::kWaits;
+  Notify(&RunObserver::OnReporterStep, time_.Now(), shown, batch_);
+  if (shown == ReporterStep::kDrops) {
+    waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(batch_));
+  }
 }
 
 bool RunState::OnReport(const SensorVela::VendorAtom& atom, Answer answer) {
@@ -141,7 +149,9 @@ bool RunState::OnReport(const SensorVela::VendorAtom& atom, Answer answer) {
   if (reports_ >= report_limit_) return false;  // The recorded engine did not get to this one.
   ++reports_;
   ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
-  sensor_tally_.CountAtom(atom, answer == Answer::kOk);
+  const auto reports = waiting_.front();
+  waiting_.pop_front();
+  if (reports && answer == Answer::kOk) sensor_tally_.CountReport(*reports, atom);
   Notify(&RunObserver::OnAtomReported, time_.Now(), atom, answer);
   return reports_ == report_limit_;
 }
@@ -152,7 +162,7 @@ testkit::Diagnostics RunState::OnAsk(testkit::DiagnosticsItem asked) {
     ChangeCause({time_.Now(), kEndOfCycle, {}});
     summary_.cycles_ended = summary_.cycles_ended.value_or(0) + 1;
     diagnostics_ = next_diagnostics_;
-    Notify(&RunObserver::OnReporterStep, time_.Now(), ReporterStep::kUploads);
+    Notify(&RunObserver::OnReporterStep, time_.Now(), ReporterStep::kUploads, std::size_t{0});
     answers_.clear();
   }
   if (!follows_recording_) return diagnostics_;
@@ -166,6 +176,7 @@ testkit::Diagnostics RunState::OnAsk(testkit::DiagnosticsItem asked) {
 void RunState::NotifyQueued() {
   if (is_stopping_) return;  // The destructor notifies, too, but queues nothing.
   for (const std::uint64_t queued = time_.Notifications(); queued_ < queued; ++queued_) {
+    waiting_.push_back(std::exchange(next_reports_, std::nullopt));
     Notify(&RunObserver::OnAtomQueued, cause_);
   }
 }

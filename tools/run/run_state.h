@@ -2,9 +2,11 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -102,6 +104,13 @@ class RunState {
   SensorTally sensor_tally_ SENSORVELA_GUARDED_BY(mutex_);
   Cause cause_ SENSORVELA_GUARDED_BY(mutex_) = {};
   std::uint64_t queued_ SENSORVELA_GUARDED_BY(mutex_) = 0;
+  /// What the atom that is queued next reports, if it is a disable's.
+  std::optional<SensorTally::Stretch> next_reports_ SENSORVELA_GUARDED_BY(mutex_);
+  /// The same of each atom in the queue, and of those that the reporter thread has taken.
+  std::deque<std::optional<SensorTally::Stretch>> waiting_ SENSORVELA_GUARDED_BY(mutex_);
+  /// How many atoms the reporter thread has taken.
+  std::size_t batch_ SENSORVELA_GUARDED_BY(mutex_) = 0;
+  bool is_waiting_ SENSORVELA_GUARDED_BY(mutex_) = false;
   std::string last_log_text_ SENSORVELA_GUARDED_BY(mutex_);
   bool is_stopping_ SENSORVELA_GUARDED_BY(mutex_) = false;
   /// The next lookup is the one at the engine's start.

@@ -31,29 +31,43 @@ struct SensorSummary {
   }
 };
 
-/// Counts from the atoms that reach the stats service. If the atom of an enable is dropped, the
-/// next report replaces the one from before that enable, unless its count is smaller; then both are
-/// added.
+/// Counts samples by stretches: a stretch of a sensor lasts from one enable to the next.
 class SensorTally {
  public:
-  void CountSample(SensorVela::SensorId sensor);
+  struct Stretch {
+    SensorVela::SensorId sensor;
+    /// How many enables there have been before it.
+    std::uint64_t number;
+  };
 
-  /// Counts an atom that reached the stats service, which accepted or refused it. Only a sensor's
-  /// changes of state matter. A refused disable reports no samples, but a refused enable still
-  /// begins a stretch.
-  void CountAtom(const SensorVela::VendorAtom& atom, bool is_taken);
+  void CountSample(SensorVela::SensorId sensor) { ++EntryOf(sensor).delivered; }
 
-  /// Every sensor that had a sample or an atom, by ascending identifier, its high half first.
+  /// The sensor is enabled.
+  void BeginStretch(SensorVela::SensorId sensor) { ++EntryOf(sensor).stretch; }
+
+  Stretch PresentStretch(SensorVela::SensorId sensor) { return {sensor, EntryOf(sensor).stretch}; }
+
+  /// The stats service has accepted the engine's atom of a disable in that stretch. Atoms come in
+  /// the order in which they were queued.
+  void CountReport(const Stretch& stretch, const SensorVela::VendorAtom& disable);
+
+  /// Every sensor that had a sample, an enable or a disable, by ascending identifier, its high half
+  /// first.
   std::vector<SensorSummary> Summaries() const;
 
  private:
   struct Entry {
     std::uint64_t delivered = 0;
-    /// The counts of the finished stretches; a stretch lasts from one enable to the next.
-    ReportedSamples closed;
-    /// The counts of the present stretch, from its last disable, which includes the earlier ones.
-    ReportedSamples open;
+    /// The number of the present stretch.
+    std::uint64_t stretch = 0;
+    /// The stretch of the last report, and its counts: a report has all of its stretch so far.
+    std::uint64_t last_reported_stretch = 0;
+    ReportedSamples last;
+    /// The counts of the stretches before that one.
+    ReportedSamples before;
   };
+
+  Entry& EntryOf(SensorVela::SensorId sensor) { return entries_[{sensor.high, sensor.low}]; }
 
   std::map<std::pair<std::uint32_t, std::int32_t>, Entry> entries_;
 };

@@ -88,23 +88,21 @@ class ViewerObserver : public RunObserver {
     out_.Mark(kBlocked, at, "blocked", cause.what, arguments);
   }
 
-  void OnReporterStep(Instant at, ReporterStep step) override {
-    const bool has_waited = state_ == State::kWaiting;
+  void OnReporterStep(Instant at, ReporterStep step, std::size_t batch) override {
     LeaveState(at);
     switch (step) {
       case ReporterStep::kWaits:
         state_ = State::kWaiting;
-        batch_ = waiting_.size();
+        batch_ = batch;
         return;
       case ReporterStep::kStarts:
         state_ = State::kAsleep;
         return;
       case ReporterStep::kSends:
       case ReporterStep::kDrops:
-        if (!has_waited) batch_ = waiting_.size();
         out_.Span(kReporterThread, at, at, step == ReporterStep::kSends ? "draining" : "dropping",
-                  {{"atoms", batch_}});
-        if (step == ReporterStep::kDrops) Drop(at, batch_);
+                  {{"atoms", batch}});
+        if (step == ReporterStep::kDrops) Drop(at, batch);
         break;
       case ReporterStep::kUploads:
         out_.Span(kReporterThread, at, at, "uploading diagnostics", Json::object());
