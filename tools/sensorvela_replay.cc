@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -18,6 +17,7 @@
 #include <vector>
 
 #include "tools/report/json_lines_report.h"
+#include "tools/report/output_file.h"
 #include "tools/report/progress.h"
 #include "tools/report/text_report.h"
 #include "tools/run/replay.h"
@@ -55,10 +55,12 @@ struct Options {
   std::optional<std::string> trace_out;
 };
 
-/// To be called right after the write that has failed.
-int CannotWrite(const std::string& what) {
-  const std::string reason = std::generic_category().message(errno);
-  std::cerr << "sensorvela-replay: cannot write " << what << ": " << reason << '\n';
+/// Whoever has closed a pipe does not want to hear of it.
+int CannotWrite(const std::string& what, int error) {
+  if (error != EPIPE) {
+    std::cerr << "sensorvela-replay: cannot write " << what << ": "
+              << std::generic_category().message(error) << '\n';
+  }
   return kExitFailed;
 }
 
@@ -94,22 +96,28 @@ int Replay(const Options& options) try {
   if (progress) progress->DoneReading(trace.run_end());
   if (!trace.cut().empty()) std::cerr << trace.cut() << '\n';
 
-  const auto printed = options.format == "jsonl" ? replay::MakeJsonLinesReport(std::cout)
-                                                 : replay::MakeTextReport(std::cout);
+  replay::OutputFile out(stdout);
+  const auto printed = options.format == "jsonl" ? replay::MakeJsonLinesReport(out.stream())
+                                                 : replay::MakeTextReport(out.stream());
   observers.push_back(printed.get());
 
-  std::ofstream trace_out;
+  std::optional<replay::OutputFile> trace_out;
   std::unique_ptr<replay::RunObserver> viewer;
   if (options.trace_out) {
-    trace_out.open(*options.trace_out, std::ios::binary);
-    if (!trace_out) return CannotWrite(*options.trace_out);
-    viewer = replay::MakeViewerObserver(trace_out);
+    trace_out.emplace(*options.trace_out);
+    if (trace_out->error() != 0) return CannotWrite(*options.trace_out, trace_out->error());
+    viewer = replay::MakeViewerObserver(trace_out->stream());
     observers.push_back(viewer.get());
   }
 
-  replay::Replay(observers, options.log).Run(trace.Events());
-  if (!std::cout.flush()) return CannotWrite("to standard output");
-  if (options.trace_out && !trace_out.flush()) return CannotWrite(*options.trace_out);
+  const auto has_failed = [&] {
+    return out.error() != 0 || (trace_out && trace_out->error() != 0);
+  };
+  replay::Replay(observers, options.log).Run(trace.Events(), has_failed);
+  out.Flush();
+  if (trace_out) trace_out->Flush();
+  if (out.error() != 0) return CannotWrite("to standard output", out.error());
+  if (has_failed()) return CannotWrite(*options.trace_out, trace_out->error());
   return 0;
 } catch (const replay::TraceError& error) {
   std::cerr << error.what() << '\n';
@@ -141,7 +149,7 @@ int main(int argc, char** argv) try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (app.exit(error) != 0) return kExitBadInput;
-    return std::cout.flush() ? 0 : CannotWrite("to standard output");
+    return std::cout.flush() ? 0 : CannotWrite("to standard output", errno);
   }
   return Replay(options);
 } catch (const std::system_error& error) {

@@ -45,6 +45,23 @@ if(NOT result STREQUAL 1 OR NOT complained MATCHES "^[^\n]*cannot write to stand
   message(FATAL_ERROR "--help to a full device: status ${result}\ncomplained: ${complained}")
 endif()
 
+# A run ends where a write fails: it prints no summary, and does not finish the viewer's file.
+string(REPEAT "long " 50 text)
+string(REPEAT "{\"at_ns\":0,\"event\":\"note\",\"text\":\"${text}\"}\n" 2000 notes)
+expect(1 "-;--trace-out;/dev/full" "${trace}${notes}" "long \n$" "^[^\n]*cannot write /dev/full: No space left[^\n]*\n$")
+foreach(case "OUTPUT_FILE;/dev/full;^1$;^[^\n]*cannot write to standard output: No space left[^\n]*\n$"
+             "COMMAND;${CMAKE_COMMAND} -E true;^1,0$;^$")
+  list(POP_FRONT case keyword reader status err)
+  separate_arguments(reader UNIX_COMMAND "${reader}")
+  execute_process(COMMAND ${REPLAY} ${WORK}/input --trace-out ${WORK}/trace_events.json
+    ${keyword} ${reader} RESULTS_VARIABLE results ERROR_VARIABLE complained)
+  list(JOIN results "," results)
+  file(READ ${WORK}/trace_events.json events)
+  if(NOT results MATCHES "${status}" OR NOT complained MATCHES "${err}" OR events MATCHES "]}\n$")
+    message(FATAL_ERROR "${keyword}: status ${results}\ncomplained: ${complained}")
+  endif()
+endforeach()
+
 # The system refuses every thread, because no address space holds a stack of this size, in KiB. An
 # emulator does not pass the limit on.
 list(LENGTH REPLAY words)

@@ -33,17 +33,19 @@ Replay::~Replay() {
   simulated::ResetServices();
 }
 
-void Replay::Run(const EventSource& next) {
+void Replay::Run(const EventSource& next, const std::function<bool()>& is_over) {
   for (std::size_t turn = 0; next(events_.at(turn)); turn = 1 - turn) {
     const Event& event = events_.at(turn);
-    DeliverTrains(event.at);
+    DeliverTrains(event.at, is_over);
+    if (is_over()) return;
     MoveTo(event.at);
     state_.SetCause({event.at, event.kind, event.line()});
     trains_.ForgetEnded();
     event.action(*this);
     time_.WaitUntilSettled();
   }
-  DeliverTrains(simulated::VirtualTime::Instant::max());
+  DeliverTrains(simulated::VirtualTime::Instant::max(), is_over);
+  if (is_over()) return;
   DestroyEngine();
   state_.OnRunEnd();
 }
@@ -55,8 +57,9 @@ void Replay::StartEngine(SupplierKind supplier) {
       supplier, [this](testkit::DiagnosticsItem asked) { return state_.OnAsk(asked); });
 }
 
-void Replay::DeliverTrains(simulated::VirtualTime::Instant until) {
-  while (trains_.HasSampleBy(until)) {
+void Replay::DeliverTrains(simulated::VirtualTime::Instant until,
+                           const std::function<bool()>& is_over) {
+  while (trains_.HasSampleBy(until) && !is_over()) {
     const SampleTrains::Sample sample = trains_.TakeNext();
     MoveTo(sample.arrival);  // Settles first, so each sample is complete before the next.
     state_.OnSample({time_.Now(), "samples", sample.line}, sample.sensor);

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -44,9 +45,12 @@ class Replay {
   /// and ends the run. Calls `next` while the engine is settled, and lets its exceptions pass: the
   /// run then has no end. May be called once per replay.
   ///
+  /// Stops as soon as `is_over`, which it asks before each event and each sample of a train,
+  /// returns true; the run then has no end.
+  ///
   /// Samples that arrive at or before an instant are delivered before the events of that instant.
   /// When samples of several trains arrive together, the train that began first delivers first.
-  void Run(const EventSource& next);
+  void Run(const EventSource& next, const std::function<bool()>& is_over = [] { return false; });
 
   // The operations of events. The events' actions call them while the engine is settled.
 
@@ -122,7 +126,7 @@ class Replay {
   void DropQueuedAtoms();
 
   /// Delivers all samples of the trains that arrive by `until`.
-  void DeliverTrains(simulated::VirtualTime::Instant until);
+  void DeliverTrains(simulated::VirtualTime::Instant until, const std::function<bool()>& is_over);
 
   void DestroyEngine();
 
