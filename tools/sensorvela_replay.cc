@@ -117,7 +117,9 @@ int Replay(const Options& options) try {
   out.Flush();
   if (trace_out) trace_out->Flush();
   if (out.error() != 0) return CannotWrite("to standard output", out.error());
-  if (has_failed()) return CannotWrite(*options.trace_out, trace_out->error());
+  if (options.trace_out && trace_out && trace_out->error() != 0) {
+    return CannotWrite(*options.trace_out, trace_out->error());
+  }
   return 0;
 } catch (const replay::TraceError& error) {
   std::cerr << error.what() << '\n';

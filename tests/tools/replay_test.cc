@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <array>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -17,6 +19,7 @@
 #include "tests/library/test_support.h"
 #include "tests/tools/trace_files.h"
 #include "tools/report/json_lines_report.h"
+#include "tools/report/latency_bars.h"
 #include "tools/report/progress.h"
 #include "tools/report/text_report.h"
 #include "tools/run/replay.h"
@@ -170,6 +173,20 @@ TEST(RefusedThreadTest, ARunFailsAndLeavesRoomForTheNext) {
   EXPECT_THROW(Replay({&observer}, false).Run(ParseTrace("t", trace)), std::system_error);
   observer.refused.reset();
   Replay({}, false).Run(ParseTrace("t", trace));
+}
+
+TEST(LatencyBarsTest, RoundNoShareToNothingOrToAll) {
+  const auto shares = [](std::array<std::uint64_t, 5> bands) {
+    std::istringstream lines(LatencyBars({.bands = bands}));
+    std::string shares;
+    for (std::string line; std::getline(lines, line);) shares += line.substr(77) + '|';
+    return shares;
+  };
+  EXPECT_EQ(shares({0, 7, 0, 0, 0}), "|  100.0 %||||");
+  EXPECT_EQ(shares({9999, 1, 0, 0, 0}), "  >99.9 %|   <0.1 %||||");
+  EXPECT_EQ(shares({9994, 5, 1, 0, 0}), "   99.9 %|   <0.1 %|   <0.1 %|||");
+  EXPECT_EQ(shares({0, 0, 10, 0, 9990}), "||    0.1 %||   99.9 %|");
+  EXPECT_EQ(LatencyBars({}), "");
 }
 
 /// The text that each step of a long run writes to the terminal.

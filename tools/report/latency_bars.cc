@@ -23,11 +23,13 @@ std::string Bar(std::uint64_t count, std::uint64_t largest) {
   return std::string(std::max<std::size_t>(1, static_cast<std::size_t>(std::lround(marks))), '#');
 }
 
-/// The percentage with one decimal; `<0.1` where that would be 0, and empty for a `count` of 0.
+/// The percentage with one decimal; `<0.1` where that would be 0, `>99.9` where it would be 100
+/// although `count` is not all, and empty for a `count` of 0.
 std::string Share(std::uint64_t count, std::uint64_t total) {
   if (count == 0) return "";
   const double percent = 100 * static_cast<double>(count) / static_cast<double>(total);
   if (percent < 0.1) return "   <0.1 %";
+  if (percent >= 99.95 && count < total) return "  >99.9 %";
   std::array<char, 16> text;
   std::snprintf(text.data(), text.size(), "%7.1f %%", percent);
   return text.data();
