@@ -9,9 +9,9 @@
 namespace sensorvela::replay {
 
 /// Writes one object per line to `out`, which must outlive the report. The keys of an object are in
-/// a fixed order; the first is `kind`: atom, log, note, suspended, sensor or summary. A float reads
-/// back as the same float; NaN and the infinities are the strings "NaN", "Infinity" and
-/// "-Infinity".
+/// a fixed order; the first is `kind`: atom, log, note, suspended, sensor or summary. Texts are
+/// escaped as by `Printable`. A float reads back as the same float; NaN and the infinities are the
+/// strings "NaN", "Infinity" and "-Infinity".
 std::unique_ptr<RunObserver> MakeJsonLinesReport(std::ostream& out);
 
 }  // namespace sensorvela::replay

@@ -9,7 +9,7 @@
 namespace sensorvela::replay {
 
 /// Writes to `out`, which must outlive the report, a line for each atom, log line, note and
-/// suspension, and at the end a summary. Control characters are escaped.
+/// suspension, and at the end a summary. It escapes what `Printable` does.
 std::unique_ptr<RunObserver> MakeTextReport(std::ostream& out);
 
 }  // namespace sensorvela::replay

@@ -5,6 +5,8 @@
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
+#include "tools/text/printable_text.h"
+
 namespace sensorvela::replay {
 namespace {
 
@@ -41,7 +43,8 @@ Json ToJson(const std::vector<T>& list) {
 }  // namespace
 
 std::string Dump(const Json& json, bool ascii_only) {
-  return json.dump(-1, ' ', ascii_only, Json::error_handler_t::replace);
+  // Characters that are not printable are only in strings, in which the escapes mean the same.
+  return Printable(json.dump(-1, ' ', ascii_only, Json::error_handler_t::replace));
 }
 
 Json ToJson(const VendorAtomValue& value) {

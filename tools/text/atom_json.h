@@ -16,7 +16,7 @@ namespace sensorvela::replay {
 using Json = nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool,
                                   std::int64_t, std::uint64_t, float>;
 
-/// The text of `json` on one line. Bytes that are not valid UTF-8 are replaced.
+/// The text of `json` on one line, printable. Bytes that are not valid UTF-8 are replaced.
 std::string Dump(const Json& json, bool ascii_only);
 
 /// NaN and the infinities are the strings "NaN", "Infinity" and "-Infinity".

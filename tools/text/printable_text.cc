@@ -1,39 +1,91 @@
 #include "tools/text/printable_text.h"
 
+#include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdio>
+#include <optional>
 
 namespace sensorvela::replay {
 namespace {
 
 constexpr std::size_t kMaxQuotedBytes = 60;
 
-std::string Escaped(unsigned code_point) {
-  if (code_point == '\n') return "\\n";
-  if (code_point == '\t') return "\\t";
+struct Range {
+  char32_t first;
+  char32_t last;
+};
+
+/// Controls, line separators, and the invisible characters that change the direction, the order or
+/// the look of those around them.
+constexpr Range kUnprintable[] = {{0, 0x1f},        {0x7f, 0x9f},      {0xad, 0xad},
+                                  {0x61c, 0x61c},   {0x180e, 0x180e},  {0x200b, 0x200f},
+                                  {0x2028, 0x202e}, {0x2060, 0x206f},  {0xfeff, 0xfeff},
+                                  {0xfff9, 0xfffb}, {0xe0000, 0xe007f}};
+
+bool IsPrintable(char32_t code_point) {
+  return std::ranges::none_of(kUnprintable, [=](const Range& range) {
+    return range.first <= code_point && code_point <= range.last;
+  });
+}
+
+std::string Formatted(const char* format, unsigned number) {
   std::array<char, 16> text;
-  std::snprintf(text.data(), text.size(), "\\u%04x", code_point);
+  std::snprintf(text.data(), text.size(), format, number);
   return text.data();
 }
 
+/// As in JSON.
+std::string Escaped(char32_t code_point) {
+  if (code_point == '\n') return "\\n";
+  if (code_point == '\t') return "\\t";
+  if (code_point < 0x10000) return Formatted("\\u%04x", code_point);
+  return Formatted("\\u%04x", 0xd7c0 + (code_point >> 10)) +
+         Formatted("\\u%04x", 0xdc00 + (code_point & 0x3ff));
+}
+
 bool ContinuesUtf8(char c) { return (static_cast<unsigned char>(c) & 0xc0) == 0x80; }
+
+struct Character {
+  char32_t code_point;
+  std::size_t bytes;
+};
+
+/// The first character of `text`, which is not empty; none if it is not UTF-8.
+std::optional<Character> FirstCharacter(std::string_view text) {
+  const auto lead = static_cast<unsigned char>(text[0]);
+  if (lead < 0x80) return Character{lead, 1};
+  const auto bytes = static_cast<std::size_t>(std::countl_one(lead));
+  if (bytes < 2 || bytes > 4 || text.size() < bytes) return std::nullopt;
+  char32_t code_point = lead & (0x7fU >> bytes);
+  for (const char c : text.substr(1, bytes - 1)) {
+    if (!ContinuesUtf8(c)) return std::nullopt;
+    code_point = code_point << 6 | (static_cast<unsigned char>(c) & 0x3fU);
+  }
+  constexpr char32_t kSmallest[] = {0x80, 0x800, 0x10000};
+  const bool is_surrogate = code_point >= 0xd800 && code_point < 0xe000;
+  if (code_point < kSmallest[bytes - 2] || code_point > 0x10ffff || is_surrogate) {
+    return std::nullopt;
+  }
+  return Character{code_point, bytes};
+}
 
 }  // namespace
 
 std::string Printable(std::string_view text) {
   std::string result;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    const auto next = i + 1 < text.size() ? static_cast<unsigned char>(text[i + 1]) : 0u;
-    if (byte < 0x20 || byte == 0x7f) {
-      result += Escaped(byte);
-    } else if (byte == 0xc2 && next >= 0x80 && next < 0xa0) {  // U+0080 to U+009F in UTF-8.
-      result += Escaped(next);
-      ++i;
+  while (!text.empty()) {
+    const auto character = FirstCharacter(text);
+    const std::size_t bytes = character ? character->bytes : 1;
+    if (!character) {
+      result += Formatted("\\x%02x", static_cast<unsigned char>(text[0]));
+    } else if (IsPrintable(character->code_point)) {
+      result += text.substr(0, bytes);
     } else {
-      result += text[i];
+      result += Escaped(character->code_point);
     }
+    text.remove_prefix(bytes);
   }
   return result;
 }
