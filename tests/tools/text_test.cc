@@ -4,6 +4,7 @@
 
 #include "tools/text/atom_json.h"
 #include "tools/text/printable_text.h"
+#include "tools/text/wrapped_text.h"
 
 namespace sensorvela::replay {
 namespace {
@@ -53,6 +54,14 @@ TEST(PrintableTextTest, QuotesAtMostSixtyBytesAndNoHalfCharacter) {
   EXPECT_EQ(Quoted(text59 + "\u00e9"), '"' + text59 + "...\"");
   EXPECT_EQ(Quoted(text59.substr(2) + "\u20ac\u20ac"), '"' + text59.substr(2) + "\u20ac...\"");
   EXPECT_EQ(Quoted(text59.substr(1) + "\U0001f321"), '"' + text59.substr(1) + "...\"");
+}
+
+TEST(WrappedTextTest, BreaksAtSpacesAndLeavesALongWordWhole) {
+  EXPECT_EQ(Wrapped("one two three", 20, 2), "one two three\n");
+  EXPECT_EQ(Wrapped("one two three", 7, 2), "one two\n  three\n");
+  EXPECT_EQ(Wrapped("one two three", 6, 2), "one\n  two\n  three\n");
+  EXPECT_EQ(Wrapped("endless", 3, 2), "endless\n");
+  EXPECT_EQ(Wrapped("a endless word", 3, 2), "a\n  endless\n  word\n");
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 
 #include "tools/run/replay.h"
 #include "tools/text/printable_text.h"
+#include "tools/text/wrapped_text.h"
 #include "tools/trace/diagnostics_reader.h"
 #include "tools/trace/outside_atom.h"
 #include "tools/trace/sample_lists_reader.h"
@@ -306,16 +307,9 @@ constexpr EventKind kEventKinds[] = {
      }},
 };
 
-/// `text`, broken into lines of the description's right column.
+/// `text` in the description's right column.
 std::string InRightColumn(std::string_view text) {
-  constexpr std::size_t kWidth = kLineWidth - kNameWidth;
-  std::string lines;
-  while (text.size() > kWidth) {
-    const std::size_t space = text.rfind(' ', kWidth);
-    lines += std::string(text.substr(0, space)) + '\n' + std::string(kNameWidth, ' ');
-    text.remove_prefix(space + 1);
-  }
-  return lines + std::string(text) + '\n';
+  return Wrapped(text, kLineWidth - kNameWidth, kNameWidth);
 }
 
 }  // namespace
