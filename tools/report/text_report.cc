@@ -99,9 +99,10 @@ class TextReport : public RunObserver {
 
   void Sensor(const SensorSummary& summary) {
     const ReportedSamples& reported = summary.reported;
-    out_ << "\nsensor_high=" << summary.sensor.high << " sensor_low=" << summary.sensor.low << ": "
-         << summary.delivered << " samples, " << reported.samples << " reported, "
-         << summary.NotReported() << " not reported, " << reported.late << " late\n"
+    out_ << '\n'
+         << SensorName(summary.sensor) << ": " << summary.delivered << " samples, "
+         << reported.samples << " reported, " << summary.NotReported() << " not reported, "
+         << reported.late << " late\n"
          << LatencyBars(reported);
   }
 

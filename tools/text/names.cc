@@ -18,6 +18,10 @@ std::string_view AnswerName(Answer answer) {
   return "?";
 }
 
+std::string SensorName(SensorVela::SensorId sensor) {
+  return "sensor " + std::to_string(sensor.high) + '/' + std::to_string(sensor.low);
+}
+
 std::string_view PriorityLetter(int priority) {
   if (priority == ANDROID_LOG_INFO) return "I";
   if (priority == ANDROID_LOG_ERROR) return "E";

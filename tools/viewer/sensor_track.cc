@@ -3,6 +3,8 @@
 #include <chrono>
 #include <utility>
 
+#include "tools/text/names.h"
+
 namespace sensorvela::replay {
 namespace {
 
@@ -13,9 +15,8 @@ constexpr ViewerWriter::Instant kMinute = std::chrono::minutes(1);
 SensorTrack::SensorTrack(ViewerWriter& out, SensorVela::SensorId sensor, Track track)
     : out_(out),
       track_(track),
-      name_(std::to_string(sensor.high) + ':' + std::to_string(sensor.low)),
-      samples_per_minute_(out, track.process, "samples per minute " + name_) {
-  out_.NameTrack(track_, "sensor " + name_);
+      samples_per_minute_(out, track.process, SensorName(sensor) + ": samples per minute") {
+  out_.NameTrack(track_, SensorName(sensor));
 }
 
 void SensorTrack::Enable(Instant at, std::int64_t period_ns) {

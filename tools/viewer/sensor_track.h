@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 
 #include <sensorvela/engine/sensor_vela.h>
 
@@ -39,7 +38,6 @@ class SensorTrack {
 
   ViewerWriter& out_;
   const Track track_;
-  const std::string name_;
   StepCounter samples_per_minute_;
   Instant minute_ = {};
   std::uint64_t samples_in_minute_ = 0;
