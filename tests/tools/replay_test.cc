@@ -166,13 +166,13 @@ TEST(RefusedThreadTest, ARunFailsAndLeavesRoomForTheNext) {
     void OnNote(Instant /*at*/, std::string_view /*text*/) override { refused.emplace(); }
     std::optional<testing::RefusedThreads> refused;
   } observer;
-  const std::string trace = R"({"at_ns":0,"event":"engine_start"}
+  const Trace trace("t", Input(R"({"at_ns":0,"event":"engine_start"}
 {"at_ns":0,"event":"firmware_state","subject_id":1,"state":1,"detail_code":1}
 {"at_ns":1,"event":"note","text":"The engine waits for the service, and a thread must end that wait."}
-)";
-  EXPECT_THROW(Replay({&observer}, false).Run(ParseTrace("t", trace)), std::system_error);
+)"));
+  EXPECT_THROW(Replay({&observer}, false).Run(trace.Events()), std::system_error);
   observer.refused.reset();
-  Replay({}, false).Run(ParseTrace("t", trace));
+  Replay({}, false).Run(trace.Events());
 }
 
 TEST(LatencyBarsTest, RoundNoShareToNothingOrToAll) {

@@ -1,0 +1,335 @@
+// The recorder is linked in front of the library, which is the same as to load it there.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <spawn.h>
+#include <sys/auxv.h>
+#include <sys/inotify.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstddef>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <sensorvela/platform/simulated/log_sink.h>
+#include <sensorvela/platform/simulated/service_manager.h>
+#include <sensorvela/testkit/atom_text.h>
+#include <sensorvela/testkit/world.h>
+
+#include "tests/library/call_counts.h"
+#include "tests/recorder/recording_host.h"
+#include "tests/tools/trace_files.h"
+#include "tools/report/text_report.h"
+#include "tools/run/replay.h"
+#include "tools/trace/trace.h"
+
+namespace {
+bool has_raised_privileges = false;
+}  // namespace
+
+// Takes the place of the C library's.
+extern "C" unsigned long getauxval(unsigned long type) noexcept {
+  static const auto next =
+      reinterpret_cast<unsigned long (*)(unsigned long)>(dlsym(RTLD_NEXT, "getauxval"));
+  return type == AT_SECURE && has_raised_privileges ? 1 : next(type);
+}
+
+namespace sensorvela::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using Texts = std::vector<std::string>;
+using testkit::World;
+
+/// Keeps the atoms that a replay reports.
+class Atoms : public replay::RunObserver {
+ public:
+  void OnAtomReported(Instant /*at*/, const SensorVela::VendorAtom& atom,
+                      replay::Answer /*answer*/) override {
+    texts.push_back(testkit::AtomText(atom));
+  }
+  Texts texts;
+};
+
+struct Replayed {
+  Texts atoms;
+  /// Where the recording was cut.
+  std::string cut;
+};
+
+Replayed ReplayOf(const std::string& path) {
+  const replay::Trace trace(path, replay::OpenTrace(path));
+  Atoms atoms;
+  replay::Replay({&atoms}, false).Run(trace.Events());
+  return {atoms.texts, trace.cut()};
+}
+
+/// What the tool prints for a trace since the engine's start, without its notes: nobody tells an
+/// engine of those.
+std::string Printed(const std::string& path) {
+  const replay::Trace trace(path, replay::OpenTrace(path));
+  std::ostringstream out;
+  replay::Replay({replay::MakeTextReport(out).get()}, true).Run(trace.Events());
+  std::istringstream lines(out.str());
+  std::string printed;
+  for (std::string line; std::getline(lines, line);) {
+    const bool is_start = line.find("Waiting for") != std::string::npos ||
+                          line.find("is not registered") != std::string::npos;
+    if (is_start) printed.clear();
+    if (line.find("  # ") == std::string::npos) printed += line + '\n';
+  }
+  return printed;
+}
+
+class RecorderTest : public ::testing::Test {
+ protected:
+  RecorderTest() {
+    fs::create_directory(folder_);
+    setenv("SENSORVELA_RECORDING_WAIT", "1", 1);
+  }
+  ~RecorderTest() override {
+    StopRecording();
+    fs::remove_all(folder_);
+  }
+
+  std::string Path(const std::string& name) const { return (folder_ / name).string(); }
+
+  /// The engines that start from now on are recorded.
+  std::string Record(const std::string& name) const {
+    setenv("SENSORVELA_RECORDING", Path(name).c_str(), 1);
+    return Path(name);
+  }
+  static void StopRecording() { unsetenv("SENSORVELA_RECORDING"); }
+
+  /// What an engine sends for a few events in virtual time, and what is logged by others than the
+  /// library.
+  static Texts AtomsOfAShortLife() {
+    World world;
+    world.StartEngine();
+    CallEveryMethod(world.engine());
+    world.time.RunFor(std::chrono::hours(7));
+    CallEveryMethod(world.engine());
+    const Texts atoms = world.TakeAtomTexts();
+    world.DestroyEngine();
+    others_lines_.clear();
+    for (const std::string& line : world.TakeHistory()) {
+      if (line.find("sensor-vela-recorder") != std::string::npos) others_lines_.push_back(line);
+    }
+    return atoms;
+  }
+
+  static inline Texts others_lines_;
+
+ private:
+  const fs::path folder_ =
+      fs::path(::testing::TempDir()) / ("recorder-" + std::to_string(getpid()));
+};
+
+class ClosedCircleTest : public RecorderTest, public ::testing::WithParamInterface<std::string> {};
+
+TEST_P(ClosedCircleTest, AReplayOfARecordedReplayPrintsTheSame) {
+  for (const char* const name : {"run.jsonl", "run.jsonl.gz"}) {
+    const std::string recording = Record(name);
+    const std::string printed = Printed(SourcePath(GetParam()) + ".jsonl");
+    StopRecording();
+    EXPECT_EQ(Printed(recording), printed);
+  }
+}
+
+Texts AllTraces() {
+  Texts traces = TracesIn("tests/traces");
+  for (const std::string& example : TracesIn("examples")) traces.push_back(example);
+  return traces;
+}
+
+INSTANTIATE_TEST_SUITE_P(Traces, ClosedCircleTest, ::testing::ValuesIn(AllTraces()),
+                         [](const auto& t) {
+                           return t.param.substr(0, t.param.find('/')) + "_" + TraceName(t.param);
+                         });
+
+TEST_F(RecorderTest, FollowsEightThreadsOnTheRealClocks) {
+  constexpr int kThreads = 8;
+  constexpr int kRounds = 400;
+  const auto service = ndk::SharedRefBase::make<testkit::StatsService>();
+  simulated::RegisterService(testkit::kStatsInstance, service);
+  const std::string recording = Record("threads.jsonl.gz");
+  {
+    SensorVela engine{std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>()};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i) {
+      threads.emplace_back([&engine] {
+        for (int round = 0; round < kRounds; ++round) CallEveryMethod(engine);
+      });
+    }
+    // The service comes and goes meanwhile.
+    for (std::size_t atoms = 1000; atoms < 5000; atoms += 1000) {
+      service->WaitForAtoms(atoms);
+      simulated::UnregisterService(testkit::kStatsInstance);
+      std::this_thread::yield();
+      simulated::RegisterService(testkit::kStatsInstance, service);
+    }
+    for (std::thread& thread : threads) thread.join();
+  }  // Atoms that have not been sent by now are lost, in the replay too.
+  StopRecording();
+  simulated::ResetServices();
+  Texts received;
+  for (const auto& atom : service->TakeAtoms()) received.push_back(testkit::AtomText(atom));
+  EXPECT_EQ(ReplayOf(recording).atoms, received);
+}
+
+TEST_F(RecorderTest, KeepsTheOrderOfASupplierThatCallsTheEngine) {
+  const std::string recording = Record("supplier.jsonl");
+  Texts sent;
+  {
+    World world;
+    world.diagnostics.ipc_error_rates.resize(2);
+    world.diagnostics.processor = SensorVela::ProcessorDiag{1, 2, 3, 4};
+    world.diagnostics.prox_stats = SensorVela::AadProxStats{};
+    world.on_ask = [&](testkit::DiagnosticsItem asked) {
+      world.engine().ReportFirmwareState(static_cast<int>(asked), SensorVela::FirmwareState{1}, 0);
+    };
+    world.StartEngine();
+    world.time.RunFor(std::chrono::hours(13));
+    sent = world.TakeAtomTexts();
+    world.DestroyEngine();
+  }
+  StopRecording();
+  EXPECT_EQ(sent.size(), 2U * 14);
+  EXPECT_EQ(ReplayOf(recording).atoms, sent);
+}
+
+TEST_F(RecorderTest, WritesAFileForItsOwnerForEachEngine) {
+  const std::string recording = Record("engine.jsonl");
+  const Texts sent = AtomsOfAShortLife();
+  AtomsOfAShortLife();
+  fs::create_symlink("elsewhere", Path("link"));
+  Record("link");
+  EXPECT_EQ(AtomsOfAShortLife(), sent);
+  has_raised_privileges = true;
+  Record("privileged.jsonl");
+  AtomsOfAShortLife();
+  has_raised_privileges = false;
+  StopRecording();
+
+  for (const std::string& path : {recording, Path("engine-2.jsonl")}) {
+    struct stat status = {};
+    ASSERT_EQ(stat(path.c_str(), &status), 0) << path;
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+    EXPECT_EQ(ReplayOf(path).atoms, sent);
+  }
+  EXPECT_FALSE(fs::exists(Path("elsewhere")) || fs::exists(Path("link-2")));
+  EXPECT_FALSE(fs::exists(Path("privileged.jsonl")));
+}
+
+TEST_F(RecorderTest, EndsWithOneLineInTheLogWhenItCannotWrite) {
+  const Texts sent = AtomsOfAShortLife();
+  const auto logs = [&](const std::string& reason) {
+    return Texts{"E sensor-vela-recorder: The recording " + reason + "."};
+  };
+  const std::string nowhere = Record("no/such/folder.jsonl");
+  EXPECT_EQ(AtomsOfAShortLife(), sent);
+  EXPECT_EQ(others_lines_, logs(nowhere + " has ended: No such file or directory"));
+
+  const std::string large = Record("large.jsonl");
+  rlimit before = {};
+  getrlimit(RLIMIT_FSIZE, &before);
+  const rlimit small = {4000, before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &small);
+  EXPECT_EQ(AtomsOfAShortLife(), sent);
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(others_lines_, logs(large + " has ended: File too large"));
+  StopRecording();
+  const Replayed replayed = ReplayOf(large);
+  EXPECT_FALSE(replayed.cut.empty());
+  ASSERT_FALSE(replayed.atoms.empty());
+  EXPECT_TRUE(std::equal(replayed.atoms.begin(), replayed.atoms.end(), sent.begin()));
+}
+
+// The recording's lines are whole up to the cut, wherever that is.
+TEST_F(RecorderTest, LeavesWhatCameBeforeACut) {
+  for (const char* const name : {"whole.jsonl", "whole.jsonl.gz"}) {
+    const std::string recording = Record(name);
+    const Texts sent = AtomsOfAShortLife();
+    StopRecording();
+    std::ifstream file(recording, std::ios::binary);
+    const std::string whole{std::istreambuf_iterator<char>(file), {}};
+    const std::string cut = Path("cut");
+    std::size_t longest = 0;
+    for (std::size_t size = 0; size < whole.size(); size += 97) {
+      std::ofstream(cut, std::ios::binary) << whole.substr(0, size) << std::string(size % 3, '\0');
+      try {
+        const Replayed replayed = ReplayOf(cut);
+        EXPECT_TRUE(replayed.cut.starts_with(cut + ":")) << replayed.cut;
+        ASSERT_LE(replayed.atoms.size(), sent.size());
+        EXPECT_TRUE(std::equal(replayed.atoms.begin(), replayed.atoms.end(), sent.begin()));
+        longest = std::max(longest, replayed.atoms.size());
+      } catch (const replay::TraceError& error) {
+        EXPECT_EQ(longest, 0U) << error.what();  // Cut before the engine's start.
+      }
+    }
+    EXPECT_GT(longest, sent.size() / 2);
+    EXPECT_EQ(ReplayOf(recording).cut, "");
+  }
+}
+
+// The file grows while the host lives, so little is lost when it is killed.
+TEST_F(RecorderTest, LeavesARecordingOfAHostThatIsKilled) {
+  const std::string recording = Record("killed.jsonl");
+  const int watch = inotify_init1(IN_CLOEXEC);
+  ASSERT_GE(inotify_add_watch(watch, fs::path(recording).parent_path().c_str(), IN_MODIFY), 0);
+  std::array<int, 2> input = {};
+  ASSERT_EQ(pipe(input.data()), 0);
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
+  posix_spawn_file_actions_addclose(&actions, input[1]);
+  std::string host = SENSORVELA_RECORDING_HOST;
+  const std::array<char*, 2> arguments = {host.data(), nullptr};
+  pid_t child = 0;
+  ASSERT_EQ(posix_spawn(&child, host.c_str(), &actions, nullptr, arguments.data(), environ), 0);
+  posix_spawn_file_actions_destroy(&actions);
+  StopRecording();
+  std::array<char, 4096> changes;
+  while (Content(recording).find("firmware_state") == std::string::npos) {
+    ASSERT_GT(read(watch, changes.data(), changes.size()), 0);
+  }
+  kill(child, SIGKILL);
+  waitpid(child, nullptr, 0);
+  for (const int descriptor : {watch, input[0], input[1]}) close(descriptor);
+  const Replayed replayed = ReplayOf(recording);
+  EXPECT_FALSE(replayed.cut.empty());
+  EXPECT_EQ(replayed.atoms.size(), 11U);
+}
+
+TEST_F(RecorderTest, AllocatesNothingForASampleAndLittleInAll) {
+  if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap";
+  constexpr std::int64_t kMaxBytes = 3'700'000;  // Without zlib's.
+  const std::int64_t before_bytes = HeapBytesInUse();
+  World world;
+  Record("samples.jsonl");
+  SensorVela& engine = world.StartEngine();
+  const SensorVela::SensorId sensor = {1, 1};
+  engine.ReportHalSensorEnabled(sensor, 20'000'000);
+  engine.LogSensorLatency(sensor, 0);
+  world.time.WaitUntilAtRest();
+  const int before = CallsOfThisThread().allocations;
+  for (int i = 0; i < 200'000; ++i) engine.LogSensorLatency(sensor, i);
+  EXPECT_EQ(CallsOfThisThread().allocations, before);
+  EXPECT_LT(HeapBytesInUse() - before_bytes, kMaxBytes);
+}
+
+}  // namespace
+}  // namespace sensorvela::testing
