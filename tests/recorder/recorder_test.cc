@@ -119,9 +119,10 @@ class RecorderTest : public ::testing::Test {
   static Texts AtomsOfAShortLife() {
     World world;
     world.StartEngine();
-    CallEveryMethod(world.engine());
-    world.time.RunFor(std::chrono::hours(7));
-    CallEveryMethod(world.engine());
+    for (int i = 0; i < 4; ++i) {
+      CallEveryMethod(world.engine());
+      world.time.RunFor(std::chrono::hours(3));
+    }
     const Texts atoms = world.TakeAtomTexts();
     world.DestroyEngine();
     others_lines_.clear();
