@@ -5,6 +5,8 @@ set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7-a)
 set(CMAKE_SYSROOT ${CMAKE_CURRENT_LIST_DIR}/../build/armv7-sysroot)
 
+# CMake reads the compiler's own folders from its output, in which ccache may have made paths relative.
+set(ENV{CCACHE_DISABLE} 1)
 set(CMAKE_CXX_COMPILER clang++-19)
 set(CMAKE_CXX_COMPILER_TARGET arm-linux-gnueabihf)
 set(CMAKE_CXX_FLAGS_INIT "-march=armv7-a -mthumb -mfpu=neon -stdlib=libc++")

@@ -83,7 +83,7 @@ std::string Gzipped(std::string text) {
 // Two members, and a line longer than any buffer.
 TEST(TraceTest, InflatesGzipData) {
   const std::string start = "{\"at_ns\":5,\"event\":\"engine_start\"}\n{\"at_ns\":6,";
-  const std::string note = "\"event\":\"note\",\"text\":\"" + std::string(900'000, 'x') + "\"}\n";
+  const std::string note = R"("event":"note","text":")" + std::string(900'000, 'x') + "\"}\n";
   const std::string whole = Gzipped(start) + Gzipped(note);
   const Trace trace("t", Input(whole));
   const EventSource next = trace.Events();

@@ -65,8 +65,8 @@ std::size_t Input::ReadAt(std::uint64_t offset, std::span<char> buffer) const {
     const auto from = static_cast<off_t>(start_ + offset);
     return Checked([&] { return pread(*descriptor_, buffer.data(), buffer.size(), from); });
   }
-  const std::size_t begin = std::min<std::uint64_t>(offset, text_->size());
-  return text_->copy(buffer.data(), buffer.size(), begin);
+  if (offset >= text_->size()) return 0;
+  return text_->copy(buffer.data(), buffer.size(), static_cast<std::size_t>(offset));
 }
 
 }  // namespace sensorvela::replay

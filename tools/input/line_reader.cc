@@ -7,7 +7,7 @@
 namespace sensorvela::replay {
 namespace {
 
-constexpr std::size_t kChunkBytes = 256 * 1024;
+constexpr std::size_t kChunkBytes = 262'144;
 
 LineEnd EndOf(TextEnd end) {
   if (end == TextEnd::kCut) return LineEnd::kCut;

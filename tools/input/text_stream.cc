@@ -10,7 +10,7 @@
 namespace sensorvela::replay {
 namespace {
 
-constexpr std::size_t kChunkBytes = 64 * 1024;
+constexpr std::size_t kChunkBytes = 65'536;
 
 bool IsGzip(const Input& input) {
   std::array<char, 2> magic = {};
