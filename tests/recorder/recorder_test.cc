@@ -273,7 +273,7 @@ TEST_F(RecorderTest, LeavesWhatCameBeforeACut) {
       std::ofstream(cut, std::ios::binary) << whole.substr(0, size) << std::string(size % 3, '\0');
       try {
         const Replayed replayed = ReplayOf(cut);
-        EXPECT_TRUE(replayed.cut.starts_with(cut + ":")) << replayed.cut;
+        EXPECT_TRUE(replayed.cut.starts_with(cut + ":") || replayed.atoms == sent) << replayed.cut;
         ASSERT_LE(replayed.atoms.size(), sent.size());
         EXPECT_TRUE(std::equal(replayed.atoms.begin(), replayed.atoms.end(), sent.begin()));
         longest = std::max(longest, replayed.atoms.size());
