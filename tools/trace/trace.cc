@@ -172,6 +172,7 @@ class TracePass {
     return false;
   } catch (const EventError& error) {
     const std::size_t line_number = std::max<std::size_t>(lines_.number(), 1);
+    if (parser_.is_recording() && IsDamagedFurtherOn()) return false;
     throw TraceError(name_ + ":" + std::to_string(line_number) + ": " + error.what());
   } catch (const std::system_error& error) {
     ThrowUnreadable(name_, error);
@@ -189,6 +190,12 @@ class TracePass {
   }
 
  private:
+  /// Where gzip data is damaged, it can give some lines of rubbish before that is noticed.
+  bool IsDamagedFurtherOn() {
+    while (lines_.Next()) continue;
+    return lines_.end() == LineEnd::kCut || lines_.end() == LineEnd::kDamaged;
+  }
+
   /// Rejects what is left of a line where the input broke off.
   void CheckEnd() const {
     const LineEnd end = lines_.end();
