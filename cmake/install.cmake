@@ -23,7 +23,11 @@ install(DIRECTORY platform/simulated/include/ DESTINATION ${device_include_dir}
   PATTERN sensorvela EXCLUDE)
 install(TARGETS sensorvela sensorvela_simulated_platform sensorvela_testkit EXPORT sensorvela
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} ${device_include_dir})
-install(FILES LICENSE README.md docs/device.md docs/atoms.md docs/atoms.proto docs/trace-format.md TYPE DOC)
+if(TARGET sensorvela_recorder)
+  set_target_properties(sensorvela_recorder PROPERTIES INSTALL_RPATH $ORIGIN)
+  install(TARGETS sensorvela_recorder)
+endif()
+install(FILES LICENSE README.md docs/device.md docs/recording.md docs/atoms.md docs/atoms.proto docs/trace-format.md TYPE DOC)
 install(DIRECTORY examples TYPE DOC)
 
 if(TARGET sensorvela-replay)

@@ -16,6 +16,7 @@ file(GET_RUNTIME_DEPENDENCIES LIBRARIES ${prefix}/${LIBDIR}/libsensorvela.so.1
 if(EXISTS ${prefix}/${BINDIR}/sensorvela-replay)
   run(${prefix}/${BINDIR}/sensorvela-replay --help)
 endif()
+set(recorder ${prefix}/${LIBDIR}/libsensorvela_recorder.so)
 
 file(COPY ${SOURCE}/tests/install/host/ ${SOURCE}/examples/minimal_host.cc
   ${SOURCE}/examples/hal_test.cc DESTINATION ${WORK}/cmake)
@@ -34,6 +35,21 @@ execute_process(COMMAND ${configure} -S ${WORK}/no_cxx -B ${WORK}/no_cxx
   RESULT_VARIABLE result OUTPUT_QUIET ERROR_VARIABLE complaint)
 if(result EQUAL 0 OR NOT complaint MATCHES "sensorvela is a C\\+\\+ library")
   message(FATAL_ERROR "exit status ${result}, and: ${complaint}")
+endif()
+
+# The recorder in front of the example, and the replay of what it has recorded.
+if(EXISTS ${recorder} AND EXISTS ${prefix}/${BINDIR}/sensorvela-replay)
+  run(${CMAKE_COMMAND} -E env LD_PRELOAD=${recorder} SENSORVELA_RECORDING=${WORK}/recording.jsonl.gz
+    ${EXAMPLE})
+  set(recorded "${output}")
+  run(${prefix}/${BINDIR}/sensorvela-replay --format jsonl ${WORK}/recording.jsonl.gz)
+  string(REGEX MATCHALL "\n[A-Z]" atoms "\n${recorded}")
+  string(REGEX MATCHALL "\"kind\":\"atom\"" replayed "${output}")
+  list(LENGTH atoms atoms)
+  list(LENGTH replayed replayed)
+  if(NOT atoms EQUAL replayed OR atoms EQUAL 0)
+    message(FATAL_ERROR "${atoms} atoms, ${replayed} in the replay: ${output}")
+  endif()
 endif()
 
 set(ENV{PKG_CONFIG_LIBDIR} ${prefix}/${LIBDIR}/pkgconfig)
