@@ -1,0 +1,176 @@
+#include "tests/schedules/platform.h"
+
+#include <aidl/android/frameworks/stats/IStats.h>
+#include <android/binder_manager.h>
+#include <android/log.h>
+#include <utils/SystemClock.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <string_view>
+
+#include "atoms/diagnostics_atoms.h"
+#include "atoms/sensor_event_atoms.h"
+#include "tests/schedules/memory.h"
+
+using aidl::android::frameworks::stats::IStats;
+using aidl::android::frameworks::stats::VendorAtom;
+using aidl::android::frameworks::stats::VendorAtomValue;
+using sensorvela::schedules::Platform;
+using sensorvela::schedules::Step;
+namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
+
+struct AIBinder {};
+struct AStatus {
+  bool ok;
+};
+
+namespace {
+
+constexpr std::int64_t kSixHoursNs = std::int64_t{6} * 3600 * 1'000'000'000;
+
+AIBinder binder;
+AStatus ok = {true};
+AStatus failed = {false};
+
+struct Line {
+  std::string_view format;
+  char letter;
+};
+
+constexpr std::array<Line, 5> kLines = {{
+    {"IStats service is not registered.", 'N'},
+    {"Failed to get IStats service.", 'F'},
+    {"Failed to get IStats service. Atoms are dropped.", 'D'},
+    {"Failed to report atom [id = %d].", 'X'},
+    {"HAL Error [%d] has occurred [%u] times in current cycle, upload blocked due to cap [%u] met.",
+     'C'},
+}};
+
+/// The atom's letter; a disable's is the number of samples.
+char LetterOf(const VendorAtom& atom) {
+  switch (atom.atomId) {
+    case atoms::SensorHalErrorDetected::kAtomId:
+      return 'e';
+    case atoms::SensorFirstSampleReported::kAtomId:
+      return 'f';
+    case atoms::SensorProcessorDiagnosticsReported::kAtomId:
+      return 'p';
+    case atoms::SensorSystemQueueStressReported::kAtomId:
+      return 'q';
+    case atoms::HalSensorStateChanged::kAtomId: {
+      const auto count = atom.values[4].get<VendorAtomValue::intValue>();
+      return count < 0 ? '+' : static_cast<char>('0' + count);
+    }
+    default:
+      return static_cast<char>(atom.atomId);
+  }
+}
+
+class StatsService : public IStats {
+ public:
+  ndk::ScopedAStatus reportVendorAtom(const VendorAtom& atom) override {
+    const char letter = LetterOf(atom);
+    if (letter == 'a' && Platform::Get().report_of_a_fails) return ndk::ScopedAStatus(&failed);
+    Platform::Get().Record(letter);
+    return ndk::ScopedAStatus(&ok);
+  }
+  ndk::SpAIBinder asBinder() override { return nullptr; }
+  bool isRemote() override { return false; }
+  ndk::ScopedAStatus getInterfaceVersion(std::int32_t*) override { return ndk::ScopedAStatus(); }
+  ndk::ScopedAStatus getInterfaceHash(std::string*) override { return ndk::ScopedAStatus(); }
+} stats_service;
+
+}  // namespace
+
+namespace sensorvela::schedules {
+
+Platform& Platform::Get() {
+  static Platform platform;
+  return platform;
+}
+
+Platform::Platform() {
+  world.steps = {
+      {{"six hours pass", {{{&now_ns, true}, {&record_, true}}}},
+       [this] {
+         now_ns += kSixHoursNs;
+         record_ += 'T';
+       }},
+      {{"the service comes up", {{{&service, true}}}}, [this] { service = Service::kUp; }},
+      {{"a spurious wake-up", {{{&spurious_wakes, true}}}, [this] { return waiting > 0; }},
+       [this] { ++spurious_wakes; }}};
+  world.reset = [this] { Reset(); };
+  world.outcome = [this] { return record_ + (suppliers == 0 ? "" : ", and the supplier is left"); };
+}
+
+void Platform::Reset() {
+  for (WorldStep& step : world.steps) step.budget = 0;
+  now_ns = 0;
+  declared = true;
+  service = Service::kUp;
+  report_of_a_fails = false;
+  waiting = 0;
+  spurious_wakes = 0;
+  suppliers = 0;
+  record_.clear();
+}
+
+std::int64_t Platform::ReadClock() {
+  // Without a change to come, every moment to read it is the same.
+  if (six_hours().budget > 0) Step({.name = "clock", .uses = {{{&now_ns, false}}}});
+  return now_ns;
+}
+
+void Platform::Record(char letter) {
+  Step({.name = "record", .uses = {{{&record_, true}}}});
+  const CheckerMemory checker_memory;
+  record_ += letter;
+}
+
+}  // namespace sensorvela::schedules
+
+std::int64_t android::elapsedRealtimeNano() { return Platform::Get().ReadClock(); }
+
+// Information is not recorded.
+int __android_log_print(int /*prio*/, const char* /*tag*/, const char* fmt, ...) {
+  const auto* const line = std::find_if(kLines.begin(), kLines.end(),
+                                        [&](const Line& known) { return known.format == fmt; });
+  if (line != kLines.end()) Platform::Get().Record(line->letter);
+  return 1;
+}
+
+bool AServiceManager_isDeclared(const char*) {
+  Step({.name = "is declared"});
+  return Platform::Get().declared;
+}
+
+AIBinder* AServiceManager_waitForService(const char*) {
+  const Platform& platform = Platform::Get();
+  Step({.name = "look up", .uses = {{{&platform.service, false}}}, .ready = [&platform] {
+          return platform.service != Platform::Service::kAbsent;
+        }});
+  return platform.service == Platform::Service::kUp ? &binder : nullptr;
+}
+
+void AIBinder_incStrong(AIBinder*) {}
+void AIBinder_decStrong(AIBinder*) {}
+bool AStatus_isOk(const AStatus* status) { return status->ok; }
+void AStatus_delete(AStatus*) {}
+
+binder_status_t ndk::ICInterface::dump(int, const char**, std::uint32_t) { return STATUS_OK; }
+
+namespace aidl::android::frameworks::stats {
+
+const char* IStats::descriptor = "android.frameworks.stats.IStats";
+IStats::IStats() = default;
+IStats::~IStats() = default;
+
+// Not counted, because it is never destroyed.
+std::shared_ptr<IStats> IStats::fromBinder(const ndk::SpAIBinder& binder) {
+  if (binder.get() == nullptr) return nullptr;
+  return {std::shared_ptr<void>(), &stats_service};
+}
+
+}  // namespace aidl::android::frameworks::stats

@@ -1,0 +1,66 @@
+// What surrounds the engine in a run: the clock, the service manager, the stats service and the
+// log.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "tests/schedules/explorer.h"
+
+namespace sensorvela::schedules {
+
+/// One in the whole program. It records what a host's maker could see of a run, one letter each:
+///
+///     a ... d  the stats service received that atom     e  that of an error
+///     + 0 1 2  of an enable, of a disable (samples)     f  of a first sample
+///     p q      of processor and queue diagnostics       U u  the supplier's first and last calls
+///     N F D X  the log: not registered, failed to get the service, atoms are dropped, failed to
+///              report                                   C  an error is past the cap
+///     T        six hours have passed
+class Platform {
+ public:
+  enum class Service : std::uint8_t { kUp, kAbsent, kRefused };
+
+  static Platform& Get();
+
+  // Reset before each run.
+
+  std::int64_t now_ns = 0;
+  bool declared = true;
+  Service service = Service::kUp;
+  bool report_of_a_fails = false;
+  int suppliers = 0;
+  /// Threads that wait on a condition variable, and how often they all have woken without a cause.
+  int waiting = 0;
+  int spurious_wakes = 0;
+
+  World world;
+  // Steps of `world`, with the budget 0.
+  WorldStep& six_hours() { return world.steps[0]; }
+  WorldStep& service_comes_up() { return world.steps[1]; }
+  WorldStep& spurious_wake() { return world.steps[2]; }
+
+  // For the threads of a run.
+
+  std::int64_t ReadClock();
+  void Record(char letter);
+  /// Empties the record.
+  void Forget() { record_.clear(); }
+
+ private:
+  Platform();
+  void Reset();
+
+  std::string record_;
+};
+
+/// A part of each supplier. Counts those that exist.
+class Supplier {
+ public:
+  Supplier() { ++Platform::Get().suppliers; }
+  ~Supplier() { --Platform::Get().suppliers; }
+  Supplier(const Supplier&) = delete;
+  Supplier& operator=(const Supplier&) = delete;
+};
+
+}  // namespace sensorvela::schedules
