@@ -13,7 +13,7 @@ namespace {
 /// Threads, and after them the steps of the world; one bit for each.
 using Set = unsigned;
 constexpr Set SetOf(int actor) { return 1U << actor; }
-constexpr int kMostSteps = 10'000;
+constexpr int kMostSteps = 20'000;
 
 struct Thread {
   Fiber fiber;

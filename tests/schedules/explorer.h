@@ -1,10 +1,9 @@
 // Runs a scenario once for every order in which its threads' operations can take place.
 //
 // One thread runs at a time. Before each operation that other threads can notice (a lock, a wait, a
-// call of the platform, ...) the explorer decides which thread goes on: depth first, from the
-// beginning for each schedule. Of the schedules that differ only in the order of operations that
-// commute it completes one (sleep sets). A plain access is not decided about: it commutes with
-// every access that it does not race with, and a race is a violation (tests/schedules/memory.h).
+// plain access to memory that the run has allocated, a call of the platform, ...) the explorer
+// decides which thread goes on: depth first, from the beginning for each schedule. Of the schedules
+// that differ only in the order of operations that commute it completes one (sleep sets).
 #pragma once
 
 #include <array>

@@ -66,9 +66,10 @@ void* Allocate(std::size_t size) {
     if (block == nullptr) std::abort();
     return block;
   }
+  const std::size_t needed = kHeaderSize + (size + kHeaderSize - 1) / kHeaderSize * kHeaderSize;
+  if (needed > kArenaSize - memory.used) Fail("out of memory");
   std::byte* const header = memory.arena.data() + memory.used;
-  memory.used += kHeaderSize + (size + kHeaderSize - 1) / kHeaderSize * kHeaderSize;
-  if (memory.used > kArenaSize) Fail("out of memory");
+  memory.used += needed;
   *reinterpret_cast<std::size_t*>(header) = size;
   return header + kHeaderSize;
 }
@@ -81,11 +82,9 @@ void Free(void* block) {
   }
   const std::size_t size =
       *reinterpret_cast<std::size_t*>(static_cast<std::byte*>(block) - kHeaderSize);
-  // A free is a write for the order of accesses.
-  Access(block, std::max<std::size_t>(size, 1), true);
-  for (std::size_t i = offset / kCellSize; i * kCellSize < offset + std::max<std::size_t>(size, 1);
-       ++i) {
-    memory.cells[i].freed = true;
+  Access(block, size, true);  // It must come after all other accesses.
+  for (std::size_t i = offset; i < offset + size; i += kCellSize) {
+    memory.cells[i / kCellSize].freed = true;
   }
 }
 
@@ -100,9 +99,13 @@ void ResetMemory() {
   for (std::size_t thread = 0; thread < kMaxThreads; ++thread) memory.threads[thread][thread] = 1;
 }
 
+bool IsOfTheRun(const void* address) {
+  return CurrentThread() >= 0 && OffsetOf(address) < memory.used;
+}
+
 void Access(const void* address, std::size_t size, bool writes) {
+  if (!IsOfTheRun(address)) return;
   const std::size_t offset = OffsetOf(address);
-  if (offset >= memory.used || CurrentThread() < 0) return;
   for (std::size_t i = offset / kCellSize; i * kCellSize < offset + size; ++i) {
     AccessCell(memory.cells[i], writes);
   }

@@ -12,8 +12,11 @@ namespace sensorvela::schedules {
 /// Frees everything and forgets all accesses.
 void ResetMemory();
 
-/// An access of the thread that runs. Fails the run if it is a race, or the memory is freed. Memory
-/// that no thread of the run has allocated is not checked.
+/// Whether a thread of the run that is on has allocated the address.
+bool IsOfTheRun(const void* address);
+
+/// An access of the thread that runs. Fails the run if it is a race, or the memory is freed. Other
+/// memory than the run's is not checked.
 void Access(const void* address, std::size_t size, bool writes);
 
 /// What the thread that runs has done so far comes before all that `thread` does.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdarg>
 #include <memory>
 #include <string_view>
 
@@ -137,7 +138,16 @@ std::int64_t android::elapsedRealtimeNano() { return Platform::Get().ReadClock()
 int __android_log_print(int /*prio*/, const char* /*tag*/, const char* fmt, ...) {
   const auto* const line = std::find_if(kLines.begin(), kLines.end(),
                                         [&](const Line& known) { return known.format == fmt; });
-  if (line != kLines.end()) Platform::Get().Record(line->letter);
+  if (line == kLines.end()) return 1;
+  char letter = line->letter;
+  if (letter == 'C') {
+    va_list arguments;
+    va_start(arguments, fmt);
+    va_arg(arguments, int);  // The enumerator.
+    if (va_arg(arguments, unsigned) > 11) letter = 'c';
+    va_end(arguments);
+  }
+  Platform::Get().Record(letter);
   return 1;
 }
 

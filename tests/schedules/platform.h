@@ -14,8 +14,8 @@ namespace sensorvela::schedules {
 ///     a ... d  the stats service received that atom     e  that of an error
 ///     + 0 1 2  of an enable, of a disable (samples)     f  of a first sample
 ///     p q      of processor and queue diagnostics       U u  the supplier's first and last calls
-///     N F D X  the log: not registered, failed to get the service, atoms are dropped, failed to
-///              report                                   C  an error is past the cap
+///     N F      the log: not registered, no service at the start
+///     D X      atoms are dropped, failed to report      C c  an error past the cap, the next ones
 ///     T        six hours have passed
 class Platform {
  public:
