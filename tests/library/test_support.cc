@@ -8,24 +8,6 @@ VendorAtom Marker(int id) {
   return atom;
 }
 
-void Gate::Pass() {
-  std::unique_lock lock(mutex_);
-  arrived_ = true;
-  changed_.notify_all();
-  changed_.wait(lock, [this] { return open_; });
-}
-
-void Gate::AwaitArrival() {
-  std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return arrived_; });
-}
-
-void Gate::Open() {
-  const std::lock_guard lock(mutex_);
-  open_ = true;
-  changed_.notify_all();
-}
-
 RefusedThreads::RefusedThreads() {
   pthread_getattr_default_np(&normal_);
   pthread_attr_t attributes;

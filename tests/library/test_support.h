@@ -1,5 +1,5 @@
-// What the tests share beyond the kit: threads that a test can stop, and access to the engine's
-// private fields.
+// What the tests share beyond the kit: threads, refused or many, and access to the engine's private
+// fields.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -7,9 +7,7 @@
 #include <pthread.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -22,7 +20,6 @@
 namespace sensorvela::testing {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testkit::AtomText;
 using testkit::DiagnosticsItem;
 using testkit::SupplierKind;
@@ -33,20 +30,6 @@ using namespace std::chrono_literals;
 
 /// An outside atom with nothing but an identifier.
 VendorAtom Marker(int id);
-
-/// Blocks the thread that calls `Pass` until the gate is opened.
-class Gate {
- public:
-  void Pass();
-  void AwaitArrival();
-  void Open();
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  bool arrived_ = false;
-  bool open_ = false;
-};
 
 /// The system refuses every new thread while this exists.
 class RefusedThreads {
