@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <bit>
 #include <csignal>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -277,15 +278,23 @@ Step NextStep(Dice& dice, Model& now) {
   return now.has_engine() && !dice.OneIn(3) ? EventStep(dice, now) : WorldStep(dice, now);
 }
 
-void PrintDifference(const std::vector<std::string>& seen,
-                     const std::vector<std::string>& expected) {
-  for (std::size_t i = 0; i < std::max(seen.size(), expected.size()); ++i) {
-    const std::string nothing = "(nothing)";
-    const std::string& is = i < seen.size() ? seen[i] : nothing;
-    const std::string& should = i < expected.size() ? expected[i] : nothing;
-    if (is == should) continue;
-    std::printf("  engine: %s\n  model:  %s\n", is.c_str(), should.c_str());
+void PrintLines(const char* whose, const Texts& lines, std::size_t first) {
+  constexpr std::size_t kShown = 5;
+  if (first >= lines.size()) std::printf("  %s (nothing more)\n", whose);
+  for (std::size_t i = first; i < std::min(first + kShown, lines.size()); ++i) {
+    std::printf("  %s %s\n", whose, lines[i].c_str());
   }
+}
+
+/// Prints where the two first differ: the last lines that are equal, and the next of each.
+void PrintDifference(const Texts& seen, const Texts& expected) {
+  const auto difference = std::ranges::mismatch(seen, expected).in1 - seen.begin();
+  const auto first = static_cast<std::size_t>(difference);
+  for (std::size_t i = first - std::min<std::size_t>(first, 3); i < first; ++i) {
+    std::printf("  both:   %s\n", seen[i].c_str());
+  }
+  PrintLines("engine:", seen, first);
+  PrintLines("model: ", expected, first);
 }
 
 // Printed when a run crashes, hangs, or is ended by a sanitizer.
