@@ -1,4 +1,5 @@
 // Counts exactly what a call costs its caller: allocations, locks, clock readings and log lines.
+#include <aidl/android/frameworks/stats/BnStats.h>
 #include <android/log.h>
 #include <gtest/gtest.h>
 #include <utils/SystemClock.h>
@@ -152,6 +153,44 @@ TEST(CallCostTest, OfTakingABatchIsTheSameForEveryLength) {
   calls_until_the_first_report(1);  // The first call creates the kit's catalogue.
   EXPECT_EQ(calls_until_the_first_report(1).allocations,
             calls_until_the_first_report(500).allocations);
+}
+
+/// Counts what the reporter thread calls from one report to the next.
+class CountingService : public aidl::android::frameworks::stats::BnStats {
+ public:
+  static constexpr int kReports = 100;
+
+  ndk::ScopedAStatus reportVendorAtom(const VendorAtom& /*atom*/) override {
+    const CallCounts entered = CallsOfThisThread();
+    if (reports_ > 0) {
+      calls.allocations += entered.allocations - left_.allocations;
+      calls.locks += entered.locks - left_.locks;
+    }
+    if (++reports_ == kReports) done.Open();
+    auto status = ndk::ScopedAStatus::ok();
+    left_ = CallsOfThisThread();
+    return status;
+  }
+
+  CallCounts calls;
+  Gate done;
+
+ private:
+  int reports_ = 0;
+  CallCounts left_;
+};
+
+TEST(CallCostTest, ABatchIsSentWithoutACopyOrALock) {
+  if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
+  const auto service = ndk::SharedRefBase::make<CountingService>();
+  simulated::DeclareService(testkit::kStatsInstance);
+  auto engine = testkit::MakeEngine(SupplierKind::kNone, nullptr);
+  for (int i = 0; i < CountingService::kReports; ++i) engine->ReportFirmwareState(1, {}, 1);
+  simulated::RegisterService(testkit::kStatsInstance, service);
+  service->done.Pass();
+  EXPECT_EQ(service->calls, CallCounts{});
+  engine.reset();
+  simulated::ResetServices();
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <utils/SystemClock.h>
 
 #include <array>
+#include <chrono>
 #include <memory>
 
 #include <sensorvela/engine/sensor_vela.h>
@@ -35,11 +36,18 @@ TEST(RealClockTest, AnAtomWakesTheReporterAndSoDoesTheEnd) {
   EXPECT_GT(android::elapsedRealtimeNano(), elapsed_ns);
 }
 
-TEST(RealClockTest, AWaitEndsAtADeadlineThatHasPassed) {
+TEST(RealClockTest, AWaitEndsAtItsDeadlineAndNotBefore) {
   sensorvela::platform::Mutex mutex;
   sensorvela::platform::CondVar condition;
   const sensorvela::platform::MutexLock lock(mutex);
-  condition.WaitUntil(mutex, MonotonicClock::now());
+  const auto deadline = MonotonicClock::now() + std::chrono::milliseconds(20);
+  int waits = 0;
+  while (MonotonicClock::now() < deadline) {
+    condition.WaitUntil(mutex, deadline);
+    ++waits;
+  }
+  EXPECT_LE(waits, 3);  // All but one were spurious wake-ups.
+  condition.WaitUntil(mutex, deadline);
 }
 
 }  // namespace
