@@ -1,4 +1,7 @@
-// Tests what the simulation cannot: counters at their wrap.
+// Tests what the simulation cannot: counters at their wrap, and the order of a line and its atom.
+#include <cstdint>
+#include <vector>
+
 #include "tests/library/test_support.h"
 
 namespace sensorvela::testing {
@@ -13,6 +16,14 @@ class EventsTest : public ::testing::Test, public World {
     TakeHistory();
   }
 };
+
+TEST_F(EventsTest, AnErrorIsLoggedBeforeItsAtomIsQueued) {
+  std::vector<std::uint64_t> queued;  // At each line.
+  const simulated::ScopedLogSink sink([&](auto...) { queued.push_back(time.Notifications()); });
+  engine().LogSensorHalError(kSensor, SensorVela::HalCall{1}, 0);
+  engine().LogSensorRuntimeError(kSensor, SensorVela::ErrorType{1}, 0);
+  EXPECT_THAT(queued, ElementsAre(0, 1));
+}
 
 TEST_F(EventsTest, CountersWrapAndZeroIsAFirstSampleAgain) {
   engine().ReportHalSensorEnabled(kSensor, -1);
