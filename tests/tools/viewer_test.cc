@@ -14,7 +14,6 @@
 
 #include "tests/tools/trace_files.h"
 #include "tools/report/json_lines_report.h"
-#include "tools/report/text_report.h"
 #include "tools/run/replay.h"
 #include "tools/trace/trace.h"
 #include "tools/viewer/viewer_observer.h"
