@@ -5,6 +5,7 @@
 #include <utils/SystemClock.h>
 
 #include <functional>
+#include <latch>
 #include <memory>
 #include <optional>
 #include <string>
@@ -166,14 +167,14 @@ class CountingService : public aidl::android::frameworks::stats::BnStats {
       calls.allocations += entered.allocations - left_.allocations;
       calls.locks += entered.locks - left_.locks;
     }
-    if (++reports_ == kReports) done.Open();
+    if (++reports_ == kReports) done.count_down();
     auto status = ndk::ScopedAStatus::ok();
     left_ = CallsOfThisThread();
     return status;
   }
 
   CallCounts calls;
-  Gate done;
+  std::latch done{1};
 
  private:
   int reports_ = 0;
@@ -187,7 +188,7 @@ TEST(CallCostTest, ABatchIsSentWithoutACopyOrALock) {
   auto engine = testkit::MakeEngine(SupplierKind::kNone, nullptr);
   for (int i = 0; i < CountingService::kReports; ++i) engine->ReportFirmwareState(1, {}, 1);
   simulated::RegisterService(testkit::kStatsInstance, service);
-  service->done.Pass();
+  service->done.wait();
   EXPECT_EQ(service->calls, CallCounts{});
   engine.reset();
   simulated::ResetServices();
