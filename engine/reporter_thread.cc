@@ -4,6 +4,7 @@
 
 #include <deque>
 
+#include "engine/log_lines.h"
 #include "engine/log_tag.h"
 #include "engine/sensor_vela.h"
 #include "engine/stats_service.h"
@@ -55,14 +56,13 @@ void SensorVela::DrainAtomQueue() {
 
   const auto service = sensorvela::LookUpStatsService(stats_service_name_);
   if (service == nullptr) {
-    __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag,
-                        "Failed to get IStats service. Atoms are dropped.");
+    __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, sensorvela::kAtomsDroppedLine);
     return;
   }
   for (const VendorAtom& atom : batch) {
     if (!sensorvela::ReportAtom(*service, atom)) {
-      __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag,
-                          "Failed to report atom [id = %d].", atom.atomId);
+      __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, sensorvela::kReportFailedLine,
+                          atom.atomId);
     }
   }
 }

@@ -4,6 +4,7 @@
 #include <android/binder_manager.h>
 #include <android/log.h>
 
+#include "engine/log_lines.h"
 #include "engine/log_tag.h"
 #include "engine/sensor_vela.h"
 
@@ -26,15 +27,14 @@ bool ReportAtom(IStats& service, const VendorAtom& atom) {
 void SensorVela::WaitForStatsService() const {
   if (!AServiceManager_isDeclared(stats_service_name_.c_str())) {
     __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag,
-                        "IStats service is not registered.");
+                        sensorvela::kServiceNotRegisteredLine);
     return;
   }
-  __android_log_print(ANDROID_LOG_INFO, sensorvela::kLogTag,
-                      "Waiting for IStats service to come up.");
+  __android_log_print(ANDROID_LOG_INFO, sensorvela::kLogTag, sensorvela::kWaitingForServiceLine);
   const auto service = sensorvela::LookUpStatsService(stats_service_name_);
   if (service != nullptr) {
-    __android_log_print(ANDROID_LOG_INFO, sensorvela::kLogTag, "IStats service online.");
+    __android_log_print(ANDROID_LOG_INFO, sensorvela::kLogTag, sensorvela::kServiceOnlineLine);
   } else {
-    __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, "Failed to get IStats service.");
+    __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, sensorvela::kNoServiceLine);
   }
 }

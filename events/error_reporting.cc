@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "atoms/sensor_event_atoms.h"
+#include "engine/log_lines.h"
 #include "engine/log_tag.h"
 #include "engine/sensor_vela.h"
 
@@ -13,9 +14,8 @@ using sensorvela::platform::MutexLock;
 void SensorVela::LogSensorHalError(SensorId sensor, HalCall call, int error) {
   const auto enumerator = static_cast<std::int32_t>(call);
   if (!CountError(kHalErrorFamily, enumerator)) return;
-  __android_log_print(ANDROID_LOG_INFO, sensorvela::kLogTag,
-                      "Reporting HAL call [%d] error [%d] on sensor [0x%08x].", enumerator, error,
-                      sensor.high);
+  __android_log_print(ANDROID_LOG_INFO, sensorvela::kLogTag, sensorvela::kHalErrorLine, enumerator,
+                      error, sensor.high);
   Enqueue(createVendorAtom(atoms::SensorHalErrorDetected{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),
       .sensor_id_low = sensor.low,
@@ -27,9 +27,8 @@ void SensorVela::LogSensorHalError(SensorId sensor, HalCall call, int error) {
 void SensorVela::LogSensorRuntimeError(SensorId sensor, ErrorType type, int code) {
   const auto enumerator = static_cast<std::int32_t>(type);
   if (!CountError(kRuntimeErrorFamily, enumerator)) return;
-  __android_log_print(ANDROID_LOG_INFO, sensorvela::kLogTag,
-                      "Reporting runtime time error [%d] code [%d] on sensor [0x%08x].", enumerator,
-                      code, sensor.high);
+  __android_log_print(ANDROID_LOG_INFO, sensorvela::kLogTag, sensorvela::kRuntimeErrorLine,
+                      enumerator, code, sensor.high);
   Enqueue(createVendorAtom(atoms::SensorRuntimeErrorDetected{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),
       .sensor_id_low = sensor.low,
@@ -44,15 +43,11 @@ bool SensorVela::CountError(ErrorFamily family, std::int32_t enumerator) {
   const std::uint32_t count = ++error_counts_[key];
   if (count <= kErrorCapPerCycle) return true;
   if (family == kHalErrorFamily) {
-    __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag,
-                        "HAL Error [%d] has occurred [%u] times in current cycle, upload blocked "
-                        "due to cap [%u] met.",
+    __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, sensorvela::kHalErrorBlockedLine,
                         enumerator, count, kErrorCapPerCycle);
   } else {
     __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag,
-                        "Runtime Error [%d] has occurred [%u] times in current cycle, upload "
-                        "blocked due to cap [%u] met.",
-                        enumerator, count, kErrorCapPerCycle);
+                        sensorvela::kRuntimeErrorBlockedLine, enumerator, count, kErrorCapPerCycle);
   }
   return false;
 }
