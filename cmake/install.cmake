@@ -1,5 +1,5 @@
-# What `cmake --install` installs: the libraries, the test kit, their headers, sensorvela-replay if
-# it is built, a CMake package and pkg-config files. The prefix may be moved afterwards.
+# What `cmake --install` installs: the libraries, the test kit, their headers, the tools if they
+# are built, a CMake package and pkg-config files. The prefix may be moved afterwards.
 include(CheckCXXSymbolExists)
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
@@ -32,8 +32,9 @@ install(DIRECTORY examples TYPE DOC)
 
 if(TARGET sensorvela-replay)
   file(RELATIVE_PATH to_libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-  set_target_properties(sensorvela-replay PROPERTIES INSTALL_RPATH $ORIGIN/${to_libraries})
-  install(TARGETS sensorvela-replay)
+  set_target_properties(sensorvela-replay sensorvela-log PROPERTIES
+    INSTALL_RPATH $ORIGIN/${to_libraries})
+  install(TARGETS sensorvela-replay sensorvela-log)
 endif()
 
 # The interface passes types of the standard library, so a host must use the same standard library

@@ -15,6 +15,7 @@ file(GET_RUNTIME_DEPENDENCIES LIBRARIES ${prefix}/${LIBDIR}/libsensorvela.so.1
   RESOLVED_DEPENDENCIES_VAR dependencies)
 if(EXISTS ${prefix}/${BINDIR}/sensorvela-replay)
   run(${prefix}/${BINDIR}/sensorvela-replay --help)
+  run(${prefix}/${BINDIR}/sensorvela-log --version)
 endif()
 set(recorder ${prefix}/${LIBDIR}/libsensorvela_recorder.so)
 

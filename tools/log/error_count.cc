@@ -1,0 +1,53 @@
+#include "tools/log/error_count.h"
+
+#include "tools/log/library_line.h"
+
+namespace sensorvela::devicelog {
+namespace {
+
+constexpr std::int64_t kMaxDelayNs = 10'000'000'000;
+
+/// The line of a reported error is written after its count, without a lock, so that lines of later
+/// counts may overtake it. Where the log has no times, every line may have been overtaken.
+bool MayBeOvertaken(const Place& reported, const Place& blocked) {
+  return reported.time.text.empty() || reported.time.ns - blocked.time.ns < kMaxDelayNs;
+}
+
+}  // namespace
+
+ErrorCount::Finding ErrorCount::Reported(const Place& place) {
+  Finding finding;
+  if (blocked_count_ > 0 && missing_reported_ > 0 && MayBeOvertaken(place, blocked_)) {
+    --missing_reported_;
+    finding.missing_reported = -1;
+    return finding;
+  }
+  if (blocked_count_ > 0) finding.cycle_end = {blocked_, place};
+  blocked_count_ = 0;
+  reported_.push_back(place);
+  if (reported_.size() > kErrorCapPerCycle + 1) reported_.pop_front();
+  if (reported_.size() > kErrorCapPerCycle) finding.cycle_end = {reported_.front(), place};
+  return finding;
+}
+
+ErrorCount::Finding ErrorCount::Blocked(const Place& place, std::uint32_t count) {
+  Finding finding;
+  if (blocked_count_ > 0 && count > blocked_count_) {
+    finding.missing_blocked = count - blocked_count_ - 1;
+  } else {
+    if (blocked_count_ > 0) finding.cycle_end = {blocked_, place};
+    if (reported_.size() > kErrorCapPerCycle) {
+      finding.cycle_end = {reported_[0], reported_[1]};
+      reported_.pop_front();
+    }
+    missing_reported_ = kErrorCapPerCycle - static_cast<std::uint32_t>(reported_.size());
+    finding.missing_reported = missing_reported_;
+    finding.missing_blocked = count - kErrorCapPerCycle - 1;
+    reported_.clear();
+  }
+  blocked_count_ = count;
+  blocked_ = place;
+  return finding;
+}
+
+}  // namespace sensorvela::devicelog

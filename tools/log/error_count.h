@@ -1,0 +1,51 @@
+// Follows the count of one kind of error in one engine, of which the log may have lost lines.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+
+#include "tools/log/log_line.h"
+
+namespace sensorvela::devicelog {
+
+/// Where a line is in the log.
+struct Place {
+  std::uint64_t line = 0;  // Counted from 1.
+  LogTime time;
+};
+
+/// Between two lines.
+struct Interval {
+  Place after;
+  Place before;
+};
+
+/// A cycle's first ten errors of a kind are reported, with lines that have no number. Those past
+/// them are blocked, with lines that have the count, so that the first of them says how many were
+/// reported, and each says how many were blocked. A cycle's end sets the count to zero.
+class ErrorCount {
+ public:
+  /// What a line says of other lines.
+  struct Finding {
+    /// Errors of which the log has no line. -1: the line is one that was missing so far.
+    std::int64_t missing_reported = 0;
+    std::int64_t missing_blocked = 0;
+    /// At least one cycle has ended here.
+    std::optional<Interval> cycle_end;
+  };
+
+  Finding Reported(const Place& place);
+  /// `count` is past the cap.
+  Finding Blocked(const Place& place, std::uint32_t count);
+
+ private:
+  /// The latest reported errors since the last one that was blocked, at most one more than a cycle
+  /// can have.
+  std::deque<Place> reported_;
+  std::uint32_t missing_reported_ = 0;  // In this cycle.
+  std::uint32_t blocked_count_ = 0;     // The latest in this cycle; 0 if there is none.
+  Place blocked_;
+};
+
+}  // namespace sensorvela::devicelog

@@ -1,0 +1,152 @@
+// What the library's lines in a log say together.
+#pragma once
+
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <tuple>
+#include <vector>
+
+#include "tools/log/error_count.h"
+#include "tools/log/library_line.h"
+#include "tools/log/log_line.h"
+
+namespace sensorvela::devicelog {
+
+/// No table of a summary has more rows.
+inline constexpr std::size_t kMaxRows = 100;
+
+/// The process of a line; nothing where the form of the line has no process.
+using Pid = std::optional<std::int32_t>;
+
+/// How often something is in the log, and where.
+struct Occurrences {
+  std::uint64_t count = 0;
+  Place first;
+  Place last;
+
+  void Add(const Place& place) {
+    if (count++ == 0) first = place;
+    last = place;
+  }
+};
+
+enum class ServiceAtStart : std::uint8_t { kOnline, kWaiting, kNotDeclared, kNotFound };
+
+/// An engine's start. Of the two lines that an engine then writes, either may be missing.
+struct EngineStart {
+  Pid pid;
+  std::optional<std::int32_t> tid;  // The reporter thread.
+  ServiceAtStart service = ServiceAtStart::kWaiting;
+  std::optional<Place> started;
+  std::optional<Place> wait_ended;
+
+  /// How long the wait for the service took; nothing if the log does not say.
+  std::optional<std::int64_t> WaitNs() const;
+};
+
+/// Drains that found no service, one after the other. Nothing in the log says when it came back.
+struct ServiceAbsence {
+  Pid pid;
+  Occurrences drains;
+};
+
+struct CycleEnd {
+  Pid pid;
+  Interval between;
+};
+
+/// Errors of one HAL call or of one type of runtime error.
+struct ErrorTally {
+  std::uint64_t reported = 0;
+  std::uint64_t blocked = 0;
+  std::uint64_t missing = 0;  // Of both: those of which the log has no line.
+  Occurrences lines;
+};
+
+/// An error as the library reports it.
+struct ReportedError {
+  std::int32_t enumerator;
+  std::int32_t code;
+  std::uint32_t sensor_high;
+  auto operator<=>(const ReportedError&) const = default;
+};
+
+/// A table that takes no further row once it is full, and counts the lines that would need one.
+template <typename Rows>
+struct Limited {
+  Rows rows;
+  std::uint64_t further_lines = 0;
+
+  bool Full() {
+    if (rows.size() < kMaxRows) return false;
+    ++further_lines;
+    return true;
+  }
+};
+
+/// The row of `key`, new if there is none; null if the table is full.
+template <typename Key, typename Row>
+Row* FindOrAdd(Limited<std::map<Key, Row>>& table, const Key& key) {
+  const auto found = table.rows.find(key);
+  if (found != table.rows.end()) return &found->second;
+  return table.Full() ? nullptr : &table.rows[key];
+}
+
+/// The HAL errors, or the runtime errors.
+struct ErrorFamily {
+  ErrorTally total;
+  Limited<std::map<std::int32_t, ErrorTally>> by_enumerator;
+  Limited<std::map<ReportedError, Occurrences>> by_sensor;
+};
+
+/// The library's lines of a log, together. Takes the same memory for a log of any size.
+class LogSummary {
+ public:
+  LogSummary();
+
+  /// Takes the log's next line, without its end.
+  void AddLine(std::string_view text);
+
+  std::uint64_t lines = 0;
+  std::uint64_t library_lines = 0;
+  std::uint64_t unknown_lines = 0;  // With the library's tag, and none of its texts.
+  std::uint64_t starts = 0;
+  Limited<std::vector<EngineStart>> engines;
+  std::uint64_t lost_drains = 0;
+  Limited<std::vector<ServiceAbsence>> absences;
+  std::uint64_t failed_reports = 0;
+  Limited<std::map<std::int32_t, Occurrences>> failed_atoms;  // By the atom's identifier.
+  ErrorFamily hal_errors;
+  ErrorFamily runtime_errors;
+  Limited<std::vector<CycleEnd>> cycle_ends;
+
+ private:
+  struct Process {
+    bool has_engine = false;
+    std::optional<std::size_t>
+        absence;  // Its row, until something shows that the service was back.
+  };
+
+  void Add(const LibraryLine& found, const LogLine& line, const Place& place);
+  void AddStart(ServiceAtStart service, const LogLine& line, const Place& place);
+  void AddWaitEnd(ServiceAtStart service, const LogLine& line, const Place& place);
+  void AddLostDrain(const Pid& pid, const Place& place);
+  void AddFailedReport(std::int32_t atom_id, const Pid& pid, const Place& place);
+  void AddError(const LibraryLine& found, const Pid& pid, const Place& place);
+  void AddCycleEnd(const Pid& pid, const Interval& between);
+  /// Forgets the processes: what follows is another log, in which their numbers mean others.
+  void BeginLog();
+
+  LogLines log_lines_;
+  std::map<Pid, Process> processes_;
+  /// By process, whether it is a HAL error, and enumerator.
+  std::map<std::tuple<Pid, bool, std::int32_t>, ErrorCount> counts_;
+  std::size_t first_engine_ = 0;     // Of this log.
+  std::size_t first_cycle_end_ = 0;  // Of this log.
+};
+
+}  // namespace sensorvela::devicelog

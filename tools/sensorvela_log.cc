@@ -1,0 +1,112 @@
+// sensorvela-log: finds the library's lines in a device's log and prints what they say together.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <iostream>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+#include "tools/log/log_report.h"
+#include "tools/log/log_summary.h"
+#include "tools/log/read_lines.h"
+#include "tools/text/printable_text.h"
+
+namespace {
+
+namespace devicelog = sensorvela::devicelog;
+
+constexpr int kExitFailed = 1;
+constexpr int kExitBadUsage = 2;
+
+constexpr char kAbout[] =
+    "Finds the lines of libsensorvela in a device's log, or in a bug report, and prints what they\n"
+    "say: the starts of engines, lost atoms, errors by call, type and sensor, and ended cycles.";
+
+constexpr char kFooter[] =
+    "The lines may have any of logcat's forms brief, tag, process, time, threadtime and long, "
+    "with\n"
+    "the modifiers of time and uid. Several files are read as one log, in the given order. Where "
+    "a\n"
+    "form has no time, the line's number is printed, counted over all files.\n"
+    "\n"
+    "Exit status: 0 the log was read; 1 a file could not be read or the output not be written;\n"
+    "2 bad usage.";
+
+struct Options {
+  std::vector<std::string> files;
+  std::string format = "text";
+};
+
+std::string Reason(int error) { return std::generic_category().message(error); }
+
+/// To be called right after the write that has failed. A closed pipe is no reason for a complaint.
+int CannotWrite() {
+  const int error = errno;
+  if (error != EPIPE) {
+    std::cerr << "sensorvela-log: cannot write to standard output: " << Reason(error) << '\n';
+  }
+  return kExitFailed;
+}
+
+/// Returns 0, or the `errno` of what has failed.
+int ReadFile(const std::string& path, devicelog::LogSummary& summary) {
+  const int file = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) return errno;
+  const int error =
+      devicelog::ReadLines(file, [&summary](std::string_view line) { summary.AddLine(line); });
+  if (file != STDIN_FILENO) close(file);
+  return error;
+}
+
+int Summarize(const Options& options) {
+  devicelog::LogSummary summary;
+  for (const std::string& file : options.files) {
+    if (const int error = ReadFile(file, summary); error != 0) {
+      std::cerr << "sensorvela-log: " << sensorvela::replay::Printable(file) << ": "
+                << Reason(error) << '\n';
+      return kExitFailed;
+    }
+  }
+  if (options.format == "jsonl") {
+    devicelog::PrintJsonLines(summary, std::cout);
+  } else {
+    devicelog::PrintText(summary, std::cout);
+  }
+  return std::cout.flush() ? 0 : CannotWrite();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+  // Writing to a closed pipe then fails like any other write.
+  std::signal(SIGPIPE, SIG_IGN);
+  std::ios::sync_with_stdio(false);
+
+  Options options;
+  CLI::App app(kAbout, "sensorvela-log");
+  app.add_option("FILE", options.files, "The logs; - for standard input")
+      ->required()
+      ->type_name("");
+  app.add_option("--format", options.format, "What to print: tables for a reader, or JSON Lines")
+      ->check(CLI::IsMember({"text", "jsonl"}))
+      ->capture_default_str();
+  app.set_version_flag("--version", "sensorvela-log " SENSORVELA_VERSION);
+  app.footer(kFooter);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (app.exit(error) != 0) return kExitBadUsage;
+    return std::cout.flush() ? 0 : CannotWrite();
+  }
+  return Summarize(options);
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "sensorvela-log: %s\n", error.what());
+  return kExitFailed;
+}
