@@ -118,8 +118,7 @@ TEST(DeviceLogTest, ReadsTheSameFactsFromEveryForm) {
     std::ostringstream expected;
     expected << R"({"library_lines":4,"unknown_lines":1})" << '\n'
              << R"({"kind":"engine_start","pid":812,"tid":)" << (has_tid ? "830" : "null")
-             << R"(,"service":"online","wait_ns":)" << (time_1.empty() ? "null" : "1204000000")
-             << R"(}
+             << R"(,"service":"online","wait_ms":)" << (time_1.empty() ? "null" : "1204") << R"(}
 {"kind":"failed_reports","atom_id":-7,"name":null,"count":1}
 {"kind":"hal_errors","call":3,"reported":1,"blocked":0,"not_in_log":0}
 {"kind":"hal_errors_of_sensor","sensor_high":4294967294,"call":3,"error":-22,"lines":1}
@@ -257,7 +256,7 @@ TEST(DeviceLogTest, UnderstandsWhatAnEngineWrites) {
   world.RefuseService();
   Fail(world, 1, log);
   EXPECT_EQ(FactsOf(Summarize(log)), R"({"library_lines":32,"unknown_lines":0}
-{"kind":"engine_start","pid":1,"tid":null,"service":"online","wait_ns":null}
+{"kind":"engine_start","pid":1,"tid":null,"service":"online","wait_ms":null}
 {"kind":"service_away","pid":1,"lost_drains":2}
 {"kind":"hal_errors","call":3,"reported":11,"blocked":3,"not_in_log":0}
 {"kind":"hal_errors_of_sensor","sensor_high":16,"call":3,"error":-22,"lines":11}

@@ -19,7 +19,7 @@ ErrorCount::Finding ErrorCount::Reported(const Place& place) {
   Finding finding;
   if (blocked_count_ > 0 && missing_reported_ > 0 && MayBeOvertaken(place, blocked_)) {
     --missing_reported_;
-    finding.missing_reported = -1;
+    finding.was_missing = true;
     return finding;
   }
   if (blocked_count_ > 0) finding.cycle_end = {blocked_, place};

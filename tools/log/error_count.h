@@ -28,9 +28,10 @@ class ErrorCount {
  public:
   /// What a line says of other lines.
   struct Finding {
-    /// Errors of which the log has no line. -1: the line is one that was missing so far.
-    std::int64_t missing_reported = 0;
-    std::int64_t missing_blocked = 0;
+    /// Errors of which the log has no line.
+    std::uint64_t missing_reported = 0;
+    std::uint64_t missing_blocked = 0;
+    bool was_missing = false;  // This line was found to be missing before.
     /// At least one cycle has ended here.
     std::optional<Interval> cycle_end;
   };

@@ -146,10 +146,14 @@ void LogSummary::AddError(const LibraryLine& found, const Pid& pid, const Place&
   for (ErrorTally* tally : {&family.total, FindOrAdd(family.by_enumerator, enumerator)}) {
     if (tally == nullptr) continue;
     tally->lines.Add(place);
-    tally->reported += static_cast<std::uint64_t>(finding.missing_reported + (is_blocked ? 0 : 1));
-    tally->blocked += static_cast<std::uint64_t>(finding.missing_blocked + (is_blocked ? 1 : 0));
-    tally->missing +=
-        static_cast<std::uint64_t>(finding.missing_reported + finding.missing_blocked);
+    tally->reported += finding.missing_reported;
+    tally->blocked += finding.missing_blocked;
+    tally->missing += finding.missing_reported + finding.missing_blocked;
+    if (finding.was_missing) {
+      --tally->missing;
+    } else {
+      ++(is_blocked ? tally->blocked : tally->reported);
+    }
   }
   if (finding.cycle_end) AddCycleEnd(pid, *finding.cycle_end);
   if (is_blocked) return;

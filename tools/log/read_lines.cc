@@ -43,7 +43,7 @@ int ReadLines(int file, const std::function<void(std::string_view line)>& on_lin
     if (rest.size() == buffer.size()) {
       give(rest);
       skip_to_line_end = true;
-      rest = {};
+      rest.remove_prefix(rest.size());
     }
     std::memmove(buffer.data(), rest.data(), rest.size());
     filled = rest.size();
