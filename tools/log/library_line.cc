@@ -1,6 +1,5 @@
 #include "tools/log/library_line.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstddef>
@@ -38,30 +37,35 @@ bool TakePrefix(std::string_view& text, std::string_view prefix) {
   return true;
 }
 
-/// Takes a number from the start of `text`; returns its digits, or nothing if it is out of range.
+/// Takes a number in the shortest form from the start of `text`, unless it is out of range.
 template <typename T>
-std::string_view TakeNumber(std::string_view& text, int base, std::int64_t& number) {
+bool TakeDecimal(std::string_view& text, std::int64_t& number) {
   T value = 0;
-  const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
-  if (error != std::errc()) return {};
+  if (std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc()) {
+    return false;
+  }
   number = value;
-  const std::string_view digits = text.substr(0, static_cast<std::size_t>(stop - text.data()));
+  return TakePrefix(text, std::to_string(value));
+}
+
+/// Takes eight digits from the start of `text`.
+bool TakeHex(std::string_view& text, std::int64_t& number) {
+  const std::string_view digits = text.substr(0, 8);
+  if (digits.size() < 8 || digits.find_first_not_of("0123456789abcdef") != std::string_view::npos) {
+    return false;
+  }
+  std::uint32_t value = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
+  number = value;
   text.remove_prefix(digits.size());
-  return digits;
+  return true;
 }
 
 /// Takes what the conversion at the start of `format` writes from the start of `text`.
 bool TakeConversion(std::string_view& format, std::string_view& text, std::int64_t& number) {
-  if (TakePrefix(format, "%d")) {
-    return TakeNumber<std::int32_t>(text, 10, number) == std::to_string(number);
-  }
-  if (TakePrefix(format, "%u")) {
-    return TakeNumber<std::uint32_t>(text, 10, number) == std::to_string(number);
-  }
-  if (!TakePrefix(format, "%08x")) return false;
-  const std::string_view digits = TakeNumber<std::uint32_t>(text, 16, number);
-  return digits.size() == 8 &&
-         std::ranges::none_of(digits, [](char c) { return c < 'a' && c > '9'; });
+  if (TakePrefix(format, "%d")) return TakeDecimal<std::int32_t>(text, number);
+  if (TakePrefix(format, "%u")) return TakeDecimal<std::uint32_t>(text, number);
+  return TakePrefix(format, "%08x") && TakeHex(text, number);
 }
 
 /// Whether `printf` can have written `text` with this format, which has at most as many
