@@ -1,6 +1,6 @@
-// A host whose sensors deliver twelve million samples with the jitter of real ones, in virtual time.
-// To be recorded: the time that it takes with the recorder and without, the size of the recording,
-// and the time of its replay tell what a recording costs.
+// A host whose sensors deliver twelve million samples with the jitter of real ones, in virtual
+// time. To be recorded: the time that it takes with the recorder and without, the size of the
+// recording, and the time of its replay tell what a recording costs.
 #include <algorithm>
 #include <array>
 #include <chrono>
