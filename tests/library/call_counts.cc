@@ -36,6 +36,9 @@ void* operator new(std::size_t size) {
   return block;
 }
 
+// The standard library's does not use the one above with every sanitizer.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return operator new(size); }
+
 void operator delete(void* block) noexcept {
   sensorvela::testing::bytes_in_use -= static_cast<std::int64_t>(malloc_usable_size(block));
   std::free(block);  // NOLINT(cppcoreguidelines-no-malloc)
