@@ -56,7 +56,10 @@ void ConstructRecorded(void* engine, const std::shared_ptr<Recording>& recording
   struct Announcement {
     const std::shared_ptr<Recording>& recording;
     const SensorVela* engine = nullptr;
-    ~Announcement() { Recordings::Get().EngineIsConstructed(recording, engine); }
+    ~Announcement() {
+      Recordings::Get().EngineIsConstructed(recording, engine);
+      if (engine == nullptr) recording->EngineEnds();
+    }
   } announcement{recording};
   next(engine, std::move(supplier));
   announcement.engine = static_cast<SensorVela*>(engine);

@@ -30,28 +30,27 @@ std::shared_ptr<Recording> Recordings::Begin(SupplierKind supplier) {
   const char* const path = Setting("SENSORVELA_RECORDING");
   if (path == nullptr || *path == '\0') return nullptr;
   const char* const wait = Setting("SENSORVELA_RECORDING_WAIT");
-  auto recording = Recording::Start(
-      {.path = path, .waits_for_disk = wait != nullptr && std::string_view(wait) == "1"});
-  if (recording == nullptr) return nullptr;
-  recording->EngineStarts(supplier);
   const MutexLock lock(mutex_);
   while (starting_ != nullptr) identified_.wait(mutex_);
-  starting_ = recording.get();
-  return recording;
+  const auto slot = std::ranges::find(slots_, nullptr, &Slot::recording);
+  if (slot == slots_.end()) return nullptr;
+  slot->recording = Recording::Start(
+      {.path = path, .waits_for_disk = wait != nullptr && std::string_view(wait) == "1"});
+  if (slot->recording == nullptr) return nullptr;
+  slot->recording->EngineStarts(supplier);
+  starting_ = slot->recording.get();
+  return slot->recording;
 }
 
 void Recordings::EngineIsConstructed(const std::shared_ptr<Recording>& recording,
                                      const SensorVela* engine) {
   const MutexLock lock(mutex_);
-  if (engine == nullptr) {
-    starting_ = nullptr;
-    identified_.notify_all();
-    return;
-  }
-  const auto slot = std::ranges::find_if(slots_, [](const Slot& s) { return s.engine == nullptr; });
-  if (slot == slots_.end()) return;
-  slot->recording = recording;
+  const auto slot = std::ranges::find(slots_, recording, &Slot::recording);
   slot->engine.store(engine, std::memory_order_release);
+  if (engine != nullptr) return;
+  slot->recording = nullptr;
+  starting_ = nullptr;
+  identified_.notify_all();
 }
 
 void Recordings::IdentifyReporterThread() {

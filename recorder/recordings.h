@@ -55,7 +55,7 @@ class Recordings {
 
   struct Slot {
     std::atomic<const SensorVela*> engine = nullptr;
-    /// Changed only while `engine` is null, under the lock.
+    /// Null if the slot is free. Changed only while `engine` is null, under the lock.
     std::shared_ptr<Recording> recording;
   };
 
