@@ -20,10 +20,10 @@ void AppendQuantity(std::string& out, std::int64_t value) {
   std::uint64_t rest =
       ((bits & (~std::uint64_t{0} >> 1U)) << 1U) ^ (value < 0 ? ~std::uint64_t{0} : 0);
   while (rest >= 32) {
-    out += kDigits[32 + (rest & 31U)];
+    out += kDigits[static_cast<std::size_t>(32 + (rest & 31U))];
     rest >>= 5U;
   }
-  out += kDigits[rest];
+  out += kDigits[static_cast<std::size_t>(rest)];
 }
 
 }  // namespace
