@@ -13,7 +13,7 @@ using sensorvela::platform::MonotonicClock;
 using sensorvela::platform::MutexLock;
 
 void SensorVela::RunReporterThread() {
-  sensorvela::platform::NameThisThread("sensor-vela");
+  sensorvela::platform::NameThisThread(sensorvela::kReporterThreadName);
   // The wait for the service, however long, counts towards the first cycle. Only a cycle's end
   // moves the deadline.
   MonotonicClock::time_point deadline = MonotonicClock::now() + kCyclePeriod;

@@ -42,6 +42,10 @@ class Batch {
     return true;
   }
 
+  /// Whether an empty batch has room for it.
+  static bool CanHold(const Sample& /*sample*/) { return true; }
+  static bool CanHold(std::string_view line) { return line.size() <= kMaxTextBytes; }
+
   bool IsHalfFull() const {
     return samples_.size() >= kMaxSamples / 2 || lines_.size() >= kMaxLines / 2 ||
            text_.size() >= kMaxTextBytes / 2;

@@ -4,15 +4,18 @@
 
 #include <algorithm>
 
+#include "engine/wrapping_arithmetic.h"
+
 namespace sensorvela::recorder {
 
 std::int64_t ClockOffset::TakeSuspension() {
   const std::int64_t monotonic_before_ns = android::uptimeNanos();
   const std::int64_t elapsed_ns = android::elapsedRealtimeNano();
   const std::int64_t monotonic_after_ns = android::uptimeNanos();
-  const Bounds seen = {elapsed_ns - monotonic_after_ns, elapsed_ns - monotonic_before_ns};
+  const Bounds seen = {WrappingSubtract(elapsed_ns, monotonic_after_ns),
+                       WrappingSubtract(elapsed_ns, monotonic_before_ns)};
   if (!known_ || seen.low_ns > known_->high_ns) {
-    const std::int64_t suspended_ns = known_ ? seen.low_ns - known_->high_ns : 0;
+    const std::int64_t suspended_ns = known_ ? WrappingSubtract(seen.low_ns, known_->high_ns) : 0;
     known_ = seen;
     return suspended_ns;
   }

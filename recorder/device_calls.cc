@@ -1,4 +1,5 @@
-// Takes the place of the device's functions that the library calls. Each calls the device's.
+// Takes the place of the device's functions that the library calls. Each passes the call on.
+#include <aidl/android/frameworks/stats/IStats.h>
 #include <android/binder_manager.h>
 #include <android/binder_status.h>
 #include <android/log.h>
@@ -9,6 +10,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 #include "engine/log_tag.h"
@@ -18,36 +20,43 @@
 namespace sensorvela::recorder {
 namespace {
 
-/// What the library names its reporter threads.
-constexpr std::string_view kReporterThreadName = "sensor-vela";
+bool IsStatsService(std::string_view instance) {
+  static const std::string name =
+      std::string(aidl::android::frameworks::stats::IStats::descriptor) + "/default";
+  return instance == name;
+}
+
 constexpr std::size_t kMaxThreadNameBytes = 16;
 
 /// The engine's first call of the device tells which thread is its reporter thread.
 void IdentifyReporterThread() {
   std::array<char, kMaxThreadNameBytes> name = {};
   if (pthread_getname_np(pthread_self(), name.data(), name.size()) != 0) return;
-  if (name.data() == kReporterThreadName) Recordings::Get().IdentifyReporterThread();
+  if (std::string_view(name.data()) == kReporterThreadName) Recordings::Get().IdentifyReporterThread();
 }
 
 }  // namespace
 }  // namespace sensorvela::recorder
 
+using sensorvela::recorder::IsStatsService;
 using sensorvela::recorder::NextDefinition;
 using sensorvela::recorder::Recording;
+using sensorvela::recorder::RecordingOfCaller;
 using sensorvela::recorder::ThisThread;
 
 [[gnu::visibility("default")]] bool AServiceManager_isDeclared(const char* instance) {
   static const auto next = NextDefinition(&AServiceManager_isDeclared);
   if (ThisThread().reports_for == nullptr) sensorvela::recorder::IdentifyReporterThread();
   const bool is_declared = next(instance);
-  Recording* const recording = ThisThread().reports_for;
-  if (is_declared && recording != nullptr) recording->ServiceFoundDeclared();
+  Recording* const recording = RecordingOfCaller();
+  if (is_declared && IsStatsService(instance) && recording != nullptr)
+    recording->ServiceFoundDeclared();
   return is_declared;
 }
 
 [[gnu::visibility("default")]] AIBinder* AServiceManager_waitForService(const char* instance) {
   static const auto next = NextDefinition(&AServiceManager_waitForService);
-  Recording* const recording = ThisThread().reports_for;
+  Recording* const recording = IsStatsService(instance) ? RecordingOfCaller() : nullptr;
   if (recording != nullptr) recording->LookupBegins();
   AIBinder* const binder = next(instance);
   if (recording != nullptr) recording->LookupEnds(binder != nullptr);
@@ -57,14 +66,14 @@ using sensorvela::recorder::ThisThread;
 [[gnu::visibility("default")]] bool AStatus_isOk(const AStatus* status) {
   static const auto next = NextDefinition(&AStatus_isOk);
   const bool is_ok = next(status);
-  Recording* const recording = ThisThread().reports_for;
+  Recording* const recording = RecordingOfCaller();
   if (recording != nullptr) recording->ReportEnds(is_ok);
   return is_ok;
 }
 
 [[gnu::visibility("default")]] int __android_log_print(int prio, const char* tag, const char* fmt,
                                                        ...) {
-  Recording* const recording = ThisThread().reports_for;
+  Recording* const recording = RecordingOfCaller();
   if (recording != nullptr && prio == ANDROID_LOG_ERROR && tag != nullptr &&
       std::strcmp(tag, sensorvela::kLogTag) == 0) {
     recording->EngineLogsError();

@@ -1,8 +1,9 @@
 // Takes the place of the library's constructors and destructor. Each calls the library's.
 //
 // They are functions with the constructors' symbols: a constructor would initialize the engine's
-// members, which is for the library's to do. As the ABI of 32-bit Arm wants it, they return the
-// object; elsewhere nobody looks at the result.
+// members, which is for the library's to do. They return the object because the ABI of 32-bit Arm
+// demands it; other ABIs ignore the result.
+#include <chrono>
 #include <memory>
 #include <utility>
 
@@ -100,8 +101,8 @@ void* SensorVelaConstructSecond(void* engine, Second&& supplier) {
 
 void* SensorVelaDestroy(void* engine) {
   static const auto next = NextDefinition(&SensorVelaDestroy);
+  next(engine);  // Until this returns, the supplier may still call the engine.
   const auto recording = Recordings::Get().Remove(static_cast<SensorVela*>(engine));
-  next(engine);
   if (recording != nullptr) recording->EngineEnds();
   return engine;
 }
@@ -116,10 +117,11 @@ void* SensorVelaDestroyBase(void* engine) { return SensorVelaDestroy(engine); }
 
 namespace {
 
-/// At the process's end, what the engines that are left have recorded is written.
+/// At the process's end, waits until what has been recorded is written, for a second at most.
 struct AtExit {
   ~AtExit() {
-    Recordings::Get().ForEach([](Recording& recording) { recording.ProcessEnds(); });
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+    Recordings::Get().ForEach([&](Recording& recording) { recording.ProcessEnds(deadline); });
   }
 } at_exit;
 

@@ -8,6 +8,16 @@
 
 namespace sensorvela::recorder {
 
+/// For a host that is itself a plugin: its libraries do not follow the recorder in the search
+/// order.
+inline void* FindInLibrary(const char* symbol) {
+  for (const char* const name : {"libsensorvela.so.1", "libsensorvela.so"}) {
+    void* const library = dlopen(name, RTLD_LAZY | RTLD_NOLOAD);
+    if (library != nullptr) return dlsym(library, symbol);
+  }
+  return nullptr;
+}
+
 /// The definition that the process would use in the place of the recorder's own `function`, which
 /// is a function, or a member function that is not virtual. The process ends if there is none:
 /// whoever called the recorder's needs one.
@@ -19,7 +29,8 @@ Function NextDefinition(Function function) {
   std::memcpy(&address, &function, sizeof(address));
   Dl_info own = {};
   if (dladdr(address, &own) == 0 || own.dli_sname == nullptr) std::abort();
-  void* const next = dlsym(RTLD_NEXT, own.dli_sname);
+  void* next = dlsym(RTLD_NEXT, own.dli_sname);
+  if (next == nullptr) next = FindInLibrary(own.dli_sname);
   if (next == nullptr) std::abort();
   std::memcpy(&function, &next, sizeof(next));
   return function;

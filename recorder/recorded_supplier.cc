@@ -104,7 +104,9 @@ class Answers {
   Answer Ask(std::string_view item, Answer (Supplier::*operation)()) {
     recording_->SupplierIsAsked(item == "processor");
     if (hosts_ == nullptr) return {};
+    ThisThread().is_in_supplier = true;
     Answer answer = ((*hosts_).*operation)();
+    ThisThread().is_in_supplier = false;
     const bool has_atoms = HasAtoms(answer);
     recording_->SupplierAnswers(has_atoms, [&](EventLine& line) {
       if (!has_atoms) return;

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <system_error>
+#include <exception>
 #include <thread>
 #include <utility>
 
@@ -47,14 +47,15 @@ class AllSignalsBlocked {
 
 }  // namespace
 
-std::shared_ptr<Recording> Recording::Start(Options options) try {
-  const auto recording = std::make_shared<Recording>(std::move(options));
+std::shared_ptr<Recording> Recording::Start(const Options& options, SupplierKind supplier) try {
+  const auto recording = std::make_shared<Recording>(options);
+  recording->EngineStarts(supplier);
   const AllSignalsBlocked in_the_new_thread_too;
   // Nobody joins the thread: it may hang with the disk, and it owns what it uses.
   std::thread([recording] { recording->RunWriter(); }).detach();
   return recording;
-} catch (const std::system_error& error) {
-  LogEnd(options.path, error.code().message());
+} catch (const std::exception& error) {  // A refused thread, or too little memory.
+  LogEnd(options.path, error.what());
   return nullptr;
 }
 
@@ -76,7 +77,7 @@ void Recording::EngineEnds() {
   Append(line.Integer("reports", reports_));
   is_finished_ = true;
   WakeWriter();
-  while (options_.waits_for_disk && !is_written_) changed_.wait(mutex_);
+  while (options_.waits_for_disk && !is_written()) changed_.wait(mutex_);
 }
 
 void Recording::Suspended() {
@@ -84,13 +85,11 @@ void Recording::Suspended() {
   RecordSuspension();
 }
 
-void Recording::ProcessEnds() {
+void Recording::ProcessEnds(std::chrono::steady_clock::time_point deadline) {
   const MutexLock lock(mutex_);
   is_finished_ = true;
   WakeWriter();
-  constexpr std::chrono::seconds kPatience{1};
-  changed_.wait_for(mutex_, kPatience,
-                    [this]() SENSORVELA_REQUIRES(mutex_) { return is_written_; });
+  changed_.wait_until(mutex_, deadline, [this] { return is_written(); });
 }
 
 void Recording::ServiceFoundDeclared() {
@@ -178,12 +177,19 @@ void Recording::RecordLookupThatWaits() {
 
 template <typename Item>
 void Recording::AddToBatch(const Item& item) {
-  if (is_finished_ || is_too_slow_) return;
+  if (is_finished_ || stopped_ != nullptr) return;
   if (!batch_->Add(item)) {
-    is_too_slow_ = true;
-    is_active_ = false;
+    Stop(Batch::CanHold(item) ? "the host is faster than the disk" : "an event is too large");
+  } else if (batch_->IsHalfFull()) {
+    WakeWriter();
   }
-  if (is_too_slow_ || batch_->IsHalfFull()) WakeWriter();
+}
+
+void Recording::Stop(const char* reason) {
+  if (stopped_ != nullptr) return;
+  stopped_ = reason;
+  is_active_ = false;
+  WakeWriter();
 }
 
 void Recording::WakeWriter() {
@@ -195,7 +201,6 @@ void Recording::WakeWriter() {
 void Recording::RunWriter() {
   pthread_setname_np(pthread_self(), "sv-recorder");
   BatchWriter writer;
-  auto batch = std::make_unique<Batch>();
   std::optional<std::string> wrong = writer.Create(options_.path);
   for (bool is_last = false; !wrong && !is_last;) {
     {
@@ -203,14 +208,14 @@ void Recording::RunWriter() {
       changed_.wait_for(mutex_, kWriteEvery,
                         [this]() SENSORVELA_REQUIRES(mutex_) { return write_now_; });
       write_now_ = false;
-      is_last = is_finished_ || is_too_slow_;
-      if (is_too_slow_) wrong = "the host is faster than the disk";
-      std::swap(batch_, batch);
+      is_last = is_finished_ || stopped_ != nullptr;
+      if (stopped_ != nullptr) wrong = stopped_;
+      std::swap(batch_, written_batch_);
       changed_.notify_all();
     }
-    const auto write_error = writer.Write(*batch);
+    const auto write_error = writer.Write(*written_batch_);
     if (write_error) wrong = write_error;
-    batch->Clear();
+    written_batch_->Clear();
   }
   const auto close_error = writer.Close();
   End(wrong ? wrong : close_error);

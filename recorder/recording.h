@@ -42,8 +42,9 @@ class Recording {
     bool waits_for_disk = false;
   };
 
-  /// Starts the thread that writes; null, with a line in the log, if the system refuses it.
-  static std::shared_ptr<Recording> Start(Options options);
+  /// Starts the recording of an engine, and the thread that writes it; null, with a line in the
+  /// log, if the system refuses the thread or the memory.
+  static std::shared_ptr<Recording> Start(const Options& options, SupplierKind supplier);
 
   explicit Recording(Options options) : options_(std::move(options)) {}
   Recording(const Recording&) = delete;
@@ -52,9 +53,10 @@ class Recording {
   /// False once the recording has ended, for whatever reason.
   bool is_active() const { return is_active_.load(std::memory_order_relaxed); }
 
-  // Called by the host's threads.
+  /// Nothing more will be written.
+  bool is_written() const { return is_written_.load(std::memory_order_acquire); }
 
-  void EngineStarts(SupplierKind supplier) SENSORVELA_EXCLUDES(mutex_);
+  // Called by the host's threads.
 
   /// Calls the engine and records the event that `write` adds to the line.
   template <typename Call, typename Write>
@@ -69,7 +71,8 @@ class Recording {
     Append(line);
   }
 
-  /// Calls the engine with a sample. Allocates nothing.
+  /// Calls the engine with a sample. Allocates nothing, but for the first one while a lookup waits
+  /// and for one that follows a suspension.
   template <typename Call>
   void RecordSample(const Call& call, SensorVela::SensorId sensor, std::int64_t timestamp_ns)
       SENSORVELA_EXCLUDES(mutex_) {
@@ -86,8 +89,8 @@ class Recording {
   /// The device has been suspended, perhaps.
   void Suspended() SENSORVELA_EXCLUDES(mutex_);
 
-  /// Writes what there is, and waits for that for a second at most.
-  void ProcessEnds() SENSORVELA_EXCLUDES(mutex_);
+  /// Writes what there is, and waits for that until the deadline.
+  void ProcessEnds(std::chrono::steady_clock::time_point deadline) SENSORVELA_EXCLUDES(mutex_);
 
   // Called by the engine's reporter thread.
 
@@ -113,6 +116,8 @@ class Recording {
   }
 
  private:
+  /// The latest instant that a trace may have.
+  static constexpr std::int64_t kMaxTimeNs = 4'000'000'000'000'000'000;
   /// A gap between samples that is worth a look at the clocks.
   static constexpr std::int64_t kLongGapNs = 100'000'000;
   /// A killed process loses no more than this.
@@ -133,8 +138,10 @@ class Recording {
     return thread.has_reading ? thread.reading_ns : NowNs();
   }
 
-  /// The instant, or the last event's if that is later.
+  /// The instant, or the last event's if that is later. The recording stops if a trace cannot have
+  /// the instant.
   std::int64_t InOrder(std::int64_t at_ns) SENSORVELA_REQUIRES(mutex_) {
+    if (at_ns < 0 || at_ns > kMaxTimeNs) Stop("elapsed realtime is beyond what a trace can have");
     if (at_ns > last_ns_) last_ns_ = at_ns;
     return last_ns_;
   }
@@ -153,6 +160,9 @@ class Recording {
   template <typename Item>
   void AddToBatch(const Item& item) SENSORVELA_REQUIRES(mutex_);
   void WakeWriter() SENSORVELA_REQUIRES(mutex_);
+  /// Takes nothing more in, for this reason.
+  void Stop(const char* reason) SENSORVELA_REQUIRES(mutex_);
+  void EngineStarts(SupplierKind supplier) SENSORVELA_EXCLUDES(mutex_);
 
   void RunWriter() SENSORVELA_EXCLUDES(mutex_);
   /// Ends the recording for good, with the line in the log if something is `wrong`.
@@ -160,16 +170,18 @@ class Recording {
 
   const Options options_;
   std::atomic<bool> is_active_ = true;
+  std::atomic<bool> is_written_ = false;
 
   platform::Mutex mutex_;
   std::condition_variable_any changed_;
   /// The batch that is filled; the writer has another.
   std::unique_ptr<Batch> batch_ SENSORVELA_GUARDED_BY(mutex_) = std::make_unique<Batch>();
-  /// Something did not fit into the batch.
-  bool is_too_slow_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  /// The batch that is written. Used by the writer alone, who exchanges it.
+  std::unique_ptr<Batch> written_batch_ = std::make_unique<Batch>();
+  /// Why the recording has stopped; null while it has not.
+  const char* stopped_ SENSORVELA_GUARDED_BY(mutex_) = nullptr;
   bool is_finished_ SENSORVELA_GUARDED_BY(mutex_) = false;
   bool write_now_ SENSORVELA_GUARDED_BY(mutex_) = false;
-  bool is_written_ SENSORVELA_GUARDED_BY(mutex_) = false;
   bool upload_holds_ SENSORVELA_GUARDED_BY(mutex_) = false;
 
   ClockOffset clock_offset_ SENSORVELA_GUARDED_BY(mutex_);

@@ -1,11 +1,15 @@
 #include "recorder/recordings.h"
 
+#include <pthread.h>
 #include <sys/auxv.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <string_view>
 #include <utility>
+
+#include "platform/thread_annotations.h"
 
 namespace sensorvela::recorder {
 
@@ -13,7 +17,7 @@ using platform::MutexLock;
 
 namespace {
 
-/// What the environment says; a process with raised privileges does not listen to it.
+/// What the environment says; null in a process with raised privileges.
 const char* Setting(const char* name) {
   return getauxval(AT_SECURE) == 0 ? std::getenv(name) : nullptr;
 }
@@ -21,6 +25,10 @@ const char* Setting(const char* name) {
 }  // namespace
 
 // Never destroyed: threads may call engines while the process exits.
+Recordings::Recordings() {
+  pthread_atfork(nullptr, nullptr, [] { Get().ForgetAll(); });
+}
+
 Recordings& Recordings::Get() {
   static Recordings& recordings = *new Recordings;
   return recordings;
@@ -28,18 +36,24 @@ Recordings& Recordings::Get() {
 
 std::shared_ptr<Recording> Recordings::Begin(SupplierKind supplier) {
   const char* const path = Setting("SENSORVELA_RECORDING");
-  if (path == nullptr || *path == '\0') return nullptr;
+  if (path == nullptr || *path == '\0' || is_forked_) return nullptr;
   const char* const wait = Setting("SENSORVELA_RECORDING_WAIT");
+  auto recording = Recording::Start(
+      {.path = path, .waits_for_disk = wait != nullptr && std::string_view(wait) == "1"}, supplier);
+  if (recording == nullptr) return nullptr;
   const MutexLock lock(mutex_);
-  while (starting_ != nullptr) identified_.wait(mutex_);
-  const auto slot = std::ranges::find(slots_, nullptr, &Slot::recording);
-  if (slot == slots_.end()) return nullptr;
-  slot->recording = Recording::Start(
-      {.path = path, .waits_for_disk = wait != nullptr && std::string_view(wait) == "1"});
-  if (slot->recording == nullptr) return nullptr;
-  slot->recording->EngineStarts(supplier);
-  starting_ = slot->recording.get();
-  return slot->recording;
+  const auto identified = [this]() SENSORVELA_REQUIRES(mutex_) { return starting_ == nullptr; };
+  identified_.wait_for(mutex_, std::chrono::seconds(1), identified);
+  const auto slot = std::ranges::find_if(slots_, [](const Slot& s) {
+    return s.engine == nullptr && (s.recording == nullptr || s.recording->is_written());
+  });
+  if (slot == slots_.end()) {
+    recording->EngineEnds();
+    return nullptr;
+  }
+  slot->recording = recording;
+  starting_ = recording.get();
+  return recording;
 }
 
 void Recordings::EngineIsConstructed(const std::shared_ptr<Recording>& recording,
@@ -48,7 +62,6 @@ void Recordings::EngineIsConstructed(const std::shared_ptr<Recording>& recording
   const auto slot = std::ranges::find(slots_, recording, &Slot::recording);
   slot->engine.store(engine, std::memory_order_release);
   if (engine != nullptr) return;
-  slot->recording = nullptr;
   starting_ = nullptr;
   identified_.notify_all();
 }
@@ -65,12 +78,13 @@ std::shared_ptr<Recording> Recordings::Remove(const SensorVela* engine) {
   const auto slot = std::ranges::find_if(slots_, [&](const Slot& s) { return s.engine == engine; });
   if (slot == slots_.end()) return nullptr;
   slot->engine = nullptr;
-  return std::exchange(slot->recording, nullptr);
+  return slot->recording;
 }
 
 std::vector<std::shared_ptr<Recording>> Recordings::All() {
-  const MutexLock lock(mutex_);
   std::vector<std::shared_ptr<Recording>> recordings;
+  if (is_forked_) return recordings;
+  const MutexLock lock(mutex_);
   for (const Slot& slot : slots_) {
     if (slot.recording != nullptr) recordings.push_back(slot.recording);
   }

@@ -3,7 +3,10 @@
 
 #include <array>
 #include <atomic>
+#include <condition_variable>
+#include <cstddef>
 #include <memory>
+#include <vector>
 
 #include <sensorvela/engine/sensor_vela.h>
 
@@ -20,8 +23,8 @@ class Recordings {
   static Recordings& Get();
 
   /// The recording of a new engine; null if the environment asks for none, the process runs with
-  /// raised privileges, or there are `kMaxEngines` already. Returns once every earlier engine's
-  /// reporter thread has been identified.
+  /// raised privileges, or `kMaxEngines` are recorded already. Waits, for a second at most, until
+  /// every earlier engine's reporter thread has been identified.
   std::shared_ptr<Recording> Begin(SupplierKind supplier) SENSORVELA_EXCLUDES(mutex_);
 
   /// The engine has been constructed, or not: then `engine` is null.
@@ -42,7 +45,8 @@ class Recordings {
     return nullptr;
   }
 
-  /// Forgets the engine, and returns its recording, active or not, or null.
+  /// Forgets the engine, and returns its recording, active or not, or null. `ForEach` still has the
+  /// recording until it is written.
   std::shared_ptr<Recording> Remove(const SensorVela* engine) SENSORVELA_EXCLUDES(mutex_);
 
   template <typename Function>
@@ -55,15 +59,24 @@ class Recordings {
 
   struct Slot {
     std::atomic<const SensorVela*> engine = nullptr;
-    /// Null if the slot is free. Changed only while `engine` is null, under the lock.
+    /// The slot is free if this is null, or written and without an engine. Changed only while
+    /// `engine` is null, under the lock.
     std::shared_ptr<Recording> recording;
   };
 
+  Recordings();
+
   std::vector<std::shared_ptr<Recording>> All() SENSORVELA_EXCLUDES(mutex_);
+  /// In a process that has been forked off: nothing is recorded there.
+  void ForgetAll() {
+    for (Slot& slot : slots_) slot.engine = nullptr;
+    is_forked_ = true;
+  }
 
   platform::Mutex mutex_;
   std::condition_variable_any identified_;
   std::array<Slot, kMaxEngines> slots_;
+  std::atomic<bool> is_forked_ = false;
   /// The recording whose engine's reporter thread is not known yet.
   Recording* starting_ SENSORVELA_GUARDED_BY(mutex_) = nullptr;
 };

@@ -1,5 +1,6 @@
 // The recorder is linked in front of the library, which is the same as to load it there.
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
 #include <sys/auxv.h>
@@ -21,6 +22,7 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -30,11 +32,16 @@
 #include <sensorvela/testkit/world.h>
 
 #include "tests/library/call_counts.h"
+#include "tests/library/test_support.h"
 #include "tests/recorder/recording_host.h"
 #include "tests/tools/trace_files.h"
 #include "tools/report/text_report.h"
 #include "tools/run/replay.h"
 #include "tools/trace/trace.h"
+
+#if !defined(SENSORVELA_RECORDING_HOST)
+#define SENSORVELA_RECORDING_HOST ""  // A host of another architecture cannot be started.
+#endif
 
 namespace {
 bool has_raised_privileges = false;
@@ -139,6 +146,37 @@ class RecorderTest : public ::testing::Test {
       fs::path(::testing::TempDir()) / ("recorder-" + std::to_string(getpid()));
 };
 
+/// A process that is recorded.
+class RecordedHost {
+ public:
+  RecordedHost() {
+    std::array<int, 2> input = {};
+    EXPECT_EQ(pipe2(input.data(), O_CLOEXEC), 0);
+    input_ = input[1];
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
+    std::string path = SENSORVELA_RECORDING_HOST;
+    const std::array<char*, 2> arguments = {path.data(), nullptr};
+    EXPECT_EQ(posix_spawn(&process_, path.c_str(), &actions, nullptr, arguments.data(), environ),
+              0);
+    posix_spawn_file_actions_destroy(&actions);
+    close(input[0]);
+  }
+  RecordedHost(const RecordedHost&) = delete;
+  RecordedHost& operator=(const RecordedHost&) = delete;
+
+  void Kill() const { kill(process_, SIGKILL); }
+  void CloseInputAndWait() const {
+    close(input_);
+    waitpid(process_, nullptr, 0);
+  }
+
+ private:
+  pid_t process_ = 0;
+  int input_ = -1;
+};
+
 class ClosedCircleTest : public RecorderTest, public ::testing::WithParamInterface<std::string> {};
 
 TEST_P(ClosedCircleTest, AReplayOfARecordedReplayPrintsTheSame) {
@@ -200,6 +238,9 @@ TEST_F(RecorderTest, KeepsTheOrderOfASupplierThatCallsTheEngine) {
     world.diagnostics.processor = SensorVela::ProcessorDiag{1, 2, 3, 4};
     world.diagnostics.prox_stats = SensorVela::AadProxStats{};
     world.on_ask = [&](testkit::DiagnosticsItem asked) {
+      // Past the cap, which is logged, and beside a call of the device that is not the engine's.
+      world.engine().LogSensorHalError({1, 1}, SensorVela::HalCall{1}, 0);
+      EXPECT_FALSE(ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT).isOk());
       world.engine().ReportFirmwareState(static_cast<int>(asked), SensorVela::FirmwareState{1}, 0);
     };
     world.StartEngine();
@@ -208,7 +249,7 @@ TEST_F(RecorderTest, KeepsTheOrderOfASupplierThatCallsTheEngine) {
     world.DestroyEngine();
   }
   StopRecording();
-  EXPECT_EQ(sent.size(), 2U * 14);
+  EXPECT_EQ(sent.size(), 2U * (14 + 10));
   EXPECT_EQ(ReplayOf(recording).atoms, sent);
 }
 
@@ -243,6 +284,16 @@ TEST_F(RecorderTest, EndsWithOneLineInTheLogWhenItCannotWrite) {
   const std::string nowhere = Record("no/such/folder.jsonl");
   EXPECT_EQ(AtomsOfAShortLife(), sent);
   EXPECT_EQ(others_lines_, logs(nowhere + " has ended: No such file or directory"));
+
+  const std::string refused = Record("refused.jsonl");
+  {
+    World world;
+    std::optional<RefusedThreads> no_threads(std::in_place);
+    EXPECT_THROW(world.StartEngine(), std::system_error);
+    no_threads.reset();
+    EXPECT_TRUE(world.TakeHistory().at(0).starts_with("E sensor-vela-recorder: The recording " +
+                                                      refused + " has ended: "));
+  }
 
   const std::string large = Record("large.jsonl");
   rlimit before = {};
@@ -286,33 +337,33 @@ TEST_F(RecorderTest, LeavesWhatCameBeforeACut) {
   }
 }
 
-// The file grows while the host lives, so little is lost when it is killed.
-TEST_F(RecorderTest, LeavesARecordingOfAHostThatIsKilled) {
-  const std::string recording = Record("killed.jsonl");
+// The file grows while the host lives, so little is lost when it is killed, and nothing when it
+// ends.
+TEST_F(RecorderTest, LeavesARecordingOfAHostThatIsKilledOrEnds) {
+  if (std::string(SENSORVELA_RECORDING_HOST).empty()) GTEST_SKIP() << "under an emulator";
+  unsetenv("SENSORVELA_RECORDING_WAIT");
   const int watch = inotify_init1(IN_CLOEXEC);
-  ASSERT_GE(inotify_add_watch(watch, fs::path(recording).parent_path().c_str(), IN_MODIFY), 0);
-  std::array<int, 2> input = {};
-  ASSERT_EQ(pipe(input.data()), 0);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
-  posix_spawn_file_actions_addclose(&actions, input[1]);
-  std::string host = SENSORVELA_RECORDING_HOST;
-  const std::array<char*, 2> arguments = {host.data(), nullptr};
-  pid_t child = 0;
-  ASSERT_EQ(posix_spawn(&child, host.c_str(), &actions, nullptr, arguments.data(), environ), 0);
-  posix_spawn_file_actions_destroy(&actions);
-  StopRecording();
-  std::array<char, 4096> changes;
-  while (Content(recording).find("firmware_state") == std::string::npos) {
-    ASSERT_GT(read(watch, changes.data(), changes.size()), 0);
+  ASSERT_GE(inotify_add_watch(watch, Path("").c_str(), IN_MODIFY), 0);
+  for (const bool is_killed : {true, false}) {
+    const std::string recording = Record(is_killed ? "killed.jsonl" : "ends.jsonl");
+    RecordedHost host;
+    StopRecording();
+    if (is_killed) {
+      const auto is_recorded = [&] {
+        const std::string text = Content(recording);
+        const std::size_t last_event = text.find("firmware_state");
+        return last_event != std::string::npos && text.find("lookup", last_event) < text.size();
+      };
+      std::array<char, 4096> changes;
+      while (!is_recorded()) ASSERT_GT(read(watch, changes.data(), changes.size()), 0);
+      host.Kill();
+    }
+    host.CloseInputAndWait();
+    const Replayed replayed = ReplayOf(recording);
+    EXPECT_EQ(replayed.cut.empty(), !is_killed);
+    if (is_killed) EXPECT_EQ(replayed.atoms.size(), 11U);  // The other ends before it has sent all.
   }
-  kill(child, SIGKILL);
-  waitpid(child, nullptr, 0);
-  for (const int descriptor : {watch, input[0], input[1]}) close(descriptor);
-  const Replayed replayed = ReplayOf(recording);
-  EXPECT_FALSE(replayed.cut.empty());
-  EXPECT_EQ(replayed.atoms.size(), 11U);
+  close(watch);
 }
 
 TEST_F(RecorderTest, AllocatesNothingForASampleAndLittleInAll) {

@@ -33,6 +33,7 @@ struct RecordingPlan {
   std::vector<Lookup> lookups;
   /// In the order of the reports.
   std::vector<Failure> failures;
+  std::int64_t cycles = 0;
   /// All reports; none if the recording does not have the engine's end.
   std::optional<std::int64_t> reports;
 };

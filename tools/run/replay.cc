@@ -170,6 +170,7 @@ void Replay::LookupWaits() {
 }
 
 void Replay::EndLookup(bool found) {
+  if (lookups_ended_ == recording_->lookups.size()) return;  // The file has been changed since.
   ++lookups_ended_;
   const bool waited = std::exchange(lookup_waits_, false);
   const bool dropped_early = std::exchange(dropped_early_, false);

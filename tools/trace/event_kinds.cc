@@ -21,6 +21,8 @@ namespace sensorvela::replay {
 namespace {
 
 constexpr std::int32_t kMaxCount = 1'000'000;
+// Six hours each, and the monotonic clock has 64 bits.
+constexpr std::int64_t kMaxCycles = 400'000;
 constexpr std::int64_t kMaxReports = 1'000'000'000'000;
 
 // The widths of the description's column of names, wider than any name, and of its lines.
@@ -294,7 +296,11 @@ constexpr EventKind kEventKinds[] = {
        return {.action = [](Replay& replay) { replay.EndCycle(); },
                .plan =
                    [](RecordingPlan& plan) {
-                     if (!plan.lookups.empty()) plan.lookups.back().cycle_follows = true;
+                     if (++plan.cycles > kMaxCycles) {
+                   throw EventError("more cycles than the clock can count: expected at most " +
+                                    std::to_string(kMaxCycles));
+                 }
+                 if (!plan.lookups.empty()) plan.lookups.back().cycle_follows = true;
                    }};
      }},
     {"supplier_answers",

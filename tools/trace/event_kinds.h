@@ -1,6 +1,7 @@
 // The table of all kinds of event in a trace.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -39,6 +40,8 @@ struct TraceContext {
 /// What the whole trace determines for its run.
 struct TracePlan {
   simulated::VirtualTime::Instant run_end = {};
+  /// The line of the last event.
+  std::size_t last_line = 0;
   /// None if the trace is no recording.
   std::optional<RecordingPlan> recording = std::nullopt;
 };

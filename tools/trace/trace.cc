@@ -58,7 +58,7 @@ class TraceParser {
   }
 
   /// What the events so far determine.
-  TracePlan plan() const { return {std::chrono::nanoseconds(run_end_ns_), recording_}; }
+  TracePlan plan() const { return {std::chrono::nanoseconds(run_end_ns_), last_line_, recording_}; }
 
   bool is_recording() const { return recording_.has_value(); }
   bool has_end() const { return end_line_ != 0; }
@@ -152,15 +152,18 @@ bool IsBlank(std::string_view line) {
 /// Reads and checks a trace once, from the first event to the last.
 class TracePass {
  public:
-  TracePass(const std::string& name, const Input& input, const RecordingPlan* plan) try
-      : name_(name), lines_(input), parser_(plan) {
+  /// A second pass ends with the line `last`, and knows the `plan`.
+  TracePass(const std::string& name, const Input& input, std::size_t last = 0,
+            const RecordingPlan* plan = nullptr) try
+      : name_(name), lines_(input), parser_(plan), last_(last) {
   } catch (const std::system_error& error) {
     ThrowUnreadable(name, error);
   }
 
   /// Returns false, and checks the trace as a whole, at its end.
   bool Next(Event& event) try {
-    while (lines_.Next()) {
+    // A recording that is still written has grown since the first pass.
+    while ((last_ == 0 || lines_.number() < last_) && lines_.Next()) {
       // A recording's last line is whole if it ends with a newline.
       if (parser_.is_recording() && lines_.end() != LineEnd::kNewline) break;
       CheckEnd();
@@ -210,6 +213,8 @@ class TracePass {
   std::string name_;
   LineReader lines_;
   TraceParser parser_;
+  /// 0 for none.
+  std::size_t last_;
 };
 
 }  // namespace
@@ -222,7 +227,7 @@ Input OpenTrace(const std::string& path) try {
 
 Trace::Trace(const std::string& path, Input input, const OnLine& on_line)
     : name_(DisplayName(path)), input_(std::move(input)) {
-  TracePass pass(name_, input_, nullptr);
+  TracePass pass(name_, input_);
   for (Event event; pass.Next(event);) {
     if (on_line) on_line(pass.bytes_read());
   }
@@ -231,8 +236,10 @@ Trace::Trace(const std::string& path, Input input, const OnLine& on_line)
 }
 
 EventSource Trace::Events() const {
-  const RecordingPlan* const plan = plan_.recording ? &*plan_.recording : nullptr;
-  return [pass = std::make_shared<TracePass>(name_, input_, plan)](Event& event) {
+  // A trace that has become a recording since has nothing planned.
+  static const RecordingPlan kNothing;
+  const RecordingPlan* const plan = plan_.recording ? &*plan_.recording : &kNothing;
+  return [pass = std::make_shared<TracePass>(name_, input_, plan_.last_line, plan)](Event& event) {
     return pass->Next(event);
   };
 }
