@@ -35,6 +35,24 @@ if(TARGET sensorvela-replay)
   set_target_properties(sensorvela-replay sensorvela-log PROPERTIES
     INSTALL_RPATH $ORIGIN/${to_libraries})
   install(TARGETS sensorvela-replay sensorvela-log)
+
+  # The tool writes its manual and its completions itself, from what its help says.
+  if(NOT SENSORVELA_INSTRUMENTED)
+    set(manual ${PROJECT_BINARY_DIR}/manual)
+    file(MAKE_DIRECTORY ${manual})
+    add_custom_command(
+      OUTPUT ${manual}/sensorvela-replay.1 ${manual}/sensorvela-replay ${manual}/_sensorvela-replay
+      COMMAND sensorvela-replay --generate man > ${manual}/sensorvela-replay.1
+      COMMAND sensorvela-replay --generate bash > ${manual}/sensorvela-replay
+      COMMAND sensorvela-replay --generate zsh > ${manual}/_sensorvela-replay
+      DEPENDS sensorvela-replay VERBATIM)
+    add_custom_target(manual ALL DEPENDS ${manual}/sensorvela-replay.1)
+    install(FILES ${manual}/sensorvela-replay.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES ${manual}/sensorvela-replay
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    install(FILES ${manual}/_sensorvela-replay
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+  endif()
 endif()
 
 # The interface passes types of the standard library, so a host must use the same standard library

@@ -16,12 +16,12 @@
 #include <system_error>
 #include <vector>
 
+#include "tools/command/options.h"
 #include "tools/report/json_lines_report.h"
 #include "tools/report/output_file.h"
 #include "tools/report/progress.h"
 #include "tools/report/text_report.h"
 #include "tools/run/replay.h"
-#include "tools/trace/event_kinds.h"
 #include "tools/trace/trace.h"
 #include "tools/viewer/viewer_observer.h"
 
@@ -32,28 +32,7 @@ namespace replay = sensorvela::replay;
 constexpr int kExitFailed = 1;
 constexpr int kExitBadInput = 2;
 
-constexpr char kAbout[] =
-    "Runs the sensor-stack events of TRACE through a SensorVela engine, in virtual time, and\n"
-    "prints what the stats service received, and at the end each sensor's samples by latency.";
-
-constexpr char kTraceHelp[] =
-    "TRACE has one JSON object a line, in the order of time: at_ns, event, and the fields of its\n"
-    "kind; those in brackets may be left out. gzip may have compressed it. It is read twice, so "
-    "what\n"
-    "comes from a pipe is kept in memory. docs/trace-format.md has the details and examples.\n"
-    "\n"
-    "Events:\n";
-
-constexpr char kExitHelp[] =
-    "\nExit status: 0 the trace was run; 1 the output could not be written, or the run failed;\n"
-    "2 bad usage, or a trace that is not as described, with one line FILE:LINE: ... that says why.";
-
-struct Options {
-  std::string trace;
-  bool log = false;
-  std::string format = "text";
-  std::optional<std::string> trace_out;
-};
+using replay::Options;
 
 /// Whoever has closed a pipe does not want to hear of it.
 int CannotWrite(const std::string& what, int error) {
@@ -95,6 +74,7 @@ int Replay(const Options& options) try {
   });
   if (progress) progress->DoneReading(trace.run_end());
   if (!trace.cut().empty()) std::cerr << trace.cut() << '\n';
+  if (options.check) return trace.cut().empty() ? 0 : kExitBadInput;
 
   replay::OutputFile out(stdout);
   const auto printed = options.format == "jsonl" ? replay::MakeJsonLinesReport(out.stream())
@@ -134,19 +114,8 @@ int main(int argc, char** argv) try {
   std::ios::sync_with_stdio(false);
 
   Options options;
-  CLI::App app(kAbout, "sensorvela-replay");
-  app.add_option("TRACE", options.trace, "The trace file; - for standard input")
-      ->required()
-      ->type_name("");
-  app.add_flag("--log", options.log, "Print the engine's log lines, too");
-  app.add_option("--format", options.format, "What to print: columns for a reader, or JSON Lines")
-      ->check(CLI::IsMember({"text", "jsonl"}))
-      ->capture_default_str();
-  app.add_option("--trace-out", options.trace_out,
-                 "Also write the run as a picture, in the Trace Event Format that the usual trace "
-                 "viewers open")
-      ->type_name("FILE");
-  app.footer(kTraceHelp + replay::DescribeEventKinds() + kExitHelp);
+  CLI::App app;
+  replay::AddOptions(app, options);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

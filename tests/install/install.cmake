@@ -16,6 +16,14 @@ file(GET_RUNTIME_DEPENDENCIES LIBRARIES ${prefix}/${LIBDIR}/libsensorvela.so.1
 if(EXISTS ${prefix}/${BINDIR}/sensorvela-replay)
   run(${prefix}/${BINDIR}/sensorvela-replay --help)
   run(${prefix}/${BINDIR}/sensorvela-log --version)
+  foreach(file man/man1/sensorvela-replay.1 bash-completion/completions/sensorvela-replay
+      zsh/site-functions/_sensorvela-replay)
+    file(STRINGS ${prefix}/share/${file} help REGEX "trace\\\\?-\\\\?out")
+    if(help STREQUAL "")
+      message(FATAL_ERROR "${file} does not have the options")
+    endif()
+  endforeach()
+  run(bash -n ${prefix}/share/bash-completion/completions/sensorvela-replay)
 endif()
 set(recorder ${prefix}/${LIBDIR}/libsensorvela_recorder.so)
 

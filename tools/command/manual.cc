@@ -1,0 +1,131 @@
+#include "tools/command/manual.h"
+
+#include <cstddef>
+#include <sstream>
+#include <vector>
+
+namespace sensorvela::replay {
+namespace {
+
+std::string Replaced(std::string text, std::string_view from, std::string_view to) {
+  for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
+    text.replace(at, from.size(), to);
+  }
+  return text;
+}
+
+/// Lines of text for roff, none of them a request.
+std::string Roff(const std::string& text) {
+  std::istringstream lines(Replaced(Replaced(text, "\\", "\\e"), "-", "\\-"));
+  std::string roff;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with('.') || line.starts_with('\'')) roff += "\\&";
+    roff += line.empty() ? ".sp\n" : line + '\n';
+  }
+  return roff;
+}
+
+std::vector<const CLI::Option*> ShownOptions(const CLI::App& app) {
+  return app.get_options([](const CLI::Option* option) { return !option->get_group().empty(); });
+}
+
+/// "-h", "--help"; empty for what is no option but an argument.
+std::vector<std::string> Names(const CLI::Option& option) {
+  std::vector<std::string> names;
+  for (const std::string& name : option.get_snames()) names.push_back('-' + name);
+  for (const std::string& name : option.get_lnames()) names.push_back("--" + name);
+  return names;
+}
+
+std::string Joined(const std::vector<std::string>& words, const std::string& separator) {
+  std::string joined;
+  for (const std::string& word : words) joined += (joined.empty() ? "" : separator) + word;
+  return joined;
+}
+
+bool TakesValue(const CLI::Option& option) { return option.get_expected_max() > 0; }
+
+/// The values that the option may have, separated by spaces; empty if they are not listed.
+std::string Choices(const CLI::Option& option) {
+  const std::string type = option.get_type_name();
+  const std::size_t first = type.find('{');
+  if (first == std::string::npos) return "";
+  return Replaced(type.substr(first + 1, type.find('}') - first - 1), ",", " ");
+}
+
+std::string Man(const CLI::App& app) {
+  const std::string about = app.get_description();
+  const std::size_t summary = about.find(".\n");
+  std::string page = ".TH SENSORVELA\\-REPLAY 1 \"\" \"libsensorvela " SENSORVELA_VERSION "\"\n";
+  page += ".SH NAME\n" + Roff(app.get_name() + " - " + about.substr(0, summary));
+  page += ".SH SYNOPSIS\n" + Roff(app.get_name() + " [OPTIONS] TRACE");
+  page += ".SH DESCRIPTION\n" + Roff(about.substr(about.find_first_not_of(".\n", summary)));
+  page += ".SH OPTIONS\n";
+  for (const CLI::Option* option : ShownOptions(app)) {
+    const std::vector<std::string> names = Names(*option);
+    std::string heading = names.empty() ? option->get_name(true) : Joined(names, ", ");
+    if (!names.empty() && TakesValue(*option)) heading += ' ' + option->get_type_name();
+    page += ".TP\n.B " + Roff(heading) + Roff(option->get_description());
+  }
+  return page + ".SH DETAILS\n.nf\n" + Roff(app.get_footer()) + ".fi";
+}
+
+std::string Bash(const CLI::App& app) {
+  std::string all;
+  std::string values;
+  for (const CLI::Option* option : ShownOptions(app)) {
+    const std::vector<std::string> names = Names(*option);
+    if (names.empty()) continue;
+    all += Joined(names, " ") + ' ';
+    if (!TakesValue(*option)) continue;
+    values += "    " + Joined(names, "|") + ") COMPREPLY=($(compgen -W '" + Choices(*option) +
+              "' -- \"$current\")); return ;;\n";
+  }
+  return R"(# bash completion for sensorvela-replay; where it offers nothing, bash offers files.
+_sensorvela_replay() {
+  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+  if [[ $current == = ]]; then
+    current=
+  elif [[ $previous == = ]]; then
+    previous=${COMP_WORDS[COMP_CWORD - 2]}
+  fi
+  COMPREPLY=()
+  case $previous in
+)" + values +
+         "  esac\n  [[ $current != -* ]] || COMPREPLY=($(compgen -W '" + all +
+         "' -- \"$current\"))\n}\ncomplete -o default -F _sensorvela_replay " + app.get_name();
+}
+
+/// A part of a specification for `_arguments`, inside of single quotes.
+std::string Specification(std::string text) {
+  for (const char* special : {"\\", "[", "]", ":"}) {
+    text = Replaced(std::move(text), special, std::string("\\") + special);
+  }
+  return Replaced(std::move(text), "'", R"('\'')");
+}
+
+std::string Zsh(const CLI::App& app) {
+  std::string completion = "#compdef " + app.get_name() + "\n_arguments";
+  for (const CLI::Option* option : ShownOptions(app)) {
+    const std::string help = Specification(option->get_description());
+    const std::string choices = Choices(*option);
+    const std::string values = choices.empty() ? "_files" : '(' + choices + ')';
+    const std::vector<std::string> names = Names(*option);
+    if (names.empty()) completion += " \\\n  '1:" + help + ":_files'";
+    for (const std::string& name : names) {
+      completion += " \\\n  '" + name;
+      completion += TakesValue(*option) ? "=[" + help + "]:value:" + values : '[' + help + ']';
+      completion += '\'';
+    }
+  }
+  return completion;
+}
+
+}  // namespace
+
+std::string Generated(const CLI::App& app, std::string_view what) {
+  if (what == "man") return Man(app);
+  return what == "bash" ? Bash(app) : Zsh(app);
+}
+
+}  // namespace sensorvela::replay

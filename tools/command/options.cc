@@ -1,0 +1,60 @@
+#include "tools/command/options.h"
+
+#include "tools/command/manual.h"
+#include "tools/trace/event_kinds.h"
+
+namespace sensorvela::replay {
+namespace {
+
+constexpr char kAbout[] =
+    "Replays a trace of sensor-stack events and prints what the stats service received.\n"
+    "\n"
+    "Runs the events of TRACE through a SensorVela engine, in virtual time, and prints each atom\n"
+    "that the stats service received, and at the end each sensor's samples by latency.";
+
+constexpr char kTraceHelp[] =
+    "TRACE has one JSON object a line, in the order of time: at_ns, event, and the fields of its\n"
+    "kind; those in brackets may be left out. gzip may have compressed it. It is read twice, so "
+    "what\n"
+    "comes from a pipe is kept in memory. docs/trace-format.md has the details and examples.\n"
+    "\n"
+    "Events:\n";
+
+constexpr char kExitHelp[] =
+    "\nExit status: 0 the trace was run, or is right; 1 the output could not be written, or the "
+    "run\n"
+    "failed; 2 bad usage, or a trace that is not as described, with one line FILE:LINE: ... that\n"
+    "says why.";
+
+}  // namespace
+
+void AddOptions(CLI::App& app, Options& options) {
+  app.name("sensorvela-replay");
+  app.description(kAbout);
+  app.set_version_flag("--version", "sensorvela-replay " SENSORVELA_VERSION,
+                       "Print the version and exit");
+  app.add_option("TRACE", options.trace, "The trace file; - for standard input")
+      ->required()
+      ->type_name("");
+  app.add_flag("--log", options.log, "Print the engine's log lines, too");
+  app.add_option("--format", options.format, "What to print: columns for a reader, or JSON Lines")
+      ->check(CLI::IsMember({"text", "jsonl"}))
+      ->capture_default_str();
+  CLI::Option* const trace_out =
+      app.add_option("--trace-out", options.trace_out,
+                     "Also write the run as a picture, in the Trace Event Format that the usual "
+                     "trace viewers open")
+          ->type_name("FILE");
+  app.add_flag("--check", options.check,
+               "Run nothing; say what is wrong with the trace, also where a recording was cut")
+      ->excludes(trace_out);
+  // The build writes the manual and the completions with this one.
+  app.add_option_function<std::string>(
+         "--generate",
+         [&app](const std::string& what) { throw CLI::CallForVersion(Generated(app, what), 0); })
+      ->check(CLI::IsMember({"man", "bash", "zsh"}))
+      ->group("");
+  app.footer(kTraceHelp + DescribeEventKinds() + kExitHelp);
+}
+
+}  // namespace sensorvela::replay

@@ -1,0 +1,21 @@
+// The options of sensorvela-replay, and all that its help says.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+
+namespace sensorvela::replay {
+
+struct Options {
+  std::string trace;
+  bool check = false;
+  bool log = false;
+  std::string format = "text";
+  std::optional<std::string> trace_out;
+};
+
+/// Adds the options and the help to `app`. Parsing then sets `options`, which must outlive it.
+void AddOptions(CLI::App& app, Options& options);
+
+}  // namespace sensorvela::replay
