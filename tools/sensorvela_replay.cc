@@ -77,8 +77,9 @@ int Replay(const Options& options) try {
   if (options.check) return trace.cut().empty() ? 0 : kExitBadInput;
 
   replay::OutputFile out(stdout);
-  const auto printed = options.format == "jsonl" ? replay::MakeJsonLinesReport(out.stream())
-                                                 : replay::MakeTextReport(out.stream());
+  const auto printed = options.format == "jsonl"
+                           ? replay::MakeJsonLinesReport(out.stream(), trace.sensor_names())
+                           : replay::MakeTextReport(out.stream(), trace.sensor_names());
   observers.push_back(printed.get());
 
   std::optional<replay::OutputFile> trace_out;
@@ -86,7 +87,7 @@ int Replay(const Options& options) try {
   if (options.trace_out) {
     trace_out.emplace(*options.trace_out);
     if (trace_out->error() != 0) return CannotWrite(*options.trace_out, trace_out->error());
-    viewer = replay::MakeViewerObserver(trace_out->stream());
+    viewer = replay::MakeViewerObserver(trace_out->stream(), trace.sensor_names());
     observers.push_back(viewer.get());
   }
 

@@ -89,7 +89,8 @@ Replayed ReplayOf(const std::string& path) {
 std::string Printed(const std::string& path) {
   const replay::Trace trace(path, replay::OpenTrace(path));
   std::ostringstream out;
-  replay::Replay({replay::MakeTextReport(out).get()}, true).Run(trace.Events());
+  replay::Replay({replay::MakeTextReport(out, trace.sensor_names()).get()}, true)
+      .Run(trace.Events());
   std::istringstream lines(out.str());
   std::string printed;
   for (std::string line; std::getline(lines, line);) {

@@ -113,7 +113,7 @@ TEST(TraceTest, RefusesAFileThatChangesBetweenItsCheckAndItsRun) {
   write("{\"at_ns\":5,\"event\":\"engine_start\"}\n{\"at_ns\":4,\"event\":\"end\"}\n");
   std::ostringstream printed;
   try {
-    Replay({MakeViewerObserver(printed).get()}, false).Run(trace.Events());
+    Replay({MakeViewerObserver(printed, trace.sensor_names()).get()}, false).Run(trace.Events());
     ADD_FAILURE() << "the run has an end";
   } catch (const TraceError& error) {
     EXPECT_EQ(error.what(),
@@ -131,10 +131,12 @@ TEST_P(ReplayTest, ShowsWhatTheTraceMustGive) {
   std::ostringstream text;
   std::ostringstream json_lines;
   std::ostringstream viewer;
-  Replay({MakeTextReport(text).get(), MakeJsonLinesReport(json_lines).get(),
-          MakeViewerObserver(viewer).get()},
+  const Trace trace(path, OpenTrace(path + ".jsonl"));
+  const SensorNames& names = trace.sensor_names();
+  Replay({MakeTextReport(text, names).get(), MakeJsonLinesReport(json_lines, names).get(),
+          MakeViewerObserver(viewer, names).get()},
          true)
-      .Run(Trace(path, OpenTrace(path + ".jsonl")).Events());
+      .Run(trace.Events());
   EXPECT_EQ(text.str(), Content(path + ".text"));
   EXPECT_EQ(json_lines.str(), Content(path + ".json_lines"));
   if (std::filesystem::exists(path + ".viewer")) {
@@ -256,7 +258,8 @@ TEST(TraceFormatTest, HasAnExampleOfEachKindThatRuns) {
       ++examples;
       EXPECT_NE(example.find("\"event\": \"" + kind + '"'), std::string::npos);
       std::ostringstream printed;
-      Replay({MakeTextReport(printed).get()}, false).Run(Trace("example", Input(example)).Events());
+      const Trace trace("example", Input(example));
+      Replay({MakeTextReport(printed, trace.sensor_names()).get()}, false).Run(trace.Events());
       is_example = false;
     }
     if (is_example) example += line + '\n';

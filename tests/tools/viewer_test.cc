@@ -77,8 +77,11 @@ struct Written {
 Written Replayed(const std::string& path) {
   std::stringstream printed;
   std::ostringstream viewer;
-  Replay({MakeJsonLinesReport(printed).get(), MakeViewerObserver(viewer).get()}, false)
-      .Run(Trace(path, OpenTrace(path)).Events());
+  const Trace trace(path, OpenTrace(path));
+  const SensorNames& names = trace.sensor_names();
+  Replay({MakeJsonLinesReport(printed, names).get(), MakeViewerObserver(viewer, names).get()},
+         false)
+      .Run(trace.Events());
   json last;
   for (std::string line; std::getline(printed, line);) last = json::parse(line);
   return {last, viewer.str()};

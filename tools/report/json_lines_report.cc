@@ -15,7 +15,7 @@ using aidl::android::frameworks::stats::VendorAtom;
 
 class JsonLinesReport : public RunObserver {
  public:
-  explicit JsonLinesReport(std::ostream& out) : out_(out) {}
+  JsonLinesReport(std::ostream& out, const SensorNames& names) : out_(out), names_(names) {}
 
   void OnAtomReported(Instant at, const VendorAtom& atom, Answer answer) override {
     Json object = {{"kind", "atom"},
@@ -45,16 +45,7 @@ class JsonLinesReport : public RunObserver {
   }
 
   void OnRunEnd(Instant /*at*/, const Summary& summary) override {
-    for (const SensorSummary& sensor : summary.sensors) {
-      Line({{"kind", "sensor"},
-            {"sensor_high", sensor.sensor.high},
-            {"sensor_low", sensor.sensor.low},
-            {"samples", sensor.delivered},
-            {"reported_samples", sensor.reported.samples},
-            {"not_reported_samples", sensor.NotReported()},
-            {"late_samples", sensor.reported.late},
-            {"latency_histogram", sensor.reported.bands}});
-    }
+    for (const SensorSummary& sensor : summary.sensors) Sensor(sensor);
     Line({{"kind", "summary"},
           {"delivered", summary.delivered},
           {"failed", summary.failed},
@@ -64,15 +55,30 @@ class JsonLinesReport : public RunObserver {
   }
 
  private:
+  void Sensor(const SensorSummary& summary) {
+    Json object = {{"kind", "sensor"},
+                   {"sensor_high", summary.sensor.high},
+                   {"sensor_low", summary.sensor.low}};
+    const std::string_view name = names_.NameOf(summary.sensor);
+    if (!name.empty()) object["sensor_name"] = name;
+    object["samples"] = summary.delivered;
+    object["reported_samples"] = summary.reported.samples;
+    object["not_reported_samples"] = summary.NotReported();
+    object["late_samples"] = summary.reported.late;
+    object["latency_histogram"] = summary.reported.bands;
+    Line(object);
+  }
+
   void Line(const Json& object) { out_ << Dump(object, false) << '\n'; }
 
   std::ostream& out_;
+  const SensorNames& names_;
 };
 
 }  // namespace
 
-std::unique_ptr<RunObserver> MakeJsonLinesReport(std::ostream& out) {
-  return std::make_unique<JsonLinesReport>(out);
+std::unique_ptr<RunObserver> MakeJsonLinesReport(std::ostream& out, const SensorNames& names) {
+  return std::make_unique<JsonLinesReport>(out, names);
 }
 
 }  // namespace sensorvela::replay

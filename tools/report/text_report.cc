@@ -22,7 +22,7 @@ using aidl::android::frameworks::stats::VendorAtomValue;
 
 class TextReport : public RunObserver {
  public:
-  explicit TextReport(std::ostream& out) : out_(out) {}
+  TextReport(std::ostream& out, const SensorNames& names) : out_(out), names_(names) {}
 
   void OnAtomReported(Instant at, const VendorAtom& atom, Answer answer) override {
     std::string name = testkit::AtomName(atom);
@@ -100,7 +100,7 @@ class TextReport : public RunObserver {
   void Sensor(const SensorSummary& summary) {
     const ReportedSamples& reported = summary.reported;
     out_ << '\n'
-         << SensorName(summary.sensor) << ": " << summary.delivered << " samples, "
+         << names_.Label(summary.sensor) << ": " << summary.delivered << " samples, "
          << reported.samples << " reported, " << summary.NotReported() << " not reported, "
          << reported.late << " late\n"
          << LatencyBars(reported);
@@ -114,12 +114,13 @@ class TextReport : public RunObserver {
   }
 
   std::ostream& out_;
+  const SensorNames& names_;
 };
 
 }  // namespace
 
-std::unique_ptr<RunObserver> MakeTextReport(std::ostream& out) {
-  return std::make_unique<TextReport>(out);
+std::unique_ptr<RunObserver> MakeTextReport(std::ostream& out, const SensorNames& names) {
+  return std::make_unique<TextReport>(out, names);
 }
 
 }  // namespace sensorvela::replay

@@ -5,11 +5,12 @@
 #include <ostream>
 
 #include "tools/run/run_observer.h"
+#include "tools/text/names.h"
 
 namespace sensorvela::replay {
 
-/// Writes to `out`, which must outlive the report, a line for each atom, log line, note and
-/// suspension, and at the end a summary. It escapes what `Printable` does.
-std::unique_ptr<RunObserver> MakeTextReport(std::ostream& out);
+/// Writes to `out`, which must outlive the report as `names` must, a line for each atom, log line,
+/// note and suspension, and at the end a summary. It escapes what `Printable` does.
+std::unique_ptr<RunObserver> MakeTextReport(std::ostream& out, const SensorNames& names);
 
 }  // namespace sensorvela::replay

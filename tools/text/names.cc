@@ -2,6 +2,8 @@
 
 #include <android/log.h>
 
+#include "tools/text/printable_text.h"
+
 namespace sensorvela::replay {
 
 using testkit::Answer;
@@ -18,8 +20,19 @@ std::string_view AnswerName(Answer answer) {
   return "?";
 }
 
-std::string SensorName(SensorVela::SensorId sensor) {
-  return "sensor " + std::to_string(sensor.high) + '/' + std::to_string(sensor.low);
+void SensorNames::Set(SensorVela::SensorId sensor, std::string_view name) {
+  names_[{sensor.high, sensor.low}] = name;
+}
+
+std::string_view SensorNames::NameOf(SensorVela::SensorId sensor) const {
+  const auto found = names_.find({sensor.high, sensor.low});
+  return found == names_.end() ? std::string_view() : found->second;
+}
+
+std::string SensorNames::Label(SensorVela::SensorId sensor) const {
+  const std::string id = std::to_string(sensor.high) + '/' + std::to_string(sensor.low);
+  const std::string_view name = NameOf(sensor);
+  return name.empty() ? "sensor " + id : Printable(name) + " (" + id + ')';
 }
 
 std::string_view PriorityLetter(int priority) {

@@ -1,8 +1,11 @@
 // Names that every output of the tool uses.
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/testkit/stats_service.h>
@@ -12,8 +15,22 @@ namespace sensorvela::replay {
 /// "ok", "error" or "no_status".
 std::string_view AnswerName(testkit::Answer answer);
 
-/// The sensor's heading or label: "sensor 16/1", the halves of its identifier as in a trace.
-std::string SensorName(SensorVela::SensorId sensor);
+/// The names of a trace's sensors.
+class SensorNames {
+ public:
+  /// Replaces the sensor's earlier name. An empty name takes it away.
+  void Set(SensorVela::SensorId sensor, std::string_view name);
+
+  /// As in the trace; empty for a sensor without a name.
+  std::string_view NameOf(SensorVela::SensorId sensor) const;
+
+  /// The sensor's heading or label, printable: "accelerometer (16/1)", or "sensor 16/1" for one
+  /// without a name. The numbers are the halves of its identifier as in a trace.
+  std::string Label(SensorVela::SensorId sensor) const;
+
+ private:
+  std::map<std::pair<std::uint32_t, std::int32_t>, std::string> names_;
+};
 
 /// The letter of a log priority: "I", "E", or "?" for one that the library does not use.
 std::string_view PriorityLetter(int priority);

@@ -240,6 +240,15 @@ constexpr EventKind kEventKinds[] = {
        return {.action = [=](Replay& replay) { replay.Suspend(std::chrono::nanoseconds(for_ns)); },
                .suspended_ns = for_ns};
      }},
+    {"sensor_name",
+     "all output calls the sensor by that name; the last one holds for the whole run",
+     Place::kAnywhere,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto sensor = ReadSensor(fields);
+       return {.action = [](Replay&) {},
+               .sensor_name = [=, name = fields.Text("name")](
+                                  SensorNames& names) { names.Set(sensor, name); }};
+     }},
     {"time_passes", "nothing happens but the passing of time", Place::kAnywhere, Nothing},
     {"note", "a line of the story, printed with the output", Place::kAnywhere,
      [](FieldReader& fields, const TraceContext&) -> EventContent {

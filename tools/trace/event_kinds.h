@@ -14,6 +14,7 @@
 
 #include "tools/run/event.h"
 #include "tools/run/recording_plan.h"
+#include "tools/text/names.h"
 #include "tools/trace/field_reader.h"
 
 namespace sensorvela::replay {
@@ -39,6 +40,7 @@ struct TraceContext {
 
 /// What the whole trace determines for its run.
 struct TracePlan {
+  SensorNames sensor_names = {};
   simulated::VirtualTime::Instant run_end = {};
   /// The line of the last event.
   std::size_t last_line = 0;
@@ -59,6 +61,8 @@ struct EventContent {
   std::int64_t samples_ns = 0;
   /// Adds what the event says about the whole recording to the plan.
   std::function<void(RecordingPlan& plan)> plan = nullptr;
+  /// Adds the name that the event gives a sensor.
+  std::function<void(SensorNames& names)> sensor_name = nullptr;
 };
 
 /// One kind of event. A new kind needs only an entry in the table in event_kinds.cc.

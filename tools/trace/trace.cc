@@ -45,6 +45,7 @@ class TraceParser {
     samples_end_ns_ = at_ns + content.samples_ns;
     CheckPlace(line_number, kind);
     if (content.plan) AddToPlan(name, content.plan);
+    if (content.sensor_name) content.sensor_name(sensor_names_);
     context_.supplier = content.supplier.value_or(context_.supplier);
     run_end_ns_ =
         kind.place == Place::kLast
@@ -58,7 +59,9 @@ class TraceParser {
   }
 
   /// What the events so far determine.
-  TracePlan plan() const { return {std::chrono::nanoseconds(run_end_ns_), last_line_, recording_}; }
+  TracePlan plan() const {
+    return {sensor_names_, std::chrono::nanoseconds(run_end_ns_), last_line_, recording_};
+  }
 
   bool is_recording() const { return recording_.has_value(); }
   bool has_end() const { return end_line_ != 0; }
@@ -138,6 +141,7 @@ class TraceParser {
   std::int64_t samples_end_ns_ = 0;
   std::int64_t run_end_ns_ = 0;
   bool has_events_ = false;
+  SensorNames sensor_names_;
   std::optional<RecordingPlan> recording_;
   // Line numbers; 0 while there is no such line.
   std::size_t last_line_ = 0;

@@ -35,6 +35,9 @@ class Trace {
   /// The instant at which the run ends.
   simulated::VirtualTime::Instant run_end() const { return plan_.run_end; }
 
+  /// The names that the whole trace gives its sensors.
+  const SensorNames& sensor_names() const { return plan_.sensor_names; }
+
   /// Says where a recording was cut, because its process was killed or its disk was full, in one
   /// printable line; empty if the trace is whole. The run has what came before the cut.
   const std::string& cut() const { return cut_; }

@@ -3,8 +3,6 @@
 #include <chrono>
 #include <utility>
 
-#include "tools/text/names.h"
-
 namespace sensorvela::replay {
 namespace {
 
@@ -12,11 +10,11 @@ constexpr ViewerWriter::Instant kMinute = std::chrono::minutes(1);
 
 }  // namespace
 
-SensorTrack::SensorTrack(ViewerWriter& out, SensorVela::SensorId sensor, Track track)
+SensorTrack::SensorTrack(ViewerWriter& out, const std::string& label, Track track)
     : out_(out),
       track_(track),
-      samples_per_minute_(out, track.process, SensorName(sensor) + ": samples per minute") {
-  out_.NameTrack(track_, SensorName(sensor));
+      samples_per_minute_(out, track.process, label + ": samples per minute") {
+  out_.NameTrack(track_, label);
 }
 
 void SensorTrack::Enable(Instant at, std::int64_t period_ns) {

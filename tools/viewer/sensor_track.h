@@ -3,8 +3,7 @@
 
 #include <cstdint>
 #include <optional>
-
-#include <sensorvela/engine/sensor_vela.h>
+#include <string>
 
 #include "tools/viewer/step_counter.h"
 #include "tools/viewer/viewer_writer.h"
@@ -17,8 +16,8 @@ class SensorTrack {
  public:
   using Instant = ViewerWriter::Instant;
 
-  /// `out` must outlive the track.
-  SensorTrack(ViewerWriter& out, SensorVela::SensorId sensor, Track track);
+  /// `out` must outlive the track, which has the sensor's label as its name.
+  SensorTrack(ViewerWriter& out, const std::string& label, Track track);
 
   void Enable(Instant at, std::int64_t period_ns);
   void Disable(Instant at);

@@ -52,7 +52,7 @@ void AddEvent(TraceLine line, Json& arguments) {
 
 class ViewerObserver : public RunObserver {
  public:
-  explicit ViewerObserver(std::ostream& out) : out_(out) {
+  ViewerObserver(std::ostream& out, const SensorNames& names) : out_(out), names_(names) {
     out_.NameProcess(kEngine, "SensorVela");
     out_.NameTrack(kReporterThread, "reporter thread");
     out_.NameTrack(kDelivered, "atoms delivered");
@@ -168,10 +168,12 @@ class ViewerObserver : public RunObserver {
 
   SensorTrack& TrackOf(SensorVela::SensorId sensor) {
     const Track next = {kSensors, static_cast<int>(sensors_.size()) + 1};
-    return sensors_.try_emplace({sensor.high, sensor.low}, out_, sensor, next).first->second;
+    return sensors_.try_emplace({sensor.high, sensor.low}, out_, names_.Label(sensor), next)
+        .first->second;
   }
 
   ViewerWriter out_;
+  const SensorNames& names_;
 
   State state_ = State::kNotStarted;
   Instant since_ = {};
@@ -186,8 +188,8 @@ class ViewerObserver : public RunObserver {
 
 }  // namespace
 
-std::unique_ptr<RunObserver> MakeViewerObserver(std::ostream& out) {
-  return std::make_unique<ViewerObserver>(out);
+std::unique_ptr<RunObserver> MakeViewerObserver(std::ostream& out, const SensorNames& names) {
+  return std::make_unique<ViewerObserver>(out, names);
 }
 
 }  // namespace sensorvela::replay
