@@ -27,7 +27,7 @@ if(TARGET sensorvela_recorder)
   set_target_properties(sensorvela_recorder PROPERTIES INSTALL_RPATH $ORIGIN)
   install(TARGETS sensorvela_recorder)
 endif()
-install(FILES LICENSE README.md docs/device.md docs/recording.md docs/atoms.md docs/atoms.proto docs/trace-format.md TYPE DOC)
+install(FILES LICENSE README.md docs/device.md docs/recording.md docs/atoms.md docs/atoms.proto docs/trace-format.md docs/output-format.md TYPE DOC)
 install(DIRECTORY examples TYPE DOC)
 
 if(TARGET sensorvela-replay)

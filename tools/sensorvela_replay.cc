@@ -17,11 +17,14 @@
 #include <vector>
 
 #include "tools/command/options.h"
+#include "tools/command/terminal.h"
 #include "tools/report/json_lines_report.h"
 #include "tools/report/output_file.h"
 #include "tools/report/progress.h"
 #include "tools/report/text_report.h"
 #include "tools/run/replay.h"
+#include "tools/text/names.h"
+#include "tools/text/printable_text.h"
 #include "tools/trace/trace.h"
 #include "tools/viewer/viewer_observer.h"
 
@@ -58,6 +61,25 @@ bool CheckTraceOut(const Options& options) {
   return false;
 }
 
+/// How to print columns; none, and says why, if the options are wrong.
+std::optional<replay::TextOptions> ReadTextOptions(const Options& options,
+                                                   const replay::SensorNames& names) {
+  replay::TextOptions text = {
+      .wide = options.wide, .summary_only = options.summary, .color = replay::ShowsColor()};
+  text.width = replay::TerminalWidth().value_or(text.width);
+  for (const std::string& what : options.only) {
+    if (text.only.Add(what, names)) continue;
+    std::cerr << "sensorvela-replay: --only " << replay::Printable(what)
+              << ": expected a sensor's name or HIGH:LOW, or an atom's name or identifier\n";
+    return std::nullopt;
+  }
+  if (options.format == "text" || !(text.wide || text.summary_only || text.only.is_limited())) {
+    return text;
+  }
+  std::cerr << "sensorvela-replay: --wide, --summary and --only: expected with --format text\n";
+  return std::nullopt;
+}
+
 int Replay(const Options& options) try {
   if (!CheckTraceOut(options)) return kExitBadInput;
 
@@ -76,10 +98,14 @@ int Replay(const Options& options) try {
   if (!trace.cut().empty()) std::cerr << trace.cut() << '\n';
   if (options.check) return trace.cut().empty() ? 0 : kExitBadInput;
 
+  const auto text_options = ReadTextOptions(options, trace.sensor_names());
+  if (!text_options) return kExitBadInput;
+
   replay::OutputFile out(stdout);
-  const auto printed = options.format == "jsonl"
-                           ? replay::MakeJsonLinesReport(out.stream(), trace.sensor_names())
-                           : replay::MakeTextReport(out.stream(), trace.sensor_names());
+  const auto printed =
+      options.format == "jsonl"
+          ? replay::MakeJsonLinesReport(out.stream(), trace.sensor_names())
+          : replay::MakeTextReport(out.stream(), trace.sensor_names(), *text_options);
   observers.push_back(printed.get());
 
   std::optional<replay::OutputFile> trace_out;

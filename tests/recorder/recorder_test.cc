@@ -84,12 +84,14 @@ Replayed ReplayOf(const std::string& path) {
   return {atoms.texts, trace.cut()};
 }
 
-/// What the tool prints for a trace since the engine's start, without its notes: nobody tells an
-/// engine of those.
+/// What the tool prints for a trace since the engine's start, without its notes and the names of
+/// its sensors: nobody tells an engine of those. Also without the lines that name lines of the
+/// trace.
 std::string Printed(const std::string& path) {
   const replay::Trace trace(path, replay::OpenTrace(path));
   std::ostringstream out;
-  replay::Replay({replay::MakeTextReport(out, trace.sensor_names()).get()}, true)
+  const replay::SensorNames no_names;
+  replay::Replay({replay::MakeTextReport(out, no_names, {.wide = true}).get()}, true)
       .Run(trace.Events());
   std::istringstream lines(out.str());
   std::string printed;
@@ -97,7 +99,10 @@ std::string Printed(const std::string& path) {
     const bool is_start = line.find("Waiting for") != std::string::npos ||
                           line.find("is not registered") != std::string::npos;
     if (is_start) printed.clear();
-    if (line.find("  # ") == std::string::npos) printed += line + '\n';
+    const bool is_of_the_trace = line.find("  # ") != std::string::npos ||
+                                 line.find("  DROPPED ") != std::string::npos ||
+                                 line.find("  BLOCKED ") != std::string::npos;
+    if (!is_of_the_trace) printed += line + '\n';
   }
   return printed;
 }

@@ -32,6 +32,42 @@ endforeach()
 expect(2 "-;--format;xml" "${trace}" "^$" "xml")
 expect(2 "" "" "^$" "TRACE")
 
+# What is printed of a run: one sensor's lines, one kind's, the summary alone.
+set(named "${trace}{\"at_ns\":1,\"event\":\"sensor_name\",\"sensor_high\":1,\"sensor_low\":2,\"name\":\"left\"}
+{\"at_ns\":1,\"event\":\"service_registered\"}
+{\"at_ns\":2,\"event\":\"hal_error\",\"sensor_high\":1,\"sensor_low\":2,\"call\":3,\"error\":4,\"count\":11}
+{\"at_ns\":3,\"event\":\"firmware_state\",\"subject_id\":1,\"state\":4,\"detail_code\":77777}\n")
+foreach(what left 1:2)
+  expect(0 "-;--log;--only;${what}" "${named}" "^[^\n]* SensorHalErrorDetected [^\n]* left \\(1/2\\) [^\n]*\\(10 times\\)\n[^\n]* BLOCKED [^\n]*\n\ndelivered" "^$")
+endforeach()
+foreach(what SensorFirmwareStateChanged 100244)
+  expect(0 "-;--log;--only=${what}" "${named}" "^[^\n]* BLOCKED [^\n]*\n[^\n]* ${what}| \\(${what}\\)" "^$")
+endforeach()
+expect(0 "-;--summary;--log" "${named}" "^delivered" "^$")
+expect(2 "-;--only;right" "${named}" "^$" "^sensorvela-replay: --only right: [^\n]*\n$")
+expect(2 "-;--wide;--format;jsonl" "${named}" "^$" "^sensorvela-replay: --wide[^\n]*\n$")
+
+# On a terminal lines fit its width, and what went wrong has a colour unless NO_COLOR forbids it.
+find_program(script script)
+string(REGEX REPLACE "^;" "" tool "${REPLAY}")
+if(script AND NOT tool MATCHES ";")
+  file(WRITE ${WORK}/input "${named}")
+  string(ASCII 27 escape)
+  foreach(case "COLUMNS=60;TERM=xterm;NO_COLOR=;33m[^\n]* BLOCKED"
+               "COLUMNS=60;TERM=xterm;NO_COLOR=1;^[^${escape}]*$")
+    list(POP_BACK case expected)
+    execute_process(COMMAND ${CMAKE_COMMAND} -E env ${case}
+        ${script} -qec "'${tool}' --only 1:2 '${WORK}/input'" /dev/null
+      INPUT_FILE /dev/null OUTPUT_VARIABLE shown COMMAND_ERROR_IS_FATAL ANY)
+    string(REGEX REPLACE "${escape}.[0-9]+m" "" plain "${shown}")
+    string(REGEX MATCHALL "[^\r\n]+" lines "${plain}")
+    list(FILTER lines INCLUDE REGEX "^.............................................................")
+    if(NOT shown MATCHES "${expected}" OR NOT lines STREQUAL "")
+      message(FATAL_ERROR "${case}: ${shown}\ntoo long: ${lines}")
+    endif()
+  endforeach()
+endif()
+
 # The same trace from a file and through a pipe, plain and compressed.
 file(WRITE ${WORK}/input "${trace}")
 file(ARCHIVE_CREATE OUTPUT ${WORK}/input.gz PATHS ${WORK}/input FORMAT raw COMPRESSION GZip)
@@ -53,12 +89,12 @@ endif()
 # A run ends where a write fails: it prints no summary, and does not finish the viewer's file.
 string(REPEAT "long " 50 text)
 string(REPEAT "{\"at_ns\":0,\"event\":\"note\",\"text\":\"${text}\"}\n" 2000 notes)
-expect(1 "-;--trace-out;/dev/full" "${trace}${notes}" "long \n$" "^[^\n]*cannot write /dev/full: No space left[^\n]*\n$")
+expect(1 "-;--wide;--trace-out;/dev/full" "${trace}${notes}" "long \n$" "^[^\n]*cannot write /dev/full: No space left[^\n]*\n$")
 foreach(case "OUTPUT_FILE;/dev/full;^1$;^[^\n]*cannot write to standard output: No space left[^\n]*\n$"
              "COMMAND;${CMAKE_COMMAND} -E true;^1,0$;^$")
   list(POP_FRONT case keyword reader status err)
   separate_arguments(reader UNIX_COMMAND "${reader}")
-  execute_process(COMMAND ${REPLAY} ${WORK}/input --trace-out ${WORK}/trace_events.json
+  execute_process(COMMAND ${REPLAY} --wide ${WORK}/input --trace-out ${WORK}/trace_events.json
     ${keyword} ${reader} RESULTS_VARIABLE results ERROR_VARIABLE complained)
   list(JOIN results "," results)
   file(READ ${WORK}/trace_events.json events)

@@ -21,6 +21,8 @@
 #include "tools/report/json_lines_report.h"
 #include "tools/report/latency_bars.h"
 #include "tools/report/progress.h"
+#include "tools/report/repeat_folder.h"
+#include "tools/report/selection.h"
 #include "tools/report/text_report.h"
 #include "tools/run/replay.h"
 #include "tools/trace/event_kinds.h"
@@ -125,20 +127,24 @@ TEST(TraceTest, RefusesAFileThatChangesBetweenItsCheckAndItsRun) {
 class ReplayTest : public ::testing::TestWithParam<std::string> {};
 
 // The files beside a trace have what `sensorvela-replay --log` prints for it, in both formats, and
-// for some traces what `--trace-out` writes.
+// for some traces what it prints with `--wide`, and what `--trace-out` writes.
 TEST_P(ReplayTest, ShowsWhatTheTraceMustGive) {
   const std::string path = SourcePath(GetParam());
   std::ostringstream text;
+  std::ostringstream wide;
   std::ostringstream json_lines;
   std::ostringstream viewer;
   const Trace trace(path, OpenTrace(path + ".jsonl"));
   const SensorNames& names = trace.sensor_names();
-  Replay({MakeTextReport(text, names).get(), MakeJsonLinesReport(json_lines, names).get(),
-          MakeViewerObserver(viewer, names).get()},
+  Replay({MakeTextReport(text, names).get(), MakeTextReport(wide, names, {.wide = true}).get(),
+          MakeJsonLinesReport(json_lines, names).get(), MakeViewerObserver(viewer, names).get()},
          true)
       .Run(trace.Events());
   EXPECT_EQ(text.str(), Content(path + ".text"));
   EXPECT_EQ(json_lines.str(), Content(path + ".json_lines"));
+  if (std::filesystem::exists(path + ".wide")) {
+    EXPECT_EQ(wide.str(), Content(path + ".wide"));
+  }
   if (std::filesystem::exists(path + ".viewer")) {
     EXPECT_EQ(viewer.str(), Content(path + ".viewer"));
   }
@@ -189,6 +195,48 @@ TEST(LatencyBarsTest, RoundNoShareToNothingOrToAll) {
   EXPECT_EQ(shares({9994, 5, 1, 0, 0}), "   99.9 %|   <0.1 %|   <0.1 %|||");
   EXPECT_EQ(shares({0, 0, 10, 0, 9990}), "||    0.1 %||   99.9 %|");
   EXPECT_EQ(LatencyBars({}), "");
+}
+
+/// What a folder passes on of lines that are given as words, one a second.
+std::string Folded(const std::string& words) {
+  std::string passed;
+  RepeatFolder folder([&](const ReportLine& line) { passed += line.text + line.count + '\n'; });
+  std::istringstream lines(words);
+  std::chrono::seconds at(0);
+  for (std::string word; lines >> word; ++at) folder.Add({.at = at, .text = word});
+  folder.Flush();
+  return passed;
+}
+
+TEST(RepeatFolderTest, FoldsRepeatsAndNothingElse) {
+  EXPECT_EQ(Folded(""), "");
+  EXPECT_EQ(Folded("a b a c"), "a\nb\na\nc\n");
+  EXPECT_EQ(Folded("a a a b"), "a  (3 times, until 00:00:02)\nb\n");
+  EXPECT_EQ(Folded("a b a b a b c"), "a\nb\n... the last 2 lines 2 more times until 00:00:05\nc\n");
+  // A turn that is not complete, and one that only begins like another.
+  EXPECT_EQ(Folded("a b a b a"), "a\nb\n... the last 2 lines 1 more time until 00:00:03\na\n");
+  EXPECT_EQ(Folded("a b c d a b c e"), "a\nb\nc\nd\na\nb\nc\ne\n");
+  EXPECT_EQ(Folded("a b c d a b c d"),
+            "a\nb\nc\nd\n... the last 4 lines 1 more time until 00:00:07\n");
+  // The count of a line is a part of it.
+  EXPECT_EQ(Folded("a b b a b a b b"),
+            "a\nb  (2 times, until 00:00:02)\na\nb\na\n"
+            "b  (2 times, until 00:00:07)\n");
+}
+
+TEST(SelectionTest, TakesSensorsAndAtomsByNameAndByNumber) {
+  SensorNames names;
+  names.Set({16, 1}, "accelerometer");
+  names.Set({4294967295, -1}, "42");
+  Selection only;
+  for (const char* unknown : {"", "light", "16", ":", "16:", "16:1x", "-1:1", "1:4294967296"}) {
+    EXPECT_EQ(Selection().Add(unknown, names), unknown == std::string_view("16")) << unknown;
+  }
+  EXPECT_TRUE(only.Summarizes({1, 1}));
+  EXPECT_TRUE(only.Add("SensorHalErrorDetected", names) && only.HasLost(std::nullopt));
+  EXPECT_TRUE(only.Add("42", names) && only.Summarizes({4294967295, -1}));
+  EXPECT_TRUE(only.Add("16:1", names) && only.Summarizes({16, 1}));
+  EXPECT_FALSE(only.Summarizes({1, 1}));
 }
 
 /// The text that each step of a long run writes to the terminal.

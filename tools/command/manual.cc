@@ -108,8 +108,9 @@ std::string Zsh(const CLI::App& app) {
   std::string completion = "#compdef " + app.get_name() + "\n_arguments";
   for (const CLI::Option* option : ShownOptions(app)) {
     const std::string help = Specification(option->get_description());
+    const bool takes_files = option->get_type_name() == "FILE" || Names(*option).empty();
     const std::string choices = Choices(*option);
-    const std::string values = choices.empty() ? "_files" : '(' + choices + ')';
+    const std::string values = takes_files ? "_files" : '(' + choices + ')';
     const std::vector<std::string> names = Names(*option);
     if (names.empty()) completion += " \\\n  '1:" + help + ":_files'";
     for (const std::string& name : names) {

@@ -40,6 +40,14 @@ void AddOptions(CLI::App& app, Options& options) {
   app.add_option("--format", options.format, "What to print: columns for a reader, or JSON Lines")
       ->check(CLI::IsMember({"text", "jsonl"}))
       ->capture_default_str();
+  app.add_flag("--wide", options.wide,
+               "Fold and break nothing: all values, all repeats, each line on one line");
+  app.add_flag("--summary", options.summary, "Print the summary alone");
+  app.add_option("--only", options.only,
+                 "Print the lines of that sensor or of that kind of atom only: a sensor's name or "
+                 "HIGH:LOW, an atom's name or identifier; may be repeated")
+      ->type_name("WHAT")
+      ->allow_extra_args(false);
   CLI::Option* const trace_out =
       app.add_option("--trace-out", options.trace_out,
                      "Also write the run as a picture, in the Trace Event Format that the usual "

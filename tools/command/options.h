@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace sensorvela::replay {
 
@@ -13,6 +14,9 @@ struct Options {
   bool log = false;
   std::string format = "text";
   std::optional<std::string> trace_out;
+  bool summary = false;
+  bool wide = false;
+  std::vector<std::string> only;
 };
 
 /// Adds the options and the help to `app`. Parsing then sets `options`, which must outlive it.

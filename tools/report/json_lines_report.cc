@@ -28,6 +28,23 @@ class JsonLinesReport : public RunObserver {
     Line(object);
   }
 
+  void OnAtomDropped(Instant at, const Cause& cause) override {
+    Json object = {{"kind", "dropped"},
+                   {"at_ns", at.count()},
+                   {"queued_at_ns", cause.at.count()},
+                   {"queued_by", cause.what}};
+    if (cause.line.number != 0) object["trace_line"] = cause.line.number;
+    Line(object);
+  }
+
+  void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override {
+    Line({{"kind", "blocked"},
+          {"at_ns", at.count()},
+          {"event", cause.what},
+          {"trace_line", cause.line.number},
+          {"log", text}});
+  }
+
   void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override {
     Line({{"kind", "log"},
           {"at_ns", at.count()},

@@ -42,6 +42,11 @@ void Progress::OnAtomReported(Instant /*at*/, const SensorVela::VendorAtom& /*at
   MakeRoom();
 }
 
+void Progress::OnErrorBlocked(Instant at, const Cause& /*cause*/, std::string_view /*text*/) {
+  Tick(at);
+  MakeRoom();
+}
+
 void Progress::OnLogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
                          std::string_view /*text*/) {
   MakeRoom();

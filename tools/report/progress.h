@@ -34,15 +34,14 @@ class Progress : public RunObserver {
   void DoneReading(Instant run_end);
 
   void OnAtomQueued(const Cause& cause) override { Tick(cause.at); }
-  void OnErrorBlocked(Instant at, const Cause& /*cause*/, std::string_view /*text*/) override {
-    Tick(at);
-  }
   void OnSample(Instant at, SensorVela::SensorId /*sensor*/) override { Tick(at); }
   void OnReporterStep(Instant at, ReporterStep /*step*/, std::size_t /*batch*/) override {
     Tick(at);
   }
 
   void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer) override;
+  void OnAtomDropped(Instant /*at*/, const Cause& /*cause*/) override { MakeRoom(); }
+  void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override;
   void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override;
   void OnSuspended(Instant /*at*/, std::chrono::nanoseconds /*duration*/) override { MakeRoom(); }
   void OnNote(Instant at, std::string_view text) override;

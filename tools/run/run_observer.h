@@ -70,6 +70,9 @@ class RunObserver {
   /// The stats service has received an atom.
   virtual void OnAtomReported(Instant /*at*/, const SensorVela::VendorAtom& /*atom*/,
                               Answer /*answer*/) {}
+  /// The oldest atom in the queue will never reach the stats service: it was dropped, or the run
+  /// ends with it in the queue. Called after the step that drops it.
+  virtual void OnAtomDropped(Instant /*at*/, const Cause& /*cause*/) {}
   /// The engine queued no atom for an error, because the error was past its cap, and logged `text`.
   virtual void OnErrorBlocked(Instant /*at*/, const Cause& /*cause*/, std::string_view /*text*/) {}
   /// `batch`: how many atoms the reporter thread waits with, sends or drops; otherwise without

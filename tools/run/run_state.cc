@@ -111,6 +111,7 @@ void RunState::OnNote(std::string_view text) {
 
 void RunState::OnRunEnd() {
   const MutexLock lock(mutex_);
+  DropOldest(waiting_.size());
   summary_.dropped = queued_ - summary_.delivered - summary_.failed;
   summary_.sensors = sensor_tally_.Summaries();
   Notify(&RunObserver::OnRunEnd, time_.Now(), summary_);
@@ -138,9 +139,7 @@ void RunState::OnLookup(LookupStep step) {
   if (!is_waiting_) batch_ = waiting_.size();
   is_waiting_ = shown == ReporterStep::kWaits;
   Notify(&RunObserver::OnReporterStep, time_.Now(), shown, batch_);
-  if (shown == ReporterStep::kDrops) {
-    waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(batch_));
-  }
+  if (shown == ReporterStep::kDrops) DropOldest(batch_);
 }
 
 bool RunState::OnReport(const SensorVela::VendorAtom& atom, Answer answer) {
@@ -149,7 +148,7 @@ bool RunState::OnReport(const SensorVela::VendorAtom& atom, Answer answer) {
   if (reports_ >= report_limit_) return false;  // The recorded engine did not get to this one.
   ++reports_;
   ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
-  const auto reports = waiting_.front();
+  const auto reports = waiting_.front().reports;
   waiting_.pop_front();
   if (reports && answer == Answer::kOk) sensor_tally_.CountReport(*reports, atom);
   Notify(&RunObserver::OnAtomReported, time_.Now(), atom, answer);
@@ -176,8 +175,19 @@ testkit::Diagnostics RunState::OnAsk(testkit::DiagnosticsItem asked) {
 void RunState::NotifyQueued() {
   if (is_stopping_) return;  // The destructor notifies, too, but queues nothing.
   for (const std::uint64_t queued = time_.Notifications(); queued_ < queued; ++queued_) {
-    waiting_.push_back(std::exchange(next_reports_, std::nullopt));
+    waiting_.push_back({.reports = std::exchange(next_reports_, std::nullopt),
+                        .cause = {cause_.at, cause_.what, {cause_.line.number}},
+                        .line_text = std::string(cause_.line.text)});
     Notify(&RunObserver::OnAtomQueued, cause_);
+  }
+}
+
+void RunState::DropOldest(std::size_t atoms) {
+  for (; atoms > 0; --atoms) {
+    QueuedAtom& oldest = waiting_.front();
+    oldest.cause.line.text = oldest.line_text;
+    Notify(&RunObserver::OnAtomDropped, time_.Now(), oldest.cause);
+    waiting_.pop_front();
   }
 }
 

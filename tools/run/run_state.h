@@ -81,6 +81,14 @@ class RunState {
   testkit::Diagnostics OnAsk(testkit::DiagnosticsItem asked) SENSORVELA_EXCLUDES(mutex_);
 
  private:
+  struct QueuedAtom {
+    /// What it reports, if it is a disable's.
+    std::optional<SensorTally::Stretch> reports;
+    /// Without the text of its line, which is beside it.
+    Cause cause;
+    std::string line_text;
+  };
+
   template <typename... Parameters, typename... Arguments>
   void Notify(void (RunObserver::*method)(Parameters...), const Arguments&... arguments)
       SENSORVELA_REQUIRES(mutex_) {
@@ -94,6 +102,8 @@ class RunState {
   /// Notifies the observers of the atoms queued since the last call.
   void NotifyQueued() SENSORVELA_REQUIRES(mutex_);
   void ChangeCause(const Cause& cause) SENSORVELA_REQUIRES(mutex_);
+  /// Takes the oldest atoms out of the queue and notifies the observers of each.
+  void DropOldest(std::size_t atoms) SENSORVELA_REQUIRES(mutex_);
 
   const std::vector<RunObserver*> observers_;
   const bool observe_log_;
@@ -106,8 +116,8 @@ class RunState {
   std::uint64_t queued_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   /// What the atom that is queued next reports, if it is a disable's.
   std::optional<SensorTally::Stretch> next_reports_ SENSORVELA_GUARDED_BY(mutex_);
-  /// The same of each atom in the queue, and of those that the reporter thread has taken.
-  std::deque<std::optional<SensorTally::Stretch>> waiting_ SENSORVELA_GUARDED_BY(mutex_);
+  /// The atoms in the queue, and those that the reporter thread has taken.
+  std::deque<QueuedAtom> waiting_ SENSORVELA_GUARDED_BY(mutex_);
   /// How many atoms the reporter thread has taken.
   std::size_t batch_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   bool is_waiting_ SENSORVELA_GUARDED_BY(mutex_) = false;

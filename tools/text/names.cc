@@ -29,6 +29,14 @@ std::string_view SensorNames::NameOf(SensorVela::SensorId sensor) const {
   return found == names_.end() ? std::string_view() : found->second;
 }
 
+std::vector<SensorVela::SensorId> SensorNames::Named(std::string_view name) const {
+  std::vector<SensorVela::SensorId> sensors;
+  for (const auto& [id, its_name] : names_) {
+    if (its_name == name && !name.empty()) sensors.push_back({id.first, id.second});
+  }
+  return sensors;
+}
+
 std::string SensorNames::Label(SensorVela::SensorId sensor) const {
   const std::string id = std::to_string(sensor.high) + '/' + std::to_string(sensor.low);
   const std::string_view name = NameOf(sensor);

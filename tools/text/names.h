@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/testkit/stats_service.h>
@@ -23,6 +24,9 @@ class SensorNames {
 
   /// As in the trace; empty for a sensor without a name.
   std::string_view NameOf(SensorVela::SensorId sensor) const;
+
+  /// All sensors of that name.
+  std::vector<SensorVela::SensorId> Named(std::string_view name) const;
 
   /// The sensor's heading or label, printable: "accelerometer (16/1)", or "sensor 16/1" for one
   /// without a name. The numbers are the halves of its identifier as in a trace.

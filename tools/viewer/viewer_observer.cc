@@ -35,12 +35,6 @@ Json QueuedBy(const Cause& cause) {
   return arguments;
 }
 
-/// An atom in the queue: its cause, and the text of the cause's line.
-struct Waiting {
-  Cause cause;
-  std::string line_text;
-};
-
 /// Adds the event's own fields, for a mark without an atom.
 void AddEvent(TraceLine line, Json& arguments) {
   if (line.number == 0) return;
@@ -65,7 +59,8 @@ class ViewerObserver : public RunObserver {
   }
 
   void OnAtomQueued(const Cause& cause) override {
-    waiting_.push_back({cause, std::string(cause.line.text)});
+    waiting_.push_back(cause);
+    waiting_.back().line.text = {};  // It is valid during the call only.
     queue_length_.Set(cause.at, waiting_.size());
   }
 
@@ -73,13 +68,20 @@ class ViewerObserver : public RunObserver {
     Json arguments = {{"atom_id", atom.atomId}};
     if (!atom.reverseDomainName.empty()) arguments["domain"] = atom.reverseDomainName;
     arguments.update(NamedValues(atom));
-    arguments.update(QueuedBy(TakeOldest(at).cause));
+    arguments.update(QueuedBy(TakeOldest(at)));
     if (answer == Answer::kOk) {
       out_.Mark(kDelivered, at, "delivered", testkit::AtomName(atom), arguments);
     } else {
       arguments["answer"] = AnswerName(answer);
       out_.Mark(kFailed, at, "failed", testkit::AtomName(atom), arguments);
     }
+  }
+
+  void OnAtomDropped(Instant at, const Cause& cause) override {
+    TakeOldest(at);
+    Json arguments = QueuedBy(cause);
+    AddEvent(cause.line, arguments);
+    out_.Mark(kDropped, at, "dropped", cause.what, arguments);
   }
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override {
@@ -102,7 +104,6 @@ class ViewerObserver : public RunObserver {
       case ReporterStep::kDrops:
         out_.Span(kReporterThread, at, at, step == ReporterStep::kSends ? "draining" : "dropping",
                   {{"atoms", batch}});
-        if (step == ReporterStep::kDrops) Drop(at, batch);
         break;
       case ReporterStep::kUploads:
         out_.Span(kReporterThread, at, at, "uploading diagnostics", Json::object());
@@ -131,7 +132,6 @@ class ViewerObserver : public RunObserver {
 
   void OnRunEnd(Instant at, const Summary& /*summary*/) override {
     LeaveState(at);
-    Drop(at, waiting_.size());
     queue_length_.Flush();
     for (auto& [id, sensor] : sensors_) sensor.Finish(at);
     out_.Finish();
@@ -150,20 +150,11 @@ class ViewerObserver : public RunObserver {
     since_ = at;
   }
 
-  Waiting TakeOldest(Instant at) {
-    Waiting oldest = std::move(waiting_.front());
+  Cause TakeOldest(Instant at) {
+    const Cause oldest = waiting_.front();
     waiting_.pop_front();
     queue_length_.Set(at, waiting_.size());
     return oldest;
-  }
-
-  void Drop(Instant at, std::size_t atoms) {
-    for (std::size_t i = 0; i < atoms; ++i) {
-      const auto [cause, line_text] = TakeOldest(at);
-      Json arguments = QueuedBy(cause);
-      AddEvent({cause.line.number, line_text}, arguments);
-      out_.Mark(kDropped, at, "dropped", cause.what, arguments);
-    }
   }
 
   SensorTrack& TrackOf(SensorVela::SensorId sensor) {
@@ -180,7 +171,7 @@ class ViewerObserver : public RunObserver {
   /// How many atoms the reporter thread holds while it waits.
   std::size_t batch_ = 0;
 
-  std::deque<Waiting> waiting_;
+  std::deque<Cause> waiting_;
   StepCounter queue_length_{out_, kEngine, "atoms waiting"};
 
   std::map<std::pair<std::uint32_t, std::int32_t>, SensorTrack> sensors_;

@@ -1,0 +1,95 @@
+#include "tools/report/repeat_folder.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+#include "tools/text/clock_time.h"
+
+namespace sensorvela::replay {
+namespace {
+
+constexpr std::size_t kMaxPeriod = 4;
+
+/// The text without the number that each error past the cap has of its own.
+std::string Key(const std::string& text) {
+  constexpr std::string_view kBefore = "has occurred [";
+  const std::size_t before = text.find(kBefore);
+  if (before == std::string::npos) return text;
+  const std::size_t number = before + kBefore.size();
+  return text.substr(0, number) + text.substr(std::min(text.size(), text.find(']', number)));
+}
+
+}  // namespace
+
+void RepeatFolder::Add(ReportLine line) {
+  std::string key = Key(line.text);
+  if (present_ && present_->key == key) {
+    ++present_->times;
+    present_->last = line.at;
+    return;
+  }
+  if (present_) AddRun(*present_);
+  const Instant at = line.at;
+  present_ = Run{.line = std::move(line), .key = std::move(key), .last = at};
+}
+
+void RepeatFolder::Flush() {
+  if (present_) AddRun(*std::exchange(present_, std::nullopt));
+  EndTurns();
+}
+
+void RepeatFolder::AddRun(const Run& run) {
+  if (ContinuesTurn(run)) {
+    turn_.push_back(run);
+    if (turn_.size() < period_) return;
+    ++turns_;
+    turns_end_ = run.last;
+    turn_.clear();
+    return;
+  }
+  if (period_ != 0) {
+    EndTurns();
+    AddRun(run);
+    return;
+  }
+  PrintRun(run);
+}
+
+bool RepeatFolder::ContinuesTurn(const Run& run) {
+  if (period_ != 0) return printed_[printed_.size() - period_ + turn_.size()] == run;
+  for (std::size_t period = 2; period <= printed_.size(); ++period) {
+    if (printed_[printed_.size() - period] != run) continue;
+    period_ = period;
+    return true;
+  }
+  return false;
+}
+
+void RepeatFolder::EndTurns() {
+  if (turns_ != 0) {
+    print_({.at = turns_end_,
+            .text = "... the last " + std::to_string(period_) + " lines " + std::to_string(turns_) +
+                    (turns_ == 1 ? " more time" : " more times") + " until " +
+                    ClockTime(turns_end_)});
+    printed_.clear();
+  }
+  period_ = 0;
+  turns_ = 0;
+  for (const Run& run : std::exchange(turn_, {})) PrintRun(run);
+}
+
+void RepeatFolder::PrintRun(const Run& run) {
+  ReportLine line = run.line;
+  if (run.times > 1) {
+    line.count = "  (" + std::to_string(run.times) + " times";
+    if (run.last != line.at) line.count += ", until " + ClockTime(run.last);
+    line.count += ')';
+  }
+  print_(line);
+  printed_.push_back(run);
+  if (printed_.size() > kMaxPeriod) printed_.pop_front();
+}
+
+}  // namespace sensorvela::replay

@@ -1,0 +1,17 @@
+// Shows all sensors' samples by latency in one table.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/run/sensor_tally.h"
+#include "tools/text/names.h"
+
+namespace sensorvela::replay {
+
+/// A line of headings and one for each sensor: its samples, those that no report has, those that
+/// were late, and the shares of the reported ones by latency. A share of 0 is empty.
+std::vector<std::string> SensorTable(const std::vector<SensorSummary>& sensors,
+                                     const SensorNames& names);
+
+}  // namespace sensorvela::replay

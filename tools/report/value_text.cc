@@ -1,0 +1,70 @@
+#include "tools/report/value_text.h"
+
+#include <cstddef>
+#include <string_view>
+
+#include <sensorvela/testkit/atom_catalogue.h>
+
+#include "tools/report/selection.h"
+#include "tools/text/atom_json.h"
+
+namespace sensorvela::replay {
+namespace {
+
+using aidl::android::frameworks::stats::VendorAtomValue;
+
+std::string Domain(const SensorVela::VendorAtom& atom) {
+  if (atom.reverseDomainName.empty()) return "";
+  return "domain=" + Dump(atom.reverseDomainName, true) + ' ';
+}
+
+/// `separator` stands between the elements of a list.
+std::string ValueText(const VendorAtomValue& value, std::string_view separator) {
+  const Json json = ToJson(value);
+  if (json.is_array()) {
+    std::string list;
+    for (const Json& element : json) {
+      if (!list.empty()) list += separator;
+      list += Dump(element, true);
+    }
+    return '[' + list + ']';
+  }
+  const bool not_a_number = json.is_string() && value.getTag() == VendorAtomValue::floatValue;
+  return not_a_number ? json.get<std::string>() : Dump(json, true);
+}
+
+bool SaysNothing(const Json& value, bool minus_one_is_none) {
+  if (value.is_number()) return value == 0 || (minus_one_is_none && value == -1);
+  return value.is_null() || value == "" || (value.is_array() && value.empty());
+}
+
+std::string WithoutLastSpace(std::string text) {
+  if (text.ends_with(' ')) text.pop_back();
+  return text;
+}
+
+}  // namespace
+
+std::string AllValues(const SensorVela::VendorAtom& atom) {
+  std::string text = Domain(atom);
+  for (std::size_t i = 0; i < atom.values.size(); ++i) {
+    text += testkit::ValueName(atom, i) + '=' + ValueText(atom.values[i], ",") + ' ';
+  }
+  return WithoutLastSpace(text);
+}
+
+std::string FoldedValues(const SensorVela::VendorAtom& atom, const SensorNames& names) {
+  const auto sensor = SensorOf(atom);
+  const bool is_state = testkit::FindValue(atom, "sampling_period_ns") != nullptr;
+  std::string text = Domain(atom);
+  if (sensor) text += names.Label(*sensor) + ' ';
+  for (std::size_t i = 0; i < atom.values.size(); ++i) {
+    const std::string name = testkit::ValueName(atom, i);
+    const bool is_in_label = sensor && (name == "sensor_id_high" || name == "sensor_id_low");
+    if (is_in_label || SaysNothing(ToJson(atom.values[i]), is_state)) continue;
+    text += name + '=' + ValueText(atom.values[i], ", ") + ' ';
+  }
+  return WithoutLastSpace(text);
+}
+
+}  // namespace sensorvela::replay

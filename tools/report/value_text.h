@@ -1,0 +1,19 @@
+// An atom's values as text, for people.
+#pragma once
+
+#include <string>
+
+#include <sensorvela/engine/sensor_vela.h>
+
+#include "tools/text/names.h"
+
+namespace sensorvela::replay {
+
+/// All values by their names, in order: "hal_call=3 error_code=-22".
+std::string AllValues(const SensorVela::VendorAtom& atom);
+
+/// The sensor's label in the place of its identifier, and the values that say something: not 0, not
+/// empty and, in an atom of a sensor's state, not -1, which stands for none.
+std::string FoldedValues(const SensorVela::VendorAtom& atom, const SensorNames& names);
+
+}  // namespace sensorvela::replay
