@@ -293,6 +293,70 @@ TEST(TraceFormatTest, IsWhatTheDocumentSays) {
   EXPECT_EQ(documented, read.str());
 }
 
+/// The keys of each kind of line, and in how many of its lines each is.
+struct Keys {
+  std::size_t lines = 0;
+  std::map<std::string, std::size_t> in_lines;
+};
+
+/// Adds the lines' objects, each of which begins with its kind.
+void AddLines(std::istream& lines, std::map<std::string, Keys>& kinds) {
+  for (std::string line; std::getline(lines, line);) {
+    const auto object = nlohmann::ordered_json::parse(line);
+    ASSERT_EQ(object.begin().key(), "kind") << line;
+    Keys& keys = kinds[object.at("kind")];
+    ++keys.lines;
+    for (const auto& [key, value] : object.items()) ++keys.in_lines[key];
+  }
+}
+
+/// Each key of each kind, and whether all lines of the kind have it.
+std::string Described(const std::map<std::string, Keys>& kinds) {
+  std::string text;
+  for (const auto& [kind, keys] : kinds) {
+    for (const auto& [key, lines] : keys.in_lines) {
+      if (key != "kind") text += kind + ' ' + key + (lines == keys.lines ? " yes\n" : " no\n");
+    }
+  }
+  return text;
+}
+
+// Compares what the replays of all traces print with the tables and examples of the document.
+TEST(OutputFormatTest, IsWhatTheDocumentSays) {
+  std::map<std::string, Keys> printed;
+  for (const std::string& path : testing::TracesIn("tests/traces")) {
+    std::ifstream lines(SourcePath(path + ".json_lines"));
+    AddLines(lines, printed);
+  }
+  std::istringstream document(Content(SourcePath("docs/output-format.md")));
+  std::map<std::string, std::map<std::string, std::string>> documented;
+  std::map<std::string, Keys> examples;
+  std::string kind;
+  for (std::string line; std::getline(document, line);) {
+    if (line.starts_with('#')) kind.clear();
+    if (line.starts_with("#### `")) kind = line.substr(6, line.size() - 7);
+    if (line.starts_with("| `") && !kind.empty()) {
+      const std::size_t end = line.find('`', 3);
+      documented[kind][line.substr(3, end - 3)] =
+          line.substr(end + 4, line.find(' ', end + 4) - end - 4);
+    }
+    if (line.starts_with('{')) {
+      std::istringstream example(line);
+      AddLines(example, examples);
+      EXPECT_TRUE(examples.contains(kind)) << line;
+    }
+  }
+  std::string tables;
+  for (const auto& [name, keys] : documented) {
+    for (const auto& [key, always] : keys) tables += name + ' ' + key + ' ' + always + '\n';
+    EXPECT_EQ(examples[name].lines, 1u) << name;
+    for (const auto& [key, lines] : examples[name].in_lines) {
+      EXPECT_TRUE(key == "kind" || keys.contains(key)) << key;
+    }
+  }
+  EXPECT_EQ(Described(printed), tables);
+}
+
 TEST(TraceFormatTest, HasAnExampleOfEachKindThatRuns) {
   std::istringstream document(Content(SourcePath("docs/trace-format.md")));
   std::string kind;

@@ -15,7 +15,9 @@ using aidl::android::frameworks::stats::VendorAtom;
 
 class JsonLinesReport : public RunObserver {
  public:
-  JsonLinesReport(std::ostream& out, const SensorNames& names) : out_(out), names_(names) {}
+  JsonLinesReport(std::ostream& out, const SensorNames& names) : out_(out), names_(names) {
+    Line({{"kind", "replay"}, {"version", 1}});
+  }
 
   void OnAtomReported(Instant at, const VendorAtom& atom, Answer answer) override {
     Json object = {{"kind", "atom"},

@@ -83,6 +83,7 @@ class TextReport : public RunObserver {
   }
 
   void OnAtomDropped(Instant at, const Cause& cause) override {
+    if (options_.summary_only) return;
     const auto sensor = SensorOf(cause.line);
     if (!options_.only.HasLost(sensor)) return;
     Line({.at = at,
