@@ -108,15 +108,19 @@ std::string Zsh(const CLI::App& app) {
   std::string completion = "#compdef " + app.get_name() + "\n_arguments";
   for (const CLI::Option* option : ShownOptions(app)) {
     const std::string help = Specification(option->get_description());
-    const bool takes_files = option->get_type_name() == "FILE" || Names(*option).empty();
-    const std::string choices = Choices(*option);
-    const std::string values = takes_files ? "_files" : '(' + choices + ')';
     const std::vector<std::string> names = Names(*option);
+    const bool takes_files = option->get_type_name() == "FILE" || names.empty();
+    const std::string values = takes_files ? "_files" : '(' + Choices(*option) + ')';
+    const std::string may_repeat = option->get_expected_max() > 1 ? "*" : "";
+    const std::string specification =
+        TakesValue(*option) ? "=[" + help + "]:value:" + values : '[' + help + ']';
     if (names.empty()) completion += " \\\n  '1:" + help + ":_files'";
     for (const std::string& name : names) {
-      completion += " \\\n  '" + name;
-      completion += TakesValue(*option) ? "=[" + help + "]:value:" + values : '[' + help + ']';
-      completion += '\'';
+      completion.append(" \\\n  '")
+          .append(may_repeat)
+          .append(name)
+          .append(specification)
+          .append("'");
     }
   }
   return completion;

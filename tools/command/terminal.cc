@@ -13,7 +13,8 @@ namespace {
 
 /// Empty for a variable that is not set.
 std::string_view Variable(const char* name) {
-  const char* const value = std::getenv(name);
+  // No other thread runs yet that could change the environment.
+  const char* const value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe)
   return value == nullptr ? std::string_view() : value;
 }
 

@@ -36,7 +36,8 @@ void RepeatFolder::Add(ReportLine line) {
 }
 
 void RepeatFolder::Flush() {
-  if (present_) AddRun(*std::exchange(present_, std::nullopt));
+  if (present_) AddRun(*present_);
+  present_.reset();
   EndTurns();
 }
 

@@ -1,6 +1,8 @@
 #include "tools/report/selection.h"
 
+#include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <string_view>
 #include <system_error>
 
@@ -47,12 +49,11 @@ bool Selection::Add(const std::string& what, const SensorNames& names) {
     atoms_.insert(id);
     return true;
   }
-  for (const testkit::AtomInfo& atom : testkit::AtomCatalogue()) {
-    if (atom.name != what) continue;
-    atoms_.insert(atom.id);
-    return true;
-  }
-  return false;
+  const auto& atoms = testkit::AtomCatalogue();
+  const auto atom = std::ranges::find(atoms, what, &testkit::AtomInfo::name);
+  if (atom == atoms.end()) return false;
+  atoms_.insert(atom->id);
+  return true;
 }
 
 bool Selection::Has(const SensorVela::VendorAtom& atom) const {

@@ -35,7 +35,9 @@ std::string ValueText(const VendorAtomValue& value, std::string_view separator) 
 
 bool SaysNothing(const Json& value, bool minus_one_is_none) {
   if (value.is_number()) return value == 0 || (minus_one_is_none && value == -1);
-  return value.is_null() || value == "" || (value.is_array() && value.empty());
+  if (value.is_string()) return value.get<std::string>().empty();
+  // Also null, which stands for an absent list.
+  return value.empty();
 }
 
 std::string WithoutLastSpace(std::string text) {
