@@ -55,7 +55,8 @@ void DeliverSamples(SensorVela& engine, sensorvela::simulated::VirtualTime& time
 }  // namespace
 
 int main() {
-  using namespace sensorvela;
+  namespace simulated = sensorvela::simulated;
+  namespace testkit = sensorvela::testkit;
   simulated::VirtualTime time;
   simulated::RegisterService(testkit::kStatsInstance,
                              ndk::SharedRefBase::make<testkit::StatsService>());

@@ -9,11 +9,12 @@
 #include "tests/recorder/recording_host.h"
 
 int main() {
-  using namespace sensorvela;
+  namespace simulated = sensorvela::simulated;
+  namespace testkit = sensorvela::testkit;
   simulated::RegisterService(testkit::kStatsInstance,
                              ndk::SharedRefBase::make<testkit::StatsService>());
   SensorVela engine{std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>()};
-  testing::CallEveryMethod(engine);
+  sensorvela::testing::CallEveryMethod(engine);
   char byte = 0;
   while (read(STDIN_FILENO, &byte, 1) > 0) continue;
 }

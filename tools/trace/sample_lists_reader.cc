@@ -4,8 +4,10 @@
 #include <array>
 #include <chrono>
 #include <cstddef>
+#include <numeric>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "engine/wrapping_arithmetic.h"
 
@@ -96,9 +98,14 @@ std::vector<RecordedSample> ReadSampleLists(FieldReader& fields, std::int64_t at
       lists[i].Reject("is no list of samples", kExpectedList);
     }
   }
-  // Keeps the order of the lists where arrivals are the same.
-  std::ranges::stable_sort(samples, {}, &RecordedSample::arrival);
-  return samples;
+  // By the arrivals, and where those are the same in the order of the lists.
+  std::vector<std::size_t> order(samples.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::ranges::sort(order, {}, [&](std::size_t i) { return std::pair(samples[i].arrival, i); });
+  std::vector<RecordedSample> merged;
+  merged.reserve(samples.size());
+  for (const std::size_t i : order) merged.push_back(samples[i]);
+  return merged;
 }
 
 }  // namespace sensorvela::replay
