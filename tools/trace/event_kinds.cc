@@ -306,10 +306,10 @@ constexpr EventKind kEventKinds[] = {
                .plan =
                    [](RecordingPlan& plan) {
                      if (++plan.cycles > kMaxCycles) {
-                   throw EventError("more cycles than the clock can count: expected at most " +
-                                    std::to_string(kMaxCycles));
-                 }
-                 if (!plan.lookups.empty()) plan.lookups.back().cycle_follows = true;
+                       throw EventError("more cycles than the clock can count: expected at most " +
+                                        std::to_string(kMaxCycles));
+                     }
+                     if (!plan.lookups.empty()) plan.lookups.back().cycle_follows = true;
                    }};
      }},
     {"supplier_answers",
