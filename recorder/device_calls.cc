@@ -32,8 +32,8 @@ constexpr std::size_t kMaxThreadNameBytes = 16;
 void IdentifyReporterThread() {
   std::array<char, kMaxThreadNameBytes> name = {};
   if (pthread_getname_np(pthread_self(), name.data(), name.size()) != 0) return;
-  if (std::string_view(name.data()) == kReporterThreadName)
-    Recordings::Get().IdentifyReporterThread();
+  if (std::string_view(name.data()) != kReporterThreadName) return;
+  Recordings::Get().IdentifyReporterThread();
 }
 
 }  // namespace

@@ -23,11 +23,11 @@ std::size_t CharacterLength(std::string_view text) {
   // No overlong forms, no surrogates, nothing beyond U+10FFFF.
   if (first >= 0xC2 && first <= 0xDF) return continues(1) ? 2 : 0;
   if (first >= 0xE0 && first <= 0xEF) {
-    const bool is_legal = !(first == 0xE0 && byte(1) < 0xA0) && !(first == 0xED && byte(1) > 0x9F);
+    const bool is_legal = (first != 0xE0 || byte(1) >= 0xA0) && (first != 0xED || byte(1) <= 0x9F);
     return is_legal && continues(1) && continues(2) ? 3 : 0;
   }
   if (first >= 0xF0 && first <= 0xF4) {
-    const bool is_legal = !(first == 0xF0 && byte(1) < 0x90) && !(first == 0xF4 && byte(1) > 0x8F);
+    const bool is_legal = (first != 0xF0 || byte(1) >= 0x90) && (first != 0xF4 || byte(1) <= 0x8F);
     return is_legal && continues(1) && continues(2) && continues(3) ? 4 : 0;
   }
   return 0;

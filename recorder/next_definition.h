@@ -26,13 +26,13 @@ Function NextDefinition(Function function) {
   // On every platform of the library, a pointer to a member function begins with its address.
   void* address = nullptr;
   static_assert(sizeof(function) >= sizeof(address));
-  std::memcpy(&address, &function, sizeof(address));
+  std::memcpy(static_cast<void*>(&address), static_cast<const void*>(&function), sizeof(address));
   Dl_info own = {};
   if (dladdr(address, &own) == 0 || own.dli_sname == nullptr) std::abort();
   void* next = dlsym(RTLD_NEXT, own.dli_sname);
   if (next == nullptr) next = FindInLibrary(own.dli_sname);
   if (next == nullptr) std::abort();
-  std::memcpy(&function, &next, sizeof(next));
+  std::memcpy(static_cast<void*>(&function), static_cast<const void*>(&next), sizeof(next));
   return function;
 }
 

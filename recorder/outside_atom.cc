@@ -40,27 +40,38 @@ void WriteNamed(EventLine& line, std::string_view name, const VendorAtomValue& v
 void WriteValue(EventLine& line, const VendorAtomValue& value) {
   switch (value.getTag()) {
     case Tag::intValue:
-      return WriteNamed<Tag::intValue>(line, "int", value);
+      WriteNamed<Tag::intValue>(line, "int", value);
+      break;
     case Tag::longValue:
-      return WriteNamed<Tag::longValue>(line, "long", value);
+      WriteNamed<Tag::longValue>(line, "long", value);
+      break;
     case Tag::floatValue:
-      return WriteNamed<Tag::floatValue>(line, "float", value);
+      WriteNamed<Tag::floatValue>(line, "float", value);
+      break;
     case Tag::stringValue:
-      return WriteNamed<Tag::stringValue>(line, "string", value);
+      WriteNamed<Tag::stringValue>(line, "string", value);
+      break;
     case Tag::boolValue:
-      return WriteNamed<Tag::boolValue>(line, "bool", value);
+      WriteNamed<Tag::boolValue>(line, "bool", value);
+      break;
     case Tag::repeatedIntValue:
-      return WriteNamed<Tag::repeatedIntValue>(line, "ints", value);
+      WriteNamed<Tag::repeatedIntValue>(line, "ints", value);
+      break;
     case Tag::repeatedLongValue:
-      return WriteNamed<Tag::repeatedLongValue>(line, "longs", value);
+      WriteNamed<Tag::repeatedLongValue>(line, "longs", value);
+      break;
     case Tag::repeatedFloatValue:
-      return WriteNamed<Tag::repeatedFloatValue>(line, "floats", value);
+      WriteNamed<Tag::repeatedFloatValue>(line, "floats", value);
+      break;
     case Tag::repeatedStringValue:
-      return WriteNamed<Tag::repeatedStringValue>(line, "strings", value);
+      WriteNamed<Tag::repeatedStringValue>(line, "strings", value);
+      break;
     case Tag::repeatedBoolValue:
-      return WriteNamed<Tag::repeatedBoolValue>(line, "bools", value);
+      WriteNamed<Tag::repeatedBoolValue>(line, "bools", value);
+      break;
     case Tag::byteArrayValue:
-      return WriteNamed<Tag::byteArrayValue>(line, "bytes", value);
+      WriteNamed<Tag::byteArrayValue>(line, "bytes", value);
+      break;
   }
 }
 

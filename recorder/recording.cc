@@ -171,7 +171,8 @@ void Recording::Append(const Sample& sample) {
 
 void Recording::RecordLookupThatWaits() {
   if (!lookup_began_ns_) return;
-  EventLine line(*std::exchange(lookup_began_ns_, std::nullopt), "lookup_waits");
+  EventLine line(lookup_began_ns_.value(), "lookup_waits");
+  lookup_began_ns_.reset();
   AddToBatch(std::string_view(line.Finish()));
 }
 

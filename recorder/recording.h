@@ -1,6 +1,7 @@
 // The recording of one engine.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -142,7 +143,7 @@ class Recording {
   /// the instant.
   std::int64_t InOrder(std::int64_t at_ns) SENSORVELA_REQUIRES(mutex_) {
     if (at_ns < 0 || at_ns > kMaxTimeNs) Stop("elapsed realtime is beyond what a trace can have");
-    if (at_ns > last_ns_) last_ns_ = at_ns;
+    last_ns_ = std::max(last_ns_, at_ns);
     return last_ns_;
   }
 

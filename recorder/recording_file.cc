@@ -4,9 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <system_error>
+#include <utility>
 
 namespace sensorvela::recorder {
 namespace {
@@ -52,8 +54,9 @@ std::optional<std::string> RecordingFile::Create(const std::string& path) {
 }
 
 std::optional<std::string> RecordingFile::Write(std::string_view text) {
-  if (text.empty() || gzwrite(file_, text.data(), static_cast<unsigned>(text.size())) > 0)
-    return std::nullopt;
+  if (text.empty()) return std::nullopt;
+  const int written = gzwrite(file_, text.data(), static_cast<unsigned>(text.size()));
+  if (written > 0) return std::nullopt;
   return Error();
 }
 

@@ -19,6 +19,7 @@ namespace {
 
 /// What the environment says; null in a process with raised privileges.
 const char* Setting(const char* name) {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): a host does not change its environment any more.
   return getauxval(AT_SECURE) == 0 ? std::getenv(name) : nullptr;
 }
 
@@ -44,7 +45,7 @@ std::shared_ptr<Recording> Recordings::Begin(SupplierKind supplier) {
   const MutexLock lock(mutex_);
   const auto identified = [this]() SENSORVELA_REQUIRES(mutex_) { return starting_ == nullptr; };
   identified_.wait_for(mutex_, std::chrono::seconds(1), identified);
-  const auto slot = std::ranges::find_if(slots_, [](const Slot& s) {
+  auto* const slot = std::ranges::find_if(slots_, [](const Slot& s) {
     return s.engine == nullptr && (s.recording == nullptr || s.recording->is_written());
   });
   if (slot == slots_.end()) {
@@ -59,7 +60,7 @@ std::shared_ptr<Recording> Recordings::Begin(SupplierKind supplier) {
 void Recordings::EngineIsConstructed(const std::shared_ptr<Recording>& recording,
                                      const SensorVela* engine) {
   const MutexLock lock(mutex_);
-  const auto slot = std::ranges::find(slots_, recording, &Slot::recording);
+  auto* const slot = std::ranges::find(slots_, recording, &Slot::recording);
   slot->engine.store(engine, std::memory_order_release);
   if (engine != nullptr) return;
   starting_ = nullptr;
@@ -75,7 +76,8 @@ void Recordings::IdentifyReporterThread() {
 
 std::shared_ptr<Recording> Recordings::Remove(const SensorVela* engine) {
   const MutexLock lock(mutex_);
-  const auto slot = std::ranges::find_if(slots_, [&](const Slot& s) { return s.engine == engine; });
+  auto* const slot =
+      std::ranges::find_if(slots_, [&](const Slot& s) { return s.engine == engine; });
   if (slot == slots_.end()) return nullptr;
   slot->engine = nullptr;
   return slot->recording;

@@ -75,8 +75,10 @@ void SampleLists::WriteTo(std::string& out) {
 
 std::size_t SampleLists::Find(SensorVela::SensorId sensor) const {
   std::size_t i = 0;
-  while (i < used_ && (lists_[i].sensor.high != sensor.high || lists_[i].sensor.low != sensor.low))
-    ++i;
+  for (; i < used_; ++i) {
+    const SensorVela::SensorId& known = lists_[i].sensor;
+    if (known.high == sensor.high && known.low == sensor.low) break;
+  }
   return i;
 }
 

@@ -201,8 +201,9 @@ Texts AllTraces() {
 }
 
 INSTANTIATE_TEST_SUITE_P(Traces, ClosedCircleTest, ::testing::ValuesIn(AllTraces()),
-                         [](const auto& t) {
-                           return t.param.substr(0, t.param.find('/')) + "_" + TraceName(t.param);
+                         [](const auto& test) {
+                           const std::string& path = test.param;
+                           return path.substr(0, path.find('/')) + "_" + TraceName(path);
                          });
 
 TEST_F(RecorderTest, FollowsEightThreadsOnTheRealClocks) {
@@ -367,7 +368,10 @@ TEST_F(RecorderTest, LeavesARecordingOfAHostThatIsKilledOrEnds) {
     host.CloseInputAndWait();
     const Replayed replayed = ReplayOf(recording);
     EXPECT_EQ(replayed.cut.empty(), !is_killed);
-    if (is_killed) EXPECT_EQ(replayed.atoms.size(), 11U);  // The other ends before it has sent all.
+    // The other ends before it has sent all.
+    if (is_killed) {
+      EXPECT_EQ(replayed.atoms.size(), 11U);
+    }
   }
   close(watch);
 }

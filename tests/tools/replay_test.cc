@@ -186,9 +186,9 @@ TEST(RefusedThreadTest, ARunFailsAndLeavesRoomForTheNext) {
 TEST(LatencyBarsTest, RoundNoShareToNothingOrToAll) {
   const auto shares = [](std::array<std::uint64_t, 5> bands) {
     std::istringstream lines(LatencyBars({.bands = bands}));
-    std::string shares;
-    for (std::string line; std::getline(lines, line);) shares += line.substr(77) + '|';
-    return shares;
+    std::string all;
+    for (std::string line; std::getline(lines, line);) all += line.substr(77) + '|';
+    return all;
   };
   EXPECT_EQ(shares({0, 7, 0, 0, 0}), "|  100.0 %||||");
   EXPECT_EQ(shares({9999, 1, 0, 0, 0}), "  >99.9 %|   <0.1 %||||");

@@ -112,9 +112,10 @@ std::string Zsh(const CLI::App& app) {
     const bool takes_files = option->get_type_name() == "FILE" || names.empty();
     const std::string values = takes_files ? "_files" : '(' + Choices(*option) + ')';
     const std::string may_repeat = option->get_expected_max() > 1 ? "*" : "";
-    const std::string specification =
-        TakesValue(*option) ? "=[" + help + "]:value:" + values : '[' + help + ']';
-    if (names.empty()) completion += " \\\n  '1:" + help + ":_files'";
+    std::string specification = TakesValue(*option) ? "=[" : "[";
+    specification.append(help).append("]");
+    if (TakesValue(*option)) specification.append(":value:").append(values);
+    if (names.empty()) completion.append(" \\\n  '1:").append(help).append(":_files'");
     for (const std::string& name : names) {
       completion.append(" \\\n  '")
           .append(may_repeat)
