@@ -104,10 +104,9 @@ foreach(case "OUTPUT_FILE;/dev/full;^1$;^[^\n]*cannot write to standard output: 
 endforeach()
 
 # The system refuses every thread, because no address space holds a stack of this size, in KiB. An
-# emulator does not pass the limit on.
+# emulator does not pass the limit on, and sanitizers need another address space.
 list(LENGTH REPLAY words)
-if(words EQUAL 1)
-  set(ENV{ASAN_OPTIONS} detect_leaks=0)  # The library leaks the unfinished engine.
+if(words EQUAL 1 AND NOT INSTRUMENTED)
   list(PREPEND REPLAY sh -c "ulimit -s 137438953472 && exec \"$0\" \"$@\"")
   expect(1 "-" "${trace}" "^$" "^sensorvela-replay: cannot start a thread: [^\n]*\n$")
 endif()
