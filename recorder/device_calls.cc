@@ -49,9 +49,8 @@ using sensorvela::recorder::ThisThread;
   static const auto next = NextDefinition(&AServiceManager_isDeclared);
   if (ThisThread().reports_for == nullptr) sensorvela::recorder::IdentifyReporterThread();
   const bool is_declared = next(instance);
-  Recording* const recording = RecordingOfCaller();
-  if (is_declared && IsStatsService(instance) && recording != nullptr)
-    recording->ServiceFoundDeclared();
+  Recording* const recording = IsStatsService(instance) ? RecordingOfCaller() : nullptr;
+  if (is_declared && recording != nullptr) recording->ServiceFoundDeclared();
   return is_declared;
 }
 

@@ -138,14 +138,14 @@ class RecorderTest : public ::testing::Test {
     }
     const Texts atoms = world.TakeAtomTexts();
     world.DestroyEngine();
-    others_lines_.clear();
+    others_lines.clear();
     for (const std::string& line : world.TakeHistory()) {
-      if (line.find("sensor-vela-recorder") != std::string::npos) others_lines_.push_back(line);
+      if (line.find("sensor-vela-recorder") != std::string::npos) others_lines.push_back(line);
     }
     return atoms;
   }
 
-  static inline Texts others_lines_;
+  static inline Texts others_lines;
 
  private:
   const fs::path folder_ =
@@ -290,7 +290,7 @@ TEST_F(RecorderTest, EndsWithOneLineInTheLogWhenItCannotWrite) {
   };
   const std::string nowhere = Record("no/such/folder.jsonl");
   EXPECT_EQ(AtomsOfAShortLife(), sent);
-  EXPECT_EQ(others_lines_, logs(nowhere + " has ended: No such file or directory"));
+  EXPECT_EQ(others_lines, logs(nowhere + " has ended: No such file or directory"));
 
   const std::string refused = Record("refused.jsonl");
   {
@@ -309,7 +309,7 @@ TEST_F(RecorderTest, EndsWithOneLineInTheLogWhenItCannotWrite) {
   setrlimit(RLIMIT_FSIZE, &small);
   EXPECT_EQ(AtomsOfAShortLife(), sent);
   setrlimit(RLIMIT_FSIZE, &before);
-  EXPECT_EQ(others_lines_, logs(large + " has ended: File too large"));
+  EXPECT_EQ(others_lines, logs(large + " has ended: File too large"));
   StopRecording();
   const Replayed replayed = ReplayOf(large);
   EXPECT_FALSE(replayed.cut.empty());

@@ -315,7 +315,8 @@ std::string Described(const std::map<std::string, Keys>& kinds) {
   std::string text;
   for (const auto& [kind, keys] : kinds) {
     for (const auto& [key, lines] : keys.in_lines) {
-      if (key != "kind") text += kind + ' ' + key + (lines == keys.lines ? " yes\n" : " no\n");
+      if (key == "kind") continue;
+      text.append(kind).append(" ").append(key).append(lines == keys.lines ? " yes\n" : " no\n");
     }
   }
   return text;
@@ -348,7 +349,9 @@ TEST(OutputFormatTest, IsWhatTheDocumentSays) {
   }
   std::string tables;
   for (const auto& [name, keys] : documented) {
-    for (const auto& [key, always] : keys) tables += name + ' ' + key + ' ' + always + '\n';
+    for (const auto& [key, always] : keys) {
+      tables.append(name).append(" ").append(key).append(" ").append(always).append("\n");
+    }
     EXPECT_EQ(examples[name].lines, 1u) << name;
     for (const auto& [key, lines] : examples[name].in_lines) {
       EXPECT_TRUE(key == "kind" || keys.contains(key)) << key;
