@@ -1,5 +1,11 @@
 #include "tests/library/test_support.h"
 
+// Only a build with the Address sanitizer defines them.
+// NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming)
+extern "C" void __lsan_disable() __attribute__((weak));
+extern "C" void __lsan_enable() __attribute__((weak));
+// NOLINTEND(bugprone-reserved-identifier, readability-identifier-naming)
+
 namespace sensorvela::testing {
 
 VendorAtom Marker(int id) {
@@ -9,6 +15,7 @@ VendorAtom Marker(int id) {
 }
 
 RefusedThreads::RefusedThreads() {
+  if (__lsan_disable != nullptr) __lsan_disable();
   pthread_getattr_default_np(&normal_);
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
@@ -17,7 +24,10 @@ RefusedThreads::RefusedThreads() {
   pthread_setattr_default_np(&attributes);
 }
 
-RefusedThreads::~RefusedThreads() { pthread_setattr_default_np(&normal_); }
+RefusedThreads::~RefusedThreads() {
+  pthread_setattr_default_np(&normal_);
+  if (__lsan_enable != nullptr) __lsan_enable();
+}
 
 }  // namespace sensorvela::testing
 

@@ -31,7 +31,8 @@ using namespace std::chrono_literals;
 /// An outside atom with nothing but an identifier.
 VendorAtom Marker(int id);
 
-/// The system refuses every new thread while this exists.
+/// The system refuses every new thread while this exists. What is allocated meanwhile may leak: the
+/// library does not free an engine whose thread was refused.
 class RefusedThreads {
  public:
   RefusedThreads();

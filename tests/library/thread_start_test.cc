@@ -5,16 +5,6 @@
 
 #include "tests/library/test_support.h"
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#include <sanitizer/lsan_interface.h>
-#define SENSORVELA_EXPECT_LEAKS const __lsan::ScopedDisabler no_leak_check
-#endif
-#endif
-#ifndef SENSORVELA_EXPECT_LEAKS
-#define SENSORVELA_EXPECT_LEAKS static_cast<void>(0)
-#endif
-
 namespace sensorvela::testing {
 namespace {
 
@@ -23,7 +13,6 @@ TEST(ThreadStartTest, ARefusalReachesTheHostAsASystemErrorAndLeavesVirtualTimeAs
   world.StartEngine();
   {
     const RefusedThreads refused;
-    SENSORVELA_EXPECT_LEAKS;
     try {
       const SensorVela engine{std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>()};
       FAIL() << "the thread started";
