@@ -1,5 +1,10 @@
 #include "atoms/build_vendor_atom.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
 using aidl::android::frameworks::stats::VendorAtom;

@@ -1,5 +1,7 @@
 #include "atoms/memory_serviceability_histograms.h"
 
+#include <memory>
+
 namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 
 using android::util::statslogapigen::StatsHistogram;

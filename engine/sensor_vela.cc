@@ -2,6 +2,9 @@
 
 #include <aidl/android/frameworks/stats/IStats.h>
 
+#include <cstdint>
+#include <memory>
+#include <string>
 #include <utility>
 
 using aidl::android::frameworks::stats::IStats;

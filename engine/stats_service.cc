@@ -4,6 +4,9 @@
 #include <android/binder_manager.h>
 #include <android/log.h>
 
+#include <memory>
+#include <string>
+
 #include "engine/log_lines.h"
 #include "engine/log_tag.h"
 #include "engine/sensor_vela.h"

@@ -3,8 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <initializer_list>
 #include <limits>
+#include <memory>
 #include <utility>
+#include <vector>
 
 namespace android::util::statslogapigen {
 namespace {

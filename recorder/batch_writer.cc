@@ -1,6 +1,8 @@
 #include "recorder/batch_writer.h"
 
 #include <cstddef>
+#include <optional>
+#include <string>
 
 namespace sensorvela::recorder {
 

@@ -3,6 +3,7 @@
 #include <utils/SystemClock.h>
 
 #include <algorithm>
+#include <cstdint>
 
 #include "engine/wrapping_arithmetic.h"
 

@@ -1,4 +1,5 @@
 // Takes the place of the library's exported methods. Each calls the library's.
+#include <cstdint>
 #include <string_view>
 
 #include <sensorvela/engine/sensor_vela.h>

@@ -5,7 +5,10 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
+#include <string>
+#include <string_view>
 
 namespace sensorvela::recorder {
 namespace {

@@ -6,8 +6,13 @@
 #include <utils/SystemClock.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <exception>
+#include <memory>
+#include <optional>
+#include <string>
 #include <thread>
 #include <utility>
 

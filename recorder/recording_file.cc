@@ -7,6 +7,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 

@@ -1,5 +1,8 @@
 #include "recorder/sample_lists.h"
 
+#include <cstddef>
+#include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "engine/wrapping_arithmetic.h"

@@ -3,7 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "atoms/all_records.h"
 

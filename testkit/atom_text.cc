@@ -9,6 +9,7 @@
 #include <cstring>
 #include <optional>
 #include <ostream>
+#include <string>
 #include <vector>
 
 #include "testkit/atom_catalogue.h"

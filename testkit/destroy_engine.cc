@@ -1,5 +1,6 @@
 #include "testkit/destroy_engine.h"
 
+#include <functional>
 #include <thread>
 
 namespace sensorvela::testkit {

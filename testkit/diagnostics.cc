@@ -1,7 +1,9 @@
 #include "testkit/diagnostics.h"
 
 #include <cstddef>
+#include <memory>
 #include <utility>
+#include <vector>
 
 namespace sensorvela::testkit {
 namespace {

@@ -1,6 +1,9 @@
 #include "testkit/stats_service.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <utility>
+#include <vector>
 
 namespace sensorvela::testkit {
 

@@ -2,6 +2,9 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
 
 namespace sensorvela::testkit {
 namespace {

@@ -2,8 +2,11 @@
 
 #include <android/log.h>
 
+#include <functional>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "testkit/atom_text.h"
 #include "testkit/destroy_engine.h"

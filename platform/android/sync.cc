@@ -3,6 +3,10 @@
 
 #include <pthread.h>
 
+#include <chrono>
+#include <mutex>
+#include <thread>
+
 namespace sensorvela::platform {
 
 MonotonicClock::time_point MonotonicClock::now() noexcept {

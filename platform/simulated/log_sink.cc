@@ -8,6 +8,7 @@
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
+#include <string_view>
 #include <utility>
 
 #include "platform/sync.h"

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <list>
 #include <map>
+#include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 

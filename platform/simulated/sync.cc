@@ -8,6 +8,8 @@
 
 #include <chrono>
 #include <cstdint>
+#include <mutex>
+#include <thread>
 
 #include "platform/simulated/timeline.h"
 

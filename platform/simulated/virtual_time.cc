@@ -1,5 +1,7 @@
 #include "platform/simulated/virtual_time.h"
 
+#include <cstdint>
+
 #include "platform/simulated/timeline.h"
 
 namespace sensorvela::simulated {

@@ -5,6 +5,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 

@@ -1,5 +1,6 @@
 // Tests what the simulation's sequential model cannot: calls during a step of the reporter thread,
 // and what the engine does to the host's objects.
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <utility>

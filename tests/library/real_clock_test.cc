@@ -16,6 +16,8 @@ namespace {
 
 using sensorvela::platform::MonotonicClock;
 
+static_assert(MonotonicClock::is_steady);
+
 TEST(RealClockTest, AnAtomWakesTheReporterAndSoDoesTheEnd) {
   std::array<char, 16> thread_name = {};
   const auto service = ndk::SharedRefBase::make<sensorvela::testkit::StatsService>(

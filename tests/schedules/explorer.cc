@@ -1,8 +1,12 @@
 #include "tests/schedules/explorer.h"
 
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdio>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include "tests/schedules/fiber.h"
 #include "tests/schedules/memory.h"

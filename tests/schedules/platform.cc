@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdarg>
+#include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 
 #include "atoms/diagnostics_atoms.h"

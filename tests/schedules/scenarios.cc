@@ -2,6 +2,8 @@
 #include "tests/schedules/scenarios.h"
 
 #include <memory>
+#include <set>
+#include <string>
 #include <thread>
 #include <vector>
 

@@ -2,6 +2,7 @@
 // show the same log lines and atoms.
 #include <android/log.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>

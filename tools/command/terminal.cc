@@ -5,6 +5,7 @@
 
 #include <charconv>
 #include <cstdlib>
+#include <optional>
 #include <string_view>
 #include <system_error>
 

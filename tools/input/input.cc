@@ -7,6 +7,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <span>
+#include <string>
 #include <system_error>
 
 namespace sensorvela::replay {

@@ -1,7 +1,9 @@
 #include "tools/input/line_reader.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <span>
+#include <string_view>
 #include <utility>
 
 namespace sensorvela::replay {

@@ -3,7 +3,10 @@
 #include <zlib.h>
 
 #include <array>
+#include <cstddef>
+#include <memory>
 #include <new>
+#include <span>
 #include <utility>
 #include <vector>
 

@@ -1,5 +1,7 @@
 #include "tools/log/error_count.h"
 
+#include <cstdint>
+
 #include "tools/log/library_line.h"
 
 namespace sensorvela::devicelog {

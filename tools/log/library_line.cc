@@ -3,8 +3,11 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 #include "engine/log_lines.h"

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
+#include <functional>
+#include <string_view>
 #include <vector>
 
 namespace sensorvela::devicelog {

@@ -1,7 +1,10 @@
 #include "tools/report/json_lines_report.h"
 
 #include <chrono>
+#include <memory>
+#include <ostream>
 #include <string>
+#include <string_view>
 
 #include <sensorvela/testkit/atom_catalogue.h>
 

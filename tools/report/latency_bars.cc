@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <numeric>
+#include <string>
 #include <string_view>
 
 namespace sensorvela::replay {

@@ -2,6 +2,9 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
+#include <ios>
+#include <string>
 
 namespace sensorvela::replay {
 

@@ -1,5 +1,10 @@
 #include "tools/report/progress.h"
 
+#include <chrono>
+#include <cstdint>
+#include <ostream>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include "tools/text/clock_time.h"

@@ -4,7 +4,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdio>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "tools/report/latency_bars.h"
 

@@ -1,8 +1,10 @@
 #include "tools/run/sensor_tally.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <string_view>
+#include <vector>
 
 #include <sensorvela/testkit/atom_catalogue.h>
 

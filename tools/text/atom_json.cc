@@ -1,7 +1,10 @@
 #include "tools/text/atom_json.h"
 
 #include <cmath>
+#include <cstddef>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include <sensorvela/testkit/atom_catalogue.h>
 

@@ -2,6 +2,10 @@
 
 #include <android/log.h>
 
+#include <string>
+#include <string_view>
+#include <vector>
+
 #include "tools/text/printable_text.h"
 
 namespace sensorvela::replay {

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <cstdio>
 #include <optional>
+#include <string>
+#include <string_view>
 
 namespace sensorvela::replay {
 namespace {

@@ -1,5 +1,9 @@
 #include "tools/text/wrapped_text.h"
 
+#include <cstddef>
+#include <string>
+#include <string_view>
+
 namespace sensorvela::replay {
 
 std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent) {

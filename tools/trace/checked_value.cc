@@ -4,8 +4,14 @@
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "tools/text/printable_text.h"
 

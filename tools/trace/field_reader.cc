@@ -1,6 +1,13 @@
 #include "tools/trace/field_reader.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "tools/text/printable_text.h"
 

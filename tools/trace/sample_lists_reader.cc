@@ -4,10 +4,12 @@
 #include <array>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <numeric>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "engine/wrapping_arithmetic.h"
 

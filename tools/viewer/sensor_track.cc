@@ -1,6 +1,8 @@
 #include "tools/viewer/sensor_track.h"
 
 #include <chrono>
+#include <cstdint>
+#include <string>
 #include <utility>
 
 namespace sensorvela::replay {

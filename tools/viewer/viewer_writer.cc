@@ -3,6 +3,9 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <ostream>
+#include <string>
+#include <string_view>
 
 namespace sensorvela::replay {
 namespace {

@@ -34,6 +34,7 @@ class VendorAtomValue
           std::optional<std::vector<bool>>, std::optional<std::vector<std::uint8_t>>> {
  public:
   using GeneratedUnion::GeneratedUnion;
+  VendorAtomValue() {}  // NOLINT(modernize-use-equals-default)
 
   static constexpr Tag intValue = Tag::intValue;
   static constexpr Tag longValue = Tag::longValue;
