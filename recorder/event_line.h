@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -31,30 +30,16 @@ class EventLine {
   EventLine& Open(char open);
   EventLine& Close(char close);
   EventLine& Value(std::int64_t value);
+  EventLine& Value(std::int32_t value) { return Value(std::int64_t{value}); }
   EventLine& Value(float value);
   EventLine& Value(bool value);
   /// Bytes that are not UTF-8 are replaced.
   EventLine& Value(std::string_view value);
 
-  /// An array of numbers, bools or texts.
-  template <typename Values>
-  EventLine& Array(const Values& values) {
-    Open('[');
-    for (const auto& value : values) Value(Widened(value));
-    return Close(']');
-  }
-
   /// The whole line, with its end.
   const std::string& Finish();
 
  private:
-  static std::int64_t Widened(std::int64_t value) { return value; }
-  static float Widened(float value) { return value; }
-  static bool Widened(bool value) { return value; }
-  static std::string_view Widened(const std::string& value) { return value; }
-  static std::int64_t Widened(std::int32_t value) { return value; }
-  static std::int64_t Widened(std::uint8_t value) { return value; }
-
   void Separate();
 
   std::string text_;

@@ -16,7 +16,7 @@ void Write(EventLine& line, std::int64_t value) { line.Value(value); }
 void Write(EventLine& line, float value) { line.Value(value); }
 void Write(EventLine& line, bool value) { line.Value(value); }
 void Write(EventLine& line, const std::string& value) { line.Value(std::string_view(value)); }
-void Write(EventLine& line, std::int32_t value) { line.Value(std::int64_t{value}); }
+void Write(EventLine& line, std::int32_t value) { line.Value(value); }
 void Write(EventLine& line, std::uint8_t value) { line.Value(std::int64_t{value}); }
 void Write(EventLine& line, const std::optional<std::string>& value) {
   Write(line, value.value_or(""));

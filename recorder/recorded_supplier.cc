@@ -1,5 +1,8 @@
 #include "recorder/recorded_supplier.h"
 
+#include <cstdint>
+#include <memory>
+#include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -20,35 +23,35 @@ void WriteValues(EventLine& line, const Values&... values) {
   line.Close(']');
 }
 
-std::int64_t Long(std::int32_t value) { return value; }
+void WriteArray(EventLine& line, std::span<const std::int32_t> values) {
+  line.Open('[');
+  for (const std::int32_t value : values) line.Value(value);
+  line.Close(']');
+}
 
 void Write(EventLine& line, const V::ProcessorDiag& r) {
   WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4);
 }
 void Write(EventLine& line, const V::QueueStress& r) {
-  WriteValues(line, r.value_1, r.value_2, Long(r.value_3), Long(r.value_4), r.value_5, r.value_6);
+  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5, r.value_6);
 }
 void Write(EventLine& line, const V::IpcErrorRate& r) {
-  WriteValues(line, Long(r.value_1), Long(r.value_2), Long(r.value_3), Long(r.value_4));
+  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4);
 }
 void Write(EventLine& line, const V::SensorUsage& r) {
-  WriteValues(line, Long(r.value_1), Long(r.value_2), Long(r.value_3), Long(r.value_4),
-              Long(r.value_5), Long(r.value_6), Long(r.value_7));
+  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5, r.value_6, r.value_7);
 }
 void Write(EventLine& line, const V::GatingContext& r) {
-  WriteValues(line, Long(r.value_1), Long(r.value_2), Long(r.value_3), Long(r.value_4),
-              Long(r.value_5), Long(r.value_6), Long(r.value_7), Long(r.value_8), Long(r.value_9));
+  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5, r.value_6, r.value_7,
+              r.value_8, r.value_9);
 }
 void Write(EventLine& line, const V::DramException& r) {
-  WriteValues(line, Long(r.value_1), Long(r.value_2), Long(r.value_3), Long(r.value_4),
-              Long(r.value_5));
+  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5);
 }
 void Write(EventLine& line, const V::AadProxStats& r) {
-  WriteValues(line, Long(r.value_1), Long(r.value_2), Long(r.value_3), Long(r.value_4),
-              Long(r.value_5), Long(r.value_6), Long(r.value_7), Long(r.value_8), r.value_9,
-              r.value_10, r.value_11, r.value_12, r.value_13, r.value_14, Long(r.value_15),
-              Long(r.value_16), Long(r.value_17), Long(r.value_18), Long(r.value_19),
-              Long(r.value_20));
+  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5, r.value_6, r.value_7,
+              r.value_8, r.value_9, r.value_10, r.value_11, r.value_12, r.value_13, r.value_14,
+              r.value_15, r.value_16, r.value_17, r.value_18, r.value_19, r.value_20);
 }
 void Write(EventLine& line, const V::MemoryPressure& r) {
   line.Open('{')
@@ -60,11 +63,11 @@ void Write(EventLine& line, const V::MemoryPressure& r) {
       .Float("pressure_value_4", r.pressure_value_4)
       .Integer("serviceability_value_1", r.serviceability_value_1)
       .Integer("serviceability_value_2", r.serviceability_value_2)
-      .Name("bucket_allocation_count")
-      .Array(r.bucket_allocation_count)
-      .Name("bucket_duration_ms")
-      .Array(r.bucket_duration_ms)
-      .Close('}');
+      .Name("bucket_allocation_count");
+  WriteArray(line, r.bucket_allocation_count);
+  line.Name("bucket_duration_ms");
+  WriteArray(line, r.bucket_duration_ms);
+  line.Close('}');
 }
 template <typename Record>
 void Write(EventLine& line, const std::unique_ptr<Record>& record) {

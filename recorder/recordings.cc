@@ -4,10 +4,13 @@
 #include <sys/auxv.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <memory>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "platform/thread_annotations.h"
 
@@ -25,12 +28,12 @@ const char* Setting(const char* name) {
 
 }  // namespace
 
-// Never destroyed: threads may call engines while the process exits.
 Recordings::Recordings() {
   pthread_atfork(nullptr, nullptr, [] { Get().ForgetAll(); });
 }
 
 Recordings& Recordings::Get() {
+  // Never destroyed: threads may call engines while the process exits.
   static Recordings& recordings = *new Recordings;
   return recordings;
 }
@@ -39,22 +42,26 @@ std::shared_ptr<Recording> Recordings::Begin(SupplierKind supplier) {
   const char* const path = Setting("SENSORVELA_RECORDING");
   if (path == nullptr || *path == '\0' || is_forked_) return nullptr;
   const char* const wait = Setting("SENSORVELA_RECORDING_WAIT");
-  auto recording = Recording::Start(
-      {.path = path, .waits_for_disk = wait != nullptr && std::string_view(wait) == "1"}, supplier);
-  if (recording == nullptr) return nullptr;
+  const Recording::Options options = {
+      .path = path, .waits_for_disk = wait != nullptr && std::string_view(wait) == "1"};
+
   const MutexLock lock(mutex_);
-  const auto identified = [this]() SENSORVELA_REQUIRES(mutex_) { return starting_ == nullptr; };
-  identified_.wait_for(mutex_, std::chrono::seconds(1), identified);
+  AwaitIdentification();
   auto* const slot = std::ranges::find_if(slots_, [](const Slot& s) {
     return s.engine == nullptr && (s.recording == nullptr || s.recording->is_written());
   });
-  if (slot == slots_.end()) {
-    recording->EngineEnds();
-    return nullptr;
+  if (slot == slots_.end()) return nullptr;
+  slot->recording = Recording::Start(options, supplier);
+  starting_ = slot->recording.get();
+  return slot->recording;
+}
+
+void Recordings::AwaitIdentification() {
+  // Another engine that waits here, too, can be the next one that starts.
+  while (const Recording* const awaited = starting_) {
+    const auto is_over = [&]() SENSORVELA_REQUIRES(mutex_) { return starting_ != awaited; };
+    if (!identified_.wait_for(mutex_, std::chrono::seconds(1), is_over)) starting_ = nullptr;
   }
-  slot->recording = recording;
-  starting_ = recording.get();
-  return recording;
 }
 
 void Recordings::EngineIsConstructed(const std::shared_ptr<Recording>& recording,

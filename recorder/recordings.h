@@ -23,8 +23,9 @@ class Recordings {
   static Recordings& Get();
 
   /// The recording of a new engine; null if the environment asks for none, the process runs with
-  /// raised privileges, or `kMaxEngines` are recorded already. Waits, for a second at most, until
-  /// every earlier engine's reporter thread has been identified.
+  /// raised privileges, `kMaxEngines` are recorded already, or the system refuses a thread or the
+  /// memory. Waits until the reporter thread of every earlier engine has been identified, for a
+  /// second at most for each.
   std::shared_ptr<Recording> Begin(SupplierKind supplier) SENSORVELA_EXCLUDES(mutex_);
 
   /// The engine has been constructed, or not: then `engine` is null.
@@ -66,6 +67,7 @@ class Recordings {
 
   Recordings();
 
+  void AwaitIdentification() SENSORVELA_REQUIRES(mutex_);
   std::vector<std::shared_ptr<Recording>> All() SENSORVELA_EXCLUDES(mutex_);
   /// In a process that has been forked off: nothing is recorded there.
   void ForgetAll() {

@@ -10,13 +10,16 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <ios>
 #include <iterator>
 #include <memory>
 #include <optional>
@@ -24,6 +27,7 @@
 #include <string>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <sensorvela/platform/simulated/log_sink.h>
@@ -281,6 +285,25 @@ TEST_F(RecorderTest, WritesAFileForItsOwnerForEachEngine) {
   }
   EXPECT_FALSE(fs::exists(Path("elsewhere")) || fs::exists(Path("link-2")));
   EXPECT_FALSE(fs::exists(Path("privileged.jsonl")));
+}
+
+TEST_F(RecorderTest, RecordsEightEnginesAtATime) {
+  Record("many.jsonl");
+  const auto files = [&] {
+    return std::distance(fs::directory_iterator(Path("")), fs::directory_iterator());
+  };
+  const World world;
+  const auto start = [] {
+    return std::make_unique<SensorVela>(std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>());
+  };
+  std::vector<std::unique_ptr<SensorVela>> engines(9);
+  std::ranges::generate(engines, start);
+  engines.pop_back();  // It was not recorded, so the next one is not either.
+  engines.push_back(start());
+  engines.clear();
+  EXPECT_EQ(files(), 8);
+  start().reset();
+  EXPECT_EQ(files(), 9);
 }
 
 TEST_F(RecorderTest, EndsWithOneLineInTheLogWhenItCannotWrite) {
