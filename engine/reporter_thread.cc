@@ -2,6 +2,7 @@
 // the deadline has passed after a sleep.
 #include <android/log.h>
 
+#include <cstddef>
 #include <deque>
 
 #include "engine/log_lines.h"
@@ -11,6 +12,13 @@
 
 using sensorvela::platform::MonotonicClock;
 using sensorvela::platform::MutexLock;
+
+namespace {
+
+/// The memory of a larger batch is freed: its list of blocks grows with it.
+constexpr std::size_t kMostAtomsOfAReusedBatch = 64;
+
+}  // namespace
 
 void SensorVela::RunReporterThread() {
   sensorvela::platform::NameThisThread(sensorvela::kReporterThreadName);
@@ -57,12 +65,18 @@ void SensorVela::DrainAtomQueue() {
   const auto service = sensorvela::LookUpStatsService(stats_service_name_);
   if (service == nullptr) {
     __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, sensorvela::kAtomsDroppedLine);
-    return;
-  }
-  for (const VendorAtom& atom : batch) {
-    if (!sensorvela::ReportAtom(*service, atom)) {
-      __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, sensorvela::kReportFailedLine,
-                          atom.atomId);
+  } else {
+    for (const VendorAtom& atom : batch) {
+      if (!sensorvela::ReportAtom(*service, atom)) {
+        __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, sensorvela::kReportFailedLine,
+                            atom.atomId);
+      }
     }
   }
+
+  // An emptied batch still has a block or two. The next atoms use them.
+  if (batch.size() > kMostAtomsOfAReusedBatch) return;
+  batch.clear();
+  const MutexLock lock(queue_mutex_);
+  if (atom_queue_.empty()) batch.swap(atom_queue_);
 }

@@ -4,10 +4,11 @@
 #include <gtest/gtest.h>
 #include <utils/SystemClock.h>
 
+#include <cstdint>
 #include <functional>
-#include <latch>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -135,61 +136,72 @@ TEST(CallCostTest, OfEachBuilderAndTheHistogram) {
             Cost{});
 }
 
-TEST(CallCostTest, OfTakingABatchIsTheSameForEveryLength) {
-  if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
-  const auto calls_until_the_first_report = [](int atoms_queued) {
-    World world;
-    std::optional<CallCounts> calls;
-    world.on_report = [&](const VendorAtom&) {
-      if (!calls) calls = CallsOfThisThread();
-    };
-    world.UnregisterService();
-    world.StartEngine();
-    world.TakeHistory();  // Now the reporter thread waits for the service.
-    for (int i = 0; i < atoms_queued; ++i) world.engine().ReportFirmwareState(1, {}, i);
-    world.RegisterService();
-    world.TakeHistory();
-    return *calls;
-  };
-  calls_until_the_first_report(1);  // The first call creates the kit's catalogue.
-  EXPECT_EQ(calls_until_the_first_report(1).allocations,
-            calls_until_the_first_report(500).allocations);
-}
-
-/// Counts what the reporter thread calls from one report to the next.
+/// Counts what the reporter thread calls until the first report, and from one report to the next.
 class CountingService : public aidl::android::frameworks::stats::BnStats {
  public:
-  static constexpr int kReports = 100;
-
   ndk::ScopedAStatus reportVendorAtom(const VendorAtom& /*atom*/) override {
     const CallCounts entered = CallsOfThisThread();
-    if (reports_ > 0) {
-      calls.allocations += entered.allocations - left_.allocations;
-      calls.locks += entered.locks - left_.locks;
-    }
-    if (++reports_ == kReports) done.count_down();
+    ++reports;
+    if (!before_the_first) before_the_first = left_ = entered;
+    between.allocations += entered.allocations - left_.allocations;
+    between.locks += entered.locks - left_.locks;
     auto status = ndk::ScopedAStatus::ok();
     left_ = CallsOfThisThread();
     return status;
   }
 
-  CallCounts calls;
-  std::latch done{1};
+  std::optional<CallCounts> before_the_first;
+  CallCounts between;
+  int reports = 0;
 
  private:
-  int reports_ = 0;
   CallCounts left_;
 };
 
-TEST(CallCostTest, ABatchIsSentWithoutACopyOrALock) {
+TEST(CallCostTest, ABatchOfAnyLengthIsTakenAndSentWithoutACopy) {
   if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
+  const auto sent = [](int atoms) {
+    simulated::VirtualTime time;
+    const auto service = ndk::SharedRefBase::make<CountingService>();
+    simulated::DeclareService(testkit::kStatsInstance);
+    auto engine = testkit::MakeEngine(SupplierKind::kNone, nullptr);
+    for (int i = 0; i < atoms; ++i) engine->ReportFirmwareState(1, {}, 1);
+    time.WaitUntilSettled();  // The reporter thread waits for the service.
+    simulated::RegisterService(testkit::kStatsInstance, service);
+    time.WaitUntilAtRest();
+    engine.reset();
+    simulated::ResetServices();
+    EXPECT_EQ(service->reports, atoms);
+    EXPECT_EQ(service->between, CallCounts{});
+    return service->before_the_first->allocations;
+  };
+  EXPECT_EQ(sent(1), sent(500));
+}
+
+TEST(CallCostTest, TheMemoryOfASmallBatchIsReusedAndThatOfALargeOneFreed) {
+  if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
+  constexpr int kBurst = 100'000;
+  simulated::VirtualTime time;
   const auto service = ndk::SharedRefBase::make<CountingService>();
-  simulated::DeclareService(testkit::kStatsInstance);
-  auto engine = testkit::MakeEngine(SupplierKind::kNone, nullptr);
-  for (int i = 0; i < CountingService::kReports; ++i) engine->ReportFirmwareState(1, {}, 1);
   simulated::RegisterService(testkit::kStatsInstance, service);
-  service->done.wait();
-  EXPECT_EQ(service->calls, CallCounts{});
+  auto engine = testkit::MakeEngine(SupplierKind::kNone, nullptr);
+  const auto report = [&] { engine->ReportFirmwareState(1, {}, 1); };
+  report();
+  for (int i = 0; i < 3; ++i) {
+    time.WaitUntilAtRest();
+    EXPECT_EQ(CostOf(report).calls.allocations, 1) << "only the atom's values";
+  }
+  time.WaitUntilAtRest();
+
+  const std::int64_t bytes_at_rest = HeapBytesInUse();
+  simulated::UnregisterService(testkit::kStatsInstance);
+  report();
+  time.WaitUntilSettled();  // All that follow are one batch.
+  for (int i = 0; i < kBurst; ++i) report();
+  EXPECT_GT(HeapBytesInUse(), bytes_at_rest + kBurst * std::int64_t{sizeof(VendorAtom)});
+  simulated::RegisterService(testkit::kStatsInstance, service);
+  time.WaitUntilAtRest();
+  EXPECT_LE(HeapBytesInUse(), bytes_at_rest);
   engine.reset();
   simulated::ResetServices();
 }
