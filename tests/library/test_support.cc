@@ -1,5 +1,8 @@
 #include "tests/library/test_support.h"
 
+#include <cstddef>
+#include <cstdint>
+
 // Only a build with the Address sanitizer defines them.
 // NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming)
 extern "C" void __lsan_disable() __attribute__((weak));
@@ -39,12 +42,4 @@ void SensorVelaTestPeer::SetCounters(SensorVela& engine, SensorVela::SensorId se
   status.sample_count = count;
   status.late_sample_count = count;
   status.latency_buckets.back() = count;
-}
-
-std::int64_t SensorVelaTestPeer::AtomsTaken(SensorVela& engine,
-                                            const sensorvela::simulated::VirtualTime& time) {
-  // An atom is queued and its notification sent under one lock.
-  const sensorvela::platform::MutexLock lock(engine.queue_mutex_);
-  return static_cast<std::int64_t>(time.Notifications() - engine.atom_queue_.size()) -
-         (engine.stop_requested_ ? 1 : 0);
 }

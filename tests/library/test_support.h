@@ -1,5 +1,4 @@
-// What the tests share beyond the kit: threads, refused or many, and access to the engine's private
-// fields.
+// What the tests share beyond the kit: refused threads, and access to the engine's private fields.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -9,7 +8,6 @@
 #include <chrono>
 #include <cstdint>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <sensorvela/engine/sensor_vela.h>
@@ -44,14 +42,6 @@ class RefusedThreads {
   pthread_attr_t normal_;
 };
 
-/// Runs `body` with 0, 1, ... on that many threads at once.
-template <typename Body>
-void OnThreads(int count, Body body) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < count; ++i) threads.emplace_back(body, i);
-  for (std::thread& thread : threads) thread.join();
-}
-
 }  // namespace sensorvela::testing
 
 /// The tests' only access to the engine's private fields.
@@ -60,9 +50,4 @@ class SensorVelaTestPeer {
   /// Sets the counts as if the sensor, which must have a status, had delivered `count` samples, all
   /// late and in the last band.
   static void SetCounters(SensorVela& engine, SensorVela::SensorId sensor, std::uint32_t count);
-
-  /// How many of the atoms queued so far the reporter thread has taken. `engine` must be the only
-  /// one.
-  static std::int64_t AtomsTaken(SensorVela& engine,
-                                 const sensorvela::simulated::VirtualTime& time);
 };
