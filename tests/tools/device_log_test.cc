@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
+#include <ios>
 #include <iterator>
 #include <memory>
 #include <regex>
@@ -101,7 +102,7 @@ TEST(DeviceLogTest, ReadsTheSameFactsFromEveryForm) {
       {"%1  root   812   830 %2 sensor-vela: %3", "        1795442401.123",
        "        1795442402.327", true},
       {"%1  1000   812   830 %2 sensor-vela: %3", "    12.000000001", "    13.204000001", true},
-      {"%1  1000   812   830 %2 sensor-vela: %3", "2026-11-23 15:00:01.123 +0100",
+      {"%1  1000   812   830 %2 sensor-vela: %3", "2026-11-24 04:00:01.123 +1400",
        "2026-11-23 19:30:02.327 +0530", true},
       {"[ %1   812:  830 %2/sensor-vela ]\n%3\n", "11-23 08:00:01.000", "11-23 08:00:02.204", true},
       {"[ %1  1000:  812:  830 %2/sensor-vela ]\r\n%3\r\n\r", "2026-11-23 08:00:01.000000 -0500",

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <map>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -22,7 +23,6 @@ namespace {
 using replay::Json;
 
 constexpr int kFormatVersion = 1;
-constexpr std::int64_t kNsPerMs = 1'000'000;
 
 /// Facts of one kind. For a program a row is an object, for a reader the keys are columns.
 struct Table {
@@ -58,10 +58,8 @@ const char* Name(ServiceAtStart service) {
 }
 
 Json ToRow(const EngineStart& engine) {
-  std::optional<std::int64_t> wait_ms = engine.WaitNs();
-  if (wait_ms) *wait_ms /= kNsPerMs;
   return {{"pid", ToJson(engine.pid)},         {"tid", ToJson(engine.tid)},
-          {"service", Name(engine.service)},   {"wait_ms", ToJson(wait_ms)},
+          {"service", Name(engine.service)},   {"wait_ms", ToJson(engine.WaitMs())},
           {"started", ToJson(engine.started)}, {"wait_ended", ToJson(engine.wait_ended)}};
 }
 

@@ -1,12 +1,19 @@
 #include "tools/log/log_summary.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "engine/log_tag.h"
 
 namespace sensorvela::devicelog {
 namespace {
+
+constexpr std::int64_t kNsPerMs = 1'000'000;
 
 /// How many processes, and kinds of error of processes, are followed.
 constexpr std::size_t kMaxFollowed = 1000;
@@ -26,13 +33,13 @@ bool BeginsSection(std::string_view text) {
 
 }  // namespace
 
-std::optional<std::int64_t> EngineStart::WaitNs() const {
+std::optional<std::int64_t> EngineStart::WaitMs() const {
   if (!started || !wait_ended || started->time.text.empty() || wait_ended->time.text.empty()) {
     return std::nullopt;
   }
   // A clock that was set back meanwhile measures nothing.
   const std::int64_t ns = wait_ended->time.ns - started->time.ns;
-  return ns >= 0 ? std::optional(ns) : std::nullopt;
+  return ns >= 0 ? std::optional(ns / kNsPerMs) : std::nullopt;
 }
 
 LogSummary::LogSummary() : log_lines_(kLogTag) {}

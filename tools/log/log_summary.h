@@ -44,8 +44,8 @@ struct EngineStart {
   std::optional<Place> started;
   std::optional<Place> wait_ended;
 
-  /// How long the wait for the service took; nothing if the log does not say.
-  std::optional<std::int64_t> WaitNs() const;
+  /// How long the wait for the service took, in milliseconds; nothing if the log does not say.
+  std::optional<std::int64_t> WaitMs() const;
 };
 
 /// Drains that found no service, one after the other. Nothing in the log says when it came back.
