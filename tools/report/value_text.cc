@@ -1,6 +1,7 @@
 #include "tools/report/value_text.h"
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 #include <sensorvela/testkit/atom_catalogue.h>
@@ -15,7 +16,7 @@ using aidl::android::frameworks::stats::VendorAtomValue;
 
 std::string Domain(const SensorVela::VendorAtom& atom) {
   if (atom.reverseDomainName.empty()) return "";
-  return "domain=" + Dump(atom.reverseDomainName, true) + ' ';
+  return "domain=" + Dump(atom.reverseDomainName, true);
 }
 
 /// `separator` stands between the elements of a list.
@@ -40,9 +41,9 @@ bool SaysNothing(const Json& value, bool minus_one_is_none) {
   return value.empty();
 }
 
-std::string WithoutLastSpace(std::string text) {
-  if (text.ends_with(' ')) text.pop_back();
-  return text;
+void AppendWord(std::string& text, const std::string& word) {
+  if (!text.empty()) text += ' ';
+  text += word;
 }
 
 }  // namespace
@@ -50,23 +51,23 @@ std::string WithoutLastSpace(std::string text) {
 std::string AllValues(const SensorVela::VendorAtom& atom) {
   std::string text = Domain(atom);
   for (std::size_t i = 0; i < atom.values.size(); ++i) {
-    text += testkit::ValueName(atom, i) + '=' + ValueText(atom.values[i], ",") + ' ';
+    AppendWord(text, testkit::ValueName(atom, i) + '=' + ValueText(atom.values[i], ","));
   }
-  return WithoutLastSpace(text);
+  return text;
 }
 
 std::string FoldedValues(const SensorVela::VendorAtom& atom, const SensorNames& names) {
   const auto sensor = SensorOf(atom);
   const bool is_state = testkit::FindValue(atom, "sampling_period_ns") != nullptr;
   std::string text = Domain(atom);
-  if (sensor) text += names.Label(*sensor) + ' ';
+  if (sensor) AppendWord(text, names.Label(*sensor));
   for (std::size_t i = 0; i < atom.values.size(); ++i) {
     const std::string name = testkit::ValueName(atom, i);
     const bool is_in_label = sensor && (name == "sensor_id_high" || name == "sensor_id_low");
     if (is_in_label || SaysNothing(ToJson(atom.values[i]), is_state)) continue;
-    text += name + '=' + ValueText(atom.values[i], ", ") + ' ';
+    AppendWord(text, name + '=' + ValueText(atom.values[i], ", "));
   }
-  return WithoutLastSpace(text);
+  return text;
 }
 
 }  // namespace sensorvela::replay

@@ -4,13 +4,17 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <deque>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "tools/text/printable_text.h"
 
@@ -103,10 +107,7 @@ class JsonLine::FastParser {
 
   // What the reader calls back. False ends the parsing.
 
-  bool Null() {
-    values_.Add(Type::kNull);
-    return true;
-  }
+  bool Null() { return false; }  // No field takes it.
 
   bool Bool(bool value) {
     values_.Add(Type::kBool).integer = value ? 1 : 0;
