@@ -36,22 +36,24 @@ if(TARGET sensorvela-replay)
     INSTALL_RPATH $ORIGIN/${to_libraries})
   install(TARGETS sensorvela-replay sensorvela-log)
 
-  # The tool writes its manual and its completions itself, from what its help says.
+  # Each tool writes its manual and its completions itself, from what its help says.
   if(NOT SENSORVELA_INSTRUMENTED)
-    set(manual ${PROJECT_BINARY_DIR}/manual)
-    file(MAKE_DIRECTORY ${manual})
-    add_custom_command(
-      OUTPUT ${manual}/sensorvela-replay.1 ${manual}/sensorvela-replay ${manual}/_sensorvela-replay
-      COMMAND sensorvela-replay --generate man > ${manual}/sensorvela-replay.1
-      COMMAND sensorvela-replay --generate bash > ${manual}/sensorvela-replay
-      COMMAND sensorvela-replay --generate zsh > ${manual}/_sensorvela-replay
-      DEPENDS sensorvela-replay VERBATIM)
-    add_custom_target(manual ALL DEPENDS ${manual}/sensorvela-replay.1)
-    install(FILES ${manual}/sensorvela-replay.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-    install(FILES ${manual}/sensorvela-replay
-      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
-    install(FILES ${manual}/_sensorvela-replay
-      DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+    foreach(tool sensorvela-replay sensorvela-log)
+      set(manual ${PROJECT_BINARY_DIR}/manual)
+      file(MAKE_DIRECTORY ${manual})
+      add_custom_command(
+        OUTPUT ${manual}/${tool}.1 ${manual}/${tool} ${manual}/_${tool}
+        COMMAND ${tool} --generate man > ${manual}/${tool}.1
+        COMMAND ${tool} --generate bash > ${manual}/${tool}
+        COMMAND ${tool} --generate zsh > ${manual}/_${tool}
+        DEPENDS ${tool} VERBATIM)
+      list(APPEND manuals ${manual}/${tool}.1)
+      install(FILES ${manual}/${tool}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+      install(FILES ${manual}/${tool}
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+      install(FILES ${manual}/_${tool} DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+    endforeach()
+    add_custom_target(manuals ALL DEPENDS ${manuals})
   endif()
 endif()
 

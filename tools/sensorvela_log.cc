@@ -13,6 +13,7 @@
 #include <system_error>
 #include <vector>
 
+#include "tools/command/manual.h"
 #include "tools/log/log_report.h"
 #include "tools/log/log_summary.h"
 #include "tools/log/read_lines.h"
@@ -26,8 +27,10 @@ constexpr int kExitFailed = 1;
 constexpr int kExitBadUsage = 2;
 
 constexpr char kAbout[] =
-    "Finds the lines of libsensorvela in a device's log, or in a bug report, and prints what they\n"
-    "say: the starts of engines, lost atoms, errors by call, type and sensor, and ended cycles.";
+    "Finds the lines of libsensorvela in a device's log and prints what they say together.\n"
+    "\n"
+    "The log is what logcat prints, or a bug report. Printed are the starts of engines, lost\n"
+    "atoms, errors by call, type and sensor, and ended cycles.";
 
 constexpr char kFooter[] =
     "The lines may have any of logcat's forms brief, tag, process, time, threadtime and long, "
@@ -97,7 +100,9 @@ int main(int argc, char** argv) try {
   app.add_option("--format", options.format, "What to print: tables for a reader, or JSON Lines")
       ->check(CLI::IsMember({"text", "jsonl"}))
       ->capture_default_str();
-  app.set_version_flag("--version", "sensorvela-log " SENSORVELA_VERSION);
+  app.set_version_flag("--version", "sensorvela-log " SENSORVELA_VERSION,
+                       "Print the version and exit");
+  sensorvela::replay::AddGenerateOption(app);
   app.footer(kFooter);
   try {
     app.parse(argc, argv);

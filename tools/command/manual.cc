@@ -2,6 +2,9 @@
 
 #include <cstddef>
 #include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace sensorvela::replay {
@@ -53,12 +56,24 @@ std::string Choices(const CLI::Option& option) {
   return Replaced(type.substr(first + 1, type.find('}') - first - 1), ",", " ");
 }
 
+bool IsRepeatable(const CLI::Option& option) { return option.get_expected_max() > 1; }
+
+/// The command with its arguments.
+std::string Synopsis(const CLI::App& app) {
+  std::string synopsis = app.get_name() + " [OPTIONS]";
+  for (const CLI::Option* option : ShownOptions(app)) {
+    if (!Names(*option).empty()) continue;
+    synopsis += ' ' + option->get_name(true) + (IsRepeatable(*option) ? "..." : "");
+  }
+  return synopsis;
+}
+
 std::string Man(const CLI::App& app) {
   const std::string about = app.get_description();
   const std::size_t summary = about.find(".\n");
-  std::string page = ".TH SENSORVELA\\-REPLAY 1 \"\" \"libsensorvela " SENSORVELA_VERSION "\"\n";
+  std::string page = ".TH " + app.get_name() + " 1 \"\" \"libsensorvela " SENSORVELA_VERSION "\"\n";
   page += ".SH NAME\n" + Roff(app.get_name() + " - " + about.substr(0, summary));
-  page += ".SH SYNOPSIS\n" + Roff(app.get_name() + " [OPTIONS] TRACE");
+  page += ".SH SYNOPSIS\n" + Roff(Synopsis(app));
   page += ".SH DESCRIPTION\n" + Roff(about.substr(about.find_first_not_of(".\n", summary)));
   page += ".SH OPTIONS\n";
   for (const CLI::Option* option : ShownOptions(app)) {
@@ -81,8 +96,8 @@ std::string Bash(const CLI::App& app) {
     values += "    " + Joined(names, "|") + ") COMPREPLY=($(compgen -W '" + Choices(*option) +
               "' -- \"$current\")); return ;;\n";
   }
-  return R"(# bash completion for sensorvela-replay; where it offers nothing, bash offers files.
-_sensorvela_replay() {
+  const std::string function = '_' + Replaced(app.get_name(), "-", "_");
+  return "# Where this completion offers nothing, bash offers files.\n" + function + R"(() {
   local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   if [[ $current == = ]]; then
     current=
@@ -93,11 +108,11 @@ _sensorvela_replay() {
   case $previous in
 )" + values +
          "  esac\n  [[ $current != -* ]] || COMPREPLY=($(compgen -W '" + all +
-         "' -- \"$current\"))\n}\ncomplete -o default -F _sensorvela_replay " + app.get_name();
+         "' -- \"$current\"))\n}\ncomplete -o default -F " + function + ' ' + app.get_name();
 }
 
-/// A part of a specification for `_arguments`, inside of single quotes.
-std::string Specification(std::string text) {
+/// Text for `_arguments`, inside of single quotes.
+std::string ZshText(std::string text) {
   for (const char* special : {"\\", "[", "]", ":"}) {
     text = Replaced(std::move(text), special, std::string("\\") + special);
   }
@@ -107,31 +122,38 @@ std::string Specification(std::string text) {
 std::string Zsh(const CLI::App& app) {
   std::string completion = "#compdef " + app.get_name() + "\n_arguments";
   for (const CLI::Option* option : ShownOptions(app)) {
-    const std::string help = Specification(option->get_description());
-    const std::vector<std::string> names = Names(*option);
-    const bool takes_files = option->get_type_name() == "FILE" || names.empty();
-    const std::string values = takes_files ? "_files" : '(' + Choices(*option) + ')';
-    const std::string may_repeat = option->get_expected_max() > 1 ? "*" : "";
-    std::string specification = TakesValue(*option) ? "=[" : "[";
-    specification.append(help).append("]");
-    if (TakesValue(*option)) specification.append(":value:").append(values);
-    if (names.empty()) completion.append(" \\\n  '1:").append(help).append(":_files'");
-    for (const std::string& name : names) {
-      completion.append(" \\\n  '")
-          .append(may_repeat)
-          .append(name)
-          .append(specification)
-          .append("'");
+    const std::string help = ZshText(option->get_description());
+    std::string meaning = '[' + help + ']';
+    if (TakesValue(*option)) {
+      const bool takes_file = option->get_type_name() == "FILE";
+      const std::string values = takes_file ? "_files" : '(' + Choices(*option) + ')';
+      meaning = Joined({"=", meaning, ":value:", values}, "");
     }
+    const std::string start = std::string(" \\\n  '") + (IsRepeatable(*option) ? "*" : "");
+    const std::vector<std::string> names = Names(*option);
+    for (const std::string& name : names) {
+      completion += Joined({start, name, meaning, "'"}, "");
+    }
+    if (!names.empty()) continue;
+    const std::string place = IsRepeatable(*option) ? "" : "1";
+    completion += Joined({start, place, ":", help, ":_files'"}, "");
   }
   return completion;
 }
 
-}  // namespace
-
 std::string Generated(const CLI::App& app, std::string_view what) {
   if (what == "man") return Man(app);
   return what == "bash" ? Bash(app) : Zsh(app);
+}
+
+}  // namespace
+
+void AddGenerateOption(CLI::App& app) {
+  app.add_option_function<std::string>(
+         "--generate",
+         [&app](const std::string& what) { throw CLI::CallForVersion(Generated(app, what), 0); })
+      ->check(CLI::IsMember({"man", "bash", "zsh"}))
+      ->group("");
 }
 
 }  // namespace sensorvela::replay

@@ -2,13 +2,12 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <string>
-#include <string_view>
 
 namespace sensorvela::replay {
 
-/// `what`: "man", the manual's page in roff; "bash" or "zsh", the completion for that shell. It has
-/// all options but the hidden ones.
-std::string Generated(const CLI::App& app, std::string_view what);
+/// Adds the hidden option `--generate`, with which the build writes the manual's page in roff
+/// ("man") and the completions ("bash", "zsh"). They have all options but the hidden ones. `app`
+/// has its name already and outlives the parsing.
+void AddGenerateOption(CLI::App& app);
 
 }  // namespace sensorvela::replay

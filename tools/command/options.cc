@@ -56,12 +56,7 @@ void AddOptions(CLI::App& app, Options& options) {
   app.add_flag("--check", options.check,
                "Run nothing; say what is wrong with the trace, also where a recording was cut")
       ->excludes(trace_out);
-  // The build writes the manual and the completions with this one.
-  app.add_option_function<std::string>(
-         "--generate",
-         [&app](const std::string& what) { throw CLI::CallForVersion(Generated(app, what), 0); })
-      ->check(CLI::IsMember({"man", "bash", "zsh"}))
-      ->group("");
+  AddGenerateOption(app);
   app.footer(kTraceHelp + DescribeEventKinds() + kExitHelp);
 }
 
