@@ -1,6 +1,8 @@
 #include "platform/simulated/timeline.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -157,8 +159,9 @@ void Timeline::WaitForNotifications(std::uint64_t count) {
 void Timeline::Advance(std::chrono::nanoseconds instant) {
   if (instant <= now()) return;
   const std::chrono::nanoseconds step = SaturatingSum(instant, -now());
-  elapsed_ns_ = instant.count();
-  monotonic_ns_ = SaturatingSum(monotonic_now(), step).count();
+  // A sequentially consistent store would take longer than the rest, for each sample of a replay.
+  elapsed_ns_.store(instant.count(), std::memory_order_release);
+  monotonic_ns_.store(SaturatingSum(monotonic_now(), step).count(), std::memory_order_release);
 }
 
 void Timeline::Wake(Engine& engine) {

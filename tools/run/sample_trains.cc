@@ -1,5 +1,8 @@
 #include "tools/run/sample_trains.h"
 
+#include <cstdint>
+#include <string>
+
 namespace sensorvela::replay {
 
 std::int64_t SampleTrain::DurationNs() const {
@@ -9,33 +12,36 @@ std::int64_t SampleTrain::DurationNs() const {
 }
 
 void SampleTrains::Start(const SampleTrain& train, Instant start, TraceLine line) {
-  const auto text = running_lines_.emplace(running_lines_.end(), line.text);
-  running_.push({train, line.number, text, started_++, start.count(), 0});
+  const auto running =
+      running_.insert(running_.end(), {train, line.number, std::string(line.text), start.count()});
+  turns_.push({start.count() + train.latency_ns, started_++, running});
 }
 
 void SampleTrains::Cut() {
-  running_ = {};
-  ended_lines_.splice(ended_lines_.end(), running_lines_);
+  turns_ = {};
+  ended_.splice(ended_.end(), running_);
 }
 
 bool SampleTrains::HasSampleBy(Instant instant) const {
-  return !running_.empty() && running_.top().arrival_ns() <= instant.count();
+  return !turns_.empty() && turns_.top().arrival_ns <= instant.count();
 }
 
 SampleTrains::Sample SampleTrains::TakeNext() {
-  Running next = running_.top();
-  running_.pop();
-  const Sample sample = {next.train.sensor,
-                         next.timestamp_ns,
-                         Instant(next.arrival_ns()),
-                         {next.line_number, *next.line_text}};
+  Turn turn = turns_.top();
+  turns_.pop();
+  Running& next = *turn.train;
   const SampleTrain& train = next.train;
+  const Sample sample = {train.sensor,
+                         next.timestamp_ns,
+                         Instant(turn.arrival_ns),
+                         {next.line_number, next.line_text}};
   if (++next.taken < train.count) {
     next.timestamp_ns += train.interval_ns;
     if (train.gap_every > 0 && next.taken % train.gap_every == 0) next.timestamp_ns += train.gap_ns;
-    running_.push(next);
+    turn.arrival_ns = next.timestamp_ns + train.latency_ns;
+    turns_.push(turn);
   } else {
-    ended_lines_.splice(ended_lines_.end(), running_lines_, next.line_text);
+    ended_.splice(ended_.end(), running_, turn.train);
   }
   return sample;
 }

@@ -52,7 +52,7 @@ class SampleTrains {
   void Cut();
 
   /// Frees the lines of the trains that have ended.
-  void ForgetEnded() { ended_lines_.clear(); }
+  void ForgetEnded() { ended_.clear(); }
 
   /// Whether a sample arrives by `instant`.
   bool HasSampleBy(Instant instant) const;
@@ -62,27 +62,31 @@ class SampleTrains {
   Sample TakeNext();
 
  private:
-  /// A list, in which a text stays where it is.
-  using Lines = std::list<std::string>;
-
   struct Running {
     SampleTrain train;
     std::size_t line_number;
-    Lines::iterator line_text;
-    std::size_t order;
+    std::string line_text;
     std::int64_t timestamp_ns;
-    std::int64_t taken;
+    std::int64_t taken = 0;
+  };
+  /// A list, in which a train and its text stay where they are.
+  using Trains = std::list<Running>;
 
-    std::int64_t arrival_ns() const { return timestamp_ns + train.latency_ns; }
-    bool operator>(const Running& other) const {
-      if (arrival_ns() != other.arrival_ns()) return arrival_ns() > other.arrival_ns();
+  /// A train's next sample.
+  struct Turn {
+    std::int64_t arrival_ns;
+    std::size_t order;
+    Trains::iterator train;
+
+    bool operator>(const Turn& other) const {
+      if (arrival_ns != other.arrival_ns) return arrival_ns > other.arrival_ns;
       return order > other.order;
     }
   };
 
-  std::priority_queue<Running, std::vector<Running>, std::greater<>> running_;
-  Lines running_lines_;
-  Lines ended_lines_;
+  std::priority_queue<Turn, std::vector<Turn>, std::greater<>> turns_;
+  Trains running_;
+  Trains ended_;
   std::size_t started_ = 0;
 };
 
