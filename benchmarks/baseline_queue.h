@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <deque>
 #include <mutex>
+#include <semaphore>
 #include <thread>
 #include <utility>
 #include <variant>
@@ -20,21 +21,44 @@ using aidl::android::frameworks::stats::VendorAtomValue;
 template <typename Atoms>
 class BasicBaselineQueue {
  public:
+  BasicBaselineQueue() : emptier_([this] { Run(); }) {}
+  ~BasicBaselineQueue() {
+    stopped_ = true;
+    full_.release();
+    emptier_.join();
+  }
+  BasicBaselineQueue(const BasicBaselineQueue&) = delete;
+  BasicBaselineQueue& operator=(const BasicBaselineQueue&) = delete;
+
   void Enqueue(VendorAtom&& atom) {
     const std::lock_guard lock(mutex_);
     atoms_.push_back(std::move(atom));
     not_empty_.notify_all();
   }
 
-  /// Frees all atoms on another thread, as the engine does.
+  /// Frees all atoms on the queue's own thread, as the engine does.
   void Empty() {
-    std::thread([&] { Atoms().swap(atoms_); }).join();
+    full_.release();
+    empty_.acquire();
   }
 
  private:
+  void Run() {
+    while (true) {
+      full_.acquire();
+      if (stopped_) return;
+      Atoms().swap(atoms_);
+      empty_.release();
+    }
+  }
+
   std::mutex mutex_;
   std::condition_variable not_empty_;
   Atoms atoms_;
+  std::binary_semaphore full_{0};
+  std::binary_semaphore empty_{0};
+  bool stopped_ = false;
+  std::thread emptier_;
 };
 
 using BaselineQueue = BasicBaselineQueue<std::deque<VendorAtom>>;

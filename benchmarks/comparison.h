@@ -1,53 +1,53 @@
-// Compares operations with their baselines and prints the results as tables.
+// Compares operations with their baselines: each in short slices, which take turns.
 #pragma once
 
 #include <benchmark/benchmark.h>
 
+#include <chrono>
 #include <functional>
-#include <map>
 #include <string>
-#include <vector>
 
 namespace sensorvela::benchmarks {
 
-using Body = std::function<void(benchmark::State&)>;
+/// Runs an operation some hundred times and returns what one took, in nanoseconds.
+using Slice = std::function<double()>;
+
+/// Sets up whatever a slice needs. What it needs lives as long as the slice.
+using MakeSlice = std::function<Slice()>;
+
+/// The time that `count` calls took, divided by `count`.
+template <typename Call>
+double MeanNs(int count, const Call& call) {
+  const auto start = std::chrono::steady_clock::now();
+  for (int i = 0; i < count; ++i) call();
+  const std::chrono::duration<double, std::nano> time = std::chrono::steady_clock::now() - start;
+  return time.count() / count;
+}
 
 /// An operation of the library, and its baseline: the unavoidable part of the same work, written by
 /// hand.
 struct Comparison {
   std::string table;
   std::string name;
-  Body operation;
-  Body baseline;
+  MakeSlice operation;
+  MakeSlice baseline;
   /// The highest acceptable ratio; 0 if there is no goal.
   double goal = 0;
+  /// The threads that run a slice. Only a row of one thread is expected to hold still.
   int threads = 1;
-  /// Both bodies set their iteration times themselves.
-  bool manual_time = false;
+  /// How often each process sets the pair up and compares it.
+  int repetitions = 41;
 };
 
-/// Adds a row that shows the median times of both, measured in the same run, and their ratio.
+/// Adds a row that compares the two. Each repetition sets both up anew, and gives one ratio.
 void Add(const Comparison& comparison);
 
 /// Adds a row for an operation that has no baseline.
-void Add(const std::string& table, const std::string& name, const Body& body);
+void Add(const std::string& table, const std::string& name,
+         const std::function<void(benchmark::State&)>& body);
 
 /// Adds a row with a column for each counter that `body` sets: its median over some runs.
-void AddCounters(const std::string& table, const std::string& name, const Body& body);
-
-/// Prints the tables in the order in which they were added.
-class Tables : public benchmark::BenchmarkReporter {
- public:
-  bool ReportContext(const Context& context) override;
-  void ReportRuns(const std::vector<Run>& runs) override;
-  void Finalize() override;
-
- private:
-  void PrintFigures(const std::string& operation, const std::string& baseline, double goal) const;
-
-  /// The times and counters of all repetitions, by benchmark name.
-  std::map<std::string, std::vector<double>> times_ns_;
-  std::map<std::string, std::map<std::string, std::vector<double>>> counters_;
-};
+void AddCounters(const std::string& table, const std::string& name,
+                 const std::function<void(benchmark::State&)>& body);
 
 }  // namespace sensorvela::benchmarks

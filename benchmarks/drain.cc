@@ -1,6 +1,8 @@
 // The reporter thread's work for each atom of a long batch, with a service that does nothing.
 #include <chrono>
 #include <deque>
+#include <memory>
+#include <ratio>
 #include <thread>
 
 #include "benchmarks/baseline_queue.h"
@@ -11,50 +13,46 @@
 namespace sensorvela::benchmarks {
 namespace {
 
-constexpr int kBatch = 4096;
-
-void SetTime(benchmark::State& state, std::chrono::nanoseconds time) {
-  state.SetIterationTime(std::chrono::duration<double>(time).count());
-}
+constexpr int kBatch = 2000;
 
 enum class Extent { kReports, kReportsAndFrees };
 
-Body Operation(Extent extent) {
-  return [=](benchmark::State& state) {
-    BlockedEngine engine;
-    while (state.KeepRunningBatch(kBatch)) {
-      engine.Empty();
+MakeSlice Operation(Extent extent) {
+  return [=]() -> Slice {
+    return [=, engine = std::make_shared<BlockedEngine>()] {
+      engine->Empty();
       for (int i = 0; i < kBatch; ++i) {
-        engine->ReportFirmwareState(1, SensorVela::FirmwareState{2}, i);
+        (*engine)->ReportFirmwareState(1, SensorVela::FirmwareState{2}, i);
       }
       // The batch is reported during the first `Drain` and freed during the second.
-      std::chrono::nanoseconds time = engine.Drain();
-      if (extent == Extent::kReportsAndFrees) time += engine.Drain();
-      SetTime(state, time);
-    }
+      std::chrono::duration<double, std::nano> time = engine->Drain();
+      if (extent == Extent::kReportsAndFrees) time += engine->Drain();
+      return time.count() / kBatch;
+    };
   };
 }
 
 /// Calls the service and checks the status, on another thread than the one that made the atoms.
-Body Baseline(Extent extent) {
-  return [=](benchmark::State& state) {
-    BlockingService service;
-    IStats* stats = &service;
-    benchmark::DoNotOptimize(stats);
-    int failed = 0;
-    while (state.KeepRunningBatch(kBatch)) {
+MakeSlice Baseline(Extent extent) {
+  return [=]() -> Slice {
+    return [=, service = ndk::SharedRefBase::make<BlockingService>()] {
+      IStats* stats = service.get();
+      benchmark::DoNotOptimize(stats);
       std::deque<VendorAtom> batch;
       for (int i = 0; i < kBatch; ++i) batch.push_back(BaselineAtom(3));
+      std::chrono::duration<double, std::nano> time{};
       std::thread([&] {
         const auto start = std::chrono::steady_clock::now();
+        int failed = 0;
         for (const VendorAtom& atom : batch) {
           if (!stats->reportVendorAtom(atom).isOk()) ++failed;
         }
+        benchmark::DoNotOptimize(failed);
         if (extent == Extent::kReportsAndFrees) std::deque<VendorAtom>().swap(batch);
-        SetTime(state, std::chrono::steady_clock::now() - start);
+        time = std::chrono::steady_clock::now() - start;
       }).join();
-    }
-    benchmark::DoNotOptimize(failed);
+      return time.count() / kBatch;
+    };
   };
 }
 
@@ -66,12 +64,12 @@ void AddDrain() {
        .operation = Operation(Extent::kReports),
        .baseline = Baseline(Extent::kReports),
        .goal = 1.25,
-       .manual_time = true});
+       .threads = 2});
   Add({.table = "The reporter thread, per atom of a long batch",
        .name = "reported and freed",
        .operation = Operation(Extent::kReportsAndFrees),
        .baseline = Baseline(Extent::kReportsAndFrees),
-       .manual_time = true});
+       .threads = 2});
 }
 
 }  // namespace sensorvela::benchmarks

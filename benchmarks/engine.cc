@@ -1,5 +1,9 @@
 #include "benchmarks/engine.h"
 
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <mutex>
 #include <utility>
 
 #include <sensorvela/platform/simulated/service_manager.h>
@@ -19,12 +23,12 @@ class NoOpService : public BnStats {
   }
 };
 
+}  // namespace
+
 std::unique_ptr<SensorVela> StartEngine(std::shared_ptr<IStats> service) {
   simulated::RegisterService(testkit::kStatsInstance, std::move(service));
   return testkit::MakeEngine(testkit::SupplierKind::kNone, nullptr);
 }
-
-}  // namespace
 
 std::unique_ptr<SensorVela> StartEngine() {
   return StartEngine(ndk::SharedRefBase::make<NoOpService>());

@@ -20,6 +20,9 @@ using aidl::android::frameworks::stats::VendorAtom;
 /// Starts an engine whose service ignores every report.
 std::unique_ptr<SensorVela> StartEngine();
 
+/// Starts an engine that reports to `service`, as long as no other engine has been started.
+std::unique_ptr<SensorVela> StartEngine(std::shared_ptr<IStats> service);
+
 /// A service that ignores every report, except the reports of marker atoms: these block.
 class BlockingService : public BnStats {
  public:

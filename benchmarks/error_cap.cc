@@ -13,11 +13,13 @@
 namespace sensorvela::benchmarks {
 namespace {
 
-void Operation(benchmark::State& state) {
-  const auto engine = StartEngine();
-  const auto fail = [&] { engine->LogSensorHalError({0x10, 1}, SensorVela::HalCall{3}, -22); };
+constexpr int kCalls = 1000;
+
+Slice Operation() {
+  const std::shared_ptr<SensorVela> engine = StartEngine();
+  const auto fail = [=] { engine->LogSensorHalError({0x10, 1}, SensorVela::HalCall{3}, -22); };
   for (int i = 0; i < 10; ++i) fail();
-  for (auto _ : state) fail();
+  return [=] { return MeanNs(kCalls, fail); };
 }
 
 struct Counts {
@@ -35,10 +37,10 @@ struct Counts {
                       static_cast<std::int32_t>(key), count, 10U);
 }
 
-void Baseline(benchmark::State& state) {
-  Counts counts;
-  counts.counts[3] = 10;
-  for (auto _ : state) BaselineFail(counts, 3);
+Slice Baseline() {
+  const auto counts = std::make_shared<Counts>();
+  counts->counts[3] = 10;
+  return [=] { return MeanNs(kCalls, [&] { BaselineFail(*counts, 3); }); };
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include <sensorvela/atoms/memory_serviceability_histograms.h>
@@ -13,14 +14,16 @@
 namespace sensorvela::benchmarks {
 namespace {
 
+constexpr int kCalls = 10'000;
+
 /// Calls `add` with one value from each bin in turn; the bins are 5 wide.
 template <typename Add>
-void ForEachValue(benchmark::State& state, const Add& add) {
+double TimeOf(const Add& add) {
   float value = -2.5F;
-  for (auto _ : state) {
+  return MeanNs(kCalls, [&] {
     add(value);
     value = value > 100 ? -2.5F : value + 5;
-  }
+  });
 }
 
 auto NewHistogram() {
@@ -28,9 +31,10 @@ auto NewHistogram() {
       create_sensor_memory_serviceability_stats_reported__bucket_duration_ms_histogram();
 }
 
-void Operation(benchmark::State& state) {
-  const auto histogram = NewHistogram();
-  ForEachValue(state, [&](float value) { histogram->addValue(value); });
+Slice Operation() {
+  return [histogram = std::shared_ptr(NewHistogram())] {
+    return TimeOf([&](float value) { histogram->addValue(value); });
+  };
 }
 
 /// A linear scan for the bin.
@@ -41,10 +45,11 @@ void Operation(benchmark::State& state) {
   ++counts[bin - 1];
 }
 
-void Baseline(benchmark::State& state) {
+Slice Baseline() {
   const std::vector<float> edges = NewHistogram()->getBins();
-  std::vector<std::int32_t> counts(edges.size());
-  ForEachValue(state, [&](float value) { BaselineAdd(edges, counts, value); });
+  return [=, counts = std::vector<std::int32_t>(edges.size())]() mutable {
+    return TimeOf([&](float value) { BaselineAdd(edges, counts, value); });
+  };
 }
 
 }  // namespace

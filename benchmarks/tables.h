@@ -9,6 +9,7 @@ void AddErrorCap();
 void AddDrain();
 void AddHistogram();
 void AddBuilders();
+void AddBurst();
 void AddScale();
 void AddBacklog();
 

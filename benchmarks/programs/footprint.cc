@@ -1,4 +1,5 @@
-// sensorvela-footprint: prints how much memory an engine, a sensor and a queued atom take.
+// sensorvela-footprint: prints how much memory an engine, a sensor and a queued atom take, as
+// tables for scripts/print-tables.
 #include <aidl/android/frameworks/stats/BnStats.h>
 
 #include <array>
@@ -27,9 +28,7 @@ namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
 
-void Print(const char* what, std::size_t bytes) {
-  std::printf("  %-52s %7zu bytes\n", what, bytes);
-}
+void Print(const char* what, std::size_t bytes) { std::printf("%s\t%zu\n", what, bytes); }
 
 void PrintAtom(const char* what, const VendorAtom& atom) {
   std::size_t bytes = sizeof(atom) + atom.values.capacity() * sizeof(VendorAtomValue);
@@ -72,21 +71,27 @@ std::size_t TableEntryBytes() {
   return allocated_bytes - before;
 }
 
-/// The process's resident memory: its own (heap and stacks) and that of mapped files.
-struct Resident {
-  std::size_t own_bytes = 0;
-  std::size_t file_bytes = 0;
-};
-
-Resident ResidentNow() {
+/// The process's own resident memory: heap and stacks.
+std::size_t OwnBytes() {
   std::ifstream totals("/proc/self/smaps_rollup");
-  std::size_t all_kib = 0;
-  std::size_t own_kib = 0;
+  std::size_t kib = 0;
   for (std::string key; totals >> key;) {
-    if (key == "Rss:") totals >> all_kib;
-    if (key == "Anonymous:") totals >> own_kib;
+    if (key == "Anonymous:") totals >> kib;
   }
-  return {own_kib * 1024, (all_kib - own_kib) * 1024};
+  return kib * 1024;
+}
+
+/// The resident memory of the library's file, with what the system reads ahead.
+std::size_t LibraryBytes() {
+  std::ifstream maps("/proc/self/smaps");
+  std::size_t kib = 0;
+  bool of_library = false;
+  for (std::string line; std::getline(maps, line);) {
+    const bool is_header = line.find('-') < line.find(' ');
+    if (is_header) of_library = line.find("/libsensorvela.so") != std::string::npos;
+    if (of_library && line.starts_with("Rss:")) kib += std::stoul(line.substr(4));
+  }
+  return kib * 1024;
 }
 
 class IdleStats : public aidl::android::frameworks::stats::BnStats {
@@ -103,21 +108,18 @@ void PrintResident() {
   sensorvela::simulated::RegisterService(instance, ndk::SharedRefBase::make<IdleStats>());
   std::vector<std::unique_ptr<SensorVela>> engines;
   const auto start = [&](std::size_t count) {
-    const Resident before = ResidentNow();
+    const std::size_t before = OwnBytes();
     for (std::size_t i = 0; i < count; ++i) {
       engines.push_back(std::make_unique<SensorVela>(
           std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr)));
     }
     time.WaitUntilAtRest();
-    const Resident after = ResidentNow();
-    return Resident{(after.own_bytes - before.own_bytes) / count,
-                    (after.file_bytes - before.file_bytes) / count};
+    return (OwnBytes() - before) / count;
   };
-  ResidentNow();  // Allocates what every reading needs, so that it is not counted.
-  const Resident first = start(1);
-  Print("the first idle engine: the heap and the thread's stack", first.own_bytes);
-  Print("the first idle engine: pages of the libraries", first.file_bytes);
-  Print("each of 32 more: the heap and the thread's stack", start(32).own_bytes);
+  OwnBytes();  // Allocates what every reading needs, so that it is not counted.
+  Print("the first idle engine: the heap and the thread's stack", start(1));
+  Print("each of 32 more: the heap and the thread's stack", start(32));
+  Print("pages of libsensorvela.so", LibraryBytes());
 }
 
 }  // namespace
@@ -125,12 +127,12 @@ void PrintResident() {
 int main() {
   const sensorvela::simulated::ScopedLogSink to_nowhere(
       [](int, std::string_view, std::string_view) {});
-  std::printf("Memory, without the heap's own overhead:\n");
+  std::printf("### Memory, without the heap's own overhead\n\tbytes\n");
   Print("the engine", sizeof(SensorVela));
   Print("a sensor in the status table, and its bucket", TableEntryBytes() + sizeof(void*));
   Print("an atom's own fields", sizeof(VendorAtom));
   Print("one value", sizeof(VendorAtomValue));
-  std::printf("A queued atom with its values:\n");
+  std::printf("### A queued atom with its values\n\tbytes\n");
   PrintAtom("SensorHalErrorDetected", createVendorAtom(atoms::SensorHalErrorDetected{}));
   PrintAtom("SensorRuntimeErrorDetected", createVendorAtom(atoms::SensorRuntimeErrorDetected{}));
   PrintAtom("HalSensorStateChanged, enabled", createVendorAtom(atoms::HalSensorStateChanged{}));
@@ -141,6 +143,6 @@ int main() {
   PrintAtom("SensorFirmwareStateChanged", createVendorAtom(atoms::SensorFirmwareStateChanged{}));
   PrintAtom("ProxStatusReported", createVendorAtom(atoms::ProxStatusReported{}));
   PrintAtom("AADProxStatsReported", createVendorAtom(atoms::AADProxStatsReported{}));
-  std::printf("Resident memory:\n");
+  std::printf("### Resident memory\n\tbytes\n");
   PrintResident();
 }
