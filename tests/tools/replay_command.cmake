@@ -1,13 +1,5 @@
 # Tests the command line of sensorvela-replay: its exit status and what it writes to each stream.
-function(expect status arguments input out err)
-  file(WRITE ${WORK}/input "${input}")
-  execute_process(COMMAND ${REPLAY} ${arguments} INPUT_FILE ${WORK}/input
-    RESULT_VARIABLE result OUTPUT_VARIABLE printed ERROR_VARIABLE complained)
-  if(NOT result STREQUAL status OR NOT printed MATCHES "${out}" OR NOT complained MATCHES "${err}")
-    message(FATAL_ERROR
-      "${arguments}: status ${result}\nprinted: ${printed}\ncomplained: ${complained}")
-  endif()
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/command.cmake)
 
 set(trace "{\"at_ns\":0,\"event\":\"engine_start\"}\n")
 expect(0 "-" "${trace}" "^\ndelivered  .*cycles ended" "^$")
@@ -15,7 +7,7 @@ expect(0 "-;--log" "${trace}" "^00:00:00.000000000  log  " "^$")
 expect(0 "-;--format;jsonl" "${trace}" "^{\"kind\":\"replay\",\"version\":1}\n{\"kind\":\"summary\"" "^$")
 expect(0 "-;--trace-out;${WORK}/trace_events.json" "${trace}" "^\ndelivered" "^$")
 expect(1 "-;--trace-out;/dev/full" "${trace}" "^\ndelivered" "^[^\n]*cannot write /dev/full: No space left[^\n]*\n$")
-expect(0 "--help" "" "engine_start" "^$")
+expect(0 "--help" "" "\n  --only WHAT .*\n\nEvents:\n  engine_start " "^$")
 expect(0 "--version" "" "^sensorvela-replay [0-9]+\\.[0-9]+\\.[0-9]+\n$" "^$")
 expect(0 "--check;-" "${trace}" "^$" "^$")
 expect(2 "--check;-" "${trace}nonsense" "^$" "^<stdin>:2: malformed JSON[^\n]*\n$")
@@ -49,7 +41,7 @@ expect(2 "-;--wide;--format;jsonl" "${named}" "^$" "^sensorvela-replay: --wide[^
 
 # On a terminal lines fit its width, and what went wrong has a colour unless NO_COLOR forbids it.
 find_program(script script)
-string(REGEX REPLACE "^;" "" tool "${REPLAY}")
+string(REGEX REPLACE "^;" "" tool "${TOOL}")
 if(script AND NOT tool MATCHES ";")
   file(WRITE ${WORK}/input "${named}")
   string(ASCII 27 escape)
@@ -71,20 +63,16 @@ endif()
 # The same trace from a file and through a pipe, plain and compressed.
 file(WRITE ${WORK}/input "${trace}")
 file(ARCHIVE_CREATE OUTPUT ${WORK}/input.gz PATHS ${WORK}/input FORMAT raw COMPRESSION GZip)
-execute_process(COMMAND ${REPLAY} --log ${WORK}/input OUTPUT_VARIABLE plain COMMAND_ERROR_IS_FATAL ANY)
-execute_process(COMMAND ${REPLAY} --log ${WORK}/input.gz OUTPUT_VARIABLE inflated COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${TOOL} --log ${WORK}/input OUTPUT_VARIABLE plain COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${TOOL} --log ${WORK}/input.gz OUTPUT_VARIABLE inflated COMMAND_ERROR_IS_FATAL ANY)
 foreach(input input input.gz)
-  execute_process(COMMAND cat ${WORK}/${input} COMMAND ${REPLAY} --log - OUTPUT_VARIABLE piped COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND cat ${WORK}/${input} COMMAND ${TOOL} --log - OUTPUT_VARIABLE piped COMMAND_ERROR_IS_FATAL ANY)
   if(NOT plain MATCHES "log" OR NOT plain STREQUAL inflated OR NOT plain STREQUAL piped)
     message(FATAL_ERROR "plain: ${plain}\ncompressed: ${inflated}\n${input} through a pipe: ${piped}")
   endif()
 endforeach()
 
-execute_process(COMMAND ${REPLAY} --help OUTPUT_FILE /dev/full
-  RESULT_VARIABLE result ERROR_VARIABLE complained)
-if(NOT result STREQUAL 1 OR NOT complained MATCHES "^[^\n]*cannot write to standard output: [^\n]*\n$")
-  message(FATAL_ERROR "--help to a full device: status ${result}\ncomplained: ${complained}")
-endif()
+expect_full_device(--help)
 
 # A run ends where a write fails: it prints no summary, and does not finish the viewer's file.
 string(REPEAT "long " 50 text)
@@ -94,7 +82,7 @@ foreach(case "OUTPUT_FILE;/dev/full;^1$;^[^\n]*cannot write to standard output: 
              "COMMAND;${CMAKE_COMMAND} -E true;^1,0$;^$")
   list(POP_FRONT case keyword reader status err)
   separate_arguments(reader UNIX_COMMAND "${reader}")
-  execute_process(COMMAND ${REPLAY} --wide ${WORK}/input --trace-out ${WORK}/trace_events.json
+  execute_process(COMMAND ${TOOL} --wide ${WORK}/input --trace-out ${WORK}/trace_events.json
     ${keyword} ${reader} RESULTS_VARIABLE results ERROR_VARIABLE complained)
   list(JOIN results "," results)
   file(READ ${WORK}/trace_events.json events)
@@ -105,8 +93,8 @@ endforeach()
 
 # The system refuses every thread, because no address space holds a stack of this size, in KiB. An
 # emulator does not pass the limit on, and sanitizers need another address space.
-list(LENGTH REPLAY words)
+list(LENGTH TOOL words)
 if(words EQUAL 1 AND NOT INSTRUMENTED)
-  list(PREPEND REPLAY sh -c "ulimit -s 137438953472 && exec \"$0\" \"$@\"")
+  list(PREPEND TOOL sh -c "ulimit -s 137438953472 && exec \"$0\" \"$@\"")
   expect(1 "-" "${trace}" "^$" "^sensorvela-replay: cannot start a thread: [^\n]*\n$")
 endif()
