@@ -27,7 +27,7 @@ if(TARGET sensorvela_recorder)
   set_target_properties(sensorvela_recorder PROPERTIES INSTALL_RPATH $ORIGIN)
   install(TARGETS sensorvela_recorder)
 endif()
-install(FILES LICENSE README.md docs/device.md docs/recording.md docs/atoms.md docs/atoms.proto docs/trace-format.md docs/output-format.md TYPE DOC)
+install(FILES LICENSE README.md docs/device.md docs/recording.md docs/atoms.md docs/atoms.proto docs/trace-format.md docs/output-format.md docs/picture.md TYPE DOC)
 install(DIRECTORY examples TYPE DOC)
 
 if(TARGET sensorvela-replay)
@@ -35,6 +35,9 @@ if(TARGET sensorvela-replay)
   set_target_properties(sensorvela-replay sensorvela-log PROPERTIES
     INSTALL_RPATH $ORIGIN/${to_libraries})
   install(TARGETS sensorvela-replay sensorvela-log)
+  if(SENSORVELA_HAS_PICTURE)
+    install(FILES ${PROJECT_BINARY_DIR}/tools/LICENSE.d3 TYPE DOC)
+  endif()
 
   # Each tool writes its manual and its completions itself, from what its help says.
   if(NOT SENSORVELA_INSTRUMENTED)

@@ -3,10 +3,12 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <deque>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -18,6 +20,7 @@
 
 #include "tools/command/options.h"
 #include "tools/command/terminal.h"
+#include "tools/picture/picture_observer.h"
 #include "tools/report/json_lines_report.h"
 #include "tools/report/output_file.h"
 #include "tools/report/progress.h"
@@ -46,19 +49,69 @@ int CannotWrite(const std::string& what, int error) {
   return kExitFailed;
 }
 
-/// Says why, and returns false, when the viewer's file cannot be that one.
-bool CheckTraceOut(const Options& options) {
-  if (!options.trace_out) return true;
-  if (options.trace_out->empty() || *options.trace_out == "-") {
-    std::cerr << "sensorvela-replay: --trace-out " << *options.trace_out
+/// Says why, and returns false, when the option's file cannot be that one.
+bool CheckOutputFile(const std::string& trace, const std::string& option,
+                     const std::optional<std::string>& file) {
+  if (!file) return true;
+  if (file->empty() || *file == "-") {
+    std::cerr << "sensorvela-replay: " << option << ' ' << *file
               << ": expected the name of a file\n";
     return false;
   }
-  const std::string trace = options.trace == "-" ? "/dev/stdin" : options.trace;
   std::error_code no_such_file;
-  if (!std::filesystem::equivalent(trace, *options.trace_out, no_such_file)) return true;
-  std::cerr << "sensorvela-replay: --trace-out would overwrite the trace\n";
+  const std::string trace_file = trace == "-" ? "/dev/stdin" : trace;
+  if (!std::filesystem::equivalent(trace_file, *file, no_such_file)) return true;
+  std::cerr << "sensorvela-replay: " << option << " would overwrite the trace\n";
   return false;
+}
+
+/// Whether both name one file, which need not exist.
+bool AreOneFile(const std::string& a, const std::string& b) {
+  std::error_code not_found;
+  const auto path = std::filesystem::weakly_canonical(a, not_found);
+  return !path.empty() && path == std::filesystem::weakly_canonical(b, not_found);
+}
+
+/// Says why, and returns false, when the run cannot be written to these files.
+bool CheckOutputFiles(const Options& options) {
+  if (options.picture && !replay::HasPicture()) {
+    std::cerr << "sensorvela-replay: --picture: this build has none, for want of a library to draw "
+                 "with (Debian: node-d3-axis, node-d3-scale, node-d3-zoom)\n";
+    return false;
+  }
+  if (options.picture && options.trace_out && AreOneFile(*options.picture, *options.trace_out)) {
+    std::cerr << "sensorvela-replay: --picture and --trace-out: expected two files\n";
+    return false;
+  }
+  return CheckOutputFile(options.trace, "--trace-out", options.trace_out) &&
+         CheckOutputFile(options.trace, "--picture", options.picture);
+}
+
+/// A file that an observer writes.
+struct ObserverFile {
+  explicit ObserverFile(const std::string& path) : name(path), file(path) {}
+
+  std::string name;
+  replay::OutputFile file;
+  std::unique_ptr<replay::RunObserver> observer;
+};
+
+/// The files that the options ask for, with the observers that write them. `trace` must outlive
+/// them.
+std::deque<ObserverFile> OpenFiles(const Options& options, const replay::Trace& trace) {
+  std::deque<ObserverFile> files;
+  if (options.trace_out) {
+    ObserverFile& viewer = files.emplace_back(*options.trace_out);
+    viewer.observer = replay::MakeViewerObserver(viewer.file.stream(), trace.sensor_names());
+  }
+  if (options.picture) {
+    ObserverFile& picture = files.emplace_back(*options.picture);
+    const std::filesystem::path name = options.trace == "-" ? "standard input" : options.trace;
+    picture.observer =
+        replay::MakePictureObserver(picture.file.stream(), trace.sensor_names(),
+                                    name.filename().string(), trace.run_begin(), trace.run_end());
+  }
+  return files;
 }
 
 /// How to print columns; none, and says why, if the options are wrong.
@@ -81,7 +134,7 @@ std::optional<replay::TextOptions> ReadTextOptions(const Options& options,
 }
 
 int Replay(const Options& options) try {
-  if (!CheckTraceOut(options)) return kExitBadInput;
+  if (!CheckOutputFiles(options)) return kExitBadInput;
 
   std::optional<replay::Progress> progress;
   std::vector<replay::RunObserver*> observers;
@@ -108,24 +161,22 @@ int Replay(const Options& options) try {
           : replay::MakeTextReport(out.stream(), trace.sensor_names(), *text_options);
   observers.push_back(printed.get());
 
-  std::optional<replay::OutputFile> trace_out;
-  std::unique_ptr<replay::RunObserver> viewer;
-  if (options.trace_out) {
-    trace_out.emplace(*options.trace_out);
-    if (trace_out->error() != 0) return CannotWrite(*options.trace_out, trace_out->error());
-    viewer = replay::MakeViewerObserver(trace_out->stream(), trace.sensor_names());
-    observers.push_back(viewer.get());
+  std::deque<ObserverFile> files = OpenFiles(options, trace);
+  for (const ObserverFile& file : files) {
+    if (file.file.error() != 0) return CannotWrite(file.name, file.file.error());
+    observers.push_back(file.observer.get());
   }
 
   const auto has_failed = [&] {
-    return out.error() != 0 || (trace_out && trace_out->error() != 0);
+    return out.error() != 0 ||
+           std::ranges::any_of(files, [](const auto& file) { return file.file.error() != 0; });
   };
   replay::Replay(observers, options.log).Run(trace.Events(), has_failed);
   out.Flush();
-  if (trace_out) trace_out->Flush();
+  for (ObserverFile& file : files) file.file.Flush();
   if (out.error() != 0) return CannotWrite("to standard output", out.error());
-  if (options.trace_out && trace_out && trace_out->error() != 0) {
-    return CannotWrite(*options.trace_out, trace_out->error());
+  for (const ObserverFile& file : files) {
+    if (file.file.error() != 0) return CannotWrite(file.name, file.file.error());
   }
   return 0;
 } catch (const replay::TraceError& error) {

@@ -252,7 +252,7 @@ std::vector<std::string> ShownOfALongRun(bool shares_terminal) {
     terminal.str("");
   };
   const auto read = [&] { progress.Read(9, 20); };
-  const auto run = [&] { progress.OnSample(std::chrono::minutes(90), {1, 1}); };
+  const auto run = [&] { progress.OnSample(std::chrono::minutes(90), {1, 1}, 0); };
   after(std::chrono::milliseconds(999), 2000, read);
   after(std::chrono::milliseconds(1), 2000, read);
   after({}, 1, [&] { progress.DoneReading(std::chrono::hours(6)); });

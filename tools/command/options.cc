@@ -53,9 +53,14 @@ void AddOptions(CLI::App& app, Options& options) {
                      "Also write the run as a picture, in the Trace Event Format that the usual "
                      "trace viewers open")
           ->type_name("FILE");
+  CLI::Option* const picture =
+      app.add_option("--picture", options.picture,
+                     "Also write the run as a page that any browser opens, in one file")
+          ->type_name("FILE");
   app.add_flag("--check", options.check,
                "Run nothing; say what is wrong with the trace, also where a recording was cut")
-      ->excludes(trace_out);
+      ->excludes(trace_out)
+      ->excludes(picture);
   AddGenerateOption(app);
   app.footer(kTraceHelp + DescribeEventKinds() + kExitHelp);
 }

@@ -14,6 +14,7 @@ struct Options {
   bool log = false;
   std::string format = "text";
   std::optional<std::string> trace_out;
+  std::optional<std::string> picture;
   bool summary = false;
   bool wide = false;
   std::vector<std::string> only;

@@ -34,7 +34,10 @@ class Progress : public RunObserver {
   void DoneReading(Instant run_end);
 
   void OnAtomQueued(const Cause& cause) override { Tick(cause.at); }
-  void OnSample(Instant at, SensorVela::SensorId /*sensor*/) override { Tick(at); }
+  void OnSample(Instant at, SensorVela::SensorId /*sensor*/,
+                std::int64_t /*timestamp_ns*/) override {
+    Tick(at);
+  }
   void OnReporterStep(Instant at, ReporterStep /*step*/, std::size_t /*batch*/) override {
     Tick(at);
   }

@@ -2,9 +2,14 @@
 
 #include <android/binder_manager.h>
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <limits>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include <sensorvela/testkit/destroy_engine.h>
 
@@ -17,7 +22,7 @@ Replay::Replay(std::vector<RunObserver*> observers, bool observe_log)
     : state_(std::move(observers), observe_log, time_),
       service_(ndk::SharedRefBase::make<testkit::StatsService>(
           [this](const SensorVela::VendorAtom& atom, Answer answer) {
-            if (state_.OnReport(atom, answer)) UnregisterService();
+            if (state_.OnReport(atom, answer)) simulated::UnregisterService(kStatsInstance);
             service_->TakeAtoms();  // The observers keep what they need.
           })),
       log_sink_([this](int priority, std::string_view tag, std::string_view text) {
@@ -28,7 +33,7 @@ Replay::Replay(std::vector<RunObserver*> observers, bool observe_log)
 Replay::~Replay() {
   // After a run that has failed, perhaps for want of a thread, this needs none.
   if (engine_ != nullptr) state_.OnEngineStop();
-  RefuseService();
+  simulated::RefuseService(kStatsInstance);
   engine_.reset();
   simulated::ResetServices();
 }
@@ -62,7 +67,7 @@ void Replay::DeliverTrains(simulated::VirtualTime::Instant until,
   while (trains_.HasSampleBy(until) && !is_over()) {
     const SampleTrains::Sample sample = trains_.TakeNext();
     MoveTo(sample.arrival);  // Settles first, so each sample is complete before the next.
-    state_.OnSample({time_.Now(), "samples", sample.line}, sample.sensor);
+    state_.OnSample({time_.Now(), "samples", sample.line}, sample.sensor, sample.timestamp_ns);
     engine_->LogSensorLatency(sample.sensor, sample.timestamp_ns);
   }
   time_.WaitUntilSettled();
@@ -79,7 +84,7 @@ void Replay::DisableSensor(SensorVela::SensorId sensor) {
 }
 
 void Replay::DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns) {
-  state_.OnSample(state_.cause(), sensor);
+  state_.OnSample(state_.cause(), sensor, timestamp_ns);
   engine_->LogSensorLatency(sensor, timestamp_ns);
 }
 
@@ -101,10 +106,27 @@ void Replay::DestroyEngine() {
 
 void Replay::DeclareService() { simulated::DeclareService(kStatsInstance); }
 void Replay::UndeclareService() { simulated::UndeclareService(kStatsInstance); }
-void Replay::RegisterService() { simulated::RegisterService(kStatsInstance, service_); }
-void Replay::UnregisterService() { simulated::UnregisterService(kStatsInstance); }
-void Replay::RefuseService() { simulated::RefuseService(kStatsInstance); }
-void Replay::AllowService() { simulated::AllowService(kStatsInstance); }
+
+void Replay::RegisterService() {
+  ChangeService(true, is_refused_);
+  simulated::RegisterService(kStatsInstance, service_);
+}
+
+void Replay::UnregisterService() {
+  ChangeService(false, is_refused_);
+  simulated::UnregisterService(kStatsInstance);
+}
+
+void Replay::RefuseService() {
+  ChangeService(is_registered_, true);
+  simulated::RefuseService(kStatsInstance);
+}
+
+void Replay::AllowService() {
+  ChangeService(is_registered_, false);
+  simulated::AllowService(kStatsInstance);
+}
+
 void Replay::ReleaseServiceWaits() { simulated::ReleaseServiceWaits(kStatsInstance); }
 
 void Replay::AnswerNext(std::int32_t reports, Answer answer) {
@@ -117,6 +139,14 @@ void Replay::Suspend(std::chrono::nanoseconds duration) {
 }
 
 void Replay::Note(std::string_view text) { state_.OnNote(text); }
+
+void Replay::ChangeService(bool is_registered, bool is_refused) {
+  const bool was_available = is_registered_ && !is_refused_;
+  is_registered_ = is_registered;
+  is_refused_ = is_refused;
+  const bool is_available = is_registered_ && !is_refused_;
+  if (is_available != was_available) state_.OnServiceChanged(is_available);
+}
 
 void Replay::MoveTo(simulated::VirtualTime::Instant instant) {
   if (recording_ == nullptr) {
@@ -143,7 +173,7 @@ void Replay::DeliverSamples(const std::vector<RecordedSample>& samples) {
   const Cause cause = state_.cause();
   for (const RecordedSample& sample : samples) {
     MoveTo(sample.arrival);
-    state_.OnSample({sample.arrival, cause.what, cause.line}, sample.sensor);
+    state_.OnSample({sample.arrival, cause.what, cause.line}, sample.sensor, sample.timestamp_ns);
     engine_->LogSensorLatency(sample.sensor, sample.timestamp_ns);
   }
 }
@@ -160,6 +190,7 @@ void Replay::AnswerSupplier(const testkit::Diagnostics& answer) { state_.AnswerS
 
 void Replay::LookupWaits() {
   lookup_waits_ = true;
+  ChangeService(false, false);
   // If the lookup will find none, all atoms that are queued now are dropped with it, and those that
   // come while it waits are not. The run's lookup may have been made with a part of them only.
   if (lookups_ended_ < recording_->lookups.size() && !recording_->lookups[lookups_ended_].found &&
@@ -172,13 +203,14 @@ void Replay::LookupWaits() {
 void Replay::EndLookup(bool found) {
   if (lookups_ended_ == recording_->lookups.size()) return;  // The file has been changed since.
   ++lookups_ended_;
+  ChangeService(found, false);
   const bool waited = std::exchange(lookup_waits_, false);
   const bool dropped_early = std::exchange(dropped_early_, false);
   state_.LimitReports(ReportsBeforeNextLookup());
   if (found) {
-    RegisterService();
+    simulated::RegisterService(kStatsInstance, service_);
     time_.WaitUntilSettled();
-    if (state_.HasReachedLimit()) UnregisterService();
+    if (state_.HasReachedLimit()) simulated::UnregisterService(kStatsInstance);
   } else if (!waited && state_.HasQueuedAtoms()) {
     DropQueuedAtoms();
   } else if (!dropped_early) {
@@ -197,9 +229,9 @@ std::int64_t Replay::ReportsBeforeNextLookup() const {
 }
 
 void Replay::DropQueuedAtoms() {
-  RefuseService();
+  simulated::RefuseService(kStatsInstance);
   time_.WaitUntilSettled();
-  AllowService();
+  simulated::AllowService(kStatsInstance);
 }
 
 }  // namespace sensorvela::replay

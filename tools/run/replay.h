@@ -117,6 +117,10 @@ class Replay {
   void EndLookup(bool found);
 
  private:
+  /// Notifies the observers if the host can find the service now and could not before, or the other
+  /// way round.
+  void ChangeService(bool is_registered, bool is_refused);
+
   /// Elapsed realtime goes on to `instant`; every engine is settled before it does.
   void MoveTo(simulated::VirtualTime::Instant instant);
 
@@ -139,6 +143,8 @@ class Replay {
   simulated::ScopedLogSink log_sink_;
   simulated::ScopedLookupObserver lookup_observer_;
   std::unique_ptr<SensorVela> engine_;
+  bool is_registered_ = false;
+  bool is_refused_ = false;
 
   /// Null if the run follows no recording.
   const RecordingPlan* recording_ = nullptr;

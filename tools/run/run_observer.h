@@ -82,10 +82,14 @@ class RunObserver {
   virtual void OnSensorEnabled(Instant /*at*/, SensorVela::SensorId /*sensor*/,
                                std::int64_t /*period_ns*/) {}
   virtual void OnSensorDisabled(Instant /*at*/, SensorVela::SensorId /*sensor*/) {}
-  virtual void OnSample(Instant /*at*/, SensorVela::SensorId /*sensor*/) {}
+  virtual void OnSample(Instant /*at*/, SensorVela::SensorId /*sensor*/,
+                        std::int64_t /*timestamp_ns*/) {}
 
   virtual void OnLogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
                          std::string_view /*text*/) {}
+  /// The host can find the stats service from now on, or no longer. In a recording it can until a
+  /// lookup has waited or found none. A run begins without the service.
+  virtual void OnServiceChanged(Instant /*at*/, bool /*is_available*/) {}
   /// The device is suspended from `at` on, for `duration`.
   virtual void OnSuspended(Instant /*at*/, std::chrono::nanoseconds /*duration*/) {}
   virtual void OnNote(Instant /*at*/, std::string_view /*text*/) {}

@@ -1,6 +1,12 @@
 #include "tools/run/run_state.h"
 
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace sensorvela::replay {
 
@@ -86,17 +92,23 @@ void RunState::OnSensorDisabled(SensorVela::SensorId sensor) {
   Notify(&RunObserver::OnSensorDisabled, time_.Now(), sensor);
 }
 
-void RunState::OnSample(const Cause& cause, SensorVela::SensorId sensor) {
+void RunState::OnSample(const Cause& cause, SensorVela::SensorId sensor,
+                        std::int64_t timestamp_ns) {
   const MutexLock lock(mutex_);
   ChangeCause(cause);
   sensor_tally_.CountSample(sensor);
-  Notify(&RunObserver::OnSample, cause.at, sensor);
+  Notify(&RunObserver::OnSample, cause.at, sensor, timestamp_ns);
 }
 
 void RunState::OnErrorBlocked() {
   const MutexLock lock(mutex_);
   ++summary_.blocked_by_cap;
   Notify(&RunObserver::OnErrorBlocked, time_.Now(), cause_, last_log_text_);
+}
+
+void RunState::OnServiceChanged(bool is_available) {
+  const MutexLock lock(mutex_);
+  Notify(&RunObserver::OnServiceChanged, time_.Now(), is_available);
 }
 
 void RunState::OnSuspended(std::chrono::nanoseconds duration) {

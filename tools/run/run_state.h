@@ -62,9 +62,11 @@ class RunState {
       SENSORVELA_EXCLUDES(mutex_);
   void OnSensorDisabled(SensorVela::SensorId sensor) SENSORVELA_EXCLUDES(mutex_);
   /// Sets the cause, too.
-  void OnSample(const Cause& cause, SensorVela::SensorId sensor) SENSORVELA_EXCLUDES(mutex_);
+  void OnSample(const Cause& cause, SensorVela::SensorId sensor, std::int64_t timestamp_ns)
+      SENSORVELA_EXCLUDES(mutex_);
   /// The error that has just been reported to the engine queued no atom.
   void OnErrorBlocked() SENSORVELA_EXCLUDES(mutex_);
+  void OnServiceChanged(bool is_available) SENSORVELA_EXCLUDES(mutex_);
   void OnSuspended(std::chrono::nanoseconds duration) SENSORVELA_EXCLUDES(mutex_);
   void OnNote(std::string_view text) SENSORVELA_EXCLUDES(mutex_);
   void OnRunEnd() SENSORVELA_EXCLUDES(mutex_);

@@ -41,6 +41,7 @@ struct TraceContext {
 /// What the whole trace determines for its run.
 struct TracePlan {
   SensorNames sensor_names = {};
+  simulated::VirtualTime::Instant run_begin = {};
   simulated::VirtualTime::Instant run_end = {};
   /// The line of the last event.
   std::size_t last_line = 0;

@@ -4,8 +4,10 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -44,6 +46,7 @@ class TraceParser {
     awake_at_ns_ = at_ns + content.suspended_ns;
     samples_end_ns_ = at_ns + content.samples_ns;
     CheckPlace(line_number, kind);
+    if (run_begin_ns_ < 0) run_begin_ns_ = at_ns;
     if (content.plan) AddToPlan(name, content.plan);
     if (content.sensor_name) content.sensor_name(sensor_names_);
     context_.supplier = content.supplier.value_or(context_.supplier);
@@ -60,7 +63,8 @@ class TraceParser {
 
   /// What the events so far determine.
   TracePlan plan() const {
-    return {sensor_names_, std::chrono::nanoseconds(run_end_ns_), last_line_, recording_};
+    return {sensor_names_, std::chrono::nanoseconds(run_begin_ns_),
+            std::chrono::nanoseconds(run_end_ns_), last_line_, recording_};
   }
 
   bool is_recording() const { return recording_.has_value(); }
@@ -139,6 +143,8 @@ class TraceParser {
   std::int64_t awake_at_ns_ = 0;
   /// When the last sample of the last event arrives, or else the last event's instant.
   std::int64_t samples_end_ns_ = 0;
+  /// Negative before the first event.
+  std::int64_t run_begin_ns_ = -1;
   std::int64_t run_end_ns_ = 0;
   bool has_events_ = false;
   SensorNames sensor_names_;

@@ -32,6 +32,9 @@ class Trace {
   /// for "-". Skips blank lines. Throws `TraceError` at the first mistake.
   Trace(const std::string& path, Input input, const OnLine& on_line = nullptr);
 
+  /// The instant of the first event.
+  simulated::VirtualTime::Instant run_begin() const { return plan_.run_begin; }
+
   /// The instant at which the run ends.
   simulated::VirtualTime::Instant run_end() const { return plan_.run_end; }
 

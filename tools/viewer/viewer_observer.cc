@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <memory>
+#include <ostream>
 #include <string>
 #include <utility>
 
@@ -120,7 +122,9 @@ class ViewerObserver : public RunObserver {
     TrackOf(sensor).Disable(at);
   }
 
-  void OnSample(Instant at, SensorVela::SensorId sensor) override { TrackOf(sensor).Sample(at); }
+  void OnSample(Instant at, SensorVela::SensorId sensor, std::int64_t /*timestamp_ns*/) override {
+    TrackOf(sensor).Sample(at);
+  }
 
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
     out_.Span(kSuspended, at, at + duration, "suspended", Json::object());

@@ -1,0 +1,285 @@
+#include "tools/picture/picture_observer.h"
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "tools/picture/atom_list.h"
+#include "tools/picture/bounded_list.h"
+#include "tools/picture/page.h"
+#include "tools/picture/sensor_lane.h"
+#include "tools/picture/short_text.h"
+#include "tools/picture/time_bins.h"
+#include "tools/report/latency_bars.h"
+#include "tools/text/atom_json.h"
+#include "tools/text/printable_text.h"
+
+namespace sensorvela::replay {
+namespace {
+
+constexpr std::size_t kMaxSensors = 64;
+constexpr std::size_t kMaxItems = 2000;
+
+using Instant = RunObserver::Instant;
+
+/// Replaces what could end the script element that has the JSON.
+std::string WithoutMarkup(const std::string& json) {
+  std::string safe;
+  for (const char character : json) {
+    switch (character) {
+      case '<':
+        safe += "\\u003c";
+        break;
+      case '>':
+        safe += "\\u003e";
+        break;
+      case '&':
+        safe += "\\u0026";
+        break;
+      default:
+        safe += character;
+    }
+  }
+  return safe;
+}
+
+std::string_view StepName(ReporterStep step) {
+  switch (step) {
+    case ReporterStep::kSends:
+      return "sends";
+    case ReporterStep::kDrops:
+      return "drops";
+    case ReporterStep::kUploads:
+      return "uploads diagnostics";
+    case ReporterStep::kWaits:
+      return "waits";
+    case ReporterStep::kStarts:
+      return "starts";
+  }
+  return "?";
+}
+
+class PictureObserver : public RunObserver {
+ public:
+  PictureObserver(std::ostream& out, const SensorNames& names, std::string_view title,
+                  Instant begin, Instant end)
+      : out_(out),
+        names_(names),
+        title_(title),
+        begin_(begin),
+        bins_(BinsFor(begin, end)),
+        atoms_(names),
+        unavailable_since_(begin) {}
+
+  void OnAtomQueued(const Cause& cause) override {
+    waiting_.push_back({cause.at, cause.what, cause.line.number});
+  }
+
+  void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer) override {
+    atoms_.AddReported(at, atom, answer, waiting_.front());
+    waiting_.pop_front();
+  }
+
+  void OnAtomDropped(Instant at, const Cause& cause) override {
+    waiting_.pop_front();
+    atoms_.AddDropped(at, cause);
+  }
+
+  void OnErrorBlocked(Instant at, const Cause& cause, std::string_view /*text*/) override {
+    atoms_.AddBlocked(at, cause);
+  }
+
+  void OnReporterStep(Instant at, ReporterStep step, std::size_t batch) override {
+    if (step == ReporterStep::kWaits) {
+      ChangeState(at, State::kWaiting, batch);
+      return;
+    }
+    ChangeState(at, State::kAsleep, 0);
+    if (step == ReporterStep::kUploads) cycle_ends_.Add(at);
+    if (step != ReporterStep::kStarts) steps_.Add({at, step, batch});
+  }
+
+  void OnSensorEnabled(Instant at, SensorVela::SensorId sensor, std::int64_t period_ns) override {
+    if (SensorLane* const lane = LaneOf(sensor)) lane->Enable(at, period_ns);
+  }
+
+  void OnSensorDisabled(Instant at, SensorVela::SensorId sensor) override {
+    if (SensorLane* const lane = LaneOf(sensor)) lane->Disable(at);
+  }
+
+  void OnSample(Instant at, SensorVela::SensorId sensor, std::int64_t timestamp_ns) override {
+    if (SensorLane* const lane = LaneOf(sensor)) lane->Sample(at, timestamp_ns);
+  }
+
+  void OnServiceChanged(Instant at, bool is_available) override {
+    if (is_available) {
+      EndAbsence(at);
+    } else {
+      unavailable_since_ = at;
+      is_available_ = false;
+    }
+  }
+
+  void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
+    suspended_.Add({at, at + duration});
+  }
+
+  void OnNote(Instant at, std::string_view text) override {
+    notes_.Add({at, notes_.IsFull() ? "" : ShortText(Printable(text))});
+  }
+
+  void OnRunEnd(Instant at, const Summary& summary) override {
+    if (!is_available_) EndAbsence(at);
+    ChangeState(at, State::kNotStarted, 0);
+    for (auto& [id, lane] : lanes_) lane.Finish(at);
+    out_ << kPageBeforeData << WithoutMarkup(Dump(ToJson(at, summary), false)) << kPageAfterData;
+  }
+
+ private:
+  enum class State : std::uint8_t { kNotStarted, kWaiting, kAsleep };
+
+  struct Interval {
+    Instant from = {};
+    Instant to = {};
+  };
+
+  /// A state in which the reporter thread was. It holds the atoms while it waits.
+  struct Stay {
+    Interval interval;
+    State state = State::kNotStarted;
+    std::size_t atoms = 0;
+  };
+
+  struct Step {
+    Instant at = {};
+    ReporterStep step = {};
+    std::size_t atoms = 0;
+  };
+
+  struct Note {
+    Instant at = {};
+    std::string text;
+  };
+
+  /// Null if there are too many sensors.
+  SensorLane* LaneOf(SensorVela::SensorId sensor) {
+    const std::pair id = {sensor.high, sensor.low};
+    const auto found = lanes_.find(id);
+    if (found != lanes_.end()) return &found->second;
+    if (lanes_.size() == kMaxSensors) return nullptr;
+    return &lanes_.try_emplace(id, bins_).first->second;
+  }
+
+  void ChangeState(Instant at, State state, std::size_t atoms) {
+    if (state_.state == State::kAsleep && state == State::kAsleep) return;
+    state_.interval.to = at;
+    if (state_.state != State::kNotStarted && at > state_.interval.from) stays_.Add(state_);
+    state_ = {{at, at}, state, atoms};
+  }
+
+  void EndAbsence(Instant at) {
+    if (at > unavailable_since_) absences_.Add({unavailable_since_, at});
+    is_available_ = true;
+  }
+
+  Json ToJson(Instant end, const Summary& summary) const {
+    const auto offset = [this](Instant at) { return (at - begin_).count(); };
+    const auto interval = [&](const Interval& i) {
+      return Json::array({offset(i.from), offset(i.to)});
+    };
+    const auto stay = [&](const Stay& s) {
+      return Json::array({offset(s.interval.from), offset(s.interval.to),
+                          s.state == State::kWaiting ? "waiting" : "asleep", s.atoms});
+    };
+    const auto step = [&](const Step& s) {
+      return Json::array({offset(s.at), StepName(s.step), s.atoms});
+    };
+    const auto note = [&](const Note& n) { return Json::array({offset(n.at), n.text}); };
+    return {{"title", ShortText(Printable(title_))},
+            {"begin_ns", std::to_string(begin_.count())},
+            {"length_ns", offset(end)},
+            {"bins_begin_ns", offset(bins_.begin)},
+            {"bin_ns", bins_.width.count()},
+            {"absences", absences_.ToJson(interval)},
+            {"suspended", suspended_.ToJson(interval)},
+            {"cycle_ends", cycle_ends_.ToJson(offset)},
+            {"stays", stays_.ToJson(stay)},
+            {"steps", steps_.ToJson(step)},
+            {"notes", notes_.ToJson(note)},
+            {"atoms", atoms_.ToJson(begin_)},
+            {"sensors", SensorsToJson(summary)},
+            {"summary", CountsToJson(summary)}};
+  }
+
+  Json SensorsToJson(const Summary& summary) const {
+    Json sensors = Json::array();
+    for (const SensorSummary& sensor : summary.sensors) {
+      const auto lane = lanes_.find({sensor.sensor.high, sensor.sensor.low});
+      if (lane == lanes_.end()) continue;
+      Json shares = Json::array();
+      for (std::size_t i = 0; i < sensor.reported.bands.size(); ++i) {
+        shares.push_back(Share(sensor.reported.bands, i));
+      }
+      Json json = {{"label", ShortText(names_.Label(sensor.sensor))},
+                   {"samples", sensor.delivered},
+                   {"not_reported", sensor.NotReported()},
+                   {"late", sensor.reported.late},
+                   {"bands", sensor.reported.bands},
+                   {"shares", std::move(shares)}};
+      json.update(lane->second.ToJson(begin_));
+      sensors.push_back(std::move(json));
+    }
+    const std::size_t omitted = summary.sensors.size() - sensors.size();
+    return {{"items", std::move(sensors)}, {"omitted", omitted}};
+  }
+
+  static Json CountsToJson(const Summary& summary) {
+    return {{"delivered", summary.delivered},
+            {"failed", summary.failed},
+            {"dropped", summary.dropped},
+            {"blocked", summary.blocked_by_cap},
+            {"cycles_ended", summary.cycles_ended ? Json(*summary.cycles_ended) : Json()}};
+  }
+
+  std::ostream& out_;
+  const SensorNames& names_;
+  const std::string title_;
+  const Instant begin_;
+  const TimeBins bins_;
+
+  AtomList atoms_;
+  std::deque<AtomList::Origin> waiting_;
+
+  Stay state_;
+  BoundedList<Stay> stays_{kMaxItems};
+  BoundedList<Step> steps_{kMaxItems};
+  BoundedList<Instant> cycle_ends_{kMaxItems};
+
+  bool is_available_ = false;
+  Instant unavailable_since_;
+  BoundedList<Interval> absences_{kMaxItems};
+  BoundedList<Interval> suspended_{kMaxItems};
+  BoundedList<Note> notes_{kMaxItems};
+
+  std::map<std::pair<std::uint32_t, std::int32_t>, SensorLane> lanes_;
+};
+
+}  // namespace
+
+bool HasPicture() { return !kPageBeforeData.empty(); }
+
+std::unique_ptr<RunObserver> MakePictureObserver(std::ostream& out, const SensorNames& names,
+                                                 std::string_view title, Instant begin,
+                                                 Instant end) {
+  return std::make_unique<PictureObserver>(out, names, title, begin, end);
+}
+
+}  // namespace sensorvela::replay
