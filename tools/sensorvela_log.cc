@@ -65,6 +65,7 @@ int ReadFile(const std::string& path, devicelog::LogSummary& summary) {
   const int error =
       devicelog::ReadLines(file, [&summary](std::string_view line) { summary.AddLine(line); });
   if (file != STDIN_FILENO) close(file);
+  summary.EndFile();
   return error;
 }
 

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
@@ -185,7 +187,8 @@ TEST(DeviceLogTest, DoesNotCountWhatOnlyLooksLikeTheLibrarysLines) {
 
 TEST(DeviceLogTest, TellsWhatTheLogLostAndWhereACycleEnded) {
   struct Case {
-    // `s`: an engine's start. `r`: a reported error. A number: a blocked one with this count.
+    // `s`: an engine's start. `r`: a reported error. A number: a blocked one with this count. After
+    // `@` the day.
     std::string lines;
     std::string facts;  // Reported, blocked and missing ones, and the ends: between which lines.
   };
@@ -213,11 +216,18 @@ TEST(DeviceLogTest, TellsWhatTheLogLostAndWhereACycleEnded) {
       {ten + ten + "r", "21 0 0 10-11 11-21"},
       // The blocked line tells which ten were reported in its cycle.
       {"r r r r " + ten + "11", "14 1 0 4-5"},
+      // New Year, in a log without the year.
+      {"15@12-31 r@01-01 r@01-01", "12 5 14 1-2"},
+      // Errors long before the start that the log has are another engine's.
+      {"r@11-22 r@11-22 s@11-23 11@11-23", "12 1 10"},
   };
   for (const Case& test : cases) {
     std::string log;
     std::istringstream lines(test.lines);
     for (std::string line; lines >> line;) {
+      const std::size_t at = line.find('@');
+      if (at != std::string::npos) log += line.substr(at + 1) + " 08:00:00.000 ";
+      line.resize(std::min(at, line.size()));
       log += line == "s" ? started : line == "r" ? reported : Blocked(3, line);
     }
     const LogSummary summary = Summarize(log);
@@ -300,6 +310,24 @@ TEST(DeviceLogTest, LimitsItsTables) {
   EXPECT_EQ(summary.engines.rows.size(), kMaxRows);
   EXPECT_EQ(summary.starts, 3000u);
   EXPECT_NE(TextOf(summary).find("\n  and 2900 more lines\n"), std::string::npos);
+
+  LogSummary without_starts;
+  for (int i = 0; i < 105; ++i) {
+    without_starts.AddLine("I/sensor-vela(" + std::to_string(i) + "): IStats service online.");
+  }
+  EXPECT_EQ(without_starts.starts, 105u);
+  EXPECT_EQ(without_starts.engines.further_lines, 5u);
+}
+
+TEST(DeviceLogTest, AMessageThatWasCutEndsWithItsLog) {
+  const std::string header = "[ 11-23 08:00:00.000   900:  901 I/other ]";
+  const std::string online = "I/sensor-vela: IStats service online.";
+  EXPECT_EQ(Summarize(header + "\n------ SYSTEM LOG ------\n" + online).library_lines, 1u);
+  LogSummary summary;
+  summary.AddLine(header);
+  summary.EndFile();
+  summary.AddLine(online);
+  EXPECT_EQ(summary.library_lines, 1u);
 }
 
 TEST(DeviceLogTest, ReadsLinesOfAnyLength) {

@@ -1,6 +1,7 @@
 #include "tools/log/error_count.h"
 
 #include <cstdint>
+#include <cstdlib>
 
 #include "tools/log/library_line.h"
 
@@ -9,17 +10,19 @@ namespace {
 
 constexpr std::int64_t kMaxDelayNs = 10'000'000'000;
 
-/// The line of a reported error is written after its count, without a lock, so that lines of later
-/// counts may overtake it. Where the log has no times, every line may have been overtaken.
-bool MayBeOvertaken(const Place& reported, const Place& blocked) {
-  return reported.time.text.empty() || reported.time.ns - blocked.time.ns < kMaxDelayNs;
+/// Whether one line may have overtaken the other: a line is written after its count, without a
+/// lock. In a log without times any line may have. Time also goes back where the clock is set, and
+/// at New Year where the log has no year.
+bool AreClose(const Place& a, const Place& b) {
+  return a.time.text.empty() || std::abs(a.time.ns - b.time.ns) < kMaxDelayNs;
 }
 
 }  // namespace
 
 ErrorCount::Finding ErrorCount::Reported(const Place& place) {
   Finding finding;
-  if (blocked_count_ > 0 && missing_reported_ > 0 && MayBeOvertaken(place, blocked_)) {
+  last_ = place;
+  if (blocked_count_ > 0 && missing_reported_ > 0 && AreClose(place, blocked_)) {
     --missing_reported_;
     finding.was_missing = true;
     return finding;
@@ -34,6 +37,7 @@ ErrorCount::Finding ErrorCount::Reported(const Place& place) {
 
 ErrorCount::Finding ErrorCount::Blocked(const Place& place, std::uint32_t count) {
   Finding finding;
+  last_ = place;
   if (blocked_count_ > 0 && count > blocked_count_) {
     finding.missing_blocked = count - blocked_count_ - 1;
   } else {
@@ -51,5 +55,7 @@ ErrorCount::Finding ErrorCount::Blocked(const Place& place, std::uint32_t count)
   blocked_ = place;
   return finding;
 }
+
+bool ErrorCount::IsLongBefore(const Place& start) const { return !AreClose(start, last_); }
 
 }  // namespace sensorvela::devicelog

@@ -40,6 +40,9 @@ class ErrorCount {
   /// `count` is past the cap.
   Finding Blocked(const Place& place, std::uint32_t count);
 
+  /// Whether the last line is so long before an engine's start that it is another engine's.
+  bool IsLongBefore(const Place& start) const;
+
  private:
   /// The latest reported errors since the last one that was blocked, at most one more than a cycle
   /// can have.
@@ -47,6 +50,7 @@ class ErrorCount {
   std::uint32_t missing_reported_ = 0;  // In this cycle.
   std::uint32_t blocked_count_ = 0;     // The latest in this cycle; 0 if there is none.
   Place blocked_;
+  Place last_;
 };
 
 }  // namespace sensorvela::devicelog

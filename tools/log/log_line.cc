@@ -16,7 +16,8 @@ namespace sensorvela::devicelog {
 namespace {
 
 constexpr std::int64_t kNsPerS = 1'000'000'000;
-constexpr std::int64_t kMaxSeconds = std::numeric_limits<std::int64_t>::max() / kNsPerS - 1;
+// The difference of two times fits in 64 bits.
+constexpr std::int64_t kMaxSeconds = std::numeric_limits<std::int64_t>::max() / kNsPerS / 2 - 1;
 constexpr std::size_t kMaxSecondsDigits = 19;
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
@@ -257,6 +258,11 @@ std::optional<LogLine> LogLines::Read(std::string_view line) {
   }
   if (line.find(tag_) == std::string_view::npos) return std::nullopt;
   return OneLineForm(line, tag_);
+}
+
+void LogLines::EndMessage() {
+  in_long_message_ = false;
+  long_header_.reset();
 }
 
 }  // namespace sensorvela::devicelog

@@ -36,6 +36,9 @@ class LogLines {
   /// `long` the line after a header has the text. The result's text points into `line`.
   std::optional<LogLine> Read(std::string_view line);
 
+  /// The next line is of another file or log: a message that was cut does not go on in it.
+  void EndMessage();
+
  private:
   std::string_view tag_;
   /// In the form `long`, after a header: an empty line ends the message.

@@ -86,12 +86,14 @@ void LogSummary::Add(const LibraryLine& found, const LogLine& line, const Place&
 void LogSummary::AddStart(ServiceAtStart service, const LogLine& line, const Place& place) {
   ++starts;
   if (Process* process = Followed(processes_, line.pid)) {
-    // An engine after the first counts from zero. Errors may be logged before the first start.
-    if (process->has_engine) {
-      std::erase_if(counts_,
-                    [&](const auto& entry) { return std::get<Pid>(entry.first) == line.pid; });
-    }
-    *process = {.has_engine = true, .absence = {}};
+    // Another engine counts from zero. The first one's errors may be logged just before its start.
+    std::erase_if(counts_, [&](const auto& entry) {
+      const auto& [key, count] = entry;
+      return std::get<Pid>(key) == line.pid && (process->has_engine || count.IsLongBefore(place));
+    });
+    *process = {.has_engine = true,
+                .waits_for_service = service == ServiceAtStart::kWaiting,
+                .absence = {}};
   }
   if (!engines.Full()) {
     engines.rows.push_back({line.pid, line.tid, service, place, std::nullopt});
@@ -99,8 +101,11 @@ void LogSummary::AddStart(ServiceAtStart service, const LogLine& line, const Pla
 }
 
 void LogSummary::AddWaitEnd(ServiceAtStart service, const LogLine& line, const Place& place) {
-  if (Process* process = Followed(processes_, line.pid)) {
-    *process = {.has_engine = true, .absence = {}};
+  Process* const process = Followed(processes_, line.pid);
+  // A process that is not followed is taken to have logged its start.
+  const bool has_start = process == nullptr || process->waits_for_service;
+  if (process != nullptr) {
+    *process = {.has_engine = true, .waits_for_service = false, .absence = {}};
   }
   for (std::size_t i = engines.rows.size(); i > first_engine_; --i) {
     EngineStart& engine = engines.rows[i - 1];
@@ -113,8 +118,8 @@ void LogSummary::AddWaitEnd(ServiceAtStart service, const LogLine& line, const P
     return;
   }
   // The start is missing, or it found the table full.
-  if (engines.rows.size() < kMaxRows) {
-    ++starts;
+  if (!has_start) ++starts;
+  if (!engines.Full()) {
     engines.rows.push_back({line.pid, line.tid, service, std::nullopt, place});
   }
 }
@@ -187,6 +192,7 @@ void LogSummary::AddCycleEnd(const Pid& pid, const Interval& between) {
 }
 
 void LogSummary::BeginLog() {
+  log_lines_.EndMessage();
   processes_.clear();
   counts_.clear();
   first_engine_ = engines.rows.size();

@@ -111,6 +111,9 @@ class LogSummary {
   /// Takes the log's next line, without its end.
   void AddLine(std::string_view text);
 
+  /// The log goes on in another file.
+  void EndFile() { log_lines_.EndMessage(); }
+
   std::uint64_t lines = 0;
   std::uint64_t library_lines = 0;
   std::uint64_t unknown_lines = 0;  // With the library's tag, and none of its texts.
@@ -127,8 +130,9 @@ class LogSummary {
  private:
   struct Process {
     bool has_engine = false;
-    std::optional<std::size_t>
-        absence;  // Its row, until something shows that the service was back.
+    bool waits_for_service = false;
+    /// Its row, until something shows that the service was back.
+    std::optional<std::size_t> absence;
   };
 
   void Add(const LibraryLine& found, const LogLine& line, const Place& place);
