@@ -123,7 +123,7 @@ std::optional<replay::TextOptions> ReadTextOptions(const Options& options,
   for (const std::string& what : options.only) {
     if (text.only.Add(what, names)) continue;
     std::cerr << "sensorvela-replay: --only " << replay::Printable(what)
-              << ": expected a sensor's name or HIGH:LOW, or an atom's name or identifier\n";
+              << ": expected a sensor's name or HIGH/LOW, or an atom's name or identifier\n";
     return std::nullopt;
   }
   if (options.format == "text" || !(text.wide || text.summary_only || text.only.is_limited())) {

@@ -38,7 +38,7 @@ set(named "${trace}{\"at_ns\":1,\"event\":\"sensor_name\",\"sensor_high\":1,\"se
 {\"at_ns\":1,\"event\":\"service_registered\"}
 {\"at_ns\":2,\"event\":\"hal_error\",\"sensor_high\":1,\"sensor_low\":2,\"call\":3,\"error\":4,\"count\":11}
 {\"at_ns\":3,\"event\":\"firmware_state\",\"subject_id\":1,\"state\":4,\"detail_code\":77777}\n")
-foreach(what left 1:2)
+foreach(what left 1/2)
   expect(0 "-;--log;--only;${what}" "${named}" "^[^\n]* SensorHalErrorDetected [^\n]* left \\(1/2\\) [^\n]*\\(10 times\\)\n[^\n]* BLOCKED [^\n]*\n\ndelivered" "^$")
 endforeach()
 foreach(what SensorFirmwareStateChanged 100244)
@@ -58,7 +58,7 @@ if(script AND NOT tool MATCHES ";")
                "COLUMNS=60;TERM=xterm;NO_COLOR=1;^[^${escape}]*$")
     list(POP_BACK case expected)
     execute_process(COMMAND ${CMAKE_COMMAND} -E env ${case}
-        ${script} -qec "'${tool}' --only 1:2 '${WORK}/input'" /dev/null
+        ${script} -qec "'${tool}' --only 1/2 '${WORK}/input'" /dev/null
       INPUT_FILE /dev/null OUTPUT_VARIABLE shown COMMAND_ERROR_IS_FATAL ANY)
     string(REGEX REPLACE "${escape}.[0-9]+m" "" plain "${shown}")
     string(REGEX MATCHALL "[^\r\n]+" lines "${plain}")

@@ -229,13 +229,13 @@ TEST(SelectionTest, TakesSensorsAndAtomsByNameAndByNumber) {
   names.Set({16, 1}, "accelerometer");
   names.Set({4294967295, -1}, "42");
   Selection only;
-  for (const char* unknown : {"", "light", "16", ":", "16:", "16:1x", "-1:1", "1:4294967296"}) {
+  for (const char* unknown : {"", "light", "16", "/", "16/", "16/1x", "-1/1", "1/4294967296"}) {
     EXPECT_EQ(Selection().Add(unknown, names), unknown == std::string_view("16")) << unknown;
   }
   EXPECT_TRUE(only.Summarizes({1, 1}));
   EXPECT_TRUE(only.Add("SensorHalErrorDetected", names) && only.HasLost(std::nullopt));
   EXPECT_TRUE(only.Add("42", names) && only.Summarizes({4294967295, -1}));
-  EXPECT_TRUE(only.Add("16:1", names) && only.Summarizes({16, 1}));
+  EXPECT_TRUE(only.Add("16/1", names) && only.Summarizes({16, 1}));
   EXPECT_FALSE(only.Summarizes({1, 1}));
 }
 

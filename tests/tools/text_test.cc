@@ -57,9 +57,12 @@ TEST(PrintableTextTest, QuotesAtMostSixtyBytesAndNoHalfCharacter) {
 }
 
 TEST(WrappedTextTest, BreaksAtSpacesAndLeavesALongWordWhole) {
-  EXPECT_EQ(Wrapped("one two three", 20, 2), "one two three\n");
-  EXPECT_EQ(Wrapped("one two three", 7, 2), "one two\n  three\n");
-  EXPECT_EQ(Wrapped("one two three", 6, 2), "one\n  two\n  three\n");
+  EXPECT_EQ(Wrapped("one two three", 13, 2), "one two three\n");
+  EXPECT_EQ(Wrapped("one two three", 12, 2), "one two\n  three\n");
+  EXPECT_EQ(Wrapped("one two three four", 11, 2), "one two\n  three\n  four\n");
+  EXPECT_EQ(Wrapped("one two three four", 12, 2, 6), "one\n  two three\n  four\n");
+  EXPECT_EQ(Wrapped("  one   two", 8, 1), "  one\n two\n");
+  EXPECT_EQ(Wrapped("\u00e9\u20ac\U0001f321 abc", 7, 0), "\u00e9\u20ac\U0001f321 abc\n");
   EXPECT_EQ(Wrapped("endless", 3, 2), "endless\n");
   EXPECT_EQ(Wrapped("a endless word", 3, 2), "a\n  endless\n  word\n");
 }

@@ -45,7 +45,7 @@ void AddOptions(CLI::App& app, Options& options) {
   app.add_flag("--summary", options.summary, "Print the summary alone");
   app.add_option("--only", options.only,
                  "Print the lines of that sensor or of that kind of atom only: a sensor's name or "
-                 "HIGH:LOW, an atom's name or identifier; may be repeated")
+                 "HIGH/LOW, an atom's name or identifier; may be repeated")
       ->type_name("WHAT")
       ->allow_extra_args(false);
   CLI::Option* const trace_out =

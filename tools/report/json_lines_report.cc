@@ -8,6 +8,7 @@
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
+#include "tools/report/selection.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/names.h"
 
@@ -29,6 +30,7 @@ class JsonLinesReport : public RunObserver {
                    {"atom_id", atom.atomId},
                    {"name", testkit::AtomName(atom)}};
     if (!atom.reverseDomainName.empty()) object["domain"] = atom.reverseDomainName;
+    if (const auto sensor = SensorOf(atom)) AddName(*sensor, object);
     object["values"] = NamedValues(atom);
     Line(object);
   }
@@ -81,14 +83,18 @@ class JsonLinesReport : public RunObserver {
     Json object = {{"kind", "sensor"},
                    {"sensor_high", summary.sensor.high},
                    {"sensor_low", summary.sensor.low}};
-    const std::string_view name = names_.NameOf(summary.sensor);
-    if (!name.empty()) object["sensor_name"] = name;
+    AddName(summary.sensor, object);
     object["samples"] = summary.delivered;
     object["reported_samples"] = summary.reported.samples;
     object["not_reported_samples"] = summary.NotReported();
     object["late_samples"] = summary.reported.late;
     object["latency_histogram"] = summary.reported.bands;
     Line(object);
+  }
+
+  void AddName(SensorVela::SensorId sensor, Json& object) const {
+    const std::string_view name = names_.NameOf(sensor);
+    if (!name.empty()) object["sensor_name"] = name;
   }
 
   void Line(const Json& object) { out_ << Dump(object, false) << '\n'; }

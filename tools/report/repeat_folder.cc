@@ -1,9 +1,7 @@
 #include "tools/report/repeat_folder.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "tools/text/clock_time.h"
@@ -13,19 +11,10 @@ namespace {
 
 constexpr std::size_t kMaxPeriod = 4;
 
-/// The text without the number that each error past the cap has of its own.
-std::string Key(const std::string& text) {
-  constexpr std::string_view kBefore = "has occurred [";
-  const std::size_t before = text.find(kBefore);
-  if (before == std::string::npos) return text;
-  const std::size_t number = before + kBefore.size();
-  return text.substr(0, number) + text.substr(std::min(text.size(), text.find(']', number)));
-}
-
 }  // namespace
 
 void RepeatFolder::Add(ReportLine line) {
-  std::string key = Key(line.text);
+  std::string key = line.key.empty() ? line.text : line.key;
   if (present_ && present_->key == key) {
     ++present_->times;
     present_->last = line.at;

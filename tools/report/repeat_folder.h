@@ -25,12 +25,13 @@ struct ReportLine {
   bool may_be_cut = false;
   /// How often the line came in a row, to be printed after its text; empty for once.
   std::string count = {};
+  /// Compared in the place of the text, unless it is empty.
+  std::string key = {};
 };
 
 /// Passes lines on. A line that comes several times in a row is passed on once, with the count. Of
 /// a few lines that come in turns, the turns after the first become one line with the count. Lines
-/// are the same if their texts are, whatever their instants; the number of "occurred [11] times"
-/// does not count.
+/// are the same if their keys are, whatever their instants.
 ///
 /// Lines are held back until it is known that they are no repeat.
 class RepeatFolder {

@@ -40,11 +40,11 @@ bool Selection::Add(const std::string& what, const SensorNames& names) {
   for (const SensorVela::SensorId sensor : named) sensors_.insert({sensor.high, sensor.low});
   if (!named.empty()) return true;
 
-  const std::size_t colon = what.find(':');
+  const std::size_t slash = what.find('/');
   SensorVela::SensorId sensor = {};
-  if (colon != std::string::npos) {
+  if (slash != std::string::npos) {
     const bool is_sensor =
-        Read(what.substr(0, colon), sensor.high) && Read(what.substr(colon + 1), sensor.low);
+        Read(what.substr(0, slash), sensor.high) && Read(what.substr(slash + 1), sensor.low);
     if (is_sensor) sensors_.insert({sensor.high, sensor.low});
     return is_sensor;
   }

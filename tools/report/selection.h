@@ -15,7 +15,7 @@ namespace sensorvela::replay {
 
 class Selection {
  public:
-  /// Adds the sensors of that name or the sensor HIGH:LOW, or the kind of atom of that name or
+  /// Adds the sensors of that name or the sensor HIGH/LOW, or the kind of atom of that name or
   /// identifier. Returns false if it is none of these.
   bool Add(const std::string& what, const SensorNames& names);
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tools/report/latency_bars.h"
+#include "tools/text/wrapped_text.h"
 
 namespace sensorvela::replay {
 namespace {
@@ -19,7 +20,7 @@ std::string Right(const std::string& text, std::size_t width) {
 
 std::string Row(std::string label, std::size_t label_width, const std::array<std::string, 8>& row) {
   constexpr std::array<std::size_t, 8> kWidths = {9, 9, 6, 7, 7, 7, 7, 7};
-  label.resize(std::max(label.size(), label_width), ' ');
+  label.append(label_width - Columns(label), ' ');
   for (std::size_t i = 0; i < row.size(); ++i) label += ' ' + Right(row[i], kWidths[i] - 1);
   return label.substr(0, label.find_last_not_of(' ') + 1);
 }
@@ -30,7 +31,7 @@ std::vector<std::string> SensorTable(const std::vector<SensorSummary>& sensors,
                                      const SensorNames& names) {
   std::size_t label_width = 0;
   for (const SensorSummary& sensor : sensors) {
-    label_width = std::max(label_width, names.Label(sensor.sensor).size());
+    label_width = std::max(label_width, Columns(names.Label(sensor.sensor)));
   }
   std::vector<std::string> lines = {Row(
       "", label_width, {"samples", "unrep.", "late", "2.5 ms", "5 ms", "10 ms", "20 ms", "more"})};

@@ -57,6 +57,15 @@ std::string Mark(Answer answer) {
   return "?";
 }
 
+/// The log line without the count that each error past the cap has of its own.
+std::string WithoutCount(std::string text) {
+  constexpr std::string_view kBefore = "has occurred [";
+  const std::size_t before = text.find(kBefore);
+  if (before == std::string::npos) return text;
+  const std::size_t count = before + kBefore.size();
+  return text.erase(count, text.find(']', count) - count);
+}
+
 /// The sensor that an event of a trace names.
 std::optional<SensorVela::SensorId> SensorOf(TraceLine line) {
   if (line.number == 0) return std::nullopt;
@@ -77,7 +86,7 @@ class TextReport : public RunObserver {
     if (testkit::FindAtom(atom.atomId) != nullptr) name += " (" + std::to_string(atom.atomId) + ")";
     const std::string text = Padded(Mark(answer), kMarkWidth) +
                              Padded(name, options_.wide ? kAtomWidth : 0) +
-                             (options_.wide ? AllValues(atom) : FoldedValues(atom, names_));
+                             (options_.wide ? AllValues(atom, names_) : FoldedValues(atom, names_));
     Line({.at = at,
           .text = text.substr(0, text.find_last_not_of(' ') + 1),
           .look = answer == Answer::kOk ? Look::kPlain : Look::kLoss,
@@ -108,9 +117,11 @@ class TextReport : public RunObserver {
 
   void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override {
     if (options_.only.is_limited()) return;
+    const std::string mark =
+        Padded("log", kMarkWidth) + std::string(PriorityLetter(priority)) + ' ' + Printable(tag);
     Line({.at = at,
-          .text = Padded("log", kMarkWidth) + std::string(PriorityLetter(priority)) + ' ' +
-                  Printable(tag) + ": " + Printable(text)});
+          .text = mark + ": " + Printable(text),
+          .key = mark + ": " + WithoutCount(std::string(text))});
   }
 
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
@@ -165,7 +176,7 @@ class TextReport : public RunObserver {
     const bool has_color = options_.color && line.look != Look::kPlain;
     if (has_color) out_ << (line.look == Look::kLoss ? "\x1b[31m" : "\x1b[33m");
     const std::string text = line.may_be_cut ? Cut(line.text, line.count.size()) : line.text;
-    std::string lines = Broken(text + line.count, kTimeWidth);
+    std::string lines = Broken(text + line.count, kTimeWidth, kTimeWidth);
     if (has_color) lines.insert(lines.size() - 1, "\x1b[0m");
     out_ << ExactClockTime(line.at) << "  " << lines;
   }
@@ -175,17 +186,14 @@ class TextReport : public RunObserver {
   std::string Cut(const std::string& text, std::size_t more) const {
     constexpr std::string_view kMark = " ...";
     const std::size_t room = std::max(options_.width, TextOptions().width) - kTimeWidth - more;
-    if (options_.wide || text.size() <= room) return text;
+    if (options_.wide || Columns(text) <= room) return text;
     return text.substr(0, text.rfind(' ', room - kMark.size())) + std::string(kMark);
   }
 
-  /// What is left of the width beside an indent.
-  std::size_t TextWidth(std::size_t indent) const {
-    return std::max(options_.width, indent + kMinTextWidth) - indent;
-  }
-
-  std::string Broken(const std::string& text, std::size_t indent) const {
-    return options_.wide ? text + '\n' : Wrapped(text, TextWidth(indent), indent);
+  /// The text in lines of the width. The first begins after `taken` columns.
+  std::string Broken(const std::string& text, std::size_t indent, std::size_t taken = 0) const {
+    if (options_.wide) return text + '\n';
+    return Wrapped(text, std::max(options_.width, indent + kMinTextWidth), indent, taken);
   }
 
   void Bars(const SensorSummary& summary) {

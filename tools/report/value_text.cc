@@ -48,8 +48,10 @@ void AppendWord(std::string& text, const std::string& word) {
 
 }  // namespace
 
-std::string AllValues(const SensorVela::VendorAtom& atom) {
+std::string AllValues(const SensorVela::VendorAtom& atom, const SensorNames& names) {
+  const auto sensor = SensorOf(atom);
   std::string text = Domain(atom);
+  if (sensor && !names.NameOf(*sensor).empty()) AppendWord(text, names.Label(*sensor));
   for (std::size_t i = 0; i < atom.values.size(); ++i) {
     AppendWord(text, testkit::ValueName(atom, i) + '=' + ValueText(atom.values[i], ","));
   }

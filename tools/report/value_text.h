@@ -9,8 +9,9 @@
 
 namespace sensorvela::replay {
 
-/// All values by their names, in order: "hal_call=3 error_code=-22".
-std::string AllValues(const SensorVela::VendorAtom& atom);
+/// All values by their names, in order: "hal_call=3 error_code=-22". The label of a sensor that has
+/// a name stands before them.
+std::string AllValues(const SensorVela::VendorAtom& atom, const SensorNames& names);
 
 /// The sensor's label in the place of its identifier, and the values that say something: not 0, not
 /// empty and, in an atom of a sensor's state, not -1, which stands for none.

@@ -1,21 +1,50 @@
 #include "tools/text/wrapped_text.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
 
 namespace sensorvela::replay {
+namespace {
 
-std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent) {
-  std::string lines;
-  while (text.size() > width) {
-    std::size_t space = text.rfind(' ', width);
-    if (space == std::string_view::npos) space = text.find(' ');
-    if (space == std::string_view::npos) break;
-    lines += std::string(text.substr(0, space)) + '\n' + std::string(indent, ' ');
-    text.remove_prefix(space + 1);
+bool ContinuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80; }
+
+/// Where the character of that column begins, or the end of the text.
+std::size_t IndexOf(std::size_t column, std::string_view text) {
+  std::size_t index = 0;
+  for (; index < text.size(); ++index) {
+    if (!ContinuesCharacter(text[index]) && column-- == 0) break;
   }
-  return lines + std::string(text) + '\n';
+  return index;
+}
+
+/// The space at which a line of at most `columns` ends; none if the text has no later word.
+std::size_t LastSpace(std::string_view text, std::size_t columns) {
+  const std::size_t word = std::min(text.find_first_not_of(' '), text.size());
+  const std::size_t space = text.rfind(' ', IndexOf(columns, text));
+  return space != std::string_view::npos && space > word ? space : text.find(' ', word);
+}
+
+}  // namespace
+
+std::size_t Columns(std::string_view text) {
+  return text.size() - static_cast<std::size_t>(std::ranges::count_if(text, ContinuesCharacter));
+}
+
+std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent,
+                    std::size_t taken) {
+  std::string lines;
+  for (std::size_t before = taken;; before = indent) {
+    const std::size_t columns = width - std::min(width, before);
+    const std::size_t space =
+        Columns(text) > columns ? LastSpace(text, columns) : std::string_view::npos;
+    if (space == std::string_view::npos) return lines.append(text) + '\n';
+    const std::string_view line = text.substr(0, space);
+    lines.append(line.substr(0, line.find_last_not_of(' ') + 1)) += '\n';
+    lines.append(indent, ' ');
+    text.remove_prefix(std::min(text.find_first_not_of(' ', space), text.size()));
+  }
 }
 
 }  // namespace sensorvela::replay

@@ -325,7 +325,7 @@ constexpr EventKind kEventKinds[] = {
 
 /// `text` in the description's right column.
 std::string InRightColumn(std::string_view text) {
-  return Wrapped(text, kLineWidth - kNameWidth, kNameWidth);
+  return Wrapped(text, kLineWidth, kNameWidth, kNameWidth);
 }
 
 }  // namespace
