@@ -26,7 +26,6 @@ class BoundedList {
 
   bool IsFull() const { return items_.size() == limit_; }
 
-  const std::vector<T>& items() const { return items_; }
   /// The last item that was kept; null if there is none, or if it was not the last that was added.
   T* last() { return items_.empty() || omitted_ > 0 ? nullptr : &items_.back(); }
 

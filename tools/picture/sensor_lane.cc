@@ -53,7 +53,7 @@ void SensorLane::Sample(Instant at, std::int64_t timestamp_ns) {
     ++bin.late;
   }
   last_timestamp_ns_ = timestamp_ns;
-  if (samples_++ == 0) firsts_.Add({at, (at - enabled_at_).count()});
+  if (samples_++ == 0) firsts_.Add({at, enabled_at_ ? (at - *enabled_at_).count() : -1});
 }
 
 void SensorLane::EndSpan(Instant at) {

@@ -52,7 +52,8 @@ class SensorLane {
 
   struct Mark {
     Instant at = {};
-    /// A first sample's time since the enable; how many samples a disable ends.
+    /// A first sample's time since the enable, negative if there was none; how many samples a
+    /// disable ends.
     std::int64_t value = 0;
   };
 
@@ -72,7 +73,7 @@ class SensorLane {
 
   // Since the last enable, as in the engine.
   std::uint64_t samples_ = 0;
-  Instant enabled_at_ = {};
+  std::optional<Instant> enabled_at_;
   std::int64_t last_timestamp_ns_ = 0;
   std::int64_t gap_threshold_ns_ = 0;
 };

@@ -50,7 +50,8 @@ function sensorLane(sensor) {
   const spans = sensor.spans.items.map(([from, to, period, samples]) =>
     span("enabled", "enabled", from, to, `a sample every ${duration(period)} asked for`, plural(samples, "sample")));
   spans.push(...leftOut(sensor.spans, "spans"));
-  const firsts = sensor.firsts.items.map(([at, since]) => mark("first", at, `first sample, ${duration(since)} after the enable`));
+  const firsts = sensor.firsts.items.map(([at, since]) =>
+    mark("first", at, since < 0 ? "first sample, without an enable" : `first sample, ${duration(since)} after the enable`));
   const disables = sensor.disables.items.map(([at, samples]) => mark("disable", at, `disabled after ${plural(samples, "sample")}`));
   const bins = sensor.bins.map(([first, number, late, ...bands]) => {
     const samples = bands.reduce((sum, band) => sum + band, 0);
@@ -70,7 +71,7 @@ const atomLane = (outcome, label) =>
 const lanes = [
   {kind: "spans", label: "Stats service", height: 26, spans: [...absences, ...leftOut(data.absences, "absences")], marks: []},
   {kind: "spans", label: "Device", height: 26, spans: [...sleeps, ...leftOut(data.suspended, "times asleep")], marks: []},
-  {kind: "spans", label: "Reporter thread", height: 28, 
+  {kind: "spans", label: "Reporter thread", height: 28,
     spans: [...stays, ...leftOut(data.stays, "states"), ...leftOut(data.steps, "steps")],
     marks: data.steps.items.map(stepOf)},
   markLane("Notes", data.notes, data.notes.items.map(([at, text]) => mark("note", at, text))),

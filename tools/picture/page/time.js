@@ -5,6 +5,8 @@
 const data = JSON.parse(document.getElementById("data").textContent);
 // A run of no length still needs an axis.
 const length_ns = Math.max(data.length_ns, 1);
+/** In a run of years, numbers are too coarse for a smaller window. */
+const kLeastWindow_ns = Math.max(1000, length_ns / 2 ** 40);
 
 const kSecond = 1e9;
 const kMinute = 60 * kSecond;

@@ -19,7 +19,7 @@ const zoom = d3.zoom().duration(0).filter(isForTimeline)
 
 /** Shows the window; moves it where it would leave the run. */
 function showWindow(from, to) {
-  const size = Math.max(Math.min(to - from, length_ns), Math.min(length_ns, 1000));
+  const size = Math.max(Math.min(to - from, length_ns), Math.min(length_ns, kLeastWindow_ns));
   const begin = Math.max(0, Math.min((from + to - size) / 2, length_ns - size));
   const k = length_ns / size;
   const x = chart.left - k * (chart.full(begin) - 0);
@@ -61,7 +61,7 @@ function resize(width) {
   const [from, to] = chart.window;
   measure(width);
   zoom.extent([[chart.left, 0], [chart.right, chart.height]]).translateExtent([[chart.left, 0], [chart.right, chart.height]])
-    .scaleExtent([1, Math.max(1, length_ns / 1000)]);
+    .scaleExtent([1, Math.max(1, length_ns / kLeastWindow_ns)]);
   showWindow(from, to);
 }
 
