@@ -94,7 +94,12 @@ void Recording::ProcessEnds(std::chrono::steady_clock::time_point deadline) {
   const MutexLock lock(mutex_);
   is_finished_ = true;
   WakeWriter();
-  changed_.wait_until(mutex_, deadline, [this] { return is_written(); });
+  const auto written = [this] { return is_written(); };
+  if (options_.waits_for_disk) {
+    changed_.wait(mutex_, written);
+  } else {
+    changed_.wait_until(mutex_, deadline, written);
+  }
 }
 
 void Recording::ServiceFoundDeclared() {

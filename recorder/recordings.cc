@@ -67,9 +67,10 @@ void Recordings::AwaitIdentification() {
 void Recordings::EngineIsConstructed(const std::shared_ptr<Recording>& recording,
                                      const SensorVela* engine) {
   const MutexLock lock(mutex_);
+  // A recording that has failed may have lost its slot to another engine already.
   auto* const slot = std::ranges::find(slots_, recording, &Slot::recording);
-  slot->engine.store(engine, std::memory_order_release);
-  if (engine != nullptr) return;
+  if (slot != slots_.end()) slot->engine.store(engine, std::memory_order_release);
+  if (engine != nullptr || starting_ != recording.get()) return;
   starting_ = nullptr;
   identified_.notify_all();
 }
