@@ -1,8 +1,10 @@
 // Tests what the simulation's sequential model cannot: calls during a step of the reporter thread,
 // and what the engine does to the host's objects.
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -54,6 +56,26 @@ TEST_F(EngineTest, EnginesInOneProcessAreIndependent) {
               ElementsAre("I Reporting HAL call [7] error [0] on sensor [0x00000002].",
                           "SensorHalErrorDetected{sensor_id_high=2, sensor_id_low=2, hal_call=7, "
                           "error_code=0}"));
+}
+
+TEST_F(EngineTest, LosesNoAtomOfThreadsThatCallAtOnce) {
+  constexpr std::uint32_t kThreads = 4;
+  constexpr int kTimes = 500;
+  StartEngine();
+  const auto call = [this](std::uint32_t thread) {
+    for (int i = 0; i < kTimes; ++i) {
+      engine().ReportHalSensorEnabled({thread, 0}, 1);
+      engine().LogSensorLatency({thread, 0}, 0);
+      ReportError();
+      engine().ReportHalSensorDisabled({thread, 0});
+    }
+  };
+  std::vector<std::thread> threads;
+  for (std::uint32_t thread = 0; thread < kThreads; ++thread) threads.emplace_back(call, thread);
+  for (std::thread& thread : threads) thread.join();
+  time.WaitUntilAtRest();
+  // Enables, first samples and disables, and errors up to the cap.
+  EXPECT_EQ(TakeAtoms().size(), kThreads * kTimes * 3 + 10);
 }
 
 using CycleTest = EngineTest;

@@ -5,9 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -107,6 +109,32 @@ TEST(DeviceStyleBinderTest, EachCopyKeepsTheService) {
   EXPECT_FALSE(watched.expired());
   first = nullptr;
   EXPECT_TRUE(watched.expired());
+}
+
+TEST(DeviceStyleStatusTest, AStatusSaysWhatItWasMadeOf) {
+  using Content = std::tuple<bool, binder_exception_t, std::int32_t, binder_status_t, std::string>;
+  const struct {
+    ScopedAStatus status;
+    Content content;
+  } kCases[] = {
+      {ScopedAStatus::ok(), {true, EX_NONE, 0, STATUS_OK, ""}},
+      {ScopedAStatus::fromStatus(STATUS_OK), {true, EX_NONE, 0, STATUS_OK, ""}},
+      {ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT),
+       {false, EX_TRANSACTION_FAILED, 0, STATUS_DEAD_OBJECT, ""}},
+      {ScopedAStatus::fromExceptionCode(EX_SECURITY), {false, EX_SECURITY, 0, STATUS_OK, ""}},
+      {ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_STATE, "why"),
+       {false, EX_ILLEGAL_STATE, 0, STATUS_OK, "why"}},
+      {ScopedAStatus::fromServiceSpecificError(-7),
+       {false, EX_SERVICE_SPECIFIC, -7, STATUS_OK, ""}},
+      {ScopedAStatus::fromServiceSpecificErrorWithMessage(7, "why"),
+       {false, EX_SERVICE_SPECIFIC, 7, STATUS_OK, "why"}}};
+  for (const auto& [status, content] : kCases) {
+    EXPECT_EQ(Content(status.isOk(), status.getExceptionCode(), status.getServiceSpecificError(),
+                      status.getStatus(), status.getMessage()),
+              content)
+        << status.getDescription();
+  }
+  EXPECT_FALSE(ScopedAStatus().isOk());
 }
 
 }  // namespace
