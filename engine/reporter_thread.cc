@@ -15,7 +15,7 @@ using sensorvela::platform::MutexLock;
 
 namespace {
 
-/// The memory of a larger batch is freed: its list of blocks grows with it.
+/// The memory of a larger batch is freed, because its list of blocks would stay large.
 constexpr std::size_t kMostAtomsOfAReusedBatch = 64;
 
 }  // namespace
@@ -74,7 +74,7 @@ void SensorVela::DrainAtomQueue() {
     }
   }
 
-  // An emptied batch still has a block or two. The next atoms use them.
+  // An emptied batch keeps one or two blocks of memory, which the next atoms use.
   if (batch.size() > kMostAtomsOfAReusedBatch) return;
   batch.clear();
   const MutexLock lock(queue_mutex_);

@@ -305,14 +305,14 @@ std::uint64_t current_seed = 0;
 int current_step = 0;
 constexpr unsigned kHangSeconds = 50;  // A life takes milliseconds.
 
-void LastWords() {
-  std::fprintf(stderr, "seed %llu died in step %d; again: --print --first %llu --seeds 1\n",
+void PrintSeed() {
+  std::fprintf(stderr, "seed %llu ended in step %d; again: --print --first %llu --seeds 1\n",
                static_cast<unsigned long long>(current_seed), current_step,
                static_cast<unsigned long long>(current_seed));
 }
 
 void OnFatalSignal(int signal) {
-  LastWords();
+  PrintSeed();
   std::signal(signal, SIG_DFL);
   std::raise(signal);
 }
@@ -372,7 +372,7 @@ int RunSimulation(int argc, char** argv, LifeObserver& observer) {
     std::signal(signal, OnFatalSignal);
   }
   if (__sanitizer_set_death_callback != nullptr) {
-    __sanitizer_set_death_callback(LastWords);
+    __sanitizer_set_death_callback(PrintSeed);
   }
 
   std::int64_t lived_ns = 0;

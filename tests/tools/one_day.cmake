@@ -1,6 +1,7 @@
-# Replays the example day twice. It must be readable: at most 98 lines, to which the demo adds two, of at
-# most 120 columns, one of them about the atom that is lost. Both runs must print the same, and the cycles must end where the two
-# clocks say: six hours after the one before, and later by the 5 hours 38 minutes of sleep.
+# Replays the example day twice. It must be readable: at most 98 lines, to which the demo adds two,
+# of at most 120 columns, one of them about the atom that is lost. Both runs must print the same, and
+# the cycles must end where the two clocks say: six hours after the one before, and later by the 5
+# hours 38 minutes of sleep.
 execute_process(COMMAND ${REPLAY} ${DAY} OUTPUT_FILE ${WORK}/day.text COMMAND_ERROR_IS_FATAL ANY)
 file(STRINGS ${WORK}/day.text lost REGEX "^13:02:00.* DROPPED +runtime_error of accelerometer .* 13:00:20")
 file(STRINGS ${WORK}/day.text long LENGTH_MINIMUM 121)
