@@ -168,17 +168,18 @@ int Replay(const Options& options) try {
   }
 
   const auto has_failed = [&] {
-    return out.error() != 0 ||
+    // A reader that has seen enough does not make the files unwanted.
+    const bool out_has_failed = out.error() != 0 && (out.error() != EPIPE || files.empty());
+    return out_has_failed ||
            std::ranges::any_of(files, [](const auto& file) { return file.file.error() != 0; });
   };
   replay::Replay(observers, options.log).Run(trace.Events(), has_failed);
   out.Flush();
   for (ObserverFile& file : files) file.file.Flush();
-  if (out.error() != 0) return CannotWrite("to standard output", out.error());
   for (const ObserverFile& file : files) {
     if (file.file.error() != 0) return CannotWrite(file.name, file.file.error());
   }
-  return 0;
+  return out.error() == 0 ? 0 : CannotWrite("to standard output", out.error());
 } catch (const replay::TraceError& error) {
   std::cerr << error.what() << '\n';
   return kExitBadInput;

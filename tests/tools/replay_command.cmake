@@ -83,19 +83,22 @@ endforeach()
 
 expect_full_device(--help)
 
-# A run ends where a write fails: it prints no summary, and does not finish the viewer's file.
+# A run ends where a write fails: it prints no summary, and does not finish the viewer's file. When the
+# reader of a pipe has gone, the file is still wanted.
 string(REPEAT "long " 50 text)
 string(REPEAT "{\"at_ns\":0,\"event\":\"note\",\"text\":\"${text}\"}\n" 2000 notes)
 expect(1 "-;--wide;--trace-out;/dev/full" "${trace}${notes}" "long \n$" "^[^\n]*cannot write /dev/full: No space left[^\n]*\n$")
-foreach(case "OUTPUT_FILE;/dev/full;^1$;^[^\n]*cannot write to standard output: No space left[^\n]*\n$"
-             "COMMAND;${CMAKE_COMMAND} -E true;^1,0$;^$")
-  list(POP_FRONT case keyword reader status err)
+foreach(case "OUTPUT_FILE;/dev/full;^1$;^[^\n]*cannot write to standard output: No space left[^\n]*\n$;OFF"
+             "COMMAND;${CMAKE_COMMAND} -E true;^1,0$;^$;ON")
+  list(POP_FRONT case keyword reader status err is_finished)
   separate_arguments(reader UNIX_COMMAND "${reader}")
   execute_process(COMMAND ${TOOL} --wide ${WORK}/input --trace-out ${WORK}/trace_events.json
     ${keyword} ${reader} RESULTS_VARIABLE results ERROR_VARIABLE complained)
   list(JOIN results "," results)
   file(READ ${WORK}/trace_events.json events)
-  if(NOT results MATCHES "${status}" OR NOT complained MATCHES "${err}" OR events MATCHES "]}\n$")
+  string(REGEX MATCH "]}\n$" end "${events}")
+  if(NOT results MATCHES "${status}" OR NOT complained MATCHES "${err}"
+      OR (is_finished AND end STREQUAL "") OR (NOT is_finished AND NOT end STREQUAL ""))
     message(FATAL_ERROR "${keyword}: status ${results}\ncomplained: ${complained}")
   endif()
 endforeach()
