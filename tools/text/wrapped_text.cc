@@ -14,7 +14,9 @@ bool ContinuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0U)
 std::size_t IndexOf(std::size_t column, std::string_view text) {
   std::size_t index = 0;
   for (; index < text.size(); ++index) {
-    if (!ContinuesCharacter(text[index]) && column-- == 0) break;
+    if (ContinuesCharacter(text[index])) continue;
+    if (column == 0) break;
+    --column;
   }
   return index;
 }
