@@ -1,13 +1,11 @@
 // Runs a real engine and the model through the same random steps and compares their effects after
 // every step. A seed determines a whole run, a life, and can be given on the command line.
-#include <unistd.h>
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <chrono>
-#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -23,10 +21,6 @@
 #include "tests/library/test_support.h"
 #include "tests/simulation/simulation.h"
 #include "tests/simulation/simulation_model.h"
-
-// Only a build with sanitizers defines it.
-// NOLINTNEXTLINE(bugprone-reserved-identifier, readability-identifier-naming)
-extern "C" void __sanitizer_set_death_callback(void (*callback)()) __attribute__((weak));
 
 namespace sensorvela::testing {
 namespace {
@@ -300,35 +294,16 @@ void PrintDifference(const Texts& seen, const Texts& expected) {
   PrintLines("model: ", expected, first);
 }
 
-// Printed when a run crashes, hangs, or is ended by a sanitizer.
-std::uint64_t current_seed = 0;
-int current_step = 0;
-constexpr unsigned kHangSeconds = 50;  // A life takes milliseconds.
-
-void PrintSeed() {
-  std::fprintf(stderr, "seed %llu ended in step %d; again: --print --first %llu --seeds 1\n",
-               static_cast<unsigned long long>(current_seed), current_step,
-               static_cast<unsigned long long>(current_seed));
-}
-
-void OnFatalSignal(int signal) {
-  PrintSeed();
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
-}
-
 /// Runs one life. At the first difference between the engine and the model, prints the steps so far
 /// and returns false.
 bool Live(std::uint64_t seed, int steps, bool print, LifeObserver& observer, int64_t& lived_ns) {
-  current_seed = seed;
-  alarm(kHangSeconds);
+  if (print) std::fprintf(stderr, "seed %llu\n", static_cast<unsigned long long>(seed));
   Dice dice(seed);
   World world;
   Model model;
   std::vector<std::string> done;
   for (int i = 0; i < steps; ++i) {
     const Step step = NextStep(dice, model);
-    current_step = i + 1;
     done.push_back(step.text);
     if (print) std::fprintf(stderr, "%s\n", step.text.c_str());
     if (step.text.starts_with("create")) observer.EngineStarts();
@@ -366,14 +341,9 @@ int RunSimulation(int argc, char** argv, LifeObserver& observer) {
       ->capture_default_str()
       ->check(CLI::PositiveNumber);
   bool print = false;
-  app.add_flag("--print", print, "print each step before it is done");
+  app.add_flag("--print", print,
+               "print each seed and step before it is run, which shows where a run crashes");
   CLI11_PARSE(app, argc, argv);
-  for (const int signal : {SIGABRT, SIGALRM, SIGSEGV}) {
-    std::signal(signal, OnFatalSignal);
-  }
-  if (__sanitizer_set_death_callback != nullptr) {
-    __sanitizer_set_death_callback(PrintSeed);
-  }
 
   std::int64_t lived_ns = 0;
   double days = 0;
