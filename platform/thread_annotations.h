@@ -4,7 +4,7 @@
 // A header includes this after all others and ends with thread_annotations_end.h, so that a program
 // that includes the header gets none of these macros. Each such header defines them again, so this
 // has no include guard.
-#if defined(__clang__)
+#ifdef __clang__
 #define SENSORVELA_THREAD_ANNOTATION(x) __attribute__((x))
 #else
 #define SENSORVELA_THREAD_ANNOTATION(x)

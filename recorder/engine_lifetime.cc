@@ -13,7 +13,7 @@
 #include "recorder/recorded_supplier.h"
 #include "recorder/recordings.h"
 
-#if defined(_LIBCPP_VERSION)
+#ifdef _LIBCPP_VERSION
 #define SENSORVELA_CONSTRUCTOR(kind, supplier) \
   asm("_ZN10SensorVela" kind "EONSt3__110unique_ptrINS_" supplier "ENS0_14default_deleteIS2_EEEE")
 #else

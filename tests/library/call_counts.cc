@@ -22,13 +22,13 @@ CallCounts CallsOfThisThread() { return counts; }
 
 }  // namespace sensorvela::testing
 
-#if defined(__has_feature)
+#ifdef __has_feature
 #if __has_feature(thread_sanitizer)
 #define SENSORVELA_CALLS_ARE_NOT_COUNTED
 #endif
 #endif
 
-#if !defined(SENSORVELA_CALLS_ARE_NOT_COUNTED)
+#ifndef SENSORVELA_CALLS_ARE_NOT_COUNTED
 void* operator new(std::size_t size) {
   void* block = std::malloc(size);  // NOLINT(cppcoreguidelines-no-malloc)
   if (block == nullptr) std::abort();

@@ -7,7 +7,7 @@ namespace sensorvela::testing {
 
 /// False in a build with the Thread sanitizer, whose own `operator new` and locks cannot be
 /// replaced.
-#if defined(__has_feature)
+#ifdef __has_feature
 inline constexpr bool kCallsAreCounted = !__has_feature(thread_sanitizer);
 #else
 inline constexpr bool kCallsAreCounted = true;

@@ -18,7 +18,7 @@ TEST(ThreadStartTest, ARefusalReachesTheHostAsASystemErrorAndLeavesVirtualTimeAs
       FAIL() << "the thread started";
     } catch (const std::system_error& error) {
       EXPECT_EQ(error.code(), std::errc::resource_unavailable_try_again);
-#if defined(_LIBCPP_VERSION)  // Other libraries have another text.
+#ifdef _LIBCPP_VERSION  // Other libraries have another text.
       EXPECT_THAT(error.what(), ::testing::StartsWith("thread constructor failed"));
 #endif
     }

@@ -43,7 +43,7 @@
 #include "tools/run/replay.h"
 #include "tools/trace/trace.h"
 
-#if !defined(SENSORVELA_RECORDING_HOST)
+#ifndef SENSORVELA_RECORDING_HOST
 #define SENSORVELA_RECORDING_HOST ""  // A host of another architecture cannot be started.
 #endif
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "engine/log_lines.h"
 
@@ -88,7 +89,8 @@ bool IsPossible(const LibraryLine& line) {
   if (line.kind != LineKind::kHalErrorBlocked && line.kind != LineKind::kRuntimeErrorBlocked) {
     return true;
   }
-  return line.numbers[1] > kErrorCapPerCycle && line.numbers[2] == kErrorCapPerCycle;
+  return std::cmp_greater(line.numbers[1], kErrorCapPerCycle) &&
+         std::cmp_equal(line.numbers[2], kErrorCapPerCycle);
 }
 
 }  // namespace
