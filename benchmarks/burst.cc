@@ -1,5 +1,5 @@
-// What a host's thread sees in life: it reports some events, which wake the reporter thread; that
-// sends and frees them, and sleeps again.
+// A host's thread reports some events, which wake the reporter thread; that sends and frees their
+// atoms, and sleeps again.
 #include <atomic>
 #include <chrono>
 #include <condition_variable>

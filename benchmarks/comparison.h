@@ -9,7 +9,7 @@
 
 namespace sensorvela::benchmarks {
 
-/// Runs an operation some hundred times and returns what one took, in nanoseconds.
+/// Runs an operation many times and returns the mean time of one, in nanoseconds.
 using Slice = std::function<double()>;
 
 /// Sets up whatever a slice needs. What it needs lives as long as the slice.

@@ -67,7 +67,8 @@ void AddEnqueue() {
        .operation = Repeat<BlockedEngine>(
            [](BlockedEngine& engine) { engine->ReportHalSensorDisabled(kSensor); }),
        .baseline = Repeat<BaselineQueue>(
-           [](BaselineQueue& queue) { queue.Enqueue(BaselineAtom(6, true)); })});
+           [](BaselineQueue& queue) { queue.Enqueue(BaselineAtom(6, true)); }),
+       .goal = 1.15});
   Add({.table = kTable,
        .name = "the same, baseline also locks and looks up the status",
        .operation = Repeat<BlockedEngine>(

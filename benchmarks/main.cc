@@ -21,7 +21,7 @@ int main(int argc, char** argv) {
   benchmarks::AddDrain();
   benchmarks::AddHistogram();
   benchmarks::AddBuilders();
-  benchmarks::AddScale();
+  benchmarks::AddAlternatives();
   benchmarks::AddBacklog();
   if (benchmark::RunSpecifiedBenchmarks() > 0) return 0;
   std::fprintf(stderr, "sensorvela-bench: no benchmark has that name\n");

@@ -3,6 +3,7 @@
 
 namespace sensorvela::benchmarks {
 
+void AddAlternatives();
 void AddSamplePath();
 void AddEnqueue();
 void AddErrorCap();
@@ -10,7 +11,6 @@ void AddDrain();
 void AddHistogram();
 void AddBuilders();
 void AddBurst();
-void AddScale();
 void AddBacklog();
 
 }  // namespace sensorvela::benchmarks

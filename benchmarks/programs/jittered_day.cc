@@ -17,7 +17,7 @@
 namespace {
 
 constexpr int kSamples = 12'000'000;
-// The timer's jitter and the spread of the path's latency, as measured on a phone under load.
+// The timer's jitter and the spread of the path's latency. They are assumed, not measured.
 constexpr double kJitterNs = 60'000;
 constexpr double kLatencySpreadNs = 300'000;
 constexpr std::int64_t kLeastLatencyNs = 3'000'000;

@@ -56,8 +56,8 @@ void PrintRun(const char* path) {
   const replay::Trace trace(path, input);
   replay::Replay({&cost}, false).Run(trace.Events());
   std::printf("atoms\t%zu\n", cost.atoms);
-  // After a cycle's end the thread sends the upload's batch before it sleeps again.
-  std::printf("wake-ups: batches, and cycles that ended\t%zu\n", cost.batches);
+  // The thread sleeps at most once before each.
+  std::printf("batches, and so wake-ups at most\t%zu\n", cost.batches);
   std::printf("cycles that ended\t%zu\n", cost.cycles);
   std::printf("processor time, with the replay's service and supplier, us\t%lld\n",
               static_cast<long long>(cost.cpu_ns / 1000));

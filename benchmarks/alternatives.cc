@@ -62,7 +62,7 @@ void DirectCall(benchmark::State& state) {
 
 }  // namespace
 
-void AddScale() {
+void AddAlternatives() {
   constexpr char kTable[] = "One HAL error, on the caller's thread";
   Add(kTable, "LogSensorHalError", Engine);
   Add(kTable, "LogSensorHalError, reporter thread blocked", EngineWithABlockedReporter);
