@@ -31,6 +31,9 @@
 /// construction and the start of destruction. No method waits for the stats service, fails, or
 /// validates an argument: every value is safe and is passed on unchanged.
 ///
+/// Annotations, for Clang: `SENSORVELA_EXCLUDES` names the engine's own locks that the caller must
+/// not hold. Only the engine's own code can hold one.
+///
 /// Clocks: a cycle is six hours of the monotonic clock, which stands still while the device is
 /// suspended. Timestamps and latencies are on elapsed realtime, which goes on.
 ///
@@ -237,26 +240,31 @@ class [[gnu::visibility("default")]] SensorVela {
   ~SensorVela();
 
   /// Queues a copy of `atom`. Atoms are sent in the order in which they were queued.
-  void ReportVendorAtomAsync(const VendorAtom& atom);
+  void ReportVendorAtomAsync(const VendorAtom& atom)
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   /// A call into the sensors HAL failed with `error`. At most 10 atoms are sent per `call` and
   /// cycle, counted over all sensors and errors; later occurrences are only logged.
-  void LogSensorHalError(SensorId sensor, HalCall call, int error);
+  void LogSensorHalError(SensorId sensor, HalCall call, int error)
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   /// A sensor failed while it ran. The same cap applies per `type`; runtime errors and HAL errors
   /// are counted separately.
-  void LogSensorRuntimeError(SensorId sensor, ErrorType type, int code);
+  void LogSensorRuntimeError(SensorId sensor, ErrorType type, int code)
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   // Times are in nanoseconds of `android::elapsedRealtimeNano()`; differences of times wrap.
 
   /// The sensor was enabled with this sampling period. Queues the atom and then resets the sensor's
   /// counts; those that no disable has reported are discarded. A disable on another thread can come
   /// between the two: it then reports the counts from before, after the enable's atom.
-  void ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns);
+  void ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns)
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   /// The sensor was disabled. Reports the sensor's counts since the last enable and does not reset
   /// them: later samples add to them until the next enable.
-  void ReportHalSensorDisabled(SensorId sensor);
+  void ReportHalSensorDisabled(SensorId sensor)
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   /// The sensor delivered a sample with this timestamp; call this once for each sample. Counts the
   /// sample by its latency (the time of this call minus the timestamp), and counts it as late if
@@ -266,21 +274,26 @@ class [[gnu::visibility("default")]] SensorVela {
   /// This is the sample path. It takes one lock and reads the clock once. For a sensor that has a
   /// status already, it does one hash lookup and allocates nothing. Only a first sample also builds
   /// and queues an atom.
-  void LogSensorLatency(SensorId sensor, long long timestamp_ns);
+  void LogSensorLatency(SensorId sensor, long long timestamp_ns)
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   /// The sensor's first sample arrived `latency_ns` after its enable. `LogSensorLatency` calls this
   /// for each first sample; a host that calls `LogSensorLatency` need not.
-  void ReportFirstSample(SensorId sensor, long long latency_ns);
+  void ReportFirstSample(SensorId sensor, long long latency_ns)
+      SENSORVELA_EXCLUDES(queue_mutex_, error_counts_mutex_);
 
   /// A proximity status report, passed on bit for bit.
-  void LogSensorProxEvent(const TarnVelaProxEvent& event);
+  void LogSensorProxEvent(const TarnVelaProxEvent& event)
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   /// An operation of the sensors HAL took `latency_ns` on the sensor.
-  void ReportHalLatency(HalOperation operation, SensorId sensor, long long latency_ns);
+  void ReportHalLatency(HalOperation operation, SensorId sensor, long long latency_ns)
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   /// A sensor firmware changed its state. The host defines what `subject_id` and `detail_code`
   /// mean.
-  void ReportFirmwareState(int subject_id, FirmwareState state, int detail_code);
+  void ReportFirmwareState(int subject_id, FirmwareState state, int detail_code)
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   // Each of these builds the atom of one diagnostics record, for a host that sends its own
   // diagnostics. They use no engine and may be called from any thread at any time.
@@ -348,8 +361,10 @@ class [[gnu::visibility("default")]] SensorVela {
       SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   [[gnu::visibility("hidden")]] void Start();
-  [[gnu::visibility("hidden")]] void RequestStop() SENSORVELA_EXCLUDES(queue_mutex_);
-  [[gnu::visibility("hidden")]] bool StopRequested() SENSORVELA_EXCLUDES(queue_mutex_);
+  [[gnu::visibility("hidden")]] void RequestStop()
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+  [[gnu::visibility("hidden")]] bool StopRequested()
+      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
 
   /// Queues `atom` without a copy.
   [[gnu::visibility("hidden")]] void Enqueue(VendorAtom&& atom)

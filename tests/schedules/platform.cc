@@ -51,13 +51,15 @@ constexpr std::array<Line, 5> kLines = {{
      'C'},
 }};
 
-/// The atom's letter; a disable's is the number of samples.
+/// The atom's letter; a disable's is the number of samples. Each enable and each sample reads
+/// elapsed realtime once, and none comes between an enable and its first sample: the latency is 1
+/// ns.
 char LetterOf(const VendorAtom& atom) {
   switch (atom.atomId) {
     case atoms::SensorHalErrorDetected::kAtomId:
       return 'e';
     case atoms::SensorFirstSampleReported::kAtomId:
-      return 'f';
+      return atom.values[2] == std::int64_t{1} ? 'f' : 'g';
     case atoms::SensorProcessorDiagnosticsReported::kAtomId:
       return 'p';
     case atoms::SensorSystemQueueStressReported::kAtomId:
@@ -111,6 +113,7 @@ Platform::Platform() {
 void Platform::Reset() {
   for (WorldStep& step : world.steps) step.budget = 0;
   now_ns = 0;
+  elapsed_ns_ = 0;
   declared = true;
   service = Service::kUp;
   report_of_a_fails = false;
@@ -126,6 +129,11 @@ std::int64_t Platform::ReadClock() {
   return now_ns;
 }
 
+std::int64_t Platform::ReadElapsedRealtime() {
+  Step({.name = "elapsed realtime", .uses = {{{&elapsed_ns_, true}}}});
+  return ++elapsed_ns_;
+}
+
 void Platform::Record(char letter) {
   Step({.name = "record", .uses = {{{&record_, true}}}});
   const CheckerMemory checker_memory;
@@ -134,7 +142,7 @@ void Platform::Record(char letter) {
 
 }  // namespace sensorvela::schedules
 
-std::int64_t android::elapsedRealtimeNano() { return Platform::Get().ReadClock(); }
+std::int64_t android::elapsedRealtimeNano() { return Platform::Get().ReadElapsedRealtime(); }
 
 // Information is not recorded.
 int __android_log_print(int /*prio*/, const char* /*tag*/, const char* fmt, ...) {

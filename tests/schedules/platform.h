@@ -12,7 +12,8 @@ namespace sensorvela::schedules {
 /// One in the whole program. It records what a host's maker could see of a run, one letter each:
 ///
 ///     a ... d  the stats service received that atom     e  that of an error
-///     + 0 1 2  of an enable, of a disable (samples)     f  of a first sample
+///     + 0 1 2  of an enable, of a disable (samples)
+///     f g      of a first sample: its latency is right, wrong
 ///     p q      of processor and queue diagnostics       U u  the supplier's first and last calls
 ///     N F      the log: not registered, no service at the start
 ///     D X      atoms are dropped, failed to report      C c  an error past the cap, the next ones
@@ -42,7 +43,10 @@ class Platform {
 
   // For the threads of a run.
 
+  /// The monotonic clock, which stands still but for the six hours.
   std::int64_t ReadClock();
+  /// Elapsed realtime, which is a nanosecond later at each reading.
+  std::int64_t ReadElapsedRealtime();
   void Record(char letter);
   /// Empties the record.
   void Forget() { record_.clear(); }
@@ -51,6 +55,7 @@ class Platform {
   Platform();
   void Reset();
 
+  std::int64_t elapsed_ns_ = 0;
   std::string record_;
 };
 

@@ -60,6 +60,7 @@ int main(int argc, char** argv) {
     ++scenarios;
     schedules += report.schedules;
   }
+  if (scenarios == 0) std::fprintf(stderr, "no scenario is named '%s'\n", only.c_str());
   if (!good || scenarios == 0) return 1;
   std::printf("%d scenarios, %lld schedules, which are all of each\n", scenarios,
               static_cast<long long>(schedules));
