@@ -178,9 +178,8 @@ TEST(CallCostTest, ABatchOfAnyLengthIsTakenAndSentWithoutACopy) {
   EXPECT_EQ(sent(1), sent(500));
 }
 
-TEST(CallCostTest, TheMemoryOfASmallBatchIsReusedAndThatOfALargeOneFreed) {
+TEST(CallCostTest, TheMemoryOfABatchOf64AtomsIsReusedAndThatOfALargerOneFreed) {
   if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
-  constexpr int kBurst = 100'000;
   simulated::VirtualTime time;
   const auto service = ndk::SharedRefBase::make<CountingService>();
   simulated::RegisterService(testkit::kStatsInstance, service);
@@ -193,15 +192,21 @@ TEST(CallCostTest, TheMemoryOfASmallBatchIsReusedAndThatOfALargeOneFreed) {
   }
   time.WaitUntilAtRest();
 
+  const auto bytes_after_a_batch_of = [&](int atoms) {
+    simulated::UnregisterService(testkit::kStatsInstance);
+    report();
+    time.WaitUntilSettled();  // All that follow are one batch.
+    for (int i = 0; i < atoms; ++i) report();
+    simulated::RegisterService(testkit::kStatsInstance, service);
+    time.WaitUntilAtRest();
+    return HeapBytesInUse();
+  };
   const std::int64_t bytes_at_rest = HeapBytesInUse();
-  simulated::UnregisterService(testkit::kStatsInstance);
-  report();
-  time.WaitUntilSettled();  // All that follow are one batch.
-  for (int i = 0; i < kBurst; ++i) report();
-  EXPECT_GT(HeapBytesInUse(), bytes_at_rest + kBurst * std::int64_t{sizeof(VendorAtom)});
-  simulated::RegisterService(testkit::kStatsInstance, service);
-  time.WaitUntilAtRest();
-  EXPECT_LE(HeapBytesInUse(), bytes_at_rest);
+  const std::int64_t bytes_after_64 = bytes_after_a_batch_of(64);
+  EXPECT_EQ(CostOf(report).calls.allocations, 1);
+  const std::int64_t bytes_after_65 = bytes_after_a_batch_of(65);
+  EXPECT_LE(bytes_after_65, bytes_at_rest);
+  EXPECT_GT(bytes_after_64, bytes_after_65);
   engine.reset();
   simulated::ResetServices();
 }
