@@ -56,6 +56,7 @@ TEST(HistogramTest, ExponentialEdgesAccumulateInSinglePrecision) {
                   63.095726F, 125.892525F, 251.188599F, 501.187134F, 1000}));
   EXPECT_EQ(bins(-8, -1, 3), Bins({kLowest, -8, -4, -2, -1}));
   EXPECT_EQ(bins(0, 10, 1), Bins({kLowest, 0, 10}));
+  EXPECT_EQ(bins(1, 0, 3), Bins({kLowest, 1, 0, 0, 0}));
   EXPECT_EQ(bins(1, kInfinity, 1), Bins({kLowest, 1, kInfinity}));
   EXPECT_EQ(bins(1e-38F, 3e38F, 2), Bins({kLowest, 1e-38F, kInfinity, 3e38F}));
   EXPECT_TRUE(std::isnan(bins(1, kNan, 2)[2]));

@@ -1,3 +1,4 @@
+#include <android/log.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include <sensorvela/platform/simulated/log_sink.h>
 #include <sensorvela/testkit/atom_catalogue.h>
 #include <sensorvela/testkit/atom_text.h>
 #include <sensorvela/testkit/stats_service.h>
@@ -115,6 +117,26 @@ TEST(AtomTextTest, TellsApartWhatDiffers) {
        R"(atom 42{value_1=strings ["a \x22\x0a", absent], value_2=bools [true, false]})"},
       {annotated, "atom 42{value_1=int 1, annotated}"}};
   for (const auto& [atom, text] : kCases) EXPECT_EQ(::testing::PrintToString(atom), text);
+}
+
+TEST(LogTest, CutsALineAsTheDeviceDoes) {
+  std::string line;
+  const simulated::ScopedLogSink sink([&](auto, auto, std::string_view text) { line = text; });
+  __android_log_print(ANDROID_LOG_INFO, "tag", "%s", std::string(1100, 'x').c_str());
+  EXPECT_EQ(line, std::string(1023, 'x'));
+}
+
+TEST(VirtualTimeDeathTest, AbortsWhenItCannotBegin) {
+  using std::chrono::hours;
+  const hours century(24 * 365 * 100);
+  for (const auto start : {century, -century}) {
+    const simulated::VirtualTime time(start);
+    EXPECT_DEATH(simulated::VirtualTime(), "there is one already");
+    EXPECT_EQ(time.Now(), start);
+  }
+  for (const auto start : {century + hours(1), -century - hours(1)}) {
+    EXPECT_DEATH(simulated::VirtualTime{start}, "start within a century of zero");
+  }
 }
 
 TEST(VirtualTimeTest, NeverGoesBackAndStopsAtTheLatestInstant) {
