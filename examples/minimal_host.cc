@@ -28,7 +28,7 @@ void RunSensors(sensorvela::simulated::VirtualTime& time) {
   engine.LogSensorHalError(accelerometer, SensorVela::HalCall{3}, -22);
   engine.ReportHalSensorDisabled(accelerometer);
 
-  // Life goes on. Six hours later the cycle ends and the diagnostics are uploaded.
+  // Six hours later the cycle ends and the diagnostics are uploaded.
   time.RunTo(std::chrono::hours(6));
 }  // Stops the thread; atoms that have not been sent by now are discarded.
 

@@ -73,8 +73,8 @@ class CondVar {
   /// sleep: the caller checks its own state and the clock.
   void WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) SENSORVELA_REQUIRES(mutex);
 
-  /// Wakes every thread that waits with `mutex`. Since the caller holds it, no thread can check its
-  /// state and then miss the notification.
+  /// Wakes the thread that waits with `mutex`, if one does. Since the caller holds it, the thread
+  /// cannot check its state and then miss the notification.
   void NotifyAll(Mutex& mutex) SENSORVELA_REQUIRES(mutex);
 
  private:

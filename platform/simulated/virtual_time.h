@@ -37,7 +37,7 @@ class VirtualTime {
   /// first moves and when this returns. An instant in the past moves nothing.
   void RunTo(Instant instant);
 
-  /// The same for the instant that is `duration` from now, or the latest of all if that is later.
+  /// `RunTo(Now() + duration)`; a sum past the latest instant means the latest.
   void RunFor(Instant duration);
 
   /// Moves the clocks in one step and wakes every engine whose deadline has been reached. Does not
