@@ -187,9 +187,10 @@ class RecordedHost {
   int input_ = -1;
 };
 
-class ClosedCircleTest : public RecorderTest, public ::testing::WithParamInterface<std::string> {};
+class RecordedReplayTest : public RecorderTest,
+                           public ::testing::WithParamInterface<std::string> {};
 
-TEST_P(ClosedCircleTest, AReplayOfARecordedReplayPrintsTheSame) {
+TEST_P(RecordedReplayTest, AReplayOfARecordedReplayPrintsTheSame) {
   for (const char* const name : {"run.jsonl", "run.jsonl.gz"}) {
     const std::string recording = Record(name);
     const std::string printed = Printed(SourcePath(GetParam()) + ".jsonl");
@@ -204,7 +205,7 @@ Texts AllTraces() {
   return traces;
 }
 
-INSTANTIATE_TEST_SUITE_P(Traces, ClosedCircleTest, ::testing::ValuesIn(AllTraces()),
+INSTANTIATE_TEST_SUITE_P(Traces, RecordedReplayTest, ::testing::ValuesIn(AllTraces()),
                          [](const auto& test) {
                            const std::string& path = test.param;
                            return path.substr(0, path.find('/')) + "_" + TraceName(path);

@@ -1,5 +1,5 @@
-// The simulation's lives again, recorded while they run: the replay of each engine's recording must
-// show the same log lines and atoms.
+// The simulation's runs again, recorded: the replay of each engine's recording must show the same
+// log lines and atoms.
 #include <android/log.h>
 
 #include <algorithm>
@@ -44,11 +44,11 @@ Texts Replayed(const std::string& path) {
   return history.texts;
 }
 
-class RecordedLife : public LifeObserver {
+class RecordedRuns : public SimulationObserver {
  public:
   void EngineStarts() override {
     engines_.push_back({Path(engines_.size()), {}});
-    std::filesystem::remove(engines_.back().path);  // Of a run that failed.
+    std::filesystem::remove(engines_.back().path);  // Of a simulation that failed.
     setenv("SENSORVELA_RECORDING", engines_.back().path.c_str(), 1);
     setenv("SENSORVELA_RECORDING_WAIT", "1", 1);
   }
@@ -59,7 +59,7 @@ class RecordedLife : public LifeObserver {
     texts.insert(texts.end(), history.begin(), history.end());
   }
 
-  bool LifeEnds() override {
+  bool RunEnds() override {
     unsetenv("SENSORVELA_RECORDING");
     bool same = true;
     for (const Engine& engine : engines_) same = same && IsTheSame(engine);
@@ -77,7 +77,7 @@ class RecordedLife : public LifeObserver {
   };
 
   static std::string Path(std::size_t number) {
-    return std::filesystem::current_path() / ("life-" + std::to_string(number) + ".jsonl");
+    return std::filesystem::current_path() / ("run-" + std::to_string(number) + ".jsonl");
   }
 
   static bool IsTheSame(const Engine& engine) {
@@ -87,7 +87,7 @@ class RecordedLife : public LifeObserver {
         return i < texts.size() ? texts[i].c_str() : "(nothing)";
       };
       if (std::string_view(at(replayed)) == at(engine.history)) continue;
-      std::printf("%s, text %zu:\n  life:   %s\n  replay: %s\n", engine.path.c_str(), i,
+      std::printf("%s, text %zu:\n  run:    %s\n  replay: %s\n", engine.path.c_str(), i,
                   at(engine.history), at(replayed));
       return false;
     }
@@ -101,6 +101,6 @@ class RecordedLife : public LifeObserver {
 }  // namespace sensorvela::testing
 
 int main(int argc, char** argv) {
-  sensorvela::testing::RecordedLife life;
-  return sensorvela::testing::RunSimulation(argc, argv, life);
+  sensorvela::testing::RecordedRuns runs;
+  return sensorvela::testing::RunSimulation(argc, argv, runs);
 }

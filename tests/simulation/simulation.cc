@@ -1,5 +1,5 @@
 // Runs a real engine and the model through the same random steps and compares their effects after
-// every step. A seed determines a whole run, a life, and can be given on the command line.
+// every step. A seed determines a whole run and can be given on the command line.
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -86,7 +86,7 @@ class Dice {
   std::mt19937_64 random_;
 };
 
-/// One step of a life, for the engine and for the model.
+/// One step of a run, for the engine and for the model.
 struct Step {
   std::string text;
   std::function<void(World&)> real;
@@ -294,9 +294,10 @@ void PrintDifference(const Texts& seen, const Texts& expected) {
   PrintLines("model: ", expected, first);
 }
 
-/// Runs one life. At the first difference between the engine and the model, prints the steps so far
+/// Makes one run. At the first difference between the engine and the model, prints the steps so far
 /// and returns false.
-bool Live(std::uint64_t seed, int steps, bool print, LifeObserver& observer, int64_t& lived_ns) {
+bool RunSeed(std::uint64_t seed, int steps, bool print, SimulationObserver& observer,
+             int64_t& run_ns) {
   if (print) std::fprintf(stderr, "seed %llu\n", static_cast<unsigned long long>(seed));
   Dice dice(seed);
   World world;
@@ -322,22 +323,22 @@ bool Live(std::uint64_t seed, int steps, bool print, LifeObserver& observer, int
   }
   world.DestroyEngine();
   observer.Happened(world.TakeHistory());
-  lived_ns += model.now_ns();
+  run_ns += model.now_ns();
   return true;
 }
 
 }  // namespace
 
-int RunSimulation(int argc, char** argv, LifeObserver& observer) {
+int RunSimulation(int argc, char** argv, SimulationObserver& observer) {
   std::uint64_t first = 1;
   std::uint64_t seeds = 300;
   int steps = 80;
-  CLI::App app("Holds the engine against a model of it through random lives.");
+  CLI::App app("Holds the engine against a model of it through random runs.");
   app.add_option("--first", first, "the first seed")->capture_default_str();
-  app.add_option("--seeds", seeds, "how many lives")
+  app.add_option("--seeds", seeds, "how many runs")
       ->capture_default_str()
       ->check(CLI::PositiveNumber);
-  app.add_option("--steps", steps, "steps in a life")
+  app.add_option("--steps", steps, "steps in a run")
       ->capture_default_str()
       ->check(CLI::PositiveNumber);
   bool print = false;
@@ -345,16 +346,16 @@ int RunSimulation(int argc, char** argv, LifeObserver& observer) {
                "print each seed and step before it is run, which shows where a run crashes");
   CLI11_PARSE(app, argc, argv);
 
-  std::int64_t lived_ns = 0;
+  std::int64_t run_ns = 0;
   double days = 0;
   for (std::uint64_t seed = first; seed - first < seeds; ++seed) {
-    lived_ns = 0;
-    if (!Live(seed, steps, print, observer, lived_ns) || !observer.LifeEnds()) {
+    run_ns = 0;
+    if (!RunSeed(seed, steps, print, observer, run_ns) || !observer.RunEnds()) {
       std::printf("again: --first %llu --seeds 1 --steps %d\n",
                   static_cast<unsigned long long>(seed), steps);
       return 1;
     }
-    days += static_cast<double>(lived_ns) / static_cast<double>(kDayNs);
+    days += static_cast<double>(run_ns) / static_cast<double>(kDayNs);
   }
   std::printf("%llu seeds, %llu steps, %.0f device-days\n", static_cast<unsigned long long>(seeds),
               static_cast<unsigned long long>(seeds) * static_cast<unsigned long long>(steps),

@@ -1,4 +1,4 @@
-// The simulation's command, and what can be observed of its lives.
+// The simulation's command, and what can be observed of its runs.
 #pragma once
 
 #include <string>
@@ -6,18 +6,18 @@
 
 namespace sensorvela::testing {
 
-class LifeObserver {
+class SimulationObserver {
  public:
-  virtual ~LifeObserver() = default;
-  /// The life's next engine is about to be constructed.
+  virtual ~SimulationObserver() = default;
+  /// The run's next engine is about to be constructed.
   virtual void EngineStarts() {}
   /// What `World::TakeHistory` has returned after a step.
   virtual void Happened(const std::vector<std::string>& /*history*/) {}
-  /// The life's world exists no more. Returns false if something is wrong with the life.
-  virtual bool LifeEnds() { return true; }
+  /// The run's world exists no more. Returns false if something is wrong with the run.
+  virtual bool RunEnds() { return true; }
 };
 
-/// Parses the command line, lives the lives, and returns the command's exit status.
-int RunSimulation(int argc, char** argv, LifeObserver& observer);
+/// Parses the command line, runs the simulation, and returns the command's exit status.
+int RunSimulation(int argc, char** argv, SimulationObserver& observer);
 
 }  // namespace sensorvela::testing

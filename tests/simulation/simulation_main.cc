@@ -1,6 +1,6 @@
 #include "tests/simulation/simulation.h"
 
 int main(int argc, char** argv) {
-  sensorvela::testing::LifeObserver observer;
+  sensorvela::testing::SimulationObserver observer;
   return sensorvela::testing::RunSimulation(argc, argv, observer);
 }
