@@ -42,7 +42,7 @@ std::string TextOf(const Trace& trace) {
 json DataOf(const std::string& lines) { return json::parse(TextOf(Trace("t", Input(lines)))); }
 
 std::uint64_t Shown(const json& atoms) {
-  std::uint64_t shown = atoms.at("omitted");
+  std::uint64_t shown = 0;
   for (const json& atom : atoms.at("items")) shown += atom.at(3).get<std::uint64_t>();
   return shown;
 }
@@ -131,26 +131,53 @@ TEST(PictureDataTest, CannotEndItsScriptElement) {
   EXPECT_EQ(parsed.at("notes").at("items").at(0).at(1), "</script>&\\u2028");
 }
 
-TEST(PictureDataTest, LeavesOutWhatWouldMakeALargeFile) {
+// Hours of a hundred sensors: in each second, three atoms, a note and a blocked error.
+TEST(PictureDataTest, ThinsALongRunToItsEnd) {
+  constexpr std::uint64_t kRounds = 12'000;
   std::ostringstream lines;
-  lines << R"({"at_ns": 0, "event": "engine_start"})" << '\n'
-        << R"({"at_ns": 0, "event": "service_registered"})" << '\n'
-        << R"({"at_ns": 0, "event": "hal_error", "sensor_high": 1, "sensor_low": 1, "call": 1, )"
-        << R"("error": 1, "count": 1000000})" << '\n';
-  for (int i = 1; i <= 5000; ++i) {
-    lines << R"({"at_ns": )" << i << R"(, "event": "sensor_enabled", "sensor_high": )" << i % 100
-          << R"(, "sensor_low": 1, "period_ns": 1})" << '\n'
-          << R"({"at_ns": )" << i << R"(, "event": "note", "text": ")" << std::string(5000, 'x')
-          << "\"}\n";
+  lines << R"({"at_ns": 0, "event": "engine_start"}
+{"at_ns": 0, "event": "service_registered"}
+{"at_ns": 0, "event": "hal_error", "sensor_high": 1, "sensor_low": 1, "call": 1, "error": 1, "count": 1000000}
+)";
+  for (std::uint64_t i = 1; i <= kRounds; ++i) {
+    const std::string at = R"({"at_ns": )" + std::to_string(i) + R"(000000000, "event": ")";
+    const std::string sensor =
+        R"("sensor_low": 1, "sensor_high": )" + std::to_string(i % 20 == 0 ? i % 2000 / 20 : 0);
+    lines << at << R"(sensor_enabled", "period_ns": 1, )" << sensor << "}\n"
+          << at << R"(sample", "timestamp_ns": 0, )" << sensor << "}\n"
+          << at << R"(sensor_disabled", )" << sensor << "}\n"
+          << at << R"(hal_error", "call": 1, "error": 1, )" << sensor << "}\n"
+          << at << R"(note", "text": ")" << std::string(i % 100 == 0 ? 5000 : 1, 'x') << "\"}\n";
   }
   const json data = DataOf(lines.str());
-  EXPECT_EQ(data.at("atoms").at("blocked").at("items").size(), 1U);
-  EXPECT_EQ(Shown(data.at("atoms").at("blocked")), 999'990U);
-  EXPECT_EQ(data.at("atoms").at("delivered").at("omitted"), 1001);
-  EXPECT_EQ(data.at("sensors").at("items").size(), 64U);
-  EXPECT_EQ(data.at("sensors").at("omitted"), 36);
-  EXPECT_EQ(data.at("notes").at("omitted"), 3000);
-  EXPECT_LT(data.dump().size(), 2'000'000U);
+  const json& atoms = data.at("atoms");
+  const json& sensors = data.at("sensors");
+  const json& lane = sensors.at("items").at(0);
+  struct Case {
+    const json& list;
+    std::uint64_t total;
+    std::size_t most;
+  };
+  const std::uint64_t spans = lane.at("spans").at("total");
+  EXPECT_GT(spans, kRounds * 9 / 10);
+  for (const auto& [list, total, most] :
+       {Case{atoms.at("delivered"), 3 * kRounds + 10, 6000},
+        Case{atoms.at("blocked"), kRounds + 999'990, 2000}, Case{data.at("notes"), kRounds, 4000},
+        Case{lane.at("spans"), spans, 125}, Case{lane.at("firsts"), spans, 125},
+        Case{lane.at("disables"), spans, 125}}) {
+    const json& last = list.at("items").back();
+    SCOPED_TRACE(last.dump());
+    EXPECT_EQ(list.at("total"), total);
+    EXPECT_EQ(list.at("thinned"), true);
+    EXPECT_LE(list.at("items").size(), most);
+    EXPECT_GT(list.at("items").size(), most / 4);
+    EXPECT_GT(last.at(0), data.at("length_ns").get<std::int64_t>() * 97 / 100);
+  }
+  EXPECT_EQ(Shown(atoms.at("delivered")), data.at("summary").at("delivered"));
+  EXPECT_EQ(Shown(atoms.at("blocked")), data.at("summary").at("blocked"));
+  EXPECT_EQ(sensors.at("items").size(), 64U);
+  EXPECT_EQ(sensors.at("omitted"), 36);
+  EXPECT_LT(data.dump().size(), 1'800'000U);
 }
 
 TEST(TimeBinsTest, AreFewAndOnTheClock) {

@@ -2,10 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
@@ -34,58 +34,62 @@ std::string EventText(TraceLine line, const SensorNames& names) {
 
 }  // namespace
 
+void AtomList::Entry::Absorb(const Entry& next) {
+  is_several = true;
+  if (name != next.name) name.clear();
+  values.clear();
+}
+
 void AtomList::AddReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
                            const Origin& origin) {
-  const Outcome outcome = answer == Answer::kOk ? kDelivered : kFailed;
-  if (lists_.at(outcome).IsFull()) {
-    lists_.at(outcome).Add({});
-    return;
+  ThinnedList<Entry>& list = lists_.at(answer == Answer::kOk ? kDelivered : kFailed);
+  Entry entry = {{at, at}, testkit::AtomName(atom), "", origin};
+  if (list.Merge(entry)) return;
+  entry.values = FoldedValues(atom, names_);
+  if (answer == Answer::kNoStatus) entry.values += " (the report ended without a status)";
+  entry.values = ShortText(entry.values);
+  const Entry* const last = list.last();
+  if (last != nullptr && last->from == at && last->name == entry.name &&
+      last->values == entry.values && last->origin == origin) {
+    list.RepeatLast();
+  } else {
+    list.Add(std::move(entry));
   }
-  std::string values = FoldedValues(atom, names_);
-  if (answer == Answer::kNoStatus) values += " (the report ended without a status)";
-  Add(outcome, {at, IndexOf(testkit::AtomName(atom)), IndexOf(values), origin});
 }
 
 void AtomList::AddLost(Outcome outcome, Instant at, const Cause& cause) {
-  BoundedList<Entry>& list = lists_.at(outcome);
-  const Origin origin = {cause.at, cause.what, cause.line.number};
+  ThinnedList<Entry>& list = lists_.at(outcome);
+  Entry entry = {{at, at}, "", "", {cause.at, cause.what, cause.line.number}};
   // One event can be blocked a million times.
-  if (list.last() != nullptr && list.last()->at == at && list.last()->origin == origin) {
-    ++list.last()->times;
-  } else if (list.IsFull()) {
-    list.Add({});
-  } else {
-    Add(outcome, {at, IndexOf(""), IndexOf(EventText(cause.line, names_)), origin});
+  if (list.last() != nullptr && list.last()->from == at && list.last()->origin == entry.origin) {
+    list.RepeatLast();
+  } else if (!list.Merge(entry)) {
+    entry.values = ShortText(EventText(cause.line, names_));
+    list.Add(std::move(entry));
   }
-}
-
-void AtomList::Add(Outcome outcome, const Entry& entry) {
-  BoundedList<Entry>& list = lists_.at(outcome);
-  Entry* const last = list.last();
-  if (last != nullptr && last->at == entry.at && last->name == entry.name &&
-      last->values == entry.values && last->origin == entry.origin) {
-    ++last->times;
-  } else {
-    list.Add(entry);
-  }
-}
-
-std::size_t AtomList::IndexOf(const std::string& text) {
-  return texts_.try_emplace(ShortText(text), texts_.size()).first->second;
 }
 
 Json AtomList::ToJson(Instant begin) const {
-  std::vector<std::string_view> texts(texts_.size());
-  for (const auto& [text, index] : texts_) texts[index] = text;
-  const auto entry = [&](const Entry& e) {
-    return Json::array({(e.at - begin).count(), e.name, e.values, e.times,
-                        (e.origin.at - begin).count(), e.origin.what, e.origin.line_number});
+  Json texts = Json::array();
+  std::map<std::string_view, std::size_t> indexes;
+  const auto index = [&](std::string_view text) {
+    const auto [found, is_new] = indexes.try_emplace(text, indexes.size());
+    if (is_new) texts.push_back(text);
+    return found->second;
   };
-  return {{"texts", texts},
-          {"delivered", lists_[kDelivered].ToJson(entry)},
-          {"failed", lists_[kFailed].ToJson(entry)},
-          {"dropped", lists_[kDropped].ToJson(entry)},
-          {"blocked", lists_[kBlocked].ToJson(entry)}};
+  const auto entry = [&](const Entry& e) {
+    Json json = {(e.from - begin).count(),      index(e.name), index(e.values),     e.times,
+                 (e.origin.at - begin).count(), e.origin.what, e.origin.line_number};
+    if (e.is_several) json.push_back((e.to - begin).count());
+    return json;
+  };
+  Json json;
+  json["delivered"] = lists_[kDelivered].ToJson(entry);
+  json["failed"] = lists_[kFailed].ToJson(entry);
+  json["dropped"] = lists_[kDropped].ToJson(entry);
+  json["blocked"] = lists_[kBlocked].ToJson(entry);
+  json["texts"] = std::move(texts);
+  return json;
 }
 
 }  // namespace sensorvela::replay

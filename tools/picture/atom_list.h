@@ -10,15 +10,15 @@
 
 #include <sensorvela/engine/sensor_vela.h>
 
-#include "tools/picture/bounded_list.h"
+#include "tools/picture/thinned_list.h"
 #include "tools/run/run_observer.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/names.h"
 
 namespace sensorvela::replay {
 
-/// Keeps the first atoms of each outcome. Equal ones of an instant are kept as one, with their
-/// number.
+/// Keeps the atoms of each outcome in a list of its own. Equal ones of an instant are kept as one,
+/// with their number; a long list is thinned by what had its atoms queued.
 class AtomList {
  public:
   using Instant = RunObserver::Instant;
@@ -43,33 +43,32 @@ class AtomList {
   /// An object with the lists "delivered", "failed", "dropped" and "blocked", and the "texts" to
   /// which their entries refer by index. Instants are counted from `begin`. An entry has its
   /// instant, its name, its values, how often it came, and its origin: the instant, the event and
-  /// the line.
+  /// the line. One for several different atoms has the last one's instant at its end, and neither
+  /// values nor more of the origin than the event.
   Json ToJson(Instant begin) const;
 
  private:
   enum Outcome : std::uint8_t { kDelivered, kFailed, kDropped, kBlocked };
 
-  struct Entry {
-    Instant at = {};
-    std::size_t name = 0;
-    std::size_t values = 0;
+  struct Entry : Occurrence {
+    std::string name;
+    std::string values;
     Origin origin;
-    std::uint64_t times = 1;
+    bool is_several = false;
+
+    bool IsLike(const Entry& other) const { return origin.what == other.origin.what; }
+    void Absorb(const Entry& next);
   };
 
   void AddLost(Outcome outcome, Instant at, const Cause& cause);
-  void Add(Outcome outcome, const Entry& entry);
-  /// The index of the text, which is cut if it is too long.
-  std::size_t IndexOf(const std::string& text);
 
-  static constexpr std::size_t kMaxDelivered = 4000;
+  static constexpr std::size_t kMaxDelivered = 6000;
   static constexpr std::size_t kMaxLost = 2000;
 
   const SensorNames& names_;
-  std::array<BoundedList<Entry>, 4> lists_ = {
-      BoundedList<Entry>(kMaxDelivered), BoundedList<Entry>(kMaxLost), BoundedList<Entry>(kMaxLost),
-      BoundedList<Entry>(kMaxLost)};
-  std::map<std::string, std::size_t> texts_;
+  std::array<ThinnedList<Entry>, 4> lists_ = {
+      ThinnedList<Entry>(kMaxDelivered), ThinnedList<Entry>(kMaxLost), ThinnedList<Entry>(kMaxLost),
+      ThinnedList<Entry>(kMaxLost)};
 };
 
 }  // namespace sensorvela::replay

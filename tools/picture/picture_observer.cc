@@ -13,10 +13,10 @@
 #include <utility>
 
 #include "tools/picture/atom_list.h"
-#include "tools/picture/bounded_list.h"
 #include "tools/picture/page.h"
 #include "tools/picture/sensor_lane.h"
 #include "tools/picture/short_text.h"
+#include "tools/picture/thinned_list.h"
 #include "tools/picture/time_bins.h"
 #include "tools/report/latency_bars.h"
 #include "tools/text/atom_json.h"
@@ -26,7 +26,7 @@ namespace sensorvela::replay {
 namespace {
 
 constexpr std::size_t kMaxSensors = 64;
-constexpr std::size_t kMaxItems = 2000;
+constexpr std::size_t kMaxItems = 4000;
 
 using Instant = RunObserver::Instant;
 
@@ -103,8 +103,8 @@ class PictureObserver : public RunObserver {
       return;
     }
     ChangeState(at, State::kAsleep, 0);
-    if (step == ReporterStep::kUploads) cycle_ends_.Add(at);
-    if (step != ReporterStep::kStarts) steps_.Add({at, step, batch});
+    if (step == ReporterStep::kUploads) cycle_ends_.Add({{at, at}});
+    if (step != ReporterStep::kStarts) steps_.Add({{at, at}, step, batch});
   }
 
   void OnSensorEnabled(Instant at, SensorVela::SensorId sensor, std::int64_t period_ns) override {
@@ -129,44 +129,50 @@ class PictureObserver : public RunObserver {
   }
 
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
-    suspended_.Add({at, at + duration});
+    suspended_.Add({{at, at + duration}});
   }
 
   void OnNote(Instant at, std::string_view text) override {
-    notes_.Add({at, notes_.IsFull() ? "" : ShortText(Printable(text))});
+    notes_.Add({{at, at}, ShortText(Printable(text))});
   }
 
   void OnRunEnd(Instant at, const Summary& summary) override {
     if (!is_available_) EndAbsence(at);
     ChangeState(at, State::kNotStarted, 0);
-    for (auto& [id, lane] : lanes_) lane.Finish(at);
+    for (auto& [id, lane] : lanes_) lane.Finish(at, lanes_.size());
     out_ << kPageBeforeData << WithoutMarkup(Dump(ToJson(at, summary), false)) << kPageAfterData;
   }
 
  private:
   enum class State : std::uint8_t { kNotStarted, kWaiting, kAsleep };
 
-  struct Interval {
-    Instant from = {};
-    Instant to = {};
+  struct Interval : Occurrence {
+    bool IsLike(const Interval& /*other*/) const { return true; }
+    void Absorb(const Interval& /*next*/) {}
   };
 
   /// A state in which the reporter thread was. It holds the atoms while it waits.
-  struct Stay {
-    Interval interval;
+  struct Stay : Occurrence {
     State state = State::kNotStarted;
     std::size_t atoms = 0;
+
+    bool IsLike(const Stay& other) const { return state == other.state; }
+    void Absorb(const Stay& next) { atoms += next.atoms; }
   };
 
-  struct Step {
-    Instant at = {};
+  struct Step : Occurrence {
     ReporterStep step = {};
     std::size_t atoms = 0;
+
+    bool IsLike(const Step& other) const { return step == other.step; }
+    void Absorb(const Step& next) { atoms += next.atoms; }
   };
 
-  struct Note {
-    Instant at = {};
+  struct Note : Occurrence {
     std::string text;
+
+    bool IsLike(const Note& /*other*/) const { return true; }
+    void Absorb(const Note& /*next*/) {}
   };
 
   /// Null if there are too many sensors.
@@ -180,29 +186,38 @@ class PictureObserver : public RunObserver {
 
   void ChangeState(Instant at, State state, std::size_t atoms) {
     if (state_.state == State::kAsleep && state == State::kAsleep) return;
-    state_.interval.to = at;
-    if (state_.state != State::kNotStarted && at > state_.interval.from) stays_.Add(state_);
+    state_.to = at;
+    if (state_.state != State::kNotStarted && at > state_.from) stays_.Add(state_);
     state_ = {{at, at}, state, atoms};
   }
 
   void EndAbsence(Instant at) {
-    if (at > unavailable_since_) absences_.Add({unavailable_since_, at});
+    if (at > unavailable_since_) absences_.Add({{unavailable_since_, at}});
     is_available_ = true;
   }
 
   Json ToJson(Instant end, const Summary& summary) const {
     const auto offset = [this](Instant at) { return (at - begin_).count(); };
-    const auto interval = [&](const Interval& i) {
-      return Json::array({offset(i.from), offset(i.to)});
+    const auto band = [&](const Occurrence& o, Json json) {
+      if (o.times > 1) json.push_back(o.times);
+      return json;
     };
+    const auto mark = [&](const Occurrence& o, Json json) {
+      if (o.times > 1) json.insert(json.end(), {o.times, offset(o.to)});
+      return json;
+    };
+    const auto interval = [&](const Interval& i) {
+      return band(i, {offset(i.from), offset(i.to)});
+    };
+    const auto cycle_end = [&](const Interval& i) { return offset(i.from); };
     const auto stay = [&](const Stay& s) {
-      return Json::array({offset(s.interval.from), offset(s.interval.to),
-                          s.state == State::kWaiting ? "waiting" : "asleep", s.atoms});
+      const char* const state = s.state == State::kWaiting ? "waiting" : "asleep";
+      return band(s, {offset(s.from), offset(s.to), state, s.atoms});
     };
     const auto step = [&](const Step& s) {
-      return Json::array({offset(s.at), StepName(s.step), s.atoms});
+      return mark(s, {offset(s.from), StepName(s.step), s.atoms});
     };
-    const auto note = [&](const Note& n) { return Json::array({offset(n.at), n.text}); };
+    const auto note = [&](const Note& n) { return mark(n, {offset(n.from), n.text}); };
     return {{"title", ShortText(Printable(title_))},
             {"begin_ns", std::to_string(begin_.count())},
             {"length_ns", offset(end)},
@@ -210,7 +225,7 @@ class PictureObserver : public RunObserver {
             {"bin_ns", bins_.width.count()},
             {"absences", absences_.ToJson(interval)},
             {"suspended", suspended_.ToJson(interval)},
-            {"cycle_ends", cycle_ends_.ToJson(offset)},
+            {"cycle_ends", cycle_ends_.ToJson(cycle_end)},
             {"stays", stays_.ToJson(stay)},
             {"steps", steps_.ToJson(step)},
             {"notes", notes_.ToJson(note)},
@@ -259,15 +274,15 @@ class PictureObserver : public RunObserver {
   std::deque<AtomList::Origin> waiting_;
 
   Stay state_;
-  BoundedList<Stay> stays_{kMaxItems};
-  BoundedList<Step> steps_{kMaxItems};
-  BoundedList<Instant> cycle_ends_{kMaxItems};
+  ThinnedList<Stay> stays_{kMaxItems};
+  ThinnedList<Step> steps_{kMaxItems};
+  ThinnedList<Interval> cycle_ends_{kMaxItems};
 
   bool is_available_ = false;
   Instant unavailable_since_;
-  BoundedList<Interval> absences_{kMaxItems};
-  BoundedList<Interval> suspended_{kMaxItems};
-  BoundedList<Note> notes_{kMaxItems};
+  ThinnedList<Interval> absences_{kMaxItems};
+  ThinnedList<Interval> suspended_{kMaxItems};
+  ThinnedList<Note> notes_{kMaxItems};
 
   std::map<std::pair<std::uint32_t, std::int32_t>, SensorLane> lanes_;
 };

@@ -33,7 +33,7 @@ std::size_t BandOf(std::int64_t latency_ns) {
 
 void SensorLane::Enable(Instant at, std::int64_t period_ns) {
   EndSpan(at);
-  enabled_ = {at, at, period_ns, 0};
+  enabled_ = {{at, at}, period_ns, 0};
   samples_ = 0;
   enabled_at_ = at;
   last_timestamp_ns_ = at.count();
@@ -42,7 +42,7 @@ void SensorLane::Enable(Instant at, std::int64_t period_ns) {
 
 void SensorLane::Disable(Instant at) {
   EndSpan(at);
-  disables_.Add({at, static_cast<std::int64_t>(samples_)});
+  disables_.Add({{at, at}, samples_});
 }
 
 void SensorLane::Sample(Instant at, std::int64_t timestamp_ns) {
@@ -53,7 +53,15 @@ void SensorLane::Sample(Instant at, std::int64_t timestamp_ns) {
     ++bin.late;
   }
   last_timestamp_ns_ = timestamp_ns;
-  if (samples_++ == 0) firsts_.Add({at, enabled_at_ ? (at - *enabled_at_).count() : -1});
+  if (samples_++ == 0) firsts_.Add({{at, at}, enabled_at_ ? (at - *enabled_at_).count() : -1});
+}
+
+void SensorLane::Finish(Instant at, std::size_t lanes) {
+  EndSpan(at);
+  const std::size_t limit = kMaxSpansOfAllLanes / lanes;
+  spans_.ThinTo(limit);
+  firsts_.ThinTo(limit);
+  disables_.ThinTo(limit);
 }
 
 void SensorLane::EndSpan(Instant at) {
@@ -66,13 +74,20 @@ void SensorLane::EndSpan(Instant at) {
 
 Json SensorLane::ToJson(Instant begin) const {
   const auto offset = [begin](Instant at) { return (at - begin).count(); };
-  const auto mark = [&](const Mark& m) { return Json::array({offset(m.at), m.value}); };
+  const auto mark = [&](const Occurrence& m, Json value) {
+    Json json = {offset(m.from), std::move(value)};
+    if (m.times > 1) json.insert(json.end(), {m.times, offset(m.to)});
+    return json;
+  };
   const auto span = [&](const Span& s) {
-    return Json::array({offset(s.from), offset(s.to), s.period_ns, s.samples});
+    Json json = {offset(s.from), offset(s.to), s.period_ns ? Json(*s.period_ns) : Json(),
+                 s.samples};
+    if (s.times > 1) json.push_back(s.times);
+    return json;
   };
   return {{"spans", spans_.ToJson(span)},
-          {"firsts", firsts_.ToJson(mark)},
-          {"disables", disables_.ToJson(mark)},
+          {"firsts", firsts_.ToJson([&](const First& f) { return mark(f, f.since_ns); })},
+          {"disables", disables_.ToJson([&](const End& e) { return mark(e, e.samples); })},
           {"bins", BinRuns()}};
 }
 

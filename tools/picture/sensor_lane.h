@@ -1,6 +1,7 @@
 // What the picture shows of one sensor.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstddef>
@@ -8,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-#include "tools/picture/bounded_list.h"
+#include "tools/picture/thinned_list.h"
 #include "tools/picture/time_bins.h"
 #include "tools/text/atom_json.h"
 
@@ -27,12 +28,13 @@ class SensorLane {
   void Disable(Instant at);
   void Sample(Instant at, std::int64_t timestamp_ns);
 
-  /// The run ends. Must be the last call.
-  void Finish(Instant at) { EndSpan(at); }
+  /// The run ends. Must be the last call. `lanes` share the place in the file.
+  void Finish(Instant at, std::size_t lanes);
 
-  /// Instants are counted from `begin`. "bins" has runs of equal bins: the first one's index, how
-  /// many they are, the late samples in each, and its samples by latency, without the zeros at the
-  /// end. Bins without a sample are left out.
+  /// Instants are counted from `begin`. A span has its ends, its period, its samples and, if it is
+  /// several, their number; several marks have their number and the last one's instant. "bins" has
+  /// runs of equal bins: the first one's index, how many they are, the late samples in each, and
+  /// its samples by latency, without the zeros at the end. Bins without a sample are left out.
   Json ToJson(Instant begin) const;
 
  private:
@@ -43,33 +45,48 @@ class SensorLane {
     bool operator==(const Bin&) const = default;
   };
 
-  struct Span {
-    Instant from = {};
-    Instant to = {};
-    std::int64_t period_ns = 0;
+  struct Span : Occurrence {
+    /// None for several spans with different periods.
+    std::optional<std::int64_t> period_ns;
     std::uint64_t samples = 0;
+
+    bool IsLike(const Span& /*other*/) const { return true; }
+    void Absorb(const Span& next) {
+      if (period_ns != next.period_ns) period_ns.reset();
+      samples += next.samples;
+    }
   };
 
-  struct Mark {
-    Instant at = {};
-    /// A first sample's time since the enable, negative if there was none; how many samples a
-    /// disable ends.
-    std::int64_t value = 0;
+  /// The time from an enable to the first sample; negative if there was no enable.
+  struct First : Occurrence {
+    std::int64_t since_ns = 0;
+
+    bool IsLike(const First& /*other*/) const { return true; }
+    void Absorb(const First& next) { since_ns = std::max(since_ns, next.since_ns); }
+  };
+
+  /// How many samples a disable ends.
+  struct End : Occurrence {
+    std::uint64_t samples = 0;
+
+    bool IsLike(const End& /*other*/) const { return true; }
+    void Absorb(const End& next) { samples += next.samples; }
   };
 
   void EndSpan(Instant at);
   Json BinRuns() const;
 
-  static constexpr std::size_t kMaxSpans = 500;
+  static constexpr std::size_t kMaxSpans = 2000;
+  static constexpr std::size_t kMaxSpansOfAllLanes = 8000;
 
   TimeBins time_bins_;
   /// Empty before the first sample.
   std::vector<Bin> bins_;
   /// None while the sensor is disabled.
   std::optional<Span> enabled_;
-  BoundedList<Span> spans_{kMaxSpans};
-  BoundedList<Mark> firsts_{kMaxSpans};
-  BoundedList<Mark> disables_{kMaxSpans};
+  ThinnedList<Span> spans_{kMaxSpans};
+  ThinnedList<First> firsts_{kMaxSpans};
+  ThinnedList<End> disables_{kMaxSpans};
 
   // Since the last enable, as in the engine.
   std::uint64_t samples_ = 0;

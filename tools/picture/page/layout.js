@@ -32,8 +32,8 @@ const edges = ({from, to}, least = 2) => {
 function clusters(marks) {
   const groups = [];
   for (const mark of marks) {
-    if (!isVisible(mark.at)) continue;
-    const x = chart.scale(mark.at);
+    if (!isVisible(mark.at, mark.to)) continue;
+    const x = Math.max(chart.left, chart.scale(mark.at));
     const last = groups.at(-1);
     if (last && x - last.x < kClusterWidth) {
       last.marks.push(mark);
@@ -48,5 +48,5 @@ function clusterLines({marks, total}) {
   if (marks.length === 1) return marks[0].lines;
   const shown = marks.slice(0, 6).map(mark => `${mark.lines[0]} ${mark.lines[1]}`);
   const more = marks.length > 6 ? [`and ${plural(marks.length - 6, "more mark")}`] : [];
-  return [`${count(total)} from ${marks[0].lines[0]} to ${marks.at(-1).lines[0]}`, ...shown, ...more];
+  return [`${count(total)} from ${marks[0].lines[0]} to ${clock(Math.max(...marks.map(mark => mark.to)))}`, ...shown, ...more];
 }

@@ -30,7 +30,7 @@ function atomRow(atom) {
 
 function foundAtoms() {
   const words = search.value.toLowerCase().split(/\s+/);
-  return atoms.filter(atom => isVisible(atom.at) && (!outcome.value || atom.outcome === outcome.value) &&
+  return atoms.filter(atom => isVisible(atom.at, atom.to) && (!outcome.value || atom.outcome === outcome.value) &&
     words.every(word => atom.search.includes(word)));
 }
 
@@ -40,9 +40,7 @@ function showAtoms() {
   rows.replaceChildren(...shown.map(atomRow));
   more.hidden = shown.length === found.length;
   const total = list => list.reduce((sum, atom) => sum + atom.times, 0);
-  const omitted = kOutcomes.reduce((sum, each) => sum + data.atoms[each].omitted, 0);
-  document.getElementById("shown").textContent = [`${count(total(found))} of ${count(total(atoms) + omitted)}`,
-    ...(omitted > 0 ? [`${count(omitted)} left out`] : []),
+  document.getElementById("shown").textContent = [`${count(total(found))} of ${count(total(atoms))}`,
     ...(more.hidden ? [] : [`the first ${count(shown.length)} rows shown`])].join(", ");
 }
 
