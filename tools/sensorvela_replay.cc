@@ -149,10 +149,9 @@ int Replay(const Options& options) try {
   });
   if (progress) progress->DoneReading(trace.run_end());
   if (!trace.cut().empty()) std::cerr << trace.cut() << '\n';
-  if (options.check) return trace.cut().empty() ? 0 : kExitBadInput;
-
   const auto text_options = ReadTextOptions(options, trace.sensor_names());
   if (!text_options) return kExitBadInput;
+  if (options.check) return trace.cut().empty() ? 0 : kExitBadInput;
 
   replay::OutputFile out(stdout);
   const auto printed =
@@ -197,6 +196,11 @@ int main(int argc, char** argv) try {
   replay::AddOptions(app, options);
   try {
     app.parse(argc, argv);
+  } catch (const CLI::RequiredError& error) {
+    // Without TRACE an unknown option is the likelier mistake.
+    const std::vector<std::string> unknown = app.remaining();
+    unknown.empty() ? app.exit(error) : app.exit(CLI::ExtrasError(unknown));
+    return kExitBadInput;
   } catch (const CLI::ParseError& error) {
     if (app.exit(error) != 0) return kExitBadInput;
     return std::cout.flush() ? 0 : CannotWrite("to standard output", errno);

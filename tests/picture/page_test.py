@@ -274,7 +274,7 @@ class PageTest(unittest.TestCase):
     def test_says_what_is_under_the_pointer(self):
         self.open(DAY)
         self.assertEqual(self.point_at(self.find(".mark.dropped")), [
-            "13:02:00", "dropped: atom", "accelerometer (16/1) type=1 code=7",
+            "13:02:00", "dropped: SensorRuntimeErrorDetected", "accelerometer (16/1) type=1 code=7",
             "queued by runtime_error at 13:00:20, line 65"])
         self.assertEqual(self.point_at(self.find("rect.asleep:not(.shade)")),
                          ["01:12:00 to 06:50:00", "device asleep for 5 h 38 min"])

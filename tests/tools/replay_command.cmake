@@ -3,7 +3,7 @@ include(${CMAKE_CURRENT_LIST_DIR}/command.cmake)
 
 set(trace "{\"at_ns\":0,\"event\":\"engine_start\"}\n")
 expect(0 "-" "${trace}" "^\ndelivered  .*cycles ended" "^$")
-expect(0 "-;--log" "${trace}" "^00:00:00.000000000  log  " "^$")
+expect(0 "-;--log" "${trace}" "^00:00:00 +log  " "^$")
 expect(0 "-;--format;jsonl" "${trace}" "^{\"kind\":\"replay\",\"version\":1}\n{\"kind\":\"summary\"" "^$")
 expect(0 "-;--trace-out;${WORK}/trace_events.json" "${trace}" "^\ndelivered" "^$")
 expect(1 "-;--trace-out;/dev/full" "${trace}" "^\ndelivered" "^[^\n]*cannot write /dev/full: No space left[^\n]*\n$")
@@ -32,20 +32,23 @@ foreach(same - "${WORK}/input")
 endforeach()
 expect(2 "-;--format;xml" "${trace}" "^$" "xml")
 expect(2 "" "" "^$" "TRACE")
+expect(2 "--bogus" "" "^$" "--bogus")
 
 # What is printed of a run: one sensor's lines, one kind's, the summary alone.
 set(named "${trace}{\"at_ns\":1,\"event\":\"sensor_name\",\"sensor_high\":1,\"sensor_low\":2,\"name\":\"left\"}
 {\"at_ns\":1,\"event\":\"service_registered\"}
 {\"at_ns\":2,\"event\":\"hal_error\",\"sensor_high\":1,\"sensor_low\":2,\"call\":3,\"error\":4,\"count\":11}
 {\"at_ns\":3,\"event\":\"firmware_state\",\"subject_id\":1,\"state\":4,\"detail_code\":77777}\n")
-foreach(what left 1/2)
+foreach(what left 1/2 "left (1/2)")
   expect(0 "-;--log;--only;${what}" "${named}" "^[^\n]* SensorHalErrorDetected [^\n]* left \\(1/2\\) [^\n]*\\(10 times\\)\n[^\n]* BLOCKED [^\n]*\n\ndelivered" "^$")
 endforeach()
 foreach(what SensorFirmwareStateChanged 100244)
-  expect(0 "-;--log;--only=${what}" "${named}" "^[^\n]* BLOCKED [^\n]*\n[^\n]* ${what}| \\(${what}\\)" "^$")
+  expect(0 "-;--log;--only=${what}" "${named}" "^[^\n]* atom +SensorFirmwareStateChanged [^\n]*\n\ndelivered" "^$")
 endforeach()
 expect(0 "-;--summary;--log" "${named}" "^delivered" "^$")
-expect(2 "-;--only;right" "${named}" "^$" "^sensorvela-replay: --only right: [^\n]*\n$")
+foreach(check "" "--check;")
+  expect(2 "${check}-;--only;right" "${named}" "^$" "^sensorvela-replay: --only right: [^\n]*\n$")
+endforeach()
 expect(2 "-;--wide;--format;jsonl" "${named}" "^$" "^sensorvela-replay: --wide[^\n]*\n$")
 
 # On a terminal lines fit its width, and what went wrong has a colour unless NO_COLOR forbids it.

@@ -229,14 +229,26 @@ TEST(SelectionTest, TakesSensorsAndAtomsByNameAndByNumber) {
   names.Set({16, 1}, "accelerometer");
   names.Set({4294967295, -1}, "42");
   Selection only;
-  for (const char* unknown : {"", "light", "16", "/", "16/", "16/1x", "-1/1", "1/4294967296"}) {
+  for (const char* unknown : {"", "light", "16", "/", "16/", "16/1x", "-1/1", "1/4294967296",
+                              "accelerometer (16/2)", "light (16/1)"}) {
     EXPECT_EQ(Selection().Add(unknown, names), unknown == std::string_view("16")) << unknown;
   }
   EXPECT_TRUE(only.Summarizes({1, 1}));
-  EXPECT_TRUE(only.Add("SensorHalErrorDetected", names) && only.HasLost(std::nullopt));
   EXPECT_TRUE(only.Add("42", names) && only.Summarizes({4294967295, -1}));
   EXPECT_TRUE(only.Add("16/1", names) && only.Summarizes({16, 1}));
   EXPECT_FALSE(only.Summarizes({1, 1}));
+}
+
+TEST(SelectionTest, HasLostAtomsOfItsKindsAndSensorsAndThoseOfNoKnownKind) {
+  SensorNames names;
+  names.Set({16, 1}, "accelerometer");
+  Selection only;
+  EXPECT_TRUE(only.Add("SensorHalErrorDetected", names));
+  EXPECT_TRUE(only.HasLost(100024, std::nullopt));
+  EXPECT_FALSE(only.HasLost(100025, std::nullopt));
+  EXPECT_TRUE(only.HasLost(0, std::nullopt));
+  EXPECT_TRUE(only.Add("accelerometer (16/1)", names));
+  EXPECT_TRUE(only.HasLost(100025, {{16, 1}}));
 }
 
 /// The text that each step of a long run writes to the terminal.
@@ -257,7 +269,7 @@ std::vector<std::string> ShownOfALongRun(bool shares_terminal) {
   after(std::chrono::milliseconds(1), 2000, read);
   after({}, 1, [&] { progress.DoneReading(std::chrono::hours(6)); });
   after(std::chrono::seconds(1), 2000, run);
-  after({}, 1, [&] { progress.OnAtomReported({}, {}, Answer::kOk); });
+  after({}, 1, [&] { progress.OnAtomReported({}, {}, Answer::kOk, {}); });
   after({}, 1, [&] { progress.OnRunEnd({}, {}); });
   return shown;
 }

@@ -59,7 +59,11 @@ void AtomList::AddReported(Instant at, const SensorVela::VendorAtom& atom, Answe
 
 void AtomList::AddLost(Outcome outcome, Instant at, const Cause& cause) {
   ThinnedList<Entry>& list = lists_.at(outcome);
-  Entry entry = {{at, at}, "", "", {cause.at, cause.what, cause.line.number}};
+  const bool is_named = outcome == kDropped && cause.atom_id != 0;
+  Entry entry = {{at, at},
+                 is_named ? AtomName(cause.atom_id) : "",
+                 "",
+                 {cause.at, cause.what, cause.line.number}};
   // One event can be blocked a million times.
   if (list.last() != nullptr && list.last()->from == at && list.last()->origin == entry.origin) {
     list.RepeatLast();

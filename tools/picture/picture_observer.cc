@@ -83,7 +83,8 @@ class PictureObserver : public RunObserver {
     waiting_.push_back({cause.at, cause.what, cause.line.number});
   }
 
-  void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer) override {
+  void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
+                      const Cause& /*cause*/) override {
     atoms_.AddReported(at, atom, answer, waiting_.front());
     waiting_.pop_front();
   }

@@ -23,7 +23,8 @@ class JsonLinesReport : public RunObserver {
     Line({{"kind", "replay"}, {"version", 1}});
   }
 
-  void OnAtomReported(Instant at, const VendorAtom& atom, Answer answer) override {
+  void OnAtomReported(Instant at, const VendorAtom& atom, Answer answer,
+                      const Cause& cause) override {
     Json object = {{"kind", "atom"},
                    {"at_ns", at.count()},
                    {"answer", AnswerName(answer)},
@@ -31,25 +32,28 @@ class JsonLinesReport : public RunObserver {
                    {"name", testkit::AtomName(atom)}};
     if (!atom.reverseDomainName.empty()) object["domain"] = atom.reverseDomainName;
     if (const auto sensor = SensorOf(atom)) AddName(*sensor, object);
+    if (answer != Answer::kOk) AddCause(cause, object);
     object["values"] = NamedValues(atom);
     Line(object);
   }
 
   void OnAtomDropped(Instant at, const Cause& cause) override {
-    Json object = {{"kind", "dropped"},
-                   {"at_ns", at.count()},
-                   {"queued_at_ns", cause.at.count()},
-                   {"queued_by", cause.what}};
-    if (cause.line.number != 0) object["trace_line"] = cause.line.number;
+    Json object = {{"kind", "dropped"}, {"at_ns", at.count()}};
+    if (cause.atom_id != 0) {
+      object["atom_id"] = cause.atom_id;
+      object["name"] = AtomName(cause.atom_id);
+    }
+    AddSensor(cause.line, object);
+    AddCause(cause, object);
     Line(object);
   }
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override {
-    Line({{"kind", "blocked"},
-          {"at_ns", at.count()},
-          {"event", cause.what},
-          {"trace_line", cause.line.number},
-          {"log", text}});
+    Json object = {{"kind", "blocked"}, {"at_ns", at.count()}, {"event", cause.what}};
+    AddSensor(cause.line, object);
+    object["trace_line"] = cause.line.number;
+    object["log"] = text;
+    Line(object);
   }
 
   void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override {
@@ -92,6 +96,21 @@ class JsonLinesReport : public RunObserver {
     Line(object);
   }
 
+  static void AddCause(const Cause& cause, Json& object) {
+    object["queued_at_ns"] = cause.at.count();
+    object["queued_by"] = cause.what;
+    if (cause.line.number != 0) object["trace_line"] = cause.line.number;
+  }
+
+  /// Adds the sensor that the event names.
+  void AddSensor(TraceLine line, Json& object) {
+    const auto sensor = event_sensor_.Of(line);
+    if (!sensor) return;
+    object["sensor_high"] = sensor->high;
+    object["sensor_low"] = sensor->low;
+    AddName(*sensor, object);
+  }
+
   void AddName(SensorVela::SensorId sensor, Json& object) const {
     const std::string_view name = names_.NameOf(sensor);
     if (!name.empty()) object["sensor_name"] = name;
@@ -101,6 +120,7 @@ class JsonLinesReport : public RunObserver {
 
   std::ostream& out_;
   const SensorNames& names_;
+  EventSensor event_sensor_;
 };
 
 }  // namespace

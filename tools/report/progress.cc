@@ -43,7 +43,7 @@ void Progress::DoneReading(Instant run_end) {
 }
 
 void Progress::OnAtomReported(Instant /*at*/, const SensorVela::VendorAtom& /*atom*/,
-                              Answer /*answer*/) {
+                              Answer /*answer*/, const Cause& /*cause*/) {
   MakeRoom();
 }
 

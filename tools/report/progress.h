@@ -42,7 +42,8 @@ class Progress : public RunObserver {
     Tick(at);
   }
 
-  void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer) override;
+  void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
+                      const Cause& cause) override;
   void OnAtomDropped(Instant /*at*/, const Cause& /*cause*/) override { MakeRoom(); }
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override;
   void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override;

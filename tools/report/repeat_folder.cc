@@ -1,5 +1,6 @@
 #include "tools/report/repeat_folder.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <utility>
@@ -13,16 +14,17 @@ constexpr std::size_t kMaxPeriod = 4;
 
 }  // namespace
 
-void RepeatFolder::Add(ReportLine line) {
+void RepeatFolder::Add(const ReportLine& line) {
   std::string key = line.key.empty() ? line.text : line.key;
   if (present_ && present_->key == key) {
     ++present_->times;
     present_->last = line.at;
+    present_->last_trace_line = line.trace_line;
     return;
   }
   if (present_) AddRun(*present_);
-  const Instant at = line.at;
-  present_ = Run{.line = std::move(line), .key = std::move(key), .last = at};
+  present_ =
+      Run{.line = line, .key = std::move(key), .last = line.at, .last_trace_line = line.trace_line};
 }
 
 void RepeatFolder::Flush() {
@@ -53,6 +55,10 @@ bool RepeatFolder::ContinuesTurn(const Run& run) {
   for (std::size_t period = 2; period <= printed_.size(); ++period) {
     if (printed_[printed_.size() - period] != run) continue;
     period_ = period;
+    turns_look_ = ReportLine::Look::kPlain;
+    for (std::size_t i = 1; i <= period; ++i) {
+      turns_look_ = std::max(turns_look_, printed_[printed_.size() - i].line.look);
+    }
     return true;
   }
   return false;
@@ -63,7 +69,8 @@ void RepeatFolder::EndTurns() {
     print_({.at = turns_end_,
             .text = "... the last " + std::to_string(period_) + " lines " + std::to_string(turns_) +
                     (turns_ == 1 ? " more time" : " more times") + " until " +
-                    ClockTime(turns_end_)});
+                    ShortClockTime(turns_end_),
+            .look = turns_look_});
     printed_.clear();
   }
   period_ = 0;
@@ -75,7 +82,10 @@ void RepeatFolder::PrintRun(const Run& run) {
   ReportLine line = run.line;
   if (run.times > 1) {
     line.count = "  (" + std::to_string(run.times) + " times";
-    if (run.last != line.at) line.count += ", until " + ClockTime(run.last);
+    if (run.last != line.at) line.count += ", until " + ShortClockTime(run.last);
+    if (run.last_trace_line != line.trace_line) {
+      line.count += ", to line " + std::to_string(run.last_trace_line);
+    }
     line.count += ')';
   }
   print_(line);

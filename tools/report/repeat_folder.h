@@ -21,10 +21,12 @@ struct ReportLine {
   RunObserver::Instant at = {};
   std::string text = {};
   Look look = Look::kPlain;
-  /// Whether the end of the text may be left out where it does not fit.
-  bool may_be_cut = false;
+  /// Printed in the place of a text that is longer than a line, unless it is empty.
+  std::string short_text = {};
   /// How often the line came in a row, to be printed after its text; empty for once.
   std::string count = {};
+  /// The event's line in the trace; 0 for none.
+  std::size_t trace_line = 0;
   /// Compared in the place of the text, unless it is empty.
   std::string key = {};
 };
@@ -40,7 +42,7 @@ class RepeatFolder {
 
   explicit RepeatFolder(Print print) : print_(std::move(print)) {}
 
-  void Add(ReportLine line);
+  void Add(const ReportLine& line);
 
   /// Passes on what is held back.
   void Flush();
@@ -54,6 +56,7 @@ class RepeatFolder {
     std::string key;
     std::uint64_t times = 1;
     Instant last = {};
+    std::size_t last_trace_line = 0;
 
     bool operator==(const Run& other) const { return key == other.key && times == other.times; }
   };
@@ -73,6 +76,8 @@ class RepeatFolder {
   /// The whole turns after the first, and the end of the last of them.
   std::uint64_t turns_ = 0;
   Instant turns_end_ = {};
+  /// The worst of a turn.
+  ReportLine::Look turns_look_ = ReportLine::Look::kPlain;
   /// The lines of the present turn so far.
   std::vector<Run> turn_;
 };

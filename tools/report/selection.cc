@@ -11,6 +11,8 @@
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
+#include "tools/text/atom_json.h"
+
 namespace sensorvela::replay {
 namespace {
 
@@ -23,7 +25,26 @@ bool Read(std::string_view text, Int& number) {
   return error == std::errc() && end == text.data() + text.size();
 }
 
+/// The last word, without the brackets around it, as a label ends: "light (20/1)".
+std::string WithoutName(const std::string& label) {
+  const std::string word = label.substr(label.rfind(' ') + 1);
+  return word.starts_with('(') && word.ends_with(')') ? word.substr(1, word.size() - 2) : word;
+}
+
 }  // namespace
+
+std::optional<SensorVela::SensorId> EventSensor::Of(TraceLine line) {
+  if (line.number == line_) return sensor_;
+  line_ = line.number;
+  sensor_.reset();
+  if (line.number == 0) return sensor_;
+  const Json event = Json::parse(line.text);
+  if (event.contains("sensor_high")) {
+    sensor_ = {event.at("sensor_high").get<std::uint32_t>(),
+               event.at("sensor_low").get<std::int32_t>()};
+  }
+  return sensor_;
+}
 
 std::optional<SensorVela::SensorId> SensorOf(const SensorVela::VendorAtom& atom) {
   using Tag = VendorAtomValue::Tag;
@@ -40,13 +61,17 @@ bool Selection::Add(const std::string& what, const SensorNames& names) {
   for (const SensorVela::SensorId sensor : named) sensors_.insert({sensor.high, sensor.low});
   if (!named.empty()) return true;
 
-  const std::size_t slash = what.find('/');
-  SensorVela::SensorId sensor = {};
+  const std::string halves = WithoutName(what);
+  const std::size_t slash = halves.find('/');
   if (slash != std::string::npos) {
-    const bool is_sensor =
-        Read(what.substr(0, slash), sensor.high) && Read(what.substr(slash + 1), sensor.low);
-    if (is_sensor) sensors_.insert({sensor.high, sensor.low});
-    return is_sensor;
+    SensorVela::SensorId sensor = {};
+    if (!Read(halves.substr(0, slash), sensor.high) ||
+        !Read(halves.substr(slash + 1), sensor.low) ||
+        (halves != what && what != names.Label(sensor))) {
+      return false;
+    }
+    sensors_.insert({sensor.high, sensor.low});
+    return true;
   }
   if (std::int32_t id = 0; Read(what, id)) {
     atoms_.insert(id);
@@ -65,8 +90,11 @@ bool Selection::Has(const SensorVela::VendorAtom& atom) const {
   return sensor && HasSensor(*sensor);
 }
 
-bool Selection::HasLost(const std::optional<SensorVela::SensorId>& sensor) const {
-  return !is_limited() || !atoms_.empty() || (sensor && HasSensor(*sensor));
+bool Selection::HasLost(std::int32_t atom_id,
+                        const std::optional<SensorVela::SensorId>& sensor) const {
+  if (!is_limited() || atoms_.contains(atom_id)) return true;
+  if (atom_id == 0 && !atoms_.empty()) return true;
+  return sensor && HasSensor(*sensor);
 }
 
 }  // namespace sensorvela::replay

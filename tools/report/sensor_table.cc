@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdio>
+#include <numeric>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/report/latency_bars.h"
@@ -18,33 +18,59 @@ std::string Right(const std::string& text, std::size_t width) {
   return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
 }
 
-std::string Row(std::string label, std::size_t label_width, const std::array<std::string, 8>& row) {
-  constexpr std::array<std::size_t, 8> kWidths = {9, 9, 6, 7, 7, 7, 7, 7};
-  label.append(label_width - Columns(label), ' ');
-  for (std::size_t i = 0; i < row.size(); ++i) label += ' ' + Right(row[i], kWidths[i] - 1);
-  return label.substr(0, label.find_last_not_of(' ') + 1);
+using Cells = std::array<std::string, 8>;
+
+/// Wide enough for every row.
+std::array<std::size_t, 8> Widths(const std::vector<Cells>& rows) {
+  std::array<std::size_t, 8> widths = {};
+  for (const Cells& row : rows) {
+    for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
+  }
+  return widths;
+}
+
+Cells CellsOf(const SensorSummary& sensor) {
+  Cells cells = {std::to_string(sensor.delivered), std::to_string(sensor.NotReported()),
+                 std::to_string(sensor.reported.late)};
+  for (std::size_t i = 0; i < sensor.reported.bands.size(); ++i) {
+    const std::string share = Share(sensor.reported.bands, i);
+    cells[3 + i] = share.substr(0, share.find(' ')) + (share.empty() ? "" : "%");
+  }
+  return cells;
+}
+
+std::string Row(std::string line, const Cells& cells, const std::array<std::size_t, 8>& widths) {
+  for (std::size_t i = 0; i < cells.size(); ++i) line += "  " + Right(cells[i], widths[i]);
+  return line.substr(0, line.find_last_not_of(' ') + 1);
 }
 
 }  // namespace
 
 std::vector<std::string> SensorTable(const std::vector<SensorSummary>& sensors,
-                                     const SensorNames& names) {
-  std::size_t label_width = 0;
+                                     const SensorNames& names, std::size_t width) {
+  std::vector<std::string> labels = {"Samples by latency"};
+  std::vector<Cells> rows = {
+      {"samples", "not reported", "late", "<=2.5 ms", "<=5 ms", "<=10 ms", "<=20 ms", ">20 ms"}};
   for (const SensorSummary& sensor : sensors) {
-    label_width = std::max(label_width, Columns(names.Label(sensor.sensor)));
+    labels.push_back(names.Label(sensor.sensor));
+    rows.push_back(CellsOf(sensor));
   }
-  std::vector<std::string> lines = {Row(
-      "", label_width, {"samples", "unrep.", "late", "2.5 ms", "5 ms", "10 ms", "20 ms", "more"})};
-  for (const SensorSummary& sensor : sensors) {
-    const auto& bands = sensor.reported.bands;
-    std::array<std::string, 8> row = {std::to_string(sensor.delivered),
-                                      std::to_string(sensor.NotReported()),
-                                      std::to_string(sensor.reported.late)};
-    for (std::size_t i = 0; i < bands.size(); ++i) {
-      const std::string share = Share(bands, i);
-      row[3 + i] = share.substr(0, share.find(' ')) + (share.empty() ? "" : "%");
+  const auto widths = Widths(rows);
+  std::size_t label_width = 0;
+  for (const std::string& label : labels) label_width = std::max(label_width, Columns(label));
+  const std::size_t cells_width = 2 * widths.size() + std::reduce(widths.begin(), widths.end());
+  if (cells_width > width) return {};
+
+  const bool has_own_lines = label_width + cells_width > width;
+  std::vector<std::string> lines;
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    std::string start = labels[i];
+    if (has_own_lines) {
+      lines.push_back(std::exchange(start, ""));
+    } else {
+      start.append(label_width - Columns(start), ' ');
     }
-    lines.push_back(Row(names.Label(sensor.sensor), label_width, row));
+    lines.push_back(Row(std::move(start), rows[i], widths));
   }
   return lines;
 }

@@ -31,9 +31,10 @@ namespace {
 using aidl::android::frameworks::stats::VendorAtom;
 using Look = ReportLine::Look;
 
-/// The columns of a line's instant, and of a broken line's further parts.
-constexpr std::size_t kTimeWidth = 20;
-constexpr std::size_t kMarkWidth = 11;
+/// The columns of a line's instant to milliseconds, and of a broken line's further parts.
+constexpr std::size_t kTimeWidth = 14;
+constexpr std::size_t kMarkWidth = 9;
+constexpr std::size_t kWideMarkWidth = 11;
 // Wide enough for the names of the event atoms; the few longer names exceed it.
 constexpr std::size_t kAtomWidth = 37;
 /// What a line has beside its instant, however narrow the terminal is.
@@ -43,6 +44,10 @@ std::string Padded(std::string text, std::size_t width) {
   text += "  ";
   if (text.size() < width) text.resize(width, ' ');
   return text;
+}
+
+std::string WithoutEnd(const std::string& text) {
+  return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
 std::string Mark(Answer answer) {
@@ -66,59 +71,56 @@ std::string WithoutCount(std::string text) {
   return text.erase(count, text.find(']', count) - count);
 }
 
-/// The sensor that an event of a trace names.
-std::optional<SensorVela::SensorId> SensorOf(TraceLine line) {
-  if (line.number == 0) return std::nullopt;
-  const Json event = Json::parse(line.text);
-  if (!event.contains("sensor_high")) return std::nullopt;
-  return SensorVela::SensorId{event.at("sensor_high").get<std::uint32_t>(),
-                              event.at("sensor_low").get<std::int32_t>()};
-}
-
 class TextReport : public RunObserver {
  public:
   TextReport(std::ostream& out, const SensorNames& names, TextOptions options)
       : out_(out), names_(names), options_(std::move(options)) {}
 
-  void OnAtomReported(Instant at, const VendorAtom& atom, Answer answer) override {
-    if (!options_.only.Has(atom)) return;
-    std::string name = testkit::AtomName(atom);
-    if (testkit::FindAtom(atom.atomId) != nullptr) name += " (" + std::to_string(atom.atomId) + ")";
-    const std::string text = Padded(Mark(answer), kMarkWidth) +
-                             Padded(name, options_.wide ? kAtomWidth : 0) +
-                             (options_.wide ? AllValues(atom, names_) : FoldedValues(atom, names_));
-    Line({.at = at,
-          .text = text.substr(0, text.find_last_not_of(' ') + 1),
-          .look = answer == Answer::kOk ? Look::kPlain : Look::kLoss,
-          .may_be_cut = true});
+  void OnAtomReported(Instant at, const VendorAtom& atom, Answer answer,
+                      const Cause& cause) override {
+    if (options_.summary_only || !options_.only.Has(atom)) return;
+    std::string start = Marked(Mark(answer));
+    if (options_.wide) {
+      const bool is_known = testkit::FindAtom(atom.atomId) != nullptr;
+      const std::string id = is_known ? " (" + std::to_string(atom.atomId) + ")" : "";
+      start += Padded(testkit::AtomName(atom) + id, kAtomWidth) + AllValues(atom, names_);
+    } else {
+      start += testkit::AtomName(atom) + "  ";
+    }
+    const std::string text = WithoutEnd(start + (options_.wide ? "" : FoldedValues(atom, names_)));
+    if (answer != Answer::kOk) {
+      Lost(at, text, cause);
+    } else if (options_.wide || text.find('[') == std::string::npos) {
+      Line({.at = at, .text = text});
+    } else {
+      const std::string short_text = WithoutEnd(start + FoldedValues(atom, names_, false));
+      Line({.at = at, .text = text, .short_text = short_text});
+    }
   }
 
   void OnAtomDropped(Instant at, const Cause& cause) override {
-    if (options_.summary_only) return;
-    const auto sensor = SensorOf(cause.line);
-    if (!options_.only.HasLost(sensor)) return;
-    Line({.at = at,
-          .text = Padded("DROPPED", kMarkWidth) + What(cause, sensor) + ", queued at " +
-                  ExactClockTime(cause.at) + LineNumber(cause),
-          .look = Look::kLoss});
+    const auto sensor = event_sensor_.Of(cause.line);
+    if (options_.summary_only || !options_.only.HasLost(cause.atom_id, sensor)) return;
+    const std::string name = cause.atom_id == 0 ? "an atom" : AtomName(cause.atom_id);
+    Lost(at, Marked("DROPPED") + name + (sensor ? "  " + names_.Label(*sensor) : ""), cause);
   }
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view /*text*/) override {
-    if (options_.summary_only) return;
-    // An event can be blocked a million times.
-    if (cause.line.number != blocked_line_) blocked_sensor_ = SensorOf(cause.line);
-    blocked_line_ = cause.line.number;
-    if (!options_.only.HasLost(blocked_sensor_)) return;
+    const auto sensor = event_sensor_.Of(cause.line);
+    if (options_.summary_only || !options_.only.HasLost(cause.atom_id, sensor)) return;
+    const std::string text = Marked("BLOCKED") + std::string(cause.what) +
+                             (sensor ? " of " + names_.Label(*sensor) : "") + ", past the cap";
     Line({.at = at,
-          .text = Padded("BLOCKED", kMarkWidth) + What(cause, blocked_sensor_) + ", past the cap" +
-                  LineNumber(cause),
-          .look = Look::kWarning});
+          .text = text + LineNumber(cause),
+          .look = Look::kWarning,
+          .trace_line = cause.line.number,
+          .key = text});
   }
 
   void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override {
     if (options_.only.is_limited()) return;
     const std::string mark =
-        Padded("log", kMarkWidth) + std::string(PriorityLetter(priority)) + ' ' + Printable(tag);
+        Marked("log") + std::string(PriorityLetter(priority)) + ' ' + Printable(tag);
     Line({.at = at,
           .text = mark + ": " + Printable(text),
           .key = mark + ": " + WithoutCount(std::string(text))});
@@ -126,8 +128,7 @@ class TextReport : public RunObserver {
 
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
     if (options_.only.is_limited()) return;
-    Line({.at = at,
-          .text = Padded("suspended", kMarkWidth) + "until " + ExactClockTime(at + duration)});
+    Line({.at = at, .text = Marked("suspended") + "until " + Time(at + duration)});
   }
 
   void OnNote(Instant at, std::string_view text) override {
@@ -142,58 +143,72 @@ class TextReport : public RunObserver {
       return !options_.only.Summarizes(sensor.sensor);
     });
     if (!options_.summary_only) out_ << '\n';
-    if (!sensors.empty()) {
-      out_ << "Samples by latency, as the engine's reports say\n";
-      if (options_.wide || options_.summary_only) {
-        for (const SensorSummary& sensor : sensors) Bars(sensor);
-      } else {
-        for (const std::string& row : SensorTable(sensors, names_)) out_ << Broken(row, 2);
-      }
-    }
+    if (!sensors.empty()) Samples(sensors);
     if (!sensors.empty()) out_ << '\n';
     Counts(summary);
   }
 
  private:
-  std::string What(const Cause& cause, const std::optional<SensorVela::SensorId>& sensor) const {
-    return std::string(cause.what) + (sensor ? " of " + names_.Label(*sensor) : "");
+  std::string Time(Instant at) const {
+    return options_.wide ? ExactClockTime(at) : ShortClockTime(at);
+  }
+
+  std::string Marked(const std::string& mark) const {
+    return Padded(mark, options_.wide ? kWideMarkWidth : kMarkWidth);
+  }
+
+  /// A line about an atom that is lost, with what had it queued.
+  void Lost(Instant at, const std::string& text, const Cause& cause) {
+    const std::string by = text + (cause.line.number == 0 ? "  queued at the " : "  queued by ") +
+                           std::string(cause.what);
+    Line({.at = at,
+          .text = by + (cause.at == at ? "" : " at " + Time(cause.at)) + LineNumber(cause),
+          .look = Look::kLoss,
+          .trace_line = cause.line.number,
+          .key = by});
   }
 
   static std::string LineNumber(const Cause& cause) {
     return cause.line.number == 0 ? "" : ", line " + std::to_string(cause.line.number);
   }
 
-  void Line(ReportLine line) {
+  void Line(const ReportLine& line) {
     if (options_.summary_only) return;
     if (options_.wide) {
       Print(line);
     } else {
-      folder_.Add(std::move(line));
+      folder_.Add(line);
     }
   }
 
   void Print(const ReportLine& line) {
     const bool has_color = options_.color && line.look != Look::kPlain;
     if (has_color) out_ << (line.look == Look::kLoss ? "\x1b[31m" : "\x1b[33m");
-    const std::string text = line.may_be_cut ? Cut(line.text, line.count.size()) : line.text;
-    std::string lines = Broken(text + line.count, kTimeWidth, kTimeWidth);
+    const std::string time = Padded(Time(line.at), options_.wide ? 0 : kTimeWidth);
+    const std::size_t room = std::max(options_.width, TextOptions().width);
+    const std::size_t columns = time.size() + Columns(line.text) + line.count.size();
+    const bool is_short = columns > room && !line.short_text.empty();
+    std::string lines =
+        Broken((is_short ? line.short_text : line.text) + line.count, kTimeWidth, time.size());
     if (has_color) lines.insert(lines.size() - 1, "\x1b[0m");
-    out_ << ExactClockTime(line.at) << "  " << lines;
-  }
-
-  /// The text, without its last words if it would not fit one line of 120 columns, or of the width
-  /// if that is more, together with `more` characters.
-  std::string Cut(const std::string& text, std::size_t more) const {
-    constexpr std::string_view kMark = " ...";
-    const std::size_t room = std::max(options_.width, TextOptions().width) - kTimeWidth - more;
-    if (options_.wide || Columns(text) <= room) return text;
-    return text.substr(0, text.rfind(' ', room - kMark.size())) + std::string(kMark);
+    out_ << time << lines;
   }
 
   /// The text in lines of the width. The first begins after `taken` columns.
   std::string Broken(const std::string& text, std::size_t indent, std::size_t taken = 0) const {
     if (options_.wide) return text + '\n';
     return Wrapped(text, std::max(options_.width, indent + kMinTextWidth), indent, taken);
+  }
+
+  void Samples(const std::vector<SensorSummary>& sensors) {
+    std::vector<std::string> table;
+    if (!options_.wide && !options_.summary_only) {
+      table = SensorTable(sensors, names_, options_.width);
+    }
+    for (const std::string& row : table) out_ << row << '\n';
+    if (!table.empty()) return;
+    out_ << "Samples by latency, as the engine's reports say\n";
+    for (const SensorSummary& sensor : sensors) Bars(sensor);
   }
 
   void Bars(const SensorSummary& summary) {
@@ -209,9 +224,9 @@ class TextReport : public RunObserver {
   void Counts(const Summary& summary) {
     Count("delivered", summary.delivered, "atoms that the stats service took");
     Count("failed", summary.failed, "atoms whose report failed or ended without a status");
-    Count("dropped", summary.dropped, "atoms queued that never reached it");
+    Count("dropped", summary.dropped, "atoms that never reached the stats service");
     Count("blocked by the cap", summary.blocked_by_cap,
-          "errors past the 10 of a kind that a cycle allows");
+          "errors after the first 10 of their kind in a cycle");
     if (summary.cycles_ended) {
       Count("cycles ended", *summary.cycles_ended, "");
     } else {
@@ -231,9 +246,7 @@ class TextReport : public RunObserver {
   const SensorNames& names_;
   const TextOptions options_;
   RepeatFolder folder_{[this](const ReportLine& line) { Print(line); }};
-  /// The line of the last blocked error, and the sensor in it.
-  std::size_t blocked_line_ = 0;
-  std::optional<SensorVela::SensorId> blocked_sensor_;
+  EventSensor event_sensor_;
 };
 
 }  // namespace

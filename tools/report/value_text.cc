@@ -58,17 +58,30 @@ std::string AllValues(const SensorVela::VendorAtom& atom, const SensorNames& nam
   return text;
 }
 
-std::string FoldedValues(const SensorVela::VendorAtom& atom, const SensorNames& names) {
+std::string FoldedValues(const SensorVela::VendorAtom& atom, const SensorNames& names,
+                         bool has_lists) {
   const auto sensor = SensorOf(atom);
   const bool is_state = testkit::FindValue(atom, "sampling_period_ns") != nullptr;
   std::string text = Domain(atom);
   if (sensor) AppendWord(text, names.Label(*sensor));
+  bool lacks_lists = false;
+  std::string last_stem;
   for (std::size_t i = 0; i < atom.values.size(); ++i) {
     const std::string name = testkit::ValueName(atom, i);
     const bool is_in_label = sensor && (name == "sensor_id_high" || name == "sensor_id_low");
-    if (is_in_label || SaysNothing(ToJson(atom.values[i]), is_state)) continue;
-    AppendWord(text, name + '=' + ValueText(atom.values[i], ", "));
+    const Json value = ToJson(atom.values[i]);
+    if (is_in_label || SaysNothing(value, is_state)) continue;
+    if (value.is_array() && !has_lists) {
+      lacks_lists = true;
+      continue;
+    }
+    const std::string stem = name.substr(0, name.find_last_not_of("0123456789") + 1);
+    const bool is_next = stem != name && stem == last_stem;
+    AppendWord(text,
+               name.substr(is_next ? stem.size() : 0) + '=' + ValueText(atom.values[i], ", "));
+    last_stem = stem;
   }
+  if (lacks_lists) AppendWord(text, "...");
   return text;
 }
 

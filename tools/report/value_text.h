@@ -15,6 +15,9 @@ std::string AllValues(const SensorVela::VendorAtom& atom, const SensorNames& nam
 
 /// The sensor's label in the place of its identifier, and the values that say something: not 0, not
 /// empty and, in an atom of a sensor's state, not -1, which stands for none.
-std::string FoldedValues(const SensorVela::VendorAtom& atom, const SensorNames& names);
+/// Of a name that differs from the one before in its number alone, the number: "value_1=3 2=5".
+/// Without `has_lists` the lists are left out, and " ..." at the end stands for them.
+std::string FoldedValues(const SensorVela::VendorAtom& atom, const SensorNames& names,
+                         bool has_lists = true);
 
 }  // namespace sensorvela::replay

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -25,6 +26,8 @@ using Action = std::function<void(Replay&)>;
 struct Event {
   simulated::VirtualTime::Instant at = {};
   std::string_view kind;
+  /// The identifier of the atoms that the event queues; 0 if it queues none.
+  std::int32_t atom_id = 0;
   std::size_t line_number = 0;
   std::string line_text;
   Action action;

@@ -11,10 +11,12 @@
 #include <utility>
 #include <vector>
 
+#include <sensorvela/atoms/sensor_event_atoms.h>
 #include <sensorvela/testkit/destroy_engine.h>
 
 namespace sensorvela::replay {
 
+namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 using testkit::kStatsInstance;
 using testkit::SupplierKind;
 
@@ -44,7 +46,7 @@ void Replay::Run(const EventSource& next, const std::function<bool()>& is_over) 
     DeliverTrains(event.at, is_over);
     if (is_over()) return;
     MoveTo(event.at);
-    state_.SetCause({event.at, event.kind, event.line()});
+    state_.SetCause({event.at, event.kind, event.line(), event.atom_id});
     trains_.ForgetEnded();
     event.action(*this);
     time_.WaitUntilSettled();
@@ -67,7 +69,9 @@ void Replay::DeliverTrains(simulated::VirtualTime::Instant until,
   while (trains_.HasSampleBy(until) && !is_over()) {
     const SampleTrains::Sample sample = trains_.TakeNext();
     MoveTo(sample.arrival);  // Settles first, so each sample is complete before the next.
-    state_.OnSample({time_.Now(), "samples", sample.line}, sample.sensor, sample.timestamp_ns);
+    state_.OnSample(
+        {time_.Now(), "samples", sample.line, atoms::SensorFirstSampleReported::kAtomId},
+        sample.sensor, sample.timestamp_ns);
     engine_->LogSensorLatency(sample.sensor, sample.timestamp_ns);
   }
   time_.WaitUntilSettled();
@@ -173,7 +177,8 @@ void Replay::DeliverSamples(const std::vector<RecordedSample>& samples) {
   const Cause cause = state_.cause();
   for (const RecordedSample& sample : samples) {
     MoveTo(sample.arrival);
-    state_.OnSample({sample.arrival, cause.what, cause.line}, sample.sensor, sample.timestamp_ns);
+    state_.OnSample({sample.arrival, cause.what, cause.line, cause.atom_id}, sample.sensor,
+                    sample.timestamp_ns);
     engine_->LogSensorLatency(sample.sensor, sample.timestamp_ns);
   }
 }

@@ -40,6 +40,8 @@ struct Cause {
   std::string_view what;
   /// The event's line; the end of a cycle has none.
   TraceLine line;
+  /// The atom's identifier; 0 at the end of a cycle, which queues several kinds.
+  std::int32_t atom_id = 0;
 };
 
 /// A step of the reporter thread, as far as it is visible from outside.
@@ -69,7 +71,7 @@ class RunObserver {
   virtual void OnAtomQueued(const Cause& /*cause*/) {}
   /// The stats service has received an atom.
   virtual void OnAtomReported(Instant /*at*/, const SensorVela::VendorAtom& /*atom*/,
-                              Answer /*answer*/) {}
+                              Answer /*answer*/, const Cause& /*cause*/) {}
   /// The oldest atom in the queue will never reach the stats service: it was dropped, or the run
   /// ends with it in the queue. Called after the step that drops it.
   virtual void OnAtomDropped(Instant /*at*/, const Cause& /*cause*/) {}

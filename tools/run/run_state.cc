@@ -160,10 +160,11 @@ bool RunState::OnReport(const SensorVela::VendorAtom& atom, Answer answer) {
   if (reports_ >= report_limit_) return false;  // The recorded engine did not get to this one.
   ++reports_;
   ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
-  const auto reports = waiting_.front().reports;
+  QueuedAtom oldest = std::move(waiting_.front());
   waiting_.pop_front();
-  if (reports && answer == Answer::kOk) sensor_tally_.CountReport(*reports, atom);
-  Notify(&RunObserver::OnAtomReported, time_.Now(), atom, answer);
+  oldest.cause.line.text = oldest.line_text;
+  if (oldest.reports && answer == Answer::kOk) sensor_tally_.CountReport(*oldest.reports, atom);
+  Notify(&RunObserver::OnAtomReported, time_.Now(), atom, answer, oldest.cause);
   return reports_ == report_limit_;
 }
 
@@ -188,7 +189,7 @@ void RunState::NotifyQueued() {
   if (is_stopping_) return;  // The destructor notifies, too, but queues nothing.
   for (const std::uint64_t queued = time_.Notifications(); queued_ < queued; ++queued_) {
     waiting_.push_back({.reports = std::exchange(next_reports_, std::nullopt),
-                        .cause = {cause_.at, cause_.what, {cause_.line.number}},
+                        .cause = {cause_.at, cause_.what, {cause_.line.number}, cause_.atom_id},
                         .line_text = std::string(cause_.line.text)});
     Notify(&RunObserver::OnAtomQueued, cause_);
   }

@@ -1,6 +1,8 @@
 #include "tools/text/clock_time.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdio>
 #include <string>
 
@@ -22,6 +24,12 @@ std::string ExactClockTime(simulated::VirtualTime::Instant instant) {
   std::array<char, 20> fraction;
   std::snprintf(fraction.data(), fraction.size(), ".%09lld", instant.count() % kNsPerS);
   return ClockTime(instant) + fraction.data();
+}
+
+std::string ShortClockTime(simulated::VirtualTime::Instant instant) {
+  const std::string time = ExactClockTime(instant);
+  const std::size_t last = time.find_last_not_of('0');
+  return time.substr(0, std::max(time.find('.'), time[last] == '.' ? last : last + 1));
 }
 
 }  // namespace sensorvela::replay

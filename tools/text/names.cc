@@ -2,9 +2,12 @@
 
 #include <android/log.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <sensorvela/testkit/atom_catalogue.h>
 
 #include "tools/text/printable_text.h"
 
@@ -22,6 +25,12 @@ std::string_view AnswerName(Answer answer) {
       return "no_status";
   }
   return "?";
+}
+
+std::string AtomName(std::int32_t id) {
+  SensorVela::VendorAtom atom;
+  atom.atomId = id;
+  return testkit::AtomName(atom);
 }
 
 void SensorNames::Set(SensorVela::SensorId sensor, std::string_view name) {

@@ -16,6 +16,9 @@ namespace sensorvela::replay {
 /// "ok", "error" or "no_status".
 std::string_view AnswerName(testkit::Answer answer);
 
+/// The name of the atoms of that identifier; `atom 42` where the catalogue has none.
+std::string AtomName(std::int32_t id);
+
 /// The names of a trace's sensors.
 class SensorNames {
  public:

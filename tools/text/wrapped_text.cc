@@ -39,8 +39,9 @@ std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent
   std::string lines;
   for (std::size_t before = taken;; before = indent) {
     const std::size_t columns = width - std::min(width, before);
+    // Looks at no more of a long text than a line of it.
     const std::size_t space =
-        Columns(text) > columns ? LastSpace(text, columns) : std::string_view::npos;
+        IndexOf(columns, text) < text.size() ? LastSpace(text, columns) : std::string_view::npos;
     if (space == std::string_view::npos) return lines.append(text) + '\n';
     const std::string_view line = text.substr(0, space);
     lines.append(line.substr(0, line.find_last_not_of(' ') + 1)) += '\n';

@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include <sensorvela/atoms/sensor_event_atoms.h>
 #include <sensorvela/engine/sensor_vela.h>
 
 #include "tools/run/replay.h"
@@ -20,6 +21,8 @@
 
 namespace sensorvela::replay {
 namespace {
+
+namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 
 constexpr std::int32_t kMaxCount = 1'000'000;
 // Six hours each, and the monotonic clock has 64 bits.
@@ -122,7 +125,8 @@ constexpr EventKind kEventKinds[] = {
          replay.ReportErrors(
              count, [=](SensorVela& engine) { engine.LogSensorHalError(sensor, call, error); });
        }};
-     }},
+     },
+     atoms::SensorHalErrorDetected::kAtomId},
     {"runtime_error", "a sensor fails while it runs, count times", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto sensor = ReadSensor(fields);
@@ -133,24 +137,28 @@ constexpr EventKind kEventKinds[] = {
          replay.ReportErrors(
              count, [=](SensorVela& engine) { engine.LogSensorRuntimeError(sensor, type, code); });
        }};
-     }},
+     },
+     atoms::SensorRuntimeErrorDetected::kAtomId},
     {"sensor_enabled", "a sensor is enabled with that sampling period", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto sensor = ReadSensor(fields);
        const auto period_ns = fields.Integer<std::int64_t>("period_ns");
        return {[=](Replay& replay) { replay.EnableSensor(sensor, period_ns); }};
-     }},
+     },
+     atoms::HalSensorStateChanged::kAtomId},
     {"sensor_disabled", "a sensor is disabled", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto sensor = ReadSensor(fields);
        return {[=](Replay& replay) { replay.DisableSensor(sensor); }};
-     }},
+     },
+     atoms::HalSensorStateChanged::kAtomId},
     {"sample", "a sample that bears that timestamp arrives at at_ns", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto sensor = ReadSensor(fields);
        const auto timestamp_ns = fields.Integer<std::int64_t>("timestamp_ns");
        return {[=](Replay& replay) { replay.DeliverSample(sensor, timestamp_ns); }};
-     }},
+     },
+     atoms::SensorFirstSampleReported::kAtomId},
     {"samples",
      "a train of count samples: the first bears the timestamp at_ns, each next one that of the one "
      "before plus interval_ns, and gap_ns more after every gap_every samples; each arrives "
@@ -161,19 +169,22 @@ constexpr EventKind kEventKinds[] = {
        const auto train = ReadSampleTrain(fields, sensor);
        return {.action = [=](Replay& replay) { replay.StartTrain(train); },
                .train_ns = train.DurationNs()};
-     }},
+     },
+     atoms::SensorFirstSampleReported::kAtomId},
     {"first_sample", "the host reports a first sample beside the one that the engine reports",
      Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto sensor = ReadSensor(fields);
        const auto latency_ns = fields.Integer<std::int64_t>("latency_ns");
        return CallOnce([=](SensorVela& engine) { engine.ReportFirstSample(sensor, latency_ns); });
-     }},
+     },
+     atoms::SensorFirstSampleReported::kAtomId},
     {"prox", "a proximity status report; fields left out are 0", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto event = ReadProxEvent(fields);
        return CallOnce([=](SensorVela& engine) { engine.LogSensorProxEvent(event); });
-     }},
+     },
+     atoms::ProxStatusReported::kAtomId},
     {"hal_latency", "an operation of the sensors HAL took that long", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto operation = SensorVela::HalOperation{fields.Integer<std::int32_t>("operation")};
@@ -181,7 +192,8 @@ constexpr EventKind kEventKinds[] = {
        const auto latency_ns = fields.Integer<std::int64_t>("latency_ns");
        return CallOnce(
            [=](SensorVela& engine) { engine.ReportHalLatency(operation, sensor, latency_ns); });
-     }},
+     },
+     atoms::SensorHalLatencyRecorded::kAtomId},
     {"firmware_state", "a sensor firmware changes its state", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto subject_id = fields.Integer<std::int32_t>("subject_id");
@@ -189,7 +201,8 @@ constexpr EventKind kEventKinds[] = {
        const auto detail_code = fields.Integer<std::int32_t>("detail_code");
        return CallOnce(
            [=](SensorVela& engine) { engine.ReportFirmwareState(subject_id, state, detail_code); });
-     }},
+     },
+     atoms::SensorFirmwareStateChanged::kAtomId},
     {"atom",
      "an atom that is not of the engine's making; each of the values is an object of one field, "
      "named after its kind: int, long, float, string, bool, ints, longs, floats, strings, bools or "
@@ -197,7 +210,10 @@ constexpr EventKind kEventKinds[] = {
      Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto atom = ReadOutsideAtom(fields);
-       return CallOnce([=](SensorVela& engine) { engine.ReportVendorAtomAsync(atom); });
+       EventContent content =
+           CallOnce([=](SensorVela& engine) { engine.ReportVendorAtomAsync(atom); });
+       content.atom_id = atom.atomId;
+       return content;
      }},
     {"diagnostics",
      "what the supplier answers when a cycle ends, from now on; an item left out is absent, or all "
@@ -284,7 +300,8 @@ constexpr EventKind kEventKinds[] = {
        return {.action = [samples = std::move(samples)](
                              Replay& replay) { replay.DeliverSamples(samples); },
                .samples_ns = last_ns - context.at_ns};
-     }},
+     },
+     atoms::SensorFirstSampleReported::kAtomId},
     {"service_found_declared", "the engine has found the service declared when it started",
      Place::kInRecording,
      [](FieldReader&, const TraceContext&) -> EventContent {

@@ -60,6 +60,8 @@ struct EventContent {
   std::optional<testkit::SupplierKind> supplier = std::nullopt;
   /// How long the samples take that the event brings; no event may come before the last of them.
   std::int64_t samples_ns = 0;
+  /// The identifier of the atom that the event brings.
+  std::int32_t atom_id = 0;
   /// Adds what the event says about the whole recording to the plan.
   std::function<void(RecordingPlan& plan)> plan = nullptr;
   /// Adds the name that the event gives a sensor.
@@ -73,6 +75,8 @@ struct EventKind {
   Place place;
   /// Reads the kind's own fields, beyond `at_ns` and `event`.
   EventContent (*read)(FieldReader& fields, const TraceContext& context);
+  /// The identifier of the atoms that it queues; 0 for none, or if its content has it.
+  std::int32_t atom_id = 0;
 };
 
 std::span<const EventKind> EventKinds();

@@ -56,6 +56,7 @@ class TraceParser {
             : std::max({run_end_ns_, awake_at_ns_, samples_end_ns_, at_ns + content.train_ns});
     event.at = std::chrono::nanoseconds(at_ns);
     event.kind = kind.name;
+    event.atom_id = content.atom_id != 0 ? content.atom_id : kind.atom_id;
     event.line_number = line_number;
     event.line_text = line;
     event.action = std::move(content.action);

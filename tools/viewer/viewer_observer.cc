@@ -66,7 +66,8 @@ class ViewerObserver : public RunObserver {
     queue_length_.Set(cause.at, waiting_.size());
   }
 
-  void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer) override {
+  void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
+                      const Cause& /*cause*/) override {
     Json arguments = {{"atom_id", atom.atomId}};
     if (!atom.reverseDomainName.empty()) arguments["domain"] = atom.reverseDomainName;
     arguments.update(NamedValues(atom));
@@ -83,7 +84,8 @@ class ViewerObserver : public RunObserver {
     TakeOldest(at);
     Json arguments = QueuedBy(cause);
     AddEvent(cause.line, arguments);
-    out_.Mark(kDropped, at, "dropped", cause.what, arguments);
+    const std::string name = cause.atom_id == 0 ? std::string(cause.what) : AtomName(cause.atom_id);
+    out_.Mark(kDropped, at, "dropped", name, arguments);
   }
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override {

@@ -9,8 +9,8 @@ function showHeader() {
   const {delivered, failed, dropped, blocked, cycles_ended} = data.summary;
   const counts = [["delivered", delivered, "atoms that the stats service took"],
     ["failed", failed, "atoms whose report failed or ended without a status"],
-    ["dropped", dropped, "atoms queued that never reached it"],
-    ["blocked by the cap", blocked, "errors past the 10 of a kind that a cycle allows"],
+    ["dropped", dropped, "atoms that never reached the stats service"],
+    ["blocked by the cap", blocked, "errors after the first 10 of their kind in a cycle"],
     ["cycles ended", cycles_ended, cycles_ended === null ? "unknown: there is no diagnostics supplier" : ""]];
   for (const [what, number, meaning] of counts) {
     const tile = document.createElement("div");
