@@ -58,11 +58,11 @@ int CannotWrite() {
   return kExitFailed;
 }
 
-/// Returns 0, or the `errno` of what has failed.
-int ReadFile(const std::string& path, devicelog::LogSummary& summary) {
+/// Returns what has failed; empty if nothing has.
+std::string ReadFile(const std::string& path, devicelog::LogSummary& summary) {
   const int file = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) return errno;
-  const int error =
+  if (file < 0) return Reason(errno);
+  std::string error =
       devicelog::ReadLines(file, [&summary](std::string_view line) { summary.AddLine(line); });
   if (file != STDIN_FILENO) close(file);
   summary.EndFile();
@@ -72,9 +72,9 @@ int ReadFile(const std::string& path, devicelog::LogSummary& summary) {
 int Summarize(const Options& options) {
   devicelog::LogSummary summary;
   for (const std::string& file : options.files) {
-    if (const int error = ReadFile(file, summary); error != 0) {
-      std::cerr << "sensorvela-log: " << sensorvela::replay::Printable(file) << ": "
-                << Reason(error) << '\n';
+    if (const std::string error = ReadFile(file, summary); !error.empty()) {
+      std::cerr << "sensorvela-log: " << sensorvela::replay::Printable(file) << ": " << error
+                << '\n';
       return kExitFailed;
     }
   }

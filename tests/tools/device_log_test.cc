@@ -37,7 +37,7 @@ LogSummary Summarize(std::string_view log) {
   EXPECT_EQ(std::fseek(file.get(), 0, SEEK_SET), 0);
   LogSummary summary;
   EXPECT_EQ(ReadLines(fileno(file.get()), [&](std::string_view line) { summary.AddLine(line); }),
-            0);
+            "");
   return summary;
 }
 

@@ -13,6 +13,18 @@ expect(1 "-;/" "${online}" "^$" "^sensorvela-log: /: Is a directory\n$")
 expect(2 "-;--format;xml" "" "^$" "xml")
 expect(2 "" "" "^$" "FILE")
 
+string(ASCII 239 187 191 mark)
+expect(0 "-" "${mark}${online}" "^ +1  lines\n +1  library lines\n" "^$")
+string(ASCII 255 254 utf16)
+expect(1 "-" "${utf16}I" "^$" "^sensorvela-log: -: is UTF-16: convert it to UTF-8 first\n$")
+string(ASCII 80 75 3 4 zip)
+expect(1 "-" "${zip}" "^$" "^sensorvela-log: -: is a zip archive: unzip it first\n$")
+string(ASCII 31 139 8 gzip)
+expect(1 "-" "${gzip}" "^$" "^sensorvela-log: -: its gzip data is cut or damaged\n$")
+file(WRITE ${WORK}/log "${online}")
+execute_process(COMMAND gzip -fk log WORKING_DIRECTORY ${WORK})
+expect(0 "${WORK}/log.gz" "" "^ +1  lines\n +1  library lines\n" "^$")
+
 expect_full_device(--version)
 
 # The input arrives when nobody reads the output any more.

@@ -1,13 +1,17 @@
 #include "tools/log/read_lines.h"
 
 #include <unistd.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstring>
 #include <functional>
+#include <memory>
+#include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace sensorvela::devicelog {
@@ -20,9 +24,33 @@ std::string_view WithoutCarriageReturns(std::string_view line) {
   return line;
 }
 
+/// What cannot be read, by how it starts; empty for a text.
+std::string WhyNoText(std::string_view start) {
+  if (start.starts_with("PK\x03\x04")) return "is a zip archive: unzip it first";
+  if (start.starts_with("\xff\xfe") || start.starts_with("\xfe\xff")) {
+    return "is UTF-16: convert it to UTF-8 first";
+  }
+  return "";
+}
+
+std::string ReadError(gzFile file) {
+  const int system_error = errno;
+  int error = Z_OK;
+  gzerror(file, &error);
+  if (error == Z_ERRNO) return std::generic_category().message(system_error);
+  return error == Z_OK ? "" : "its gzip data is cut or damaged";
+}
+
 }  // namespace
 
-int ReadLines(int file, const std::function<void(std::string_view line)>& on_line) {
+std::string ReadLines(int file, const std::function<void(std::string_view line)>& on_line) {
+  const int copy = dup(file);
+  if (copy < 0) return std::generic_category().message(errno);
+  const std::unique_ptr<gzFile_s, int (*)(gzFile)> input(gzdopen(copy, "rb"), gzclose_r);
+  if (input == nullptr) {
+    close(copy);
+    return std::generic_category().message(ENOMEM);
+  }
   std::vector<char> buffer(kBlockBytes);
   std::size_t filled = 0;
   bool skip_to_line_end = false;
@@ -30,14 +58,20 @@ int ReadLines(int file, const std::function<void(std::string_view line)>& on_lin
     if (!skip_to_line_end) on_line(WithoutCarriageReturns(line));
     skip_to_line_end = false;
   };
+  bool is_first = true;
   while (true) {
-    const ssize_t read_bytes = read(file, buffer.data() + filled, buffer.size() - filled);
-    if (read_bytes < 0 && errno == EINTR) continue;
-    if (read_bytes < 0) return errno;
+    const int read_bytes =
+        gzread(input.get(), buffer.data() + filled, static_cast<unsigned>(buffer.size() - filled));
+    if (read_bytes < 0) return ReadError(input.get());
     if (read_bytes == 0) break;
     filled += static_cast<std::size_t>(read_bytes);
 
     std::string_view rest(buffer.data(), filled);
+    if (is_first) {
+      if (std::string why = WhyNoText(rest); !why.empty()) return why;
+      if (rest.starts_with("\xef\xbb\xbf")) rest.remove_prefix(3);
+      is_first = false;
+    }
     for (std::size_t end = 0; (end = rest.find('\n')) != std::string_view::npos;) {
       give(rest.substr(0, end));
       rest.remove_prefix(end + 1);
@@ -51,7 +85,7 @@ int ReadLines(int file, const std::function<void(std::string_view line)>& on_lin
     filled = rest.size();
   }
   if (filled > 0) give({buffer.data(), filled});
-  return 0;
+  return ReadError(input.get());
 }
 
 }  // namespace sensorvela::devicelog
