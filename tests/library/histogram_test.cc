@@ -45,21 +45,26 @@ TEST(HistogramTest, LinearEdgesAccumulateInSinglePrecision) {
             (std::vector<float>{kLowest, 7, 9}));
 }
 
+using Bins = std::vector<float>;
+
+Bins ExponentialBins(float min, float max, int count) {
+  return StatsHistogram::createExponentialBins(min, max, count)->getBins();
+}
+
 TEST(HistogramTest, ExponentialEdgesAccumulateInSinglePrecision) {
-  const auto bins = [](float min, float max, int count) {
-    return StatsHistogram::createExponentialBins(min, max, count)->getBins();
-  };
-  using Bins = std::vector<float>;
   // Neither the powers of the factor nor a factor of single precision would give these edges.
-  EXPECT_EQ(bins(1, 1000, 10),
+  EXPECT_EQ(ExponentialBins(1, 1000, 10),
             Bins({kLowest, 1, 1.99526227F, 3.98107147F, 7.94328165F, 15.8489304F, 31.6227722F,
                   63.095726F, 125.892525F, 251.188599F, 501.187134F, 1000}));
-  EXPECT_EQ(bins(-8, -1, 3), Bins({kLowest, -8, -4, -2, -1}));
-  EXPECT_EQ(bins(0, 10, 1), Bins({kLowest, 0, 10}));
-  EXPECT_EQ(bins(1, 0, 3), Bins({kLowest, 1, 0, 0, 0}));
-  EXPECT_EQ(bins(1, kInfinity, 1), Bins({kLowest, 1, kInfinity}));
-  EXPECT_EQ(bins(1e-38F, 3e38F, 2), Bins({kLowest, 1e-38F, kInfinity, 3e38F}));
-  EXPECT_TRUE(std::isnan(bins(1, kNan, 2)[2]));
+  EXPECT_EQ(ExponentialBins(-8, -1, 3), Bins({kLowest, -8, -4, -2, -1}));
+}
+
+TEST(HistogramTest, ExponentialEdgesMayBeZeroInfiniteOrNan) {
+  EXPECT_EQ(ExponentialBins(0, 10, 1), Bins({kLowest, 0, 10}));
+  EXPECT_EQ(ExponentialBins(1, 0, 3), Bins({kLowest, 1, 0, 0, 0}));
+  EXPECT_EQ(ExponentialBins(1, kInfinity, 1), Bins({kLowest, 1, kInfinity}));
+  EXPECT_EQ(ExponentialBins(1e-38F, 3e38F, 2), Bins({kLowest, 1e-38F, kInfinity, 3e38F}));
+  EXPECT_TRUE(std::isnan(ExponentialBins(1, kNan, 2)[2]));
 }
 
 TEST(HistogramTest, ExplicitEdgesAreTakenAsTheyAre) {
