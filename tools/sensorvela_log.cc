@@ -39,8 +39,11 @@ constexpr char kFooter[] =
     "a\n"
     "form has no time, the line's number is printed, counted over all files.\n"
     "\n"
-    "Exit status: 0 the log was read; 1 a file could not be read or the output not be written;\n"
-    "2 bad usage.";
+    "Exit status:\n"
+    "  0  the log was read\n"
+    "  1  a file could not be read, or is a zip archive, UTF-16 or damaged gzip data; the output\n"
+    "     could not be written; or the reader of a pipe has gone (nothing is said then)\n"
+    "  2  bad usage";
 
 struct Options {
   std::vector<std::string> files;
@@ -99,7 +102,8 @@ int main(int argc, char** argv) try {
       ->required()
       ->type_name("");
   app.add_option("--format", options.format, "What to print: tables for a reader, or JSON Lines")
-      ->check(CLI::IsMember({"text", "jsonl"}))
+      ->type_name("{text,jsonl}")
+      ->check(CLI::IsMember({"text", "jsonl"}).description(""))
       ->capture_default_str();
   app.set_version_flag("--version", "sensorvela-log " SENSORVELA_VERSION,
                        "Print the version and exit");

@@ -10,6 +10,9 @@
 namespace sensorvela::replay {
 namespace {
 
+/// Stands in a footer before the statuses.
+constexpr std::string_view kExitStatus = "\nExit status:\n";
+
 std::string Replaced(std::string text, std::string_view from, std::string_view to) {
   for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
     text.replace(at, from.size(), to);
@@ -82,7 +85,11 @@ std::string Man(const CLI::App& app) {
     if (!names.empty() && TakesValue(*option)) heading += ' ' + option->get_type_name();
     page += ".TP\n.B " + Roff(heading) + Roff(option->get_description());
   }
-  return page + ".SH DETAILS\n.nf\n" + Roff(app.get_footer()) + ".fi";
+  const std::string footer = app.get_footer();
+  const std::size_t exit_status = footer.find(kExitStatus);
+  page += ".SH DETAILS\n.nf\n" + Roff(footer.substr(0, exit_status)) + ".fi\n";
+  page += ".SH EXIT STATUS\n.nf\n" + Roff(footer.substr(exit_status + kExitStatus.size()));
+  return page + ".fi";
 }
 
 std::string Bash(const CLI::App& app) {

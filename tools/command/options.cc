@@ -21,10 +21,13 @@ constexpr char kTraceHelp[] =
     "Events:\n";
 
 constexpr char kExitHelp[] =
-    "\nExit status: 0 the trace was run, or is right; 1 the output could not be written, or the "
-    "run\n"
-    "failed; 2 bad usage, or a trace that is not as described, with one line FILE:LINE: ... that\n"
-    "says why.";
+    "\nExit status:\n"
+    "  0  the trace was run or, with --check, is right\n"
+    "  1  the output could not be written, the reader of a pipe has gone (nothing is said then, "
+    "and\n"
+    "     the files are written), or the run failed\n"
+    "  2  bad usage, or a trace that is not as described, with one line FILE:LINE: ... that says\n"
+    "     why; with --check also a recording that was cut";
 
 }  // namespace
 
@@ -38,7 +41,8 @@ void AddOptions(CLI::App& app, Options& options) {
       ->type_name("");
   app.add_flag("--log", options.log, "Print the engine's log lines, too");
   app.add_option("--format", options.format, "What to print: columns for a reader, or JSON Lines")
-      ->check(CLI::IsMember({"text", "jsonl"}))
+      ->type_name("{text,jsonl}")
+      ->check(CLI::IsMember({"text", "jsonl"}).description(""))
       ->capture_default_str();
   app.add_flag("--wide", options.wide,
                "Fold and break nothing: all values, all repeats, each line on one line");
@@ -49,13 +53,13 @@ void AddOptions(CLI::App& app, Options& options) {
       ->type_name("WHAT")
       ->allow_extra_args(false);
   CLI::Option* const trace_out =
-      app.add_option("--trace-out", options.trace_out,
-                     "Also write the run as a picture, in the Trace Event Format that the usual "
-                     "trace viewers open")
+      app.add_option(
+             "--trace-out", options.trace_out,
+             "Also write the run in the Trace Event Format, which the usual trace viewers open")
           ->type_name("FILE");
   CLI::Option* const picture =
       app.add_option("--picture", options.picture,
-                     "Also write the run as a page that any browser opens, in one file")
+                     "Also write the run as a picture: a page, in one file, that any browser opens")
           ->type_name("FILE");
   app.add_flag("--check", options.check,
                "Run nothing; say what is wrong with the trace, also where a recording was cut")

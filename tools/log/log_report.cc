@@ -204,7 +204,9 @@ void PrintTable(const Table& table, std::ostream& out) {
   for (const std::string& line : lines) {
     out << std::string_view(line).substr(0, line.find_last_not_of(' ') + 1) << '\n';
   }
-  if (table.further_lines > 0) out << "  and " << table.further_lines << " more lines\n";
+  if (table.further_lines > 0) {
+    out << "  and " << table.further_lines << " more that are not listed\n";
+  }
 }
 
 }  // namespace
