@@ -27,7 +27,8 @@ bool Read(std::string_view text, Int& number) {
 
 /// The last word, without the brackets around it, as a label ends: "light (20/1)".
 std::string WithoutName(const std::string& label) {
-  const std::string word = label.substr(label.rfind(' ') + 1);
+  const std::size_t space = label.rfind(' ');
+  const std::string word = space == std::string::npos ? label : label.substr(space + 1);
   return word.starts_with('(') && word.ends_with(')') ? word.substr(1, word.size() - 2) : word;
 }
 
