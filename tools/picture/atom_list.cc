@@ -41,16 +41,16 @@ void AtomList::Entry::Absorb(const Entry& next) {
 }
 
 void AtomList::AddReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
-                           const Origin& origin) {
+                           const Cause& cause) {
   ThinnedList<Entry>& list = lists_.at(answer == Answer::kOk ? kDelivered : kFailed);
-  Entry entry = {{at, at}, testkit::AtomName(atom), "", origin};
+  Entry entry = {{at, at}, testkit::AtomName(atom), "", {cause.at, cause.what, cause.line.number}};
   if (list.Merge(entry)) return;
   entry.values = FoldedValues(atom, names_);
   if (answer == Answer::kNoStatus) entry.values += " (the report ended without a status)";
   entry.values = ShortText(entry.values);
   const Entry* const last = list.last();
   if (last != nullptr && last->from == at && last->name == entry.name &&
-      last->values == entry.values && last->origin == origin) {
+      last->values == entry.values && last->origin == entry.origin) {
     list.RepeatLast();
   } else {
     list.Add(std::move(entry));

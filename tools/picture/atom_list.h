@@ -23,20 +23,11 @@ class AtomList {
  public:
   using Instant = RunObserver::Instant;
 
-  /// Why an atom was queued, without the text of the event's line.
-  struct Origin {
-    Instant at = {};
-    std::string_view what;
-    std::size_t line_number = 0;
-
-    bool operator==(const Origin&) const = default;
-  };
-
   /// `names` must outlive the list.
   explicit AtomList(const SensorNames& names) : names_(names) {}
 
   void AddReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
-                   const Origin& origin);
+                   const Cause& cause);
   void AddDropped(Instant at, const Cause& cause) { AddLost(kDropped, at, cause); }
   void AddBlocked(Instant at, const Cause& cause) { AddLost(kBlocked, at, cause); }
 
@@ -49,6 +40,15 @@ class AtomList {
 
  private:
   enum Outcome : std::uint8_t { kDelivered, kFailed, kDropped, kBlocked };
+
+  /// Why an atom was queued, without the text of the event's line.
+  struct Origin {
+    Instant at = {};
+    std::string_view what;
+    std::size_t line_number = 0;
+
+    bool operator==(const Origin&) const = default;
+  };
 
   struct Entry : Occurrence {
     std::string name;

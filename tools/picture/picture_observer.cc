@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <memory>
 #include <ostream>
@@ -79,20 +78,12 @@ class PictureObserver : public RunObserver {
         atoms_(names),
         unavailable_since_(begin) {}
 
-  void OnAtomQueued(const Cause& cause) override {
-    waiting_.push_back({cause.at, cause.what, cause.line.number});
-  }
-
   void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
-                      const Cause& /*cause*/) override {
-    atoms_.AddReported(at, atom, answer, waiting_.front());
-    waiting_.pop_front();
+                      const Cause& cause) override {
+    atoms_.AddReported(at, atom, answer, cause);
   }
 
-  void OnAtomDropped(Instant at, const Cause& cause) override {
-    waiting_.pop_front();
-    atoms_.AddDropped(at, cause);
-  }
+  void OnAtomDropped(Instant at, const Cause& cause) override { atoms_.AddDropped(at, cause); }
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view /*text*/) override {
     atoms_.AddBlocked(at, cause);
@@ -104,7 +95,7 @@ class PictureObserver : public RunObserver {
       return;
     }
     ChangeState(at, State::kAsleep, 0);
-    if (step == ReporterStep::kUploads) cycle_ends_.Add({{at, at}});
+    if (step == ReporterStep::kUploads) cycle_ends_.Add({at, at});
     if (step != ReporterStep::kStarts) steps_.Add({{at, at}, step, batch});
   }
 
@@ -130,7 +121,7 @@ class PictureObserver : public RunObserver {
   }
 
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
-    suspended_.Add({{at, at + duration}});
+    suspended_.Add({at, at + duration});
   }
 
   void OnNote(Instant at, std::string_view text) override {
@@ -146,11 +137,6 @@ class PictureObserver : public RunObserver {
 
  private:
   enum class State : std::uint8_t { kNotStarted, kWaiting, kAsleep };
-
-  struct Interval : Occurrence {
-    bool IsLike(const Interval& /*other*/) const { return true; }
-    void Absorb(const Interval& /*next*/) {}
-  };
 
   /// A state in which the reporter thread was. It holds the atoms while it waits.
   struct Stay : Occurrence {
@@ -171,9 +157,6 @@ class PictureObserver : public RunObserver {
 
   struct Note : Occurrence {
     std::string text;
-
-    bool IsLike(const Note& /*other*/) const { return true; }
-    void Absorb(const Note& /*next*/) {}
   };
 
   /// Null if there are too many sensors.
@@ -193,7 +176,7 @@ class PictureObserver : public RunObserver {
   }
 
   void EndAbsence(Instant at) {
-    if (at > unavailable_since_) absences_.Add({{unavailable_since_, at}});
+    if (at > unavailable_since_) absences_.Add({unavailable_since_, at});
     is_available_ = true;
   }
 
@@ -207,10 +190,10 @@ class PictureObserver : public RunObserver {
       if (o.times > 1) json.insert(json.end(), {o.times, offset(o.to)});
       return json;
     };
-    const auto interval = [&](const Interval& i) {
+    const auto interval = [&](const Occurrence& i) {
       return band(i, {offset(i.from), offset(i.to)});
     };
-    const auto cycle_end = [&](const Interval& i) { return offset(i.from); };
+    const auto cycle_end = [&](const Occurrence& i) { return offset(i.from); };
     const auto stay = [&](const Stay& s) {
       const char* const state = s.state == State::kWaiting ? "waiting" : "asleep";
       return band(s, {offset(s.from), offset(s.to), state, s.atoms});
@@ -272,17 +255,16 @@ class PictureObserver : public RunObserver {
   const TimeBins bins_;
 
   AtomList atoms_;
-  std::deque<AtomList::Origin> waiting_;
 
   Stay state_;
   ThinnedList<Stay> stays_{kMaxItems};
   ThinnedList<Step> steps_{kMaxItems};
-  ThinnedList<Interval> cycle_ends_{kMaxItems};
+  ThinnedList<Occurrence> cycle_ends_{kMaxItems};
 
   bool is_available_ = false;
   Instant unavailable_since_;
-  ThinnedList<Interval> absences_{kMaxItems};
-  ThinnedList<Interval> suspended_{kMaxItems};
+  ThinnedList<Occurrence> absences_{kMaxItems};
+  ThinnedList<Occurrence> suspended_{kMaxItems};
   ThinnedList<Note> notes_{kMaxItems};
 
   std::map<std::pair<std::uint32_t, std::int32_t>, SensorLane> lanes_;

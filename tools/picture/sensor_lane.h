@@ -50,7 +50,6 @@ class SensorLane {
     std::optional<std::int64_t> period_ns;
     std::uint64_t samples = 0;
 
-    bool IsLike(const Span& /*other*/) const { return true; }
     void Absorb(const Span& next) {
       if (period_ns != next.period_ns) period_ns.reset();
       samples += next.samples;
@@ -61,7 +60,6 @@ class SensorLane {
   struct First : Occurrence {
     std::int64_t since_ns = 0;
 
-    bool IsLike(const First& /*other*/) const { return true; }
     void Absorb(const First& next) { since_ns = std::max(since_ns, next.since_ns); }
   };
 
@@ -69,7 +67,6 @@ class SensorLane {
   struct End : Occurrence {
     std::uint64_t samples = 0;
 
-    bool IsLike(const End& /*other*/) const { return true; }
     void Absorb(const End& next) { samples += next.samples; }
   };
 

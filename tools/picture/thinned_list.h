@@ -21,13 +21,18 @@ struct Occurrence {
   Instant from = {};
   Instant to = {};
   std::uint64_t times = 1;
+
+  /// Whether both are of one kind. An item of several kinds has its own.
+  bool IsLike(const Occurrence& /*other*/) const { return true; }
+  /// Adds what is not in this struct. An item that has such values has its own.
+  void Absorb(const Occurrence& /*next*/) {}
 };
 
 /// Keeps at most `limit` items. Where more are added, items of one kind that begin in the same slot
 /// of time become one; the slots are of one width for the whole run, as narrow as the limit allows.
 ///
-/// `Item` derives from `Occurrence` and has `IsLike(other)`, which tells the few kinds apart, and
-/// `Absorb(next)`, which adds what the base does not have. Items are added in the order of `from`.
+/// `Item` is an `Occurrence`, or derives from it and may hide its functions. Items are added in the
+/// order of `from`.
 template <typename Item>
 class ThinnedList {
  public:

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <map>
 #include <memory>
 #include <ostream>
@@ -60,18 +59,15 @@ class ViewerObserver : public RunObserver {
     out_.NameProcess(kSensors, "sensors");
   }
 
-  void OnAtomQueued(const Cause& cause) override {
-    waiting_.push_back(cause);
-    waiting_.back().line.text = {};  // It is valid during the call only.
-    queue_length_.Set(cause.at, waiting_.size());
-  }
+  void OnAtomQueued(const Cause& cause) override { queue_length_.Set(cause.at, ++waiting_); }
 
   void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
-                      const Cause& /*cause*/) override {
+                      const Cause& cause) override {
+    queue_length_.Set(at, --waiting_);
     Json arguments = {{"atom_id", atom.atomId}};
     if (!atom.reverseDomainName.empty()) arguments["domain"] = atom.reverseDomainName;
     arguments.update(NamedValues(atom));
-    arguments.update(QueuedBy(TakeOldest(at)));
+    arguments.update(QueuedBy(cause));
     if (answer == Answer::kOk) {
       out_.Mark(kDelivered, at, "delivered", testkit::AtomName(atom), arguments);
     } else {
@@ -81,7 +77,7 @@ class ViewerObserver : public RunObserver {
   }
 
   void OnAtomDropped(Instant at, const Cause& cause) override {
-    TakeOldest(at);
+    queue_length_.Set(at, --waiting_);
     Json arguments = QueuedBy(cause);
     AddEvent(cause.line, arguments);
     const std::string name = cause.atom_id == 0 ? std::string(cause.what) : AtomName(cause.atom_id);
@@ -156,13 +152,6 @@ class ViewerObserver : public RunObserver {
     since_ = at;
   }
 
-  Cause TakeOldest(Instant at) {
-    const Cause oldest = waiting_.front();
-    waiting_.pop_front();
-    queue_length_.Set(at, waiting_.size());
-    return oldest;
-  }
-
   SensorTrack& TrackOf(SensorVela::SensorId sensor) {
     const Track next = {kSensors, static_cast<int>(sensors_.size()) + 1};
     return sensors_.try_emplace({sensor.high, sensor.low}, out_, names_.Label(sensor), next)
@@ -177,7 +166,7 @@ class ViewerObserver : public RunObserver {
   /// How many atoms the reporter thread holds while it waits.
   std::size_t batch_ = 0;
 
-  std::deque<Cause> waiting_;
+  std::size_t waiting_ = 0;
   StepCounter queue_length_{out_, kEngine, "atoms waiting"};
 
   std::map<std::pair<std::uint32_t, std::int32_t>, SensorTrack> sensors_;
