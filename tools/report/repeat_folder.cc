@@ -55,10 +55,6 @@ bool RepeatFolder::ContinuesTurn(const Run& run) {
   for (std::size_t period = 2; period <= printed_.size(); ++period) {
     if (printed_[printed_.size() - period] != run) continue;
     period_ = period;
-    turns_look_ = ReportLine::Look::kPlain;
-    for (std::size_t i = 1; i <= period; ++i) {
-      turns_look_ = std::max(turns_look_, printed_[printed_.size() - i].line.look);
-    }
     return true;
   }
   return false;
@@ -66,11 +62,15 @@ bool RepeatFolder::ContinuesTurn(const Run& run) {
 
 void RepeatFolder::EndTurns() {
   if (turns_ != 0) {
+    auto look = ReportLine::Look::kPlain;
+    for (std::size_t i = 1; i <= period_; ++i) {
+      look = std::max(look, printed_[printed_.size() - i].line.look);
+    }
     print_({.at = turns_end_,
             .text = "... the last " + std::to_string(period_) + " lines " + std::to_string(turns_) +
                     (turns_ == 1 ? " more time" : " more times") + " until " +
                     ShortClockTime(turns_end_),
-            .look = turns_look_});
+            .look = look});
     printed_.clear();
   }
   period_ = 0;

@@ -76,8 +76,6 @@ class RepeatFolder {
   /// The whole turns after the first, and the end of the last of them.
   std::uint64_t turns_ = 0;
   Instant turns_end_ = {};
-  /// The worst of a turn.
-  ReportLine::Look turns_look_ = ReportLine::Look::kPlain;
   /// The lines of the present turn so far.
   std::vector<Run> turn_;
 };
