@@ -126,6 +126,14 @@ TEST(TraceTest, RefusesAFileThatChangesBetweenItsCheckAndItsRun) {
 
 class ReplayTest : public ::testing::TestWithParam<std::string> {};
 
+/// What an event queues is what the service receives.
+struct CausesAreRight : RunObserver {
+  void OnAtomReported(Instant /*at*/, const SensorVela::VendorAtom& atom, Answer /*answer*/,
+                      const Cause& cause) override {
+    EXPECT_EQ(cause.atom_id, cause.line.number == 0 ? 0 : atom.atomId) << cause.line.text;
+  }
+};
+
 // The files beside a trace have what `sensorvela-replay --log` prints for it, in both formats, and
 // for some traces what it prints with `--wide`, and what `--trace-out` writes.
 TEST_P(ReplayTest, ShowsWhatTheTraceMustGive) {
@@ -136,7 +144,9 @@ TEST_P(ReplayTest, ShowsWhatTheTraceMustGive) {
   std::ostringstream viewer;
   const Trace trace(path, OpenTrace(path + ".jsonl"));
   const SensorNames& names = trace.sensor_names();
-  Replay({MakeTextReport(text, names).get(), MakeTextReport(wide, names, {.wide = true}).get(),
+  CausesAreRight causes;
+  Replay({&causes, MakeTextReport(text, names).get(),
+          MakeTextReport(wide, names, {.wide = true}).get(),
           MakeJsonLinesReport(json_lines, names).get(), MakeViewerObserver(viewer, names).get()},
          true)
       .Run(trace.Events());
