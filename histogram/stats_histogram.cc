@@ -55,7 +55,6 @@ std::unique_ptr<StatsHistogram> StatsHistogram::createExponentialBins(float min,
 
 std::unique_ptr<StatsHistogram> StatsHistogram::createExplicitBins(
     std::initializer_list<float> edges) {
-  // No test has a list that is longer: it would take 4 GiB.
   const bool can_be_met = edges.size() <= static_cast<std::size_t>(kCountLimit);
   std::vector<float> bins(can_be_met ? edges.size() + 1 : 1);
   bins[0] = kLowest;

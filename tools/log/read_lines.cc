@@ -44,6 +44,7 @@ std::string ReadError(gzFile file) {
 }  // namespace
 
 std::string ReadLines(int file, const std::function<void(std::string_view line)>& on_line) {
+  // zlib reads what is not compressed as it is, and keeps no more of a pipe than a block.
   const int copy = dup(file);
   if (copy < 0) return std::generic_category().message(errno);
   const std::unique_ptr<gzFile_s, int (*)(gzFile)> input(gzdopen(copy, "rb"), gzclose_r);
