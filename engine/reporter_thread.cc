@@ -2,7 +2,6 @@
 // the deadline has passed after a sleep.
 #include <android/log.h>
 
-#include <cstddef>
 #include <deque>
 
 #include "engine/log_lines.h"
@@ -12,13 +11,6 @@
 
 using sensorvela::platform::MonotonicClock;
 using sensorvela::platform::MutexLock;
-
-namespace {
-
-/// The memory of a larger batch is freed, because its list of blocks would stay large.
-constexpr std::size_t kMostAtomsOfAReusedBatch = 64;
-
-}  // namespace
 
 void SensorVela::RunReporterThread() {
   sensorvela::platform::NameThisThread(sensorvela::kReporterThreadName);
@@ -56,7 +48,7 @@ bool SensorVela::StopRequested() {
 }
 
 void SensorVela::DrainAtomQueue() {
-  std::deque<VendorAtom> batch;
+  std::deque<VendorAtom> batch;  // Declared before the service: discarded after its release.
   {
     const MutexLock lock(queue_mutex_);
     batch.swap(atom_queue_);
@@ -65,18 +57,12 @@ void SensorVela::DrainAtomQueue() {
   const auto service = sensorvela::LookUpStatsService(stats_service_name_);
   if (service == nullptr) {
     __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, sensorvela::kAtomsDroppedLine);
-  } else {
-    for (const VendorAtom& atom : batch) {
-      if (!sensorvela::ReportAtom(*service, atom)) {
-        __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, sensorvela::kReportFailedLine,
-                            atom.atomId);
-      }
+    return;
+  }
+  for (const VendorAtom& atom : batch) {
+    if (!sensorvela::ReportAtom(*service, atom)) {
+      __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, sensorvela::kReportFailedLine,
+                          atom.atomId);
     }
   }
-
-  // An emptied batch keeps one or two blocks of memory, which the next atoms use.
-  if (batch.size() > kMostAtomsOfAReusedBatch) return;
-  batch.clear();
-  const MutexLock lock(queue_mutex_);
-  if (atom_queue_.empty()) batch.swap(atom_queue_);
 }

@@ -226,8 +226,9 @@ class [[gnu::visibility("default")]] SensorVela {
   /// no service and does not wait. An engine with a null supplier sends no diagnostics.
   ///
   /// Throws the standard library's `std::system_error`, with the system's error code, when the
-  /// system refuses the thread. The supplier and the memory of the unfinished engine are not freed
-  /// then. There is no other failure.
+  /// system refuses the thread. Then the supplier, and what the unfinished engine's fields own, are
+  /// not freed; the engine's own memory is the host's, and `new` frees it. There is no other
+  /// failure.
   explicit SensorVela(std::unique_ptr<SystemDiagnosticsSupplier>&& supplier);
   explicit SensorVela(std::unique_ptr<SystemDiagnosticsSupplierV2>&& supplier);
 
@@ -326,7 +327,8 @@ class [[gnu::visibility("default")]] SensorVela {
     std::array<std::uint32_t, 5> latency_buckets;
     std::uint32_t sample_count;
     std::uint32_t late_sample_count;
-    std::int64_t gap_threshold_ns;
+    /// Aligned as on Arm: 32-bit x86 would align it to 4 bytes.
+    alignas(8) std::int64_t gap_threshold_ns;
     std::int64_t enable_time_ns;
     std::int64_t last_sample_time_ns;
   };

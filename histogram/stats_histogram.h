@@ -26,13 +26,17 @@ class [[gnu::visibility("default")]] StatsHistogram {
 
   /// `count` bins of equal width from `min` to `max`, between an underflow and an overflow bin.
   /// Each edge is the one before it plus the width, in single precision, so that rounding
-  /// accumulates; the last edge is `max` itself. Returns the one-bin histogram when `count` is
-  /// below 1 or not below `kCountLimit`.
+  /// accumulates; the last edge is `max` itself. Returns the one-bin histogram when, and only when,
+  /// `count` is below 1 or not below `kCountLimit`.
   static std::unique_ptr<StatsHistogram> createLinearBins(float min, float max, int count);
 
-  /// Like `createLinearBins`, but each edge is the one before it times a constant factor. Edges may
-  /// overflow to an infinity. Also returns the one-bin histogram when there is no factor: from a
-  /// `count` of 2 on, when `min` is 0 or differs in sign from `max`.
+  /// Like `createLinearBins`, but each edge is the one before it times a constant factor. Also
+  /// returns the one-bin histogram when there is no factor: `count` is at least 2, and either `min`
+  /// is 0, or one of `min` and `max` is above 0 and the other below.
+  ///
+  /// Every other request is met. Its inner edges are infinite when the factor or an edge overflows,
+  /// 0 when `max` is 0 or the factor underflows, and can be NaN when `min` or `max` is infinite or
+  /// NaN.
   static std::unique_ptr<StatsHistogram> createExponentialBins(float min, float max, int count);
 
   /// An underflow bin, then one bin that begins at each of `edges`. The edges are used as given,

@@ -215,7 +215,8 @@ Entry EntryOf<atoms::SensorFirstSampleReported>() {
               kSensorIdHigh,
               kSensorIdLow,
               {"first_sample_latency_ns", kLong,
-               "nanoseconds from the enable to the first sample's arrival"},
+               "nanoseconds from the enable to the first sample's arrival, or from boot without an "
+               "enable"},
           }};
 }
 

@@ -178,38 +178,5 @@ TEST(CallCostTest, ABatchOfAnyLengthIsTakenAndSentWithoutACopy) {
   EXPECT_EQ(sent(1), sent(500));
 }
 
-TEST(CallCostTest, TheMemoryOfABatchOf64AtomsIsReusedAndThatOfALargerOneFreed) {
-  if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
-  simulated::VirtualTime time;
-  const auto service = ndk::SharedRefBase::make<CountingService>();
-  simulated::RegisterService(testkit::kStatsInstance, service);
-  auto engine = testkit::MakeEngine(SupplierKind::kNone, nullptr);
-  const auto report = [&] { engine->ReportFirmwareState(1, {}, 1); };
-  report();
-  for (int i = 0; i < 3; ++i) {
-    time.WaitUntilAtRest();
-    EXPECT_EQ(CostOf(report).calls.allocations, 1) << "only the atom's values";
-  }
-  time.WaitUntilAtRest();
-
-  const auto bytes_after_a_batch_of = [&](int atoms) {
-    simulated::UnregisterService(testkit::kStatsInstance);
-    report();
-    time.WaitUntilSettled();  // All that follow are one batch.
-    for (int i = 0; i < atoms; ++i) report();
-    simulated::RegisterService(testkit::kStatsInstance, service);
-    time.WaitUntilAtRest();
-    return HeapBytesInUse();
-  };
-  const std::int64_t bytes_at_rest = HeapBytesInUse();
-  const std::int64_t bytes_after_64 = bytes_after_a_batch_of(64);
-  EXPECT_EQ(CostOf(report).calls.allocations, 1);
-  const std::int64_t bytes_after_65 = bytes_after_a_batch_of(65);
-  EXPECT_LE(bytes_after_65, bytes_at_rest);
-  EXPECT_GT(bytes_after_64, bytes_after_65);
-  engine.reset();
-  simulated::ResetServices();
-}
-
 }  // namespace
 }  // namespace sensorvela::testing

@@ -30,7 +30,8 @@ using namespace std::chrono_literals;
 VendorAtom Marker(int id);
 
 /// The system refuses every new thread while this exists. What is allocated meanwhile may leak: the
-/// library does not free an engine whose thread was refused.
+/// library frees neither the supplier nor what the fields own of an engine whose thread was
+/// refused.
 class RefusedThreads {
  public:
   RefusedThreads();

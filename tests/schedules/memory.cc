@@ -113,6 +113,10 @@ void Access(const void* address, std::size_t size, bool writes) {
   }
 }
 
+bool IsFreed(const void* address) {
+  return IsOfTheRun(address) && memory.cells[OffsetOf(address) / kCellSize].freed;
+}
+
 void OrderBeforeThread(int thread) {
   Clock& now = memory.threads[Current()];
   Merge(memory.threads[static_cast<std::size_t>(thread)], now);

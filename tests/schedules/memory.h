@@ -19,6 +19,9 @@ bool IsOfTheRun(const void* address);
 /// memory than the run's is not checked.
 void Access(const void* address, std::size_t size, bool writes);
 
+/// Whether the run has allocated the address and freed it since.
+bool IsFreed(const void* address);
+
 /// What the thread that runs has done so far comes before all that `thread` does.
 void OrderBeforeThread(int thread);
 

@@ -76,6 +76,7 @@ char LetterOf(const VendorAtom& atom) {
 class StatsService : public IStats {
  public:
   ndk::ScopedAStatus reportVendorAtom(const VendorAtom& atom) override {
+    Platform::Get().ReportsAtom(&atom);
     const char letter = LetterOf(atom);
     if (letter == 'a' && Platform::Get().report_of_a_fails) return ndk::ScopedAStatus(&failed);
     Platform::Get().Record(letter);
@@ -121,6 +122,7 @@ void Platform::Reset() {
   spurious_wakes = 0;
   suppliers = 0;
   record_.clear();
+  threads_ = {};
 }
 
 std::int64_t Platform::ReadClock() {
@@ -138,6 +140,37 @@ void Platform::Record(char letter) {
   Step({.name = "record", .uses = {{{&record_, true}}}});
   const CheckerMemory checker_memory;
   record_ += letter;
+}
+
+void Platform::TakesLock() {
+  Thread& thread = ThisThread();
+  if (thread.has_service) Fail("a lock is taken before the service is released");
+  if (!std::all_of(thread.reported.begin(), thread.reported.end(), IsFreed)) {
+    Fail("a lock is taken before the batch is discarded");
+  }
+  thread.reported.clear();
+  ++thread.locks;
+}
+
+void Platform::DropsLock() { --ThisThread().locks; }
+
+void Platform::CallsOut() {
+  if (ThisThread().locks > 0) Fail("a call of the platform or the supplier with a lock held");
+}
+
+void Platform::TakesService() { ThisThread().has_service = true; }
+
+void Platform::ReportsAtom(const void* atom) {
+  const CheckerMemory checker_memory;
+  ThisThread().reported.push_back(atom);
+}
+
+void Platform::ReleasesService() {
+  Thread& thread = ThisThread();
+  if (std::any_of(thread.reported.begin(), thread.reported.end(), IsFreed)) {
+    Fail("the batch is discarded before the service is released");
+  }
+  thread.has_service = false;
 }
 
 }  // namespace sensorvela::schedules
@@ -162,12 +195,14 @@ int __android_log_print(int /*prio*/, const char* /*tag*/, const char* fmt, ...)
 }
 
 bool AServiceManager_isDeclared(const char*) {
+  Platform::Get().CallsOut();
   Step({.name = "is declared"});
   return Platform::Get().declared;
 }
 
 AIBinder* AServiceManager_waitForService(const char*) {
-  const Platform& platform = Platform::Get();
+  Platform& platform = Platform::Get();
+  platform.CallsOut();
   Step({.name = "look up", .uses = {{{&platform.service, false}}}, .ready = [&platform] {
           return platform.service != Platform::Service::kAbsent;
         }});
@@ -187,10 +222,12 @@ const char* IStats::descriptor = "android.frameworks.stats.IStats";
 IStats::IStats() = default;
 IStats::~IStats() = default;
 
-// Not counted, because it is never destroyed.
+// Each reference is counted for itself: the service is never destroyed.
 std::shared_ptr<IStats> IStats::fromBinder(const ndk::SpAIBinder& binder) {
   if (binder.get() == nullptr) return nullptr;
-  return {std::shared_ptr<void>(), &stats_service};
+  Platform::Get().TakesService();
+  const sensorvela::schedules::CheckerMemory checker_memory;
+  return {&stats_service, [](IStats*) { Platform::Get().ReleasesService(); }};
 }
 
 }  // namespace aidl::android::frameworks::stats

@@ -2,8 +2,11 @@
 // log.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "tests/schedules/explorer.h"
 
@@ -51,12 +54,33 @@ class Platform {
   /// Empties the record.
   void Forget() { record_.clear(); }
 
+  // What the thread that runs does, in every run. Each fails the run at a step that comes too early
+  // or too late: a drain looks the service up, reports its batch, releases the service and then
+  // discards the batch, and takes no lock in between.
+
+  void TakesLock();
+  void DropsLock();
+  /// Calls the service manager or the supplier.
+  void CallsOut();
+  void TakesService();
+  void ReportsAtom(const void* atom);
+  void ReleasesService();
+
  private:
+  struct Thread {
+    int locks = 0;
+    bool has_service = false;
+    /// Where the atoms reported since its last lock are.
+    std::vector<const void*> reported;
+  };
+
+  Thread& ThisThread() { return threads_[static_cast<std::size_t>(CurrentThread())]; }
   Platform();
   void Reset();
 
   std::int64_t elapsed_ns_ = 0;
   std::string record_;
+  std::array<Thread, kMaxThreads> threads_;
 };
 
 /// A part of each supplier. Counts those that exist.

@@ -32,6 +32,7 @@ void TakeLock(pthread_mutex_t* mutex) {
   Access(mutex, sizeof(int), false);  // For the order before a free.
   HolderOf(mutex) = CurrentThread() + 1;
   Acquire(mutex);
+  Platform::Get().TakesLock();
 }
 
 void DropLock(pthread_mutex_t* mutex) {
@@ -39,6 +40,7 @@ void DropLock(pthread_mutex_t* mutex) {
   if (HolderOf(mutex) != CurrentThread() + 1) Fail("a lock is released that is not held");
   HolderOf(mutex) = 0;
   Release(mutex);
+  Platform::Get().DropsLock();
 }
 
 std::int64_t InNs(const timespec& time) {

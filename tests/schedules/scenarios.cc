@@ -16,12 +16,14 @@ namespace {
 class SupplierV1 : public SensorVela::SystemDiagnosticsSupplier, Supplier {
  public:
   SensorVela::ProcessorDiag GetProcessorDiagnostics() override {
+    Platform::Get().CallsOut();
     Platform::Get().Record('U');
     return {};
   }
   SensorVela::QueueStress GetQueueStressType1() override { return {}; }
   SensorVela::QueueStress GetQueueStressType2() override { return {}; }
   SensorVela::QueueStress GetQueueStressType3() override {
+    Platform::Get().CallsOut();
     Platform::Get().Record('u');
     return {};
   }
@@ -31,6 +33,7 @@ class SupplierV1 : public SensorVela::SystemDiagnosticsSupplier, Supplier {
 class SupplierV2 : public SensorVela::SystemDiagnosticsSupplierV2, Supplier {
  public:
   std::unique_ptr<SensorVela::ProcessorDiag> GetProcessorDiagnostics() override {
+    Platform::Get().CallsOut();
     Platform::Get().Record('U');
     return std::make_unique<SensorVela::ProcessorDiag>();
   }
@@ -43,6 +46,7 @@ class SupplierV2 : public SensorVela::SystemDiagnosticsSupplierV2, Supplier {
   std::vector<SensorVela::GatingContext> GetGatingContexts() override { return {}; }
   std::unique_ptr<SensorVela::DramException> GetDramException() override { return nullptr; }
   std::unique_ptr<SensorVela::AadProxStats> GetAadProxStats() override {
+    Platform::Get().CallsOut();
     Platform::Get().Record('u');
     return nullptr;
   }
@@ -59,20 +63,20 @@ class SupplierV2 : public SensorVela::SystemDiagnosticsSupplierV2, Supplier {
 ///     X        the reports of atom a fail
 struct Script {
   /// Before the scenario begins: no decisions are made, and nothing is recorded.
-  const char* before = "";
-  const char* steps = "";
+  std::string before = {};
+  std::string steps = {};
   /// On two more threads, of which the second has an engine of its own if it starts one.
-  const char* one = "";
-  const char* other = "";
+  std::string one = {};
+  std::string other = {};
   /// The engines are destroyed afterwards.
-  const char* after = "";
+  std::string after = {};
 };
 
 class Host {
  public:
-  void Do(const char* steps) {
-    for (; *steps != '\0'; ++steps) {
-      if (!Call(*steps)) Change(*steps);
+  void Do(const std::string& steps) {
+    for (const char step : steps) {
+      if (!Call(step)) Change(step);
     }
   }
 
@@ -131,9 +135,9 @@ void Play(const Script& script) {
   Platform::Get().Forget();
   Branch(true);
   host.Do(script.steps);
-  if (*script.other != '\0') {
+  if (!script.other.empty()) {
     Host with_own_engine;
-    Host& second = *script.other == '2' ? with_own_engine : host;
+    Host& second = script.other.front() == '2' ? with_own_engine : host;
     std::thread one([&] { host.Do(script.one); });
     std::thread other([&] { second.Do(script.other); });
     one.join();
@@ -152,6 +156,9 @@ struct Row {
 
 // The letters of scripts are above, and those of outcomes in platform.h.
 std::vector<Scenario> AllScenarios() {
+  // Two blocks of a queue, and one atom more.
+  const std::string b64(64, 'b');
+  const std::string b65(65, 'b');
   const std::vector<Row> rows = {
       {"start_stop", {.steps = "2"}, {""}},
       {"start_stop_refused", {.steps = "R2"}, {"F", "FD"}},
@@ -164,6 +171,8 @@ std::vector<Scenario> AllScenarios() {
       {"events_stop_absent", {.before = "2.AS", .steps = "ab"}, {"", "a", "ab"}},
       {"events_rest_refused", {.before = "2.R", .steps = "ab.Pc."}, {"Dc", "DDc"}},
       {"events_rest_failed_report", {.before = "2.X", .steps = "ab."}, {"Xb"}},
+      {"batch_of_64_rest", {.before = "2.Aa." + b64, .steps = "P."}, {"a" + b64}},
+      {"batch_of_65_rest", {.before = "2.Aa." + b65, .steps = "P."}, {"a" + b65}},
       {"spurious_wake_event_stop", {.before = "2.", .steps = "Wa"}, {"", "a"}},
       {"spurious_wake_deadline_rest", {.before = "2.", .steps = "WT."}, {"TUup"}},
       {"deadline_stop", {.before = "2.", .steps = "T"}, {"T", "TUu", "TUup"}},
