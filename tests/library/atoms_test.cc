@@ -56,5 +56,11 @@ TEST(AtomsTest, TheStandaloneBuildersSendTheirMembersInOrder) {
             "value_12=12, value_13=13, value_14=14, value_15=15, value_16=16}");
 }
 
+TEST(AtomsTest, ARepeatedValueHasItsExactSize) {
+  const auto atom = createVendorAtom(HalSensorStateChanged{.latency_histogram = {7, 8}});
+  const auto& list = atom.values.back().get<VendorAtomValue::repeatedIntValue>();
+  EXPECT_EQ(list ? list->capacity() : 0, 2U);
+}
+
 }  // namespace
 }  // namespace android::hardware::halvard::orrin::vendor::OrrinAtoms

@@ -5,10 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
-#include <sstream>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -89,21 +90,49 @@ TEST_F(DeviceStyleHostTest, ARegisteredBinderLivesWithoutAnotherReference) {
   EXPECT_EQ(IStats::fromBinder(SpAIBinder(binder)), service);
 }
 
+TEST(DeviceStyleBinderTest, EachCopyKeepsTheService) {
+  std::shared_ptr<StatsService> service = ndk::SharedRefBase::make<StatsService>();
+  const std::weak_ptr<StatsService> watched = service;
+  SpAIBinder first = service->asBinder();
+  service.reset();
+  {
+    SpAIBinder copy(first);
+    SpAIBinder other;
+    other = copy;
+    first.set(nullptr);
+    copy = std::move(other);
+    AIBinder_incStrong(copy.get());
+    *first.getR() = copy.get();
+    const SpAIBinder& itself = first;
+    first = itself;
+  }
+  EXPECT_FALSE(watched.expired());
+  first = nullptr;
+  EXPECT_TRUE(watched.expired());
+}
+
 TEST(DeviceStyleStatusTest, AStatusSaysWhatItWasMadeOf) {
-  const std::pair<ScopedAStatus, std::string> kCases[] = {
-      {ScopedAStatus::ok(), "1 0 0 0 "},
-      {ScopedAStatus::fromStatus(STATUS_OK), "1 0 0 0 "},
-      {ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT), "0 -129 0 -32 "},
-      {ScopedAStatus::fromExceptionCode(EX_SECURITY), "0 -1 0 0 "},
-      {ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_STATE, "why"), "0 -5 0 0 why"},
-      {ScopedAStatus::fromServiceSpecificError(-7), "0 -8 -7 0 "},
-      {ScopedAStatus::fromServiceSpecificErrorWithMessage(7, "why"), "0 -8 7 0 why"}};
+  using Content = std::tuple<bool, binder_exception_t, std::int32_t, binder_status_t, std::string>;
+  const struct {
+    ScopedAStatus status;
+    Content content;
+  } kCases[] = {
+      {ScopedAStatus::ok(), {true, EX_NONE, 0, STATUS_OK, ""}},
+      {ScopedAStatus::fromStatus(STATUS_OK), {true, EX_NONE, 0, STATUS_OK, ""}},
+      {ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT),
+       {false, EX_TRANSACTION_FAILED, 0, STATUS_DEAD_OBJECT, ""}},
+      {ScopedAStatus::fromExceptionCode(EX_SECURITY), {false, EX_SECURITY, 0, STATUS_OK, ""}},
+      {ScopedAStatus::fromExceptionCodeWithMessage(EX_ILLEGAL_STATE, "why"),
+       {false, EX_ILLEGAL_STATE, 0, STATUS_OK, "why"}},
+      {ScopedAStatus::fromServiceSpecificError(-7),
+       {false, EX_SERVICE_SPECIFIC, -7, STATUS_OK, ""}},
+      {ScopedAStatus::fromServiceSpecificErrorWithMessage(7, "why"),
+       {false, EX_SERVICE_SPECIFIC, 7, STATUS_OK, "why"}}};
   for (const auto& [status, content] : kCases) {
-    std::ostringstream text;
-    text << status.isOk() << ' ' << status.getExceptionCode() << ' '
-         << status.getServiceSpecificError() << ' ' << status.getStatus() << ' '
-         << status.getMessage();
-    EXPECT_EQ(text.str(), content) << status.getDescription();
+    EXPECT_EQ(Content(status.isOk(), status.getExceptionCode(), status.getServiceSpecificError(),
+                      status.getStatus(), status.getMessage()),
+              content)
+        << status.getDescription();
   }
   EXPECT_FALSE(ScopedAStatus().isOk());
 }

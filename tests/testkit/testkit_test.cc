@@ -13,6 +13,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <typeinfo>
 #include <utility>
 #include <vector>
@@ -139,6 +140,26 @@ TEST(VirtualTimeDeathTest, AbortsWhenItCannotBegin) {
   }
 }
 
+TEST(StatsServiceTest, AnswersAsPlannedAndSaysWhenAtomsHaveCome) {
+  const auto service = ndk::SharedRefBase::make<StatsService>();
+  service->AnswerNext(1, Answer::kOk);
+  service->AnswerNext(0, Answer::kError);
+  service->AnswerNext(2, Answer::kNoStatus);
+  service->AnswerNext(1, Answer::kError);
+  std::string answers;
+  std::thread reporter([&] {
+    for (int i = 0; i < 5; ++i) {
+      const auto status = service->reportVendorAtom(Atom(i, {}));
+      answers += status.get() == nullptr ? 'n' : status.isOk() ? 'o' : 'e';
+    }
+  });
+  service->WaitForAtoms(5);
+  reporter.join();
+  EXPECT_EQ(answers, "onneo");
+  EXPECT_EQ(service->TakeAtoms().size(), 5U);
+  EXPECT_EQ(service->TakeAtoms().size(), 0U);
+}
+
 TEST(VirtualTimeTest, NeverGoesBackAndStopsAtTheLatestInstant) {
   using Instant = simulated::VirtualTime::Instant;
   simulated::VirtualTime time(std::chrono::hours(1));
@@ -157,6 +178,16 @@ TEST(VirtualTimeTest, NeverGoesBackAndStopsAtTheLatestInstant) {
     EXPECT_EQ(time.Now(), Instant::max());
   }
   simulated::ResetServices();
+}
+
+TEST(WorldTest, DestroysAnEngineWhoseServiceIsAwayAndStartsAnother) {
+  World world;
+  world.UnregisterService();
+  world.StartEngine();
+  world.StartEngine(SupplierKind::kNone);
+  world.DestroyEngine();
+  world.DestroyEngine();
+  EXPECT_FALSE(world.has_engine());
 }
 
 }  // namespace

@@ -1,0 +1,39 @@
+"""Replays the example day, which must be readable and the same each time.
+
+For the usage see command_test_case.py.
+"""
+
+import pathlib
+
+from command_test_case import CommandTestCase, main
+
+DAY = pathlib.Path(__file__).resolve().parents[2] / "examples" / "one_day.jsonl"
+
+
+class OneDayTest(CommandTestCase):
+    def replay(self, *options):
+        status, printed, complained = self.run_tool(*options, str(DAY))
+        self.assertEqual((status, complained), (0, ""))
+        return printed
+
+    def test_is_readable(self):
+        lines = self.replay().splitlines()
+        self.assertLessEqual(len(lines), 98, "a screen has 100, of which the demo takes two")
+        self.assertLessEqual(max(len(line) for line in lines), 120)
+        self.assertIn("13:02:00      DROPPED  SensorRuntimeErrorDetected  accelerometer (16/1)  "
+                      "queued by runtime_error at 13:00:20, line 65", lines)
+
+    def test_is_the_same_each_time(self):
+        first, second = self.replay("--log"), self.replay("--log")
+        self.assertEqual(first, second)
+        # Each cycle ends six hours after the one before, the first later by the 5 h 38 min of sleep.
+        lines = first.splitlines()
+        uploads = [line.split()[0] for line in lines if "SensorSystemQueueStressReported" in line]
+        self.assertEqual(uploads, ["11:38:00"] + ["17:38:00"] * 3 + ["23:38:00"])
+        self.assertEqual(lines[-2:], [
+            "blocked by the cap         12  errors after the first 10 of their kind in a cycle",
+            "cycles ended                3"])
+
+
+if __name__ == "__main__":
+    main()
