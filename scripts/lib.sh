@@ -9,7 +9,7 @@ logs=build/logs
 mkdir -p "$logs"
 
 build_packages=(cmake ninja-build pkgconf googletest nlohmann-json3-dev rapidjson-dev libcli11-dev
-  zlib1g-dev node-d3-axis node-d3-scale node-d3-zoom)
+  zlib1g-dev node-d3-axis node-d3-scale node-d3-zoom python3)
 clang_packages=(clang-19 lld-19 libc++-19-dev libc++abi-19-dev libunwind-19-dev libclang-rt-19-dev)
 
 say() { printf '== %s\n' "$*"; }
@@ -109,12 +109,19 @@ run_ctest() {
   ctest --test-dir "build/$preset" --output-on-failure --no-tests=error --parallel "$jobs" "$@"
 }
 
-# For the checks: builds a preset, runs its tests and says how many passed.
+# check_tests PRESET [PART...]: for the checks. Builds a preset or parts of it (`library`, `recorder`, `tools`), runs
+# the tests and says how many passed.
 check_tests() {
-  build "$1"
-  quietly "test-$1" run_ctest "$1"
+  local preset=$1 targets=() labels=()
+  shift
+  if [[ $# -gt 0 ]]; then
+    targets=(--target "${@/%/_tests}")
+    labels=(--label-regex "^($(IFS='|' && echo "$*"))\$")
+  fi
+  build "$preset" "${targets[@]}"
+  quietly "test-$preset" run_ctest "$preset" "${labels[@]}"
   passed "$(sed -n 's/^100% tests passed, 0 tests failed out of \([0-9]*\)$/\1 tests passed/p' \
-    "$logs/test-$1.log")"
+    "$logs/test-$preset.log")"
 }
 
 # passed FIGURE: a check's last line.
