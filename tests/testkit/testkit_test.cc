@@ -154,9 +154,9 @@ TEST(StatsServiceTest, AnswersAsPlannedAndSaysWhenAtomsHaveCome) {
     }
   });
   service->WaitForAtoms(5);
+  EXPECT_EQ(service->TakeAtoms().size(), 5U);
   reporter.join();
   EXPECT_EQ(answers, "onneo");
-  EXPECT_EQ(service->TakeAtoms().size(), 5U);
   EXPECT_EQ(service->TakeAtoms().size(), 0U);
 }
 
