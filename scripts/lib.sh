@@ -8,7 +8,7 @@ jobs=${JOBS:-2}
 logs=build/logs
 mkdir -p "$logs"
 
-build_packages=(cmake ninja-build pkgconf googletest nlohmann-json3-dev rapidjson-dev libcli11-dev
+build_packages=(cmake ninja-build pkgconf googletest nlohmann-json3-dev libcli11-dev
   zlib1g-dev node-d3-axis node-d3-scale node-d3-zoom python3)
 clang_packages=(clang-19 lld-19 libc++-19-dev libc++abi-19-dev libunwind-19-dev libclang-rt-19-dev)
 

@@ -1,7 +1,4 @@
 // sensorvela-log: finds the library's lines in a device's log and prints what they say together.
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <csignal>
@@ -14,6 +11,7 @@
 #include <vector>
 
 #include "tools/command/manual.h"
+#include "tools/input/input.h"
 #include "tools/log/log_report.h"
 #include "tools/log/log_summary.h"
 #include "tools/log/read_lines.h"
@@ -22,6 +20,7 @@
 namespace {
 
 namespace devicelog = sensorvela::devicelog;
+namespace replay = sensorvela::replay;
 
 constexpr int kExitFailed = 1;
 constexpr int kExitBadUsage = 2;
@@ -62,22 +61,20 @@ int CannotWrite() {
 }
 
 /// Returns what has failed; empty if nothing has.
-std::string ReadFile(const std::string& path, devicelog::LogSummary& summary) {
-  const int file = path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (file < 0) return Reason(errno);
-  std::string error =
-      devicelog::ReadLines(file, [&summary](std::string_view line) { summary.AddLine(line); });
-  if (file != STDIN_FILENO) close(file);
+std::string ReadFile(const std::string& path, devicelog::LogSummary& summary) try {
+  std::string error = devicelog::ReadLines(
+      replay::Input::OpenOnce(path), [&summary](std::string_view line) { summary.AddLine(line); });
   summary.EndFile();
   return error;
+} catch (const std::system_error& error) {
+  return error.code().message();
 }
 
 int Summarize(const Options& options) {
   devicelog::LogSummary summary;
   for (const std::string& file : options.files) {
     if (const std::string error = ReadFile(file, summary); !error.empty()) {
-      std::cerr << "sensorvela-log: " << sensorvela::replay::Printable(file) << ": " << error
-                << '\n';
+      std::cerr << "sensorvela-log: " << replay::Printable(file) << ": " << error << '\n';
       return kExitFailed;
     }
   }
@@ -107,7 +104,7 @@ int main(int argc, char** argv) try {
       ->capture_default_str();
   app.set_version_flag("--version", "sensorvela-log " SENSORVELA_VERSION,
                        "Print the version and exit");
-  sensorvela::replay::AddGenerateOption(app);
+  replay::AddGenerateOption(app);
   app.footer(kFooter);
   try {
     app.parse(argc, argv);

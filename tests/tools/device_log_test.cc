@@ -1,12 +1,9 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <memory>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -31,12 +28,9 @@ using testing::SourcePath;
 
 /// Reads the log as the tool does.
 LogSummary Summarize(std::string_view log) {
-  const std::unique_ptr<std::FILE, decltype([](std::FILE* file) { std::fclose(file); })> file(
-      std::tmpfile());
-  EXPECT_EQ(std::fwrite(log.data(), 1, log.size(), file.get()), log.size());
-  EXPECT_EQ(std::fseek(file.get(), 0, SEEK_SET), 0);
   LogSummary summary;
-  EXPECT_EQ(ReadLines(fileno(file.get()), [&](std::string_view line) { summary.AddLine(line); }),
+  EXPECT_EQ(ReadLines(replay::Input(std::string(log)),
+                      [&](std::string_view line) { summary.AddLine(line); }),
             "");
   return summary;
 }

@@ -66,7 +66,17 @@ Input Input::Open(const std::string& path) {
   return input;
 }
 
+Input Input::OpenOnce(const std::string& path) {
+  Input input;
+  input.descriptor_ = OpenDescriptor(path);
+  input.reads_once_ = true;
+  return input;
+}
+
 std::size_t Input::ReadAt(std::uint64_t offset, std::span<char> buffer) const {
+  if (reads_once_) {
+    return Checked([&] { return read(*descriptor_, buffer.data(), buffer.size()); });
+  }
   if (text_ == nullptr) {
     const auto from = static_cast<off_t>(start_ + offset);
     return Checked([&] { return pread(*descriptor_, buffer.data(), buffer.size(), from); });

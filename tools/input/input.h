@@ -1,4 +1,4 @@
-// The bytes of a trace: those of a file, of standard input, or of a text in memory.
+// The bytes of a trace or a log: those of a file, of standard input, or of a text in memory.
 #pragma once
 
 #include <cstddef>
@@ -10,13 +10,17 @@
 
 namespace sensorvela::replay {
 
-/// May be read more than once. A regular file is read anew each time; the bytes of a pipe or
-/// another file that cannot be read twice are kept. Copies share the file.
+/// Copies share the file.
 class Input {
  public:
-  /// Opens the file at `path`, or standard input for "-", which begins where it stands. Throws
-  /// `std::system_error` if that or, for what is kept, its reading fails.
+  /// Opens the file at `path`, or standard input for "-", which begins where it stands. It may be
+  /// read more than once: a regular file is read anew each time, and the bytes of a pipe or another
+  /// file that cannot be read twice are kept. Throws `std::system_error` if the opening or, for
+  /// what is kept, the reading fails.
   static Input Open(const std::string& path);
+
+  /// The same for an input that is read once, from its start to its end. Keeps nothing.
+  static Input OpenOnce(const std::string& path);
 
   explicit Input(std::string text) : text_(std::make_shared<const std::string>(std::move(text))) {}
 
@@ -31,8 +35,9 @@ class Input {
   /// Set when the bytes are kept.
   std::shared_ptr<const std::string> text_;
 
-  // A regular file.
+  // A file.
   std::shared_ptr<const int> descriptor_;
+  bool reads_once_ = false;
   std::uint64_t start_ = 0;
   std::size_t size_ = 0;
 

@@ -18,15 +18,24 @@ LineEnd EndOf(TextEnd end) {
 
 }  // namespace
 
-LineReader::LineReader(Input input) : text_(std::move(input)), buffer_(kChunkBytes) {}
+LineReader::LineReader(Input input, std::size_t max_line_bytes)
+    : text_(std::move(input)), max_line_bytes_(max_line_bytes), buffer_(kChunkBytes) {}
 
 bool LineReader::Next() {
+  if (end_ == LineEnd::kTooLong) SkipLine();
   if (end_ != LineEnd::kNewline) return false;
   std::size_t searched = 0;
   do {
     const std::string_view left(buffer_.data() + from_, to_ - from_);
-    if (const std::size_t newline = left.find('\n', searched); newline != std::string_view::npos) {
-      line_ = left.substr(0, newline);
+    const std::size_t newline = left.find('\n', searched);
+    line_ = left.substr(0, newline);
+    if (line_.size() > max_line_bytes_) {
+      line_ = line_.substr(0, max_line_bytes_);
+      end_ = LineEnd::kTooLong;
+      ++number_;
+      return true;
+    }
+    if (newline != std::string_view::npos) {
       from_ += newline + 1;
       ++number_;
       return true;
@@ -34,7 +43,6 @@ bool LineReader::Next() {
     searched = left.size();
   } while (Fill());
   end_ = EndOf(text_.end());
-  line_ = {buffer_.data() + from_, to_ - from_};
   if (line_.empty() && end_ == LineEnd::kEndOfText) return false;
   ++number_;
   return true;
@@ -43,10 +51,24 @@ bool LineReader::Next() {
 bool LineReader::Fill() {
   std::copy(buffer_.data() + from_, buffer_.data() + to_, buffer_.data());
   to_ -= std::exchange(from_, 0);
-  if (to_ == buffer_.size()) buffer_.resize(2 * buffer_.size());
+  if (to_ > buffer_.size() / 2) buffer_.resize(2 * buffer_.size());
   const std::size_t count = text_.Read(std::span(buffer_).subspan(to_));
   to_ += count;
+  line_ = {buffer_.data(), to_};
   return count > 0;
+}
+
+void LineReader::SkipLine() {
+  do {
+    const auto* const newline = std::find(buffer_.data() + from_, buffer_.data() + to_, '\n');
+    from_ = static_cast<std::size_t>(newline - buffer_.data());
+    if (from_ < to_) {
+      ++from_;
+      end_ = LineEnd::kNewline;
+      return;
+    }
+  } while (Fill());
+  end_ = EndOf(text_.end());
 }
 
 }  // namespace sensorvela::replay

@@ -13,6 +13,8 @@ namespace sensorvela::replay {
 
 enum class LineEnd {
   kNewline,
+  /// The line is longer than the limit: what follows its first part has been skipped.
+  kTooLong,
   /// The text ends without a newline.
   kEndOfText,
   /// The line has been cut, perhaps before its first byte: the input's gzip data ends too early.
@@ -24,7 +26,8 @@ enum class LineEnd {
 /// Holds a chunk of the text, or one line where that is longer.
 class LineReader {
  public:
-  explicit LineReader(Input input);
+  /// Gives no more than `max_line_bytes` of a line.
+  LineReader(Input input, std::size_t max_line_bytes);
 
   /// Goes on to the next line; false if there is none. Throws `std::system_error` if the file
   /// cannot be read.
@@ -36,8 +39,8 @@ class LineReader {
   /// The number of the present line, from 1.
   std::size_t number() const { return number_; }
 
-  /// How the present line ends. Only the last one does not end with a newline: it may be a part of
-  /// what was to be written, and every line before it is whole.
+  /// How the present line ends. The last one may be a part of what was to be written if it does not
+  /// end with a newline.
   LineEnd end() const { return end_; }
 
   /// The number of the input's bytes that have been read: those of the lines so far, and a little
@@ -47,8 +50,11 @@ class LineReader {
  private:
   /// Appends more of the text to what is left in the buffer; false at the end.
   bool Fill();
+  /// Goes on to the start of the next line.
+  void SkipLine();
 
   TextStream text_;
+  const std::size_t max_line_bytes_;
   std::vector<char> buffer_;
   // What is left in the buffer.
   std::size_t from_ = 0;

@@ -2,11 +2,12 @@
 
 #include <zlib.h>
 
-#include <array>
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <new>
 #include <span>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -15,17 +16,17 @@ namespace {
 
 constexpr std::size_t kChunkBytes = 65'536;
 
-bool IsGzip(const Input& input) {
-  std::array<char, 2> magic = {};
-  return input.ReadAt(0, magic) == magic.size() && magic[0] == '\x1f' && magic[1] == '\x8b';
-}
+constexpr std::string_view kGzipMagic = "\x1f\x8b";
 
 }  // namespace
 
 /// Inflates gzip data, a chunk at a time.
 class TextStream::Inflater {
  public:
-  Inflater() : chunk_(kChunkBytes) {
+  /// `start` has the first bytes of the data.
+  explicit Inflater(std::span<const char> start) : chunk_(std::max(kChunkBytes, start.size())) {
+    std::ranges::copy(start, chunk_.begin());
+    Bytes(std::span(chunk_).first(start.size()), zlib_.next_in, zlib_.avail_in);
     constexpr int kGzipOnly = 16;
     if (inflateInit2(&zlib_, kGzipOnly + MAX_WBITS) != Z_OK) throw std::bad_alloc();
   }
@@ -76,14 +77,21 @@ class TextStream::Inflater {
   bool has_ended_ = false;
 };
 
-TextStream::TextStream(Input input) : input_(std::move(input)) {
-  if (IsGzip(input_)) inflater_ = std::make_unique<Inflater>();
-}
+TextStream::TextStream(Input input) : input_(std::move(input)) {}
 
 TextStream::~TextStream() = default;
 
 std::size_t TextStream::Read(std::span<char> buffer) {
+  if (!std::exchange(has_begun_, true)) return ReadStart(buffer);
   return inflater_ ? inflater_->Read(*this, buffer) : ReadInput(buffer);
+}
+
+std::size_t TextStream::ReadStart(std::span<char> buffer) {
+  std::size_t count = ReadInput(buffer);
+  if (count == 1) count += ReadInput(buffer.subspan(1));  // A pipe may give one byte.
+  if (!std::string_view(buffer.data(), count).starts_with(kGzipMagic)) return count;
+  inflater_ = std::make_unique<Inflater>(buffer.first(count));
+  return inflater_->Read(*this, buffer);
 }
 
 std::size_t TextStream::ReadInput(std::span<char> buffer) {

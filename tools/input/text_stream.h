@@ -28,7 +28,7 @@ class TextStream {
   TextStream(const TextStream&) = delete;
   TextStream& operator=(const TextStream&) = delete;
 
-  /// Copies the next bytes of the text into `buffer`, which must not be empty, and returns their
+  /// Copies the next bytes of the text into `buffer`, which has at least two, and returns their
   /// number; 0 means the end. Throws `std::system_error` if the file cannot be read.
   std::size_t Read(std::span<char> buffer);
 
@@ -43,11 +43,14 @@ class TextStream {
   class Inflater;
 
   std::size_t ReadInput(std::span<char> buffer);
+  /// The first read, which finds out whether the input is gzip data.
+  std::size_t ReadStart(std::span<char> buffer);
 
   Input input_;
+  bool has_begun_ = false;
   std::uint64_t bytes_read_ = 0;
   TextEnd end_ = TextEnd::kWhole;
-  /// None for a plain text.
+  /// None for a plain text, and before the first read.
   std::unique_ptr<Inflater> inflater_;
 };
 

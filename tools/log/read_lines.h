@@ -1,15 +1,18 @@
-// Reads a log of any size in blocks.
+// Reads the lines of a log.
 #pragma once
 
 #include <functional>
 #include <string>
 #include <string_view>
 
+#include "tools/input/input.h"
+
 namespace sensorvela::devicelog {
 
-/// Calls `on_line` for each line of the file, without its end (LF or CRLF), and inflates what gzip
-/// has compressed. A line of more than a mebibyte is given once, cut. Returns why the file, or the
-/// rest of it, cannot be read; empty if all of it was.
-std::string ReadLines(int file, const std::function<void(std::string_view line)>& on_line);
+/// Calls `on_line` for each line, without its end (LF or CRLF). A line of more than a mebibyte is
+/// given once, cut. Returns why the input, or the rest of it, cannot be read; empty if all of it
+/// was.
+std::string ReadLines(const replay::Input& input,
+                      const std::function<void(std::string_view line)>& on_line);
 
 }  // namespace sensorvela::devicelog

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -63,24 +62,18 @@ struct JsonValue {
 /// Keeps its memory from line to line.
 class JsonLine {
  public:
-  JsonLine();
-  ~JsonLine();
-  JsonLine(const JsonLine&) = delete;
-  JsonLine& operator=(const JsonLine&) = delete;
-
   /// The object in `line`, in which no object has two fields of the same name. It is valid until
   /// the next call. Throws `EventError` if the line is anything else.
   const JsonValue& Parse(std::string_view line);
 
  private:
-  class Values;
-  class FastParser;
-  class ExactParser;
+  class Parser;
 
-  std::unique_ptr<Values> values_;
-  std::unique_ptr<FastParser> fast_parser_;
-  /// The texts that `values_` refers to if the exact parser has parsed the line.
+  std::vector<JsonValue> values_;
+  /// What `values_` refers to.
   std::deque<std::string> texts_;
+  /// The positions of the arrays and objects that have not been closed.
+  std::vector<std::size_t> open_;
 };
 
 }  // namespace sensorvela::replay

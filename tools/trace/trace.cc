@@ -20,6 +20,9 @@
 namespace sensorvela::replay {
 namespace {
 
+/// More than the longest line of a recording. Bounds the memory of a reader.
+constexpr std::size_t kMaxLineBytes = std::size_t{16} << 20;
+
 std::string DisplayName(const std::string& path) {
   return path == "-" ? "<stdin>" : Printable(path);
 }
@@ -166,7 +169,7 @@ class TracePass {
   /// A second pass ends with the line `last`, and knows the `plan`.
   TracePass(const std::string& name, const Input& input, std::size_t last = 0,
             const RecordingPlan* plan = nullptr) try
-      : name_(name), lines_(input), parser_(plan), last_(last) {
+      : name_(name), lines_(input, kMaxLineBytes), parser_(plan), last_(last) {
   } catch (const std::system_error& error) {
     ThrowUnreadable(name, error);
   }
@@ -175,6 +178,10 @@ class TracePass {
   bool Next(Event& event) try {
     // A recording that is still written has grown since the first pass.
     while ((last_ == 0 || lines_.number() < last_) && lines_.Next()) {
+      if (lines_.end() == LineEnd::kTooLong) {
+        throw EventError("a line of more than " + std::to_string(kMaxLineBytes) +
+                         " bytes: expected one event a line");
+      }
       // A recording's last line is whole if it ends with a newline.
       if (parser_.is_recording() && lines_.end() != LineEnd::kNewline) break;
       CheckEnd();
