@@ -317,7 +317,6 @@ class [[gnu::visibility("default")]] SensorVela {
 
   /// The least time from the end of one cycle to the end of the next.
   static constexpr std::chrono::nanoseconds kCyclePeriod = std::chrono::hours(6);
-  static constexpr std::uint32_t kErrorCapPerCycle = 10;
 
   /// The upper half of the key of an error's count; the lower half is the enumerator.
   enum ErrorFamily : std::uint32_t { kHalErrorFamily = 1, kRuntimeErrorFamily = 2 };

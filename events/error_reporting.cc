@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "atoms/sensor_event_atoms.h"
+#include "engine/counting_rules.h"
 #include "engine/log_lines.h"
 #include "engine/log_tag.h"
 #include "engine/sensor_vela.h"
@@ -41,13 +42,14 @@ bool SensorVela::CountError(ErrorFamily family, std::int32_t enumerator) {
   const std::uint64_t key = std::uint64_t{family} << 32 | static_cast<std::uint32_t>(enumerator);
   const MutexLock lock(error_counts_mutex_);
   const std::uint32_t count = ++error_counts_[key];
-  if (count <= kErrorCapPerCycle) return true;
+  if (count <= sensorvela::kErrorCapPerCycle) return true;
   if (family == kHalErrorFamily) {
     __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag, sensorvela::kHalErrorBlockedLine,
-                        enumerator, count, kErrorCapPerCycle);
+                        enumerator, count, sensorvela::kErrorCapPerCycle);
   } else {
     __android_log_print(ANDROID_LOG_ERROR, sensorvela::kLogTag,
-                        sensorvela::kRuntimeErrorBlockedLine, enumerator, count, kErrorCapPerCycle);
+                        sensorvela::kRuntimeErrorBlockedLine, enumerator, count,
+                        sensorvela::kErrorCapPerCycle);
   }
   return false;
 }

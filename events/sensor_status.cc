@@ -2,13 +2,11 @@
 // and how many of them late.
 #include <utils/SystemClock.h>
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
-#include <limits>
 
 #include "atoms/moved_records.h"
 #include "atoms/sensor_event_atoms.h"
+#include "engine/counting_rules.h"
 #include "engine/sensor_vela.h"
 #include "engine/wrapping_arithmetic.h"
 
@@ -22,34 +20,11 @@ namespace {
 constexpr std::int32_t kSensorStateDisabled = 1;
 constexpr std::int32_t kSensorStateEnabled = 2;
 
-/// The largest latency of each band but the last, which has no limit.
-constexpr std::array<std::int64_t, 4> kLatencyBandLimitsNs = {2'500'000, 5'000'000, 10'000'000,
-                                                              20'000'000};
-
-/// A sample is late when more than this many sampling periods lie between it and the one before.
-constexpr float kGapToleranceFactor = 1.1F;
-
 /// Counters wrap: a count is exact up to 2^32 - 1 samples.
 void Increment(std::uint32_t& counter) { counter = WrappingAdd(counter, std::uint32_t{1}); }
 
 std::uint64_t StatusKey(SensorVela::SensorId sensor) {
   return std::uint64_t{sensor.high} << 32 | static_cast<std::uint32_t>(sensor.low);
-}
-
-std::size_t LatencyBand(std::int64_t latency_ns) {
-  std::size_t band = kLatencyBandLimitsNs.size();
-  while (band > 0 && latency_ns <= kLatencyBandLimitsNs[band - 1]) --band;
-  return band;
-}
-
-/// Computes in single precision throughout. A product outside the integer's range saturates, as the
-/// device's own conversion does.
-std::int64_t GapThresholdNs(std::int64_t sampling_period_ns) {
-  const float threshold_ns = static_cast<float>(sampling_period_ns) * kGapToleranceFactor;
-  constexpr float kTwoTo63 = 9223372036854775808.0F;
-  if (threshold_ns >= kTwoTo63) return std::numeric_limits<std::int64_t>::max();
-  if (threshold_ns < -kTwoTo63) return std::numeric_limits<std::int64_t>::min();
-  return static_cast<std::int64_t>(threshold_ns);
 }
 
 }  // namespace
@@ -71,7 +46,7 @@ void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_peri
   status = {};
   status.enable_time_ns = now_ns;
   status.last_sample_time_ns = now_ns;
-  status.gap_threshold_ns = GapThresholdNs(sampling_period_ns);
+  status.gap_threshold_ns = sensorvela::GapThresholdNs(sampling_period_ns);
 }
 
 void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
@@ -93,12 +68,11 @@ void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
   PerSensorStatus& status = StatusOf(sensor);
   const std::int64_t now_ns = android::elapsedRealtimeNano();
   const std::int64_t latency_ns = WrappingSubtract<std::int64_t>(now_ns, timestamp_ns);
-  Increment(status.latency_buckets[LatencyBand(latency_ns)]);
+  Increment(status.latency_buckets[sensorvela::LatencyBand(latency_ns)]);
 
   const bool is_first = status.sample_count == 0;
   Increment(status.sample_count);
-  if (WrappingSubtract<std::int64_t>(timestamp_ns, status.last_sample_time_ns) >
-      status.gap_threshold_ns) {
+  if (sensorvela::IsLate(timestamp_ns, status.last_sample_time_ns, status.gap_threshold_ns)) {
     Increment(status.late_sample_count);
   }
   if (is_first) {

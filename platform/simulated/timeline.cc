@@ -52,6 +52,7 @@ void Timeline::End() {
   const MutexLock lock(mutex_);
   Require(engines_.empty(), "destroy it after the last engine");
   is_virtual_ = false;
+  notification_observer_ = nullptr;
 }
 
 void Timeline::AddEngine(platform::CondVar* engine) {
@@ -83,6 +84,7 @@ void Timeline::Sleep(platform::CondVar* engine, platform::Mutex& engine_mutex,
 }
 
 void Timeline::Notify(platform::CondVar* engine) {
+  if (notification_observer_) notification_observer_();
   const MutexLock lock(mutex_);
   ++notifications_;
   Wake(engines_.at(engine));

@@ -7,7 +7,9 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <utility>
 
 #include "platform/sync.h"
 
@@ -63,6 +65,9 @@ class Timeline {
   void WaitUntilSettled() SENSORVELA_EXCLUDES(mutex_);
   std::uint64_t notifications() const { return notifications_.load(std::memory_order_acquire); }
   void WaitForNotifications(std::uint64_t count) SENSORVELA_EXCLUDES(mutex_);
+  void ObserveNotifications(std::function<void()> observer) {
+    notification_observer_ = std::move(observer);
+  }
 
  private:
   struct Engine {
@@ -83,6 +88,9 @@ class Timeline {
   std::atomic<std::int64_t> elapsed_ns_ = 0;
   std::atomic<std::int64_t> monotonic_ns_ = 0;
   std::atomic<std::uint64_t> notifications_ = 0;
+
+  /// Called without the mutex. Set while there is no engine.
+  std::function<void()> notification_observer_;
 
   platform::Mutex mutex_;
   std::condition_variable_any changed_;

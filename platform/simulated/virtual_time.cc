@@ -1,6 +1,8 @@
 #include "platform/simulated/virtual_time.h"
 
 #include <cstdint>
+#include <functional>
+#include <utility>
 
 #include "platform/simulated/timeline.h"
 
@@ -31,6 +33,10 @@ std::uint64_t VirtualTime::Notifications() const { return Timeline::Get().notifi
 
 void VirtualTime::WaitForNotifications(std::uint64_t count) {
   Timeline::Get().WaitForNotifications(count);
+}
+
+void VirtualTime::ObserveNotifications(std::function<void()> observer) {
+  Timeline::Get().ObserveNotifications(std::move(observer));
 }
 
 }  // namespace sensorvela::simulated

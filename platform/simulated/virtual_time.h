@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 
 namespace sensorvela::simulated {
 
@@ -68,6 +69,11 @@ class VirtualTime {
 
   /// Returns once `Notifications()` has reached `count`.
   void WaitForNotifications(std::uint64_t count);
+
+  /// Calls `observer` at each notification, on the thread that notifies and with the engine's queue
+  /// locked, before the reporter thread wakes up. It must not call the engine. To be called before
+  /// the first engine is constructed.
+  void ObserveNotifications(std::function<void()> observer);
 };
 
 }  // namespace sensorvela::simulated

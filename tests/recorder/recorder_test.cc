@@ -68,9 +68,8 @@ using testkit::World;
 /// Keeps the atoms that a replay reports.
 class Atoms : public replay::RunObserver {
  public:
-  void OnAtomReported(Instant /*at*/, const SensorVela::VendorAtom& atom, replay::Answer /*answer*/,
-                      const replay::Cause& /*cause*/) override {
-    texts.push_back(testkit::AtomText(atom));
+  void OnAtom(Instant /*at*/, const replay::AtomFact& fact) override {
+    if (fact.atom != nullptr) texts.push_back(testkit::AtomText(*fact.atom));
   }
   Texts texts;
 };

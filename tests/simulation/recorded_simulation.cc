@@ -25,9 +25,8 @@ using Texts = std::vector<std::string>;
 /// Keeps what a replay shows, in the form of `World::TakeHistory`.
 class History : public replay::RunObserver {
  public:
-  void OnAtomReported(Instant /*at*/, const SensorVela::VendorAtom& atom, replay::Answer /*answer*/,
-                      const replay::Cause& /*cause*/) override {
-    texts.push_back(testkit::AtomText(atom));
+  void OnAtom(Instant /*at*/, const replay::AtomFact& fact) override {
+    if (fact.atom != nullptr) texts.push_back(testkit::AtomText(*fact.atom));
   }
   void OnLogLine(Instant /*at*/, int priority, std::string_view /*tag*/,
                  std::string_view text) override {

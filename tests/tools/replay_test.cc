@@ -85,15 +85,19 @@ std::string Gzipped(std::string text) {
 // Two members, and a line longer than any buffer.
 TEST(TraceTest, InflatesGzipData) {
   const std::string start = "{\"at_ns\":5,\"event\":\"engine_start\"}\n{\"at_ns\":6,";
-  const std::string note = R"("event":"note","text":")" + std::string(900'000, 'x') + "\"}\n";
+  const std::string text(900'000, 'x');
+  const std::string note = R"("event":"note","text":")" + text + "\"}\n";
   const std::string whole = Gzipped(start) + Gzipped(note);
   const Trace trace("t", Input(whole));
   const EventSource next = trace.Events();
   Event event;
   ASSERT_TRUE(next(event) && next(event));
-  EXPECT_EQ(event.line_number, 2u);
-  EXPECT_EQ(event.line_text + '\n', start.substr(start.find('\n') + 1) + note);
+  EXPECT_EQ(event.info->line, 2u);
+  EXPECT_EQ(event.info->fields, Json({{"text", text}}));
   EXPECT_FALSE(next(event));
+
+  EXPECT_EQ(Complaint(Gzipped(start) + Gzipped(std::string(20'000'000, ' ')) + Gzipped(note)),
+            "t:2: a line of more than 16777216 bytes: expected one event a line");
 
   const std::string cut = "the gzip data ends too early: expected all of a gzip file";
   const std::string damaged = "the gzip data is damaged: expected an undamaged gzip file";
@@ -128,9 +132,9 @@ class ReplayTest : public ::testing::TestWithParam<std::string> {};
 
 /// What an event queues is what the service receives.
 struct CausesAreRight : RunObserver {
-  void OnAtomReported(Instant /*at*/, const SensorVela::VendorAtom& atom, Answer /*answer*/,
-                      const Cause& cause) override {
-    EXPECT_EQ(cause.atom_id, cause.line.number == 0 ? 0 : atom.atomId) << cause.line.text;
+  void OnAtom(Instant /*at*/, const AtomFact& fact) override {
+    if (fact.atom == nullptr || fact.cause.event == nullptr) return;
+    EXPECT_EQ(fact.cause.atom_id(), fact.atom->atomId) << "line " << fact.cause.line();
   }
 };
 
@@ -254,11 +258,11 @@ TEST(SelectionTest, HasLostAtomsOfItsKindsAndSensorsAndThoseOfNoKnownKind) {
   names.Set({16, 1}, "accelerometer");
   Selection only;
   EXPECT_TRUE(only.Add("SensorHalErrorDetected", names));
-  EXPECT_TRUE(only.HasLost(100024, std::nullopt));
-  EXPECT_FALSE(only.HasLost(100025, std::nullopt));
-  EXPECT_TRUE(only.HasLost(0, std::nullopt));
+  EXPECT_TRUE(only.Has(100024, std::nullopt));
+  EXPECT_FALSE(only.Has(100025, std::nullopt));
+  EXPECT_TRUE(only.Has(std::nullopt, std::nullopt));
   EXPECT_TRUE(only.Add("accelerometer (16/1)", names));
-  EXPECT_TRUE(only.HasLost(100025, {{16, 1}}));
+  EXPECT_TRUE(only.Has(100025, {{16, 1}}));
 }
 
 /// The text that each step of a long run writes to the terminal.
@@ -274,12 +278,12 @@ std::vector<std::string> ShownOfALongRun(bool shares_terminal) {
     terminal.str("");
   };
   const auto read = [&] { progress.Read(9, 20); };
-  const auto run = [&] { progress.OnSample(std::chrono::minutes(90), {1, 1}, 0); };
+  const auto run = [&] { progress.OnSample(std::chrono::minutes(90), {1, 1}, {0, false}); };
   after(std::chrono::milliseconds(999), 2000, read);
   after(std::chrono::milliseconds(1), 2000, read);
   after({}, 1, [&] { progress.DoneReading(std::chrono::hours(6)); });
   after(std::chrono::seconds(1), 2000, run);
-  after({}, 1, [&] { progress.OnAtomReported({}, {}, Answer::kOk, {}); });
+  after({}, 1, [&] { progress.OnAtom({}, {Outcome::kDropped, {}, nullptr, {}, "", {}}); });
   after({}, 1, [&] { progress.OnRunEnd({}, {}); });
   return shown;
 }

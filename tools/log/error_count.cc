@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "tools/log/library_line.h"
+#include "engine/counting_rules.h"
 
 namespace sensorvela::devicelog {
 namespace {

@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include "engine/counting_rules.h"
 #include "engine/log_lines.h"
 
 namespace sensorvela::devicelog {

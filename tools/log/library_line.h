@@ -27,9 +27,6 @@ struct LibraryLine {
   std::array<std::int64_t, 3> numbers;
 };
 
-/// How many errors of a kind an engine reports in a cycle.
-inline constexpr std::uint32_t kErrorCapPerCycle = 10;
-
 /// The library's line with this priority and text, if it has such a line.
 std::optional<LibraryLine> FindLibraryLine(char priority, std::string_view text);
 

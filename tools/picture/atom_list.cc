@@ -7,8 +7,6 @@
 #include <string_view>
 #include <utility>
 
-#include <sensorvela/testkit/atom_catalogue.h>
-
 #include "tools/picture/short_text.h"
 #include "tools/report/value_text.h"
 
@@ -16,18 +14,12 @@ namespace sensorvela::replay {
 namespace {
 
 /// The event's sensor and its other fields.
-std::string EventText(TraceLine line, const SensorNames& names) {
-  if (line.number == 0) return "";
-  const Json event = Json::parse(line.text);
+std::string EventText(const Cause& cause, const SensorNames& names) {
+  if (!cause.event) return "";
   std::string text;
-  if (event.contains("sensor_high")) {
-    text = names.Label({event.at("sensor_high").get<std::uint32_t>(),
-                        event.at("sensor_low").get<std::int32_t>()}) +
-           ' ';
-  }
-  for (const auto& [name, value] : event.items()) {
-    if (name == "at_ns" || name == "event" || name.starts_with("sensor_")) continue;
-    text += name + '=' + Dump(value, true) + ' ';
+  if (cause.sensor()) text = names.Label(*cause.sensor()) + ' ';
+  for (const auto& [name, value] : cause.event->fields.items()) {
+    if (!name.starts_with("sensor_")) text += name + '=' + Dump(value, true) + ' ';
   }
   return text.substr(0, text.find_last_not_of(' ') + 1);
 }
@@ -40,13 +32,16 @@ void AtomList::Entry::Absorb(const Entry& next) {
   values.clear();
 }
 
-void AtomList::AddReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
-                           const Cause& cause) {
-  ThinnedList<Entry>& list = lists_.at(answer == Answer::kOk ? kDelivered : kFailed);
-  Entry entry = {{at, at}, testkit::AtomName(atom), "", {cause.at, cause.what, cause.line.number}};
+void AtomList::Add(Instant at, const AtomFact& atom) {
+  if (atom.atom == nullptr) {
+    AddLost(kDropped, at, atom.name, atom.cause);
+    return;
+  }
+  ThinnedList<Entry>& list = lists_.at(atom.outcome == Outcome::kDelivered ? kDelivered : kFailed);
+  Entry entry = {{at, at}, atom.name, "", {atom.cause.at, atom.cause.what(), atom.cause.line()}};
   if (list.Merge(entry)) return;
-  entry.values = FoldedValues(atom, names_);
-  if (answer == Answer::kNoStatus) entry.values += " (the report ended without a status)";
+  entry.values = FoldedValues(*atom.atom, names_);
+  if (atom.outcome == Outcome::kNoStatus) entry.values += " (the report ended without a status)";
   entry.values = ShortText(entry.values);
   const Entry* const last = list.last();
   if (last != nullptr && last->from == at && last->name == entry.name &&
@@ -57,18 +52,14 @@ void AtomList::AddReported(Instant at, const SensorVela::VendorAtom& atom, Answe
   }
 }
 
-void AtomList::AddLost(Outcome outcome, Instant at, const Cause& cause) {
-  ThinnedList<Entry>& list = lists_.at(outcome);
-  const bool is_named = outcome == kDropped && cause.atom_id != 0;
-  Entry entry = {{at, at},
-                 is_named ? AtomName(cause.atom_id) : "",
-                 "",
-                 {cause.at, cause.what, cause.line.number}};
+void AtomList::AddLost(List which, Instant at, std::string name, const Cause& cause) {
+  ThinnedList<Entry>& list = lists_.at(which);
+  Entry entry = {{at, at}, std::move(name), "", {cause.at, cause.what(), cause.line()}};
   // One event can be blocked a million times.
   if (list.last() != nullptr && list.last()->from == at && list.last()->origin == entry.origin) {
     list.RepeatLast();
   } else if (!list.Merge(entry)) {
-    entry.values = ShortText(EventText(cause.line, names_));
+    entry.values = ShortText(EventText(cause, names_));
     list.Add(std::move(entry));
   }
 }

@@ -8,10 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include <sensorvela/engine/sensor_vela.h>
-
+#include "tools/facts/run_observer.h"
 #include "tools/picture/thinned_list.h"
-#include "tools/run/run_observer.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/names.h"
 
@@ -26,10 +24,8 @@ class AtomList {
   /// `names` must outlive the list.
   explicit AtomList(const SensorNames& names) : names_(names) {}
 
-  void AddReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
-                   const Cause& cause);
-  void AddDropped(Instant at, const Cause& cause) { AddLost(kDropped, at, cause); }
-  void AddBlocked(Instant at, const Cause& cause) { AddLost(kBlocked, at, cause); }
+  void Add(Instant at, const AtomFact& atom);
+  void AddBlocked(Instant at, const Cause& cause) { AddLost(kBlocked, at, "", cause); }
 
   /// An object with the lists "delivered", "failed", "dropped" and "blocked", and the "texts" to
   /// which their entries refer by index. Instants are counted from `begin`. An entry has its
@@ -39,9 +35,9 @@ class AtomList {
   Json ToJson(Instant begin) const;
 
  private:
-  enum Outcome : std::uint8_t { kDelivered, kFailed, kDropped, kBlocked };
+  enum List : std::uint8_t { kDelivered, kFailed, kDropped, kBlocked };
 
-  /// Why an atom was queued, without the text of the event's line.
+  /// Why an atom was queued.
   struct Origin {
     Instant at = {};
     std::string_view what;
@@ -60,7 +56,7 @@ class AtomList {
     void Absorb(const Entry& next);
   };
 
-  void AddLost(Outcome outcome, Instant at, const Cause& cause);
+  void AddLost(List list, Instant at, std::string name, const Cause& cause);
 
   static constexpr std::size_t kMaxDelivered = 6000;
   static constexpr std::size_t kMaxLost = 2000;

@@ -20,6 +20,7 @@
 #include "tools/report/latency_bars.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/printable_text.h"
+#include "trace_format/sensor_order.h"
 
 namespace sensorvela::replay {
 namespace {
@@ -58,10 +59,6 @@ std::string_view StepName(ReporterStep step) {
       return "drops";
     case ReporterStep::kUploads:
       return "uploads diagnostics";
-    case ReporterStep::kWaits:
-      return "waits";
-    case ReporterStep::kStarts:
-      return "starts";
   }
   return "?";
 }
@@ -75,49 +72,40 @@ class PictureObserver : public RunObserver {
         title_(title),
         begin_(begin),
         bins_(BinsFor(begin, end)),
-        atoms_(names),
-        unavailable_since_(begin) {}
+        atoms_(names) {}
 
-  void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
-                      const Cause& cause) override {
-    atoms_.AddReported(at, atom, answer, cause);
-  }
-
-  void OnAtomDropped(Instant at, const Cause& cause) override { atoms_.AddDropped(at, cause); }
+  void OnAtom(Instant at, const AtomFact& atom) override { atoms_.Add(at, atom); }
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view /*text*/) override {
     atoms_.AddBlocked(at, cause);
   }
 
-  void OnReporterStep(Instant at, ReporterStep step, std::size_t batch) override {
-    if (step == ReporterStep::kWaits) {
-      ChangeState(at, State::kWaiting, batch);
-      return;
-    }
-    ChangeState(at, State::kAsleep, 0);
+  void OnReporterStep(Instant at, ReporterStep step, std::size_t atoms) override {
     if (step == ReporterStep::kUploads) cycle_ends_.Add({at, at});
-    if (step != ReporterStep::kStarts) steps_.Add({{at, at}, step, batch});
+    steps_.Add({{at, at}, step, atoms});
   }
 
-  void OnSensorEnabled(Instant at, SensorVela::SensorId sensor, std::int64_t period_ns) override {
-    if (SensorLane* const lane = LaneOf(sensor)) lane->Enable(at, period_ns);
+  void OnReporterStay(Instant from, Instant to, ReporterState state, std::size_t atoms) override {
+    if (to > from) stays_.Add({{from, to}, state, atoms});
   }
 
-  void OnSensorDisabled(Instant at, SensorVela::SensorId sensor) override {
-    if (SensorLane* const lane = LaneOf(sensor)) lane->Disable(at);
+  void OnSensorEnabled(Instant /*at*/, SensorVela::SensorId sensor) override { LaneOf(sensor); }
+
+  void OnSensorDisabled(Instant at, SensorVela::SensorId sensor,
+                        std::uint64_t samples_since_enable) override {
+    if (SensorLane* const lane = LaneOf(sensor)) lane->Disable(at, samples_since_enable);
   }
 
-  void OnSample(Instant at, SensorVela::SensorId sensor, std::int64_t timestamp_ns) override {
-    if (SensorLane* const lane = LaneOf(sensor)) lane->Sample(at, timestamp_ns);
+  void OnSensorSpan(SensorVela::SensorId sensor, const SensorSpan& span) override {
+    if (SensorLane* const lane = LaneOf(sensor)) lane->AddSpan(span);
   }
 
-  void OnServiceChanged(Instant at, bool is_available) override {
-    if (is_available) {
-      EndAbsence(at);
-    } else {
-      unavailable_since_ = at;
-      is_available_ = false;
-    }
+  void OnSample(Instant at, SensorVela::SensorId sensor, const SampleFact& sample) override {
+    if (SensorLane* const lane = LaneOf(sensor)) lane->Sample(at, sample);
+  }
+
+  void OnServiceAway(Instant from, Instant to, AbsenceReason /*reason*/) override {
+    absences_.Add({from, to});
   }
 
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
@@ -129,18 +117,17 @@ class PictureObserver : public RunObserver {
   }
 
   void OnRunEnd(Instant at, const Summary& summary) override {
-    if (!is_available_) EndAbsence(at);
-    ChangeState(at, State::kNotStarted, 0);
-    for (auto& [id, lane] : lanes_) lane.Finish(at, lanes_.size());
+    for (const SensorSummary& sensor : summary.sensors) {
+      if (sensor.last_span) OnSensorSpan(sensor.sensor, *sensor.last_span);
+    }
+    for (auto& [id, lane] : lanes_) lane.Finish(lanes_.size());
     out_ << kPageBeforeData << WithoutMarkup(Dump(ToJson(at, summary), false)) << kPageAfterData;
   }
 
  private:
-  enum class State : std::uint8_t { kNotStarted, kWaiting, kAsleep };
-
   /// A state in which the reporter thread was. It holds the atoms while it waits.
   struct Stay : Occurrence {
-    State state = State::kNotStarted;
+    ReporterState state = {};
     std::size_t atoms = 0;
 
     bool IsLike(const Stay& other) const { return state == other.state; }
@@ -161,23 +148,10 @@ class PictureObserver : public RunObserver {
 
   /// Null if there are too many sensors.
   SensorLane* LaneOf(SensorVela::SensorId sensor) {
-    const std::pair id = {sensor.high, sensor.low};
-    const auto found = lanes_.find(id);
+    const auto found = lanes_.find(sensor);
     if (found != lanes_.end()) return &found->second;
     if (lanes_.size() == kMaxSensors) return nullptr;
-    return &lanes_.try_emplace(id, bins_).first->second;
-  }
-
-  void ChangeState(Instant at, State state, std::size_t atoms) {
-    if (state_.state == State::kAsleep && state == State::kAsleep) return;
-    state_.to = at;
-    if (state_.state != State::kNotStarted && at > state_.from) stays_.Add(state_);
-    state_ = {{at, at}, state, atoms};
-  }
-
-  void EndAbsence(Instant at) {
-    if (at > unavailable_since_) absences_.Add({unavailable_since_, at});
-    is_available_ = true;
+    return &lanes_.try_emplace(sensor, bins_).first->second;
   }
 
   Json ToJson(Instant end, const Summary& summary) const {
@@ -195,7 +169,7 @@ class PictureObserver : public RunObserver {
     };
     const auto cycle_end = [&](const Occurrence& i) { return offset(i.from); };
     const auto stay = [&](const Stay& s) {
-      const char* const state = s.state == State::kWaiting ? "waiting" : "asleep";
+      const char* const state = s.state == ReporterState::kWaiting ? "waiting" : "asleep";
       return band(s, {offset(s.from), offset(s.to), state, s.atoms});
     };
     const auto step = [&](const Step& s) {
@@ -221,14 +195,14 @@ class PictureObserver : public RunObserver {
   Json SensorsToJson(const Summary& summary) const {
     Json sensors = Json::array();
     for (const SensorSummary& sensor : summary.sensors) {
-      const auto lane = lanes_.find({sensor.sensor.high, sensor.sensor.low});
+      const auto lane = lanes_.find(sensor.sensor);
       if (lane == lanes_.end()) continue;
       Json shares = Json::array();
       for (std::size_t i = 0; i < sensor.reported.bands.size(); ++i) {
         shares.push_back(Share(sensor.reported.bands, i));
       }
       Json json = {{"label", ShortText(names_.Label(sensor.sensor))},
-                   {"samples", sensor.delivered},
+                   {"samples", sensor.arrived.samples},
                    {"not_reported", sensor.NotReported()},
                    {"late", sensor.reported.late},
                    {"bands", sensor.reported.bands},
@@ -256,18 +230,15 @@ class PictureObserver : public RunObserver {
 
   AtomList atoms_;
 
-  Stay state_;
   ThinnedList<Stay> stays_{kMaxItems};
   ThinnedList<Step> steps_{kMaxItems};
   ThinnedList<Occurrence> cycle_ends_{kMaxItems};
 
-  bool is_available_ = false;
-  Instant unavailable_since_;
   ThinnedList<Occurrence> absences_{kMaxItems};
   ThinnedList<Occurrence> suspended_{kMaxItems};
   ThinnedList<Note> notes_{kMaxItems};
 
-  std::map<std::pair<std::uint32_t, std::int32_t>, SensorLane> lanes_;
+  std::map<SensorVela::SensorId, SensorLane, SensorOrder> lanes_;
 };
 
 }  // namespace

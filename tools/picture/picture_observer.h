@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/run/run_observer.h"
+#include "tools/facts/run_observer.h"
 #include "tools/text/names.h"
 
 namespace sensorvela::replay {

@@ -4,72 +4,34 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <utility>
 
-#include "engine/wrapping_arithmetic.h"
-
 namespace sensorvela::replay {
-namespace {
-
-constexpr std::array<std::int64_t, 4> kBandLimitsNs = {2'500'000, 5'000'000, 10'000'000,
-                                                       20'000'000};
-
-/// The longest time between two samples that are not late.
-std::int64_t GapThresholdNs(std::int64_t period_ns) {
-  const float threshold_ns = static_cast<float>(period_ns) * 1.1F;
-  constexpr float kTwoTo63 = 9223372036854775808.0F;
-  if (threshold_ns >= kTwoTo63) return std::numeric_limits<std::int64_t>::max();
-  if (threshold_ns < -kTwoTo63) return std::numeric_limits<std::int64_t>::min();
-  return static_cast<std::int64_t>(threshold_ns);
+void SensorLane::AddSpan(const SensorSpan& span) {
+  if (span.enabled_at) {
+    spans_.Add({{*span.enabled_at, span.end}, span.period_ns, span.samples});
+  }
+  if (const auto& first = span.first_sample) {
+    firsts_.Add({{first->at, first->at}, first->since_enable ? first->since_enable->count() : -1});
+  }
 }
 
-std::size_t BandOf(std::int64_t latency_ns) {
-  return static_cast<std::size_t>(std::ranges::lower_bound(kBandLimitsNs, latency_ns) -
-                                  kBandLimitsNs.begin());
+void SensorLane::Disable(Instant at, std::uint64_t samples_since_enable) {
+  disables_.Add({{at, at}, samples_since_enable});
 }
 
-}  // namespace
-
-void SensorLane::Enable(Instant at, std::int64_t period_ns) {
-  EndSpan(at);
-  enabled_ = {{at, at}, period_ns, 0};
-  samples_ = 0;
-  enabled_at_ = at;
-  last_timestamp_ns_ = at.count();
-  gap_threshold_ns_ = GapThresholdNs(period_ns);
-}
-
-void SensorLane::Disable(Instant at) {
-  EndSpan(at);
-  disables_.Add({{at, at}, samples_});
-}
-
-void SensorLane::Sample(Instant at, std::int64_t timestamp_ns) {
+void SensorLane::Sample(Instant at, const SampleFact& sample) {
   if (bins_.empty()) bins_.resize(time_bins_.count);
   Bin& bin = bins_[time_bins_.IndexOf(at)];
-  ++bin.bands[BandOf(WrappingSubtract<std::int64_t>(at.count(), timestamp_ns))];
-  if (WrappingSubtract<std::int64_t>(timestamp_ns, last_timestamp_ns_) > gap_threshold_ns_) {
-    ++bin.late;
-  }
-  last_timestamp_ns_ = timestamp_ns;
-  if (samples_++ == 0) firsts_.Add({{at, at}, enabled_at_ ? (at - *enabled_at_).count() : -1});
+  ++bin.bands.at(sample.band);
+  if (sample.is_late) ++bin.late;
 }
 
-void SensorLane::Finish(Instant at, std::size_t lanes) {
-  EndSpan(at);
+void SensorLane::Finish(std::size_t lanes) {
   const std::size_t limit = kMaxSpansOfAllLanes / lanes;
   spans_.ThinTo(limit);
   firsts_.ThinTo(limit);
   disables_.ThinTo(limit);
-}
-
-void SensorLane::EndSpan(Instant at) {
-  if (!enabled_) return;
-  enabled_->to = at;
-  enabled_->samples = samples_;
-  spans_.Add(*enabled_);
-  enabled_.reset();
 }
 
 Json SensorLane::ToJson(Instant begin) const {

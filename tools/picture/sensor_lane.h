@@ -9,27 +9,27 @@
 #include <optional>
 #include <vector>
 
+#include "tools/facts/sensor_facts.h"
 #include "tools/picture/thinned_list.h"
 #include "tools/picture/time_bins.h"
 #include "tools/text/atom_json.h"
 
 namespace sensorvela::replay {
 
-/// Counts the sensor's samples in each bin, by latency and by lateness as the engine does. Keeps
-/// the spans in which the sensor was enabled, its first samples and its disables. The calls must be
-/// in the order of time.
+/// Counts the sensor's samples in each bin. Keeps the spans in which the sensor was enabled, its
+/// first samples and its disables. The calls must be in the order of time.
 class SensorLane {
  public:
   using Instant = TimeBins::Instant;
 
   explicit SensorLane(const TimeBins& bins) : time_bins_(bins) {}
 
-  void Enable(Instant at, std::int64_t period_ns);
-  void Disable(Instant at);
-  void Sample(Instant at, std::int64_t timestamp_ns);
+  void AddSpan(const SensorSpan& span);
+  void Disable(Instant at, std::uint64_t samples_since_enable);
+  void Sample(Instant at, const SampleFact& sample);
 
   /// The run ends. Must be the last call. `lanes` share the place in the file.
-  void Finish(Instant at, std::size_t lanes);
+  void Finish(std::size_t lanes);
 
   /// Instants are counted from `begin`. A span has its ends, its period, its samples and, if it is
   /// several, their number; several marks have their number and the last one's instant. "bins" has
@@ -40,7 +40,7 @@ class SensorLane {
  private:
   struct Bin {
     std::uint64_t late = 0;
-    std::array<std::uint64_t, 5> bands = {};
+    std::array<std::uint64_t, kLatencyBands> bands = {};
 
     bool operator==(const Bin&) const = default;
   };
@@ -70,7 +70,6 @@ class SensorLane {
     void Absorb(const End& next) { samples += next.samples; }
   };
 
-  void EndSpan(Instant at);
   Json BinRuns() const;
 
   static constexpr std::size_t kMaxSpans = 2000;
@@ -79,17 +78,9 @@ class SensorLane {
   TimeBins time_bins_;
   /// Empty before the first sample.
   std::vector<Bin> bins_;
-  /// None while the sensor is disabled.
-  std::optional<Span> enabled_;
   ThinnedList<Span> spans_{kMaxSpans};
   ThinnedList<First> firsts_{kMaxSpans};
   ThinnedList<End> disables_{kMaxSpans};
-
-  // Since the last enable, as in the engine.
-  std::uint64_t samples_ = 0;
-  std::optional<Instant> enabled_at_;
-  std::int64_t last_timestamp_ns_ = 0;
-  std::int64_t gap_threshold_ns_ = 0;
 };
 
 }  // namespace sensorvela::replay

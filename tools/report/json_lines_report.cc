@@ -6,16 +6,11 @@
 #include <string>
 #include <string_view>
 
-#include <sensorvela/testkit/atom_catalogue.h>
-
-#include "tools/report/selection.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/names.h"
 
 namespace sensorvela::replay {
 namespace {
-
-using aidl::android::frameworks::stats::VendorAtom;
 
 class JsonLinesReport : public RunObserver {
  public:
@@ -23,35 +18,28 @@ class JsonLinesReport : public RunObserver {
     Line({{"kind", "replay"}, {"version", 1}});
   }
 
-  void OnAtomReported(Instant at, const VendorAtom& atom, Answer answer,
-                      const Cause& cause) override {
-    Json object = {{"kind", "atom"},
-                   {"at_ns", at.count()},
-                   {"answer", AnswerName(answer)},
-                   {"atom_id", atom.atomId},
-                   {"name", testkit::AtomName(atom)}};
-    if (!atom.reverseDomainName.empty()) object["domain"] = atom.reverseDomainName;
-    if (const auto sensor = SensorOf(atom)) AddName(*sensor, object);
-    if (answer != Answer::kOk) AddCause(cause, object);
-    object["values"] = NamedValues(atom);
-    Line(object);
-  }
-
-  void OnAtomDropped(Instant at, const Cause& cause) override {
-    Json object = {{"kind", "dropped"}, {"at_ns", at.count()}};
-    if (cause.atom_id != 0) {
-      object["atom_id"] = cause.atom_id;
-      object["name"] = AtomName(cause.atom_id);
+  void OnAtom(Instant at, const AtomFact& atom) override {
+    const bool is_lost = atom.atom == nullptr;
+    Json object = {{"kind", is_lost ? "dropped" : "atom"}, {"at_ns", at.count()}};
+    if (!is_lost) object["answer"] = AnswerName(atom.outcome);
+    if (atom.id) object["atom_id"] = *atom.id;
+    if (!atom.name.empty()) object["name"] = atom.name;
+    if (is_lost) {
+      if (atom.sensor) AddSensor(*atom.sensor, object);
+      object.update(ToJson(atom.cause));
+    } else {
+      if (!atom.atom->reverseDomainName.empty()) object["domain"] = atom.atom->reverseDomainName;
+      if (atom.sensor) AddName(*atom.sensor, object);
+      if (atom.outcome != Outcome::kDelivered) object.update(ToJson(atom.cause));
+      object["values"] = NamedValues(*atom.atom);
     }
-    AddSensor(cause.line, object);
-    AddCause(cause, object);
     Line(object);
   }
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override {
-    Json object = {{"kind", "blocked"}, {"at_ns", at.count()}, {"event", cause.what}};
-    AddSensor(cause.line, object);
-    object["trace_line"] = cause.line.number;
+    Json object = {{"kind", "blocked"}, {"at_ns", at.count()}, {"event", cause.what()}};
+    if (cause.sensor()) AddSensor(*cause.sensor(), object);
+    object["trace_line"] = cause.line();
     object["log"] = text;
     Line(object);
   }
@@ -84,11 +72,9 @@ class JsonLinesReport : public RunObserver {
 
  private:
   void Sensor(const SensorSummary& summary) {
-    Json object = {{"kind", "sensor"},
-                   {"sensor_high", summary.sensor.high},
-                   {"sensor_low", summary.sensor.low}};
-    AddName(summary.sensor, object);
-    object["samples"] = summary.delivered;
+    Json object = {{"kind", "sensor"}};
+    AddSensor(summary.sensor, object);
+    object["samples"] = summary.arrived.samples;
     object["reported_samples"] = summary.reported.samples;
     object["not_reported_samples"] = summary.NotReported();
     object["late_samples"] = summary.reported.late;
@@ -96,19 +82,10 @@ class JsonLinesReport : public RunObserver {
     Line(object);
   }
 
-  static void AddCause(const Cause& cause, Json& object) {
-    object["queued_at_ns"] = cause.at.count();
-    object["queued_by"] = cause.what;
-    if (cause.line.number != 0) object["trace_line"] = cause.line.number;
-  }
-
-  /// Adds the sensor that the event names.
-  void AddSensor(TraceLine line, Json& object) {
-    const auto sensor = event_sensor_.Of(line);
-    if (!sensor) return;
-    object["sensor_high"] = sensor->high;
-    object["sensor_low"] = sensor->low;
-    AddName(*sensor, object);
+  void AddSensor(SensorVela::SensorId sensor, Json& object) const {
+    object["sensor_high"] = sensor.high;
+    object["sensor_low"] = sensor.low;
+    AddName(sensor, object);
   }
 
   void AddName(SensorVela::SensorId sensor, Json& object) const {
@@ -120,7 +97,6 @@ class JsonLinesReport : public RunObserver {
 
   std::ostream& out_;
   const SensorNames& names_;
-  EventSensor event_sensor_;
 };
 
 }  // namespace

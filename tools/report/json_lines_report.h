@@ -4,7 +4,7 @@
 #include <memory>
 #include <ostream>
 
-#include "tools/run/run_observer.h"
+#include "tools/facts/run_observer.h"
 #include "tools/text/names.h"
 
 namespace sensorvela::replay {

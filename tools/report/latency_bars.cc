@@ -30,7 +30,7 @@ std::string Bar(std::uint64_t count, std::uint64_t largest, std::size_t width) {
 
 }  // namespace
 
-std::string Share(const std::array<std::uint64_t, 5>& bands, std::size_t band) {
+std::string Share(const std::array<std::uint64_t, kLatencyBands>& bands, std::size_t band) {
   const std::uint64_t count = bands.at(band);
   if (count == 0) return "";
   const auto total = std::accumulate(bands.begin(), bands.end(), std::uint64_t{0});
@@ -42,7 +42,7 @@ std::string Share(const std::array<std::uint64_t, 5>& bands, std::size_t band) {
   return text.data();
 }
 
-std::string LatencyBars(const ReportedSamples& reported, std::size_t width) {
+std::string LatencyBars(const SampleCounts& reported, std::size_t width) {
   const std::uint64_t largest = std::ranges::max(reported.bands);
   if (largest == 0) return "";
   const std::size_t bar_width =

@@ -42,11 +42,6 @@ void Progress::DoneReading(Instant run_end) {
   run_end_ = run_end;
 }
 
-void Progress::OnAtomReported(Instant /*at*/, const SensorVela::VendorAtom& /*atom*/,
-                              Answer /*answer*/, const Cause& /*cause*/) {
-  MakeRoom();
-}
-
 void Progress::OnErrorBlocked(Instant at, const Cause& /*cause*/, std::string_view /*text*/) {
   Tick(at);
   MakeRoom();

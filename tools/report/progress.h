@@ -7,7 +7,7 @@
 #include <ostream>
 #include <string>
 
-#include "tools/run/run_observer.h"
+#include "tools/facts/run_observer.h"
 
 namespace sensorvela::replay {
 
@@ -33,18 +33,16 @@ class Progress : public RunObserver {
   /// The whole trace has been read, and its run ends at `run_end`.
   void DoneReading(Instant run_end);
 
-  void OnAtomQueued(const Cause& cause) override { Tick(cause.at); }
+  void OnQueueLength(Instant at, std::size_t /*atoms*/) override { Tick(at); }
   void OnSample(Instant at, SensorVela::SensorId /*sensor*/,
-                std::int64_t /*timestamp_ns*/) override {
+                const SampleFact& /*sample*/) override {
     Tick(at);
   }
-  void OnReporterStep(Instant at, ReporterStep /*step*/, std::size_t /*batch*/) override {
+  void OnReporterStep(Instant at, ReporterStep /*step*/, std::size_t /*atoms*/) override {
     Tick(at);
   }
 
-  void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
-                      const Cause& cause) override;
-  void OnAtomDropped(Instant /*at*/, const Cause& /*cause*/) override { MakeRoom(); }
+  void OnAtom(Instant /*at*/, const AtomFact& /*atom*/) override { MakeRoom(); }
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override;
   void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override;
   void OnSuspended(Instant /*at*/, std::chrono::nanoseconds /*duration*/) override { MakeRoom(); }

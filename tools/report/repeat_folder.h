@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/run/run_observer.h"
+#include "tools/facts/run_observer.h"
 
 namespace sensorvela::replay {
 

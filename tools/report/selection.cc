@@ -11,12 +11,8 @@
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
-#include "tools/text/atom_json.h"
-
 namespace sensorvela::replay {
 namespace {
-
-using aidl::android::frameworks::stats::VendorAtomValue;
 
 /// Sets `number` if it is all of the text.
 template <typename Int>
@@ -34,32 +30,9 @@ std::string WithoutName(const std::string& label) {
 
 }  // namespace
 
-std::optional<SensorVela::SensorId> EventSensor::Of(TraceLine line) {
-  if (line.number == line_) return sensor_;
-  line_ = line.number;
-  sensor_.reset();
-  if (line.number == 0) return sensor_;
-  const Json event = Json::parse(line.text);
-  if (event.contains("sensor_high")) {
-    sensor_ = {event.at("sensor_high").get<std::uint32_t>(),
-               event.at("sensor_low").get<std::int32_t>()};
-  }
-  return sensor_;
-}
-
-std::optional<SensorVela::SensorId> SensorOf(const SensorVela::VendorAtom& atom) {
-  using Tag = VendorAtomValue::Tag;
-  const VendorAtomValue* const high = testkit::FindValue(atom, "sensor_id_high");
-  const VendorAtomValue* const low = testkit::FindValue(atom, "sensor_id_low");
-  if (high == nullptr || low == nullptr) return std::nullopt;
-  if (high->getTag() != Tag::intValue || low->getTag() != Tag::intValue) return std::nullopt;
-  return SensorVela::SensorId{static_cast<std::uint32_t>(high->get<Tag::intValue>()),
-                              low->get<Tag::intValue>()};
-}
-
 bool Selection::Add(const std::string& what, const SensorNames& names) {
   const auto named = names.Named(what);
-  for (const SensorVela::SensorId sensor : named) sensors_.insert({sensor.high, sensor.low});
+  for (const SensorVela::SensorId sensor : named) sensors_.insert(sensor);
   if (!named.empty()) return true;
 
   const std::string halves = WithoutName(what);
@@ -71,7 +44,7 @@ bool Selection::Add(const std::string& what, const SensorNames& names) {
         (halves != what && what != names.Label(sensor))) {
       return false;
     }
-    sensors_.insert({sensor.high, sensor.low});
+    sensors_.insert(sensor);
     return true;
   }
   if (std::int32_t id = 0; Read(what, id)) {
@@ -85,17 +58,11 @@ bool Selection::Add(const std::string& what, const SensorNames& names) {
   return true;
 }
 
-bool Selection::Has(const SensorVela::VendorAtom& atom) const {
-  if (!is_limited() || atoms_.contains(atom.atomId)) return true;
-  const auto sensor = SensorOf(atom);
-  return sensor && HasSensor(*sensor);
-}
-
-bool Selection::HasLost(std::int32_t atom_id,
-                        const std::optional<SensorVela::SensorId>& sensor) const {
-  if (!is_limited() || atoms_.contains(atom_id)) return true;
-  if (atom_id == 0 && !atoms_.empty()) return true;
-  return sensor && HasSensor(*sensor);
+bool Selection::Has(std::optional<std::int32_t> atom_id,
+                    const std::optional<SensorVela::SensorId>& sensor) const {
+  if (!is_limited()) return true;
+  const bool has_atom = atom_id ? atoms_.contains(*atom_id) : !atoms_.empty();
+  return has_atom || (sensor && HasSensor(*sensor));
 }
 
 }  // namespace sensorvela::replay

@@ -30,7 +30,7 @@ std::array<std::size_t, 8> Widths(const std::vector<Cells>& rows) {
 }
 
 Cells CellsOf(const SensorSummary& sensor) {
-  Cells cells = {std::to_string(sensor.delivered), std::to_string(sensor.NotReported()),
+  Cells cells = {std::to_string(sensor.arrived.samples), std::to_string(sensor.NotReported()),
                  std::to_string(sensor.reported.late)};
   for (std::size_t i = 0; i < sensor.reported.bands.size(); ++i) {
     const std::string share = Share(sensor.reported.bands, i);

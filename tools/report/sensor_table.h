@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/run/sensor_tally.h"
+#include "tools/facts/run_observer.h"
 #include "tools/text/names.h"
 
 namespace sensorvela::replay {

@@ -50,14 +50,17 @@ std::string WithoutEnd(const std::string& text) {
   return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
-std::string Mark(Answer answer) {
-  switch (answer) {
-    case Answer::kOk:
+std::string Mark(Outcome outcome) {
+  switch (outcome) {
+    case Outcome::kDelivered:
       return "atom";
-    case Answer::kError:
+    case Outcome::kFailed:
       return "FAILED";
-    case Answer::kNoStatus:
+    case Outcome::kNoStatus:
       return "NO STATUS";
+    case Outcome::kDropped:
+    case Outcome::kLeft:
+      return "DROPPED";
   }
   return "?";
 }
@@ -76,20 +79,25 @@ class TextReport : public RunObserver {
   TextReport(std::ostream& out, const SensorNames& names, TextOptions options)
       : out_(out), names_(names), options_(std::move(options)) {}
 
-  void OnAtomReported(Instant at, const VendorAtom& atom, Answer answer,
-                      const Cause& cause) override {
-    if (options_.summary_only || !options_.only.Has(atom)) return;
-    std::string start = Marked(Mark(answer));
+  void OnAtom(Instant at, const AtomFact& fact) override {
+    if (options_.summary_only || !options_.only.Has(fact.id, fact.sensor)) return;
+    std::string start = Marked(Mark(fact.outcome));
+    if (fact.atom == nullptr) {
+      const std::string name = fact.name.empty() ? "an atom" : fact.name;
+      Lost(at, start + name + (fact.sensor ? "  " + names_.Label(*fact.sensor) : ""), fact.cause);
+      return;
+    }
+    const VendorAtom& atom = *fact.atom;
     if (options_.wide) {
       const bool is_known = testkit::FindAtom(atom.atomId) != nullptr;
       const std::string id = is_known ? " (" + std::to_string(atom.atomId) + ")" : "";
-      start += Padded(testkit::AtomName(atom) + id, kAtomWidth) + AllValues(atom, names_);
+      start += Padded(fact.name + id, kAtomWidth) + AllValues(atom, names_);
     } else {
-      start += testkit::AtomName(atom) + "  ";
+      start += fact.name + "  ";
     }
     const std::string text = WithoutEnd(start + (options_.wide ? "" : FoldedValues(atom, names_)));
-    if (answer != Answer::kOk) {
-      Lost(at, text, cause);
+    if (fact.outcome != Outcome::kDelivered) {
+      Lost(at, text, fact.cause);
     } else if (options_.wide || text.find('[') == std::string::npos) {
       Line({.at = at, .text = text});
     } else {
@@ -98,22 +106,15 @@ class TextReport : public RunObserver {
     }
   }
 
-  void OnAtomDropped(Instant at, const Cause& cause) override {
-    const auto sensor = event_sensor_.Of(cause.line);
-    if (options_.summary_only || !options_.only.HasLost(cause.atom_id, sensor)) return;
-    const std::string name = cause.atom_id == 0 ? "an atom" : AtomName(cause.atom_id);
-    Lost(at, Marked("DROPPED") + name + (sensor ? "  " + names_.Label(*sensor) : ""), cause);
-  }
-
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view /*text*/) override {
-    const auto sensor = event_sensor_.Of(cause.line);
-    if (options_.summary_only || !options_.only.HasLost(cause.atom_id, sensor)) return;
-    const std::string text = Marked("BLOCKED") + std::string(cause.what) +
+    const auto sensor = cause.sensor();
+    if (options_.summary_only || !options_.only.Has(cause.atom_id(), sensor)) return;
+    const std::string text = Marked("BLOCKED") + std::string(cause.what()) +
                              (sensor ? " of " + names_.Label(*sensor) : "") + ", past the cap";
     Line({.at = at,
           .text = text + LineNumber(cause),
           .look = Look::kWarning,
-          .trace_line = cause.line.number,
+          .trace_line = cause.line(),
           .key = text});
   }
 
@@ -159,17 +160,17 @@ class TextReport : public RunObserver {
 
   /// A line about an atom that is lost, with what had it queued.
   void Lost(Instant at, const std::string& text, const Cause& cause) {
-    const std::string by = text + (cause.line.number == 0 ? "  queued at the " : "  queued by ") +
-                           std::string(cause.what);
+    const std::string by =
+        text + (cause.event ? "  queued by " : "  queued at the ") + std::string(cause.what());
     Line({.at = at,
           .text = by + (cause.at == at ? "" : " at " + Time(cause.at)) + LineNumber(cause),
           .look = Look::kLoss,
-          .trace_line = cause.line.number,
+          .trace_line = cause.line(),
           .key = by});
   }
 
   static std::string LineNumber(const Cause& cause) {
-    return cause.line.number == 0 ? "" : ", line " + std::to_string(cause.line.number);
+    return cause.event ? ", line " + std::to_string(cause.event->line) : "";
   }
 
   void Line(const ReportLine& line) {
@@ -212,8 +213,8 @@ class TextReport : public RunObserver {
   }
 
   void Bars(const SensorSummary& summary) {
-    const ReportedSamples& reported = summary.reported;
-    const std::string counts = std::to_string(summary.delivered) + " samples, " +
+    const SampleCounts& reported = summary.reported;
+    const std::string counts = std::to_string(summary.arrived.samples) + " samples, " +
                                std::to_string(reported.samples) + " reported, " +
                                std::to_string(summary.NotReported()) + " not reported, " +
                                std::to_string(reported.late) + " late";
@@ -246,7 +247,6 @@ class TextReport : public RunObserver {
   const SensorNames& names_;
   const TextOptions options_;
   RepeatFolder folder_{[this](const ReportLine& line) { Print(line); }};
-  EventSensor event_sensor_;
 };
 
 }  // namespace

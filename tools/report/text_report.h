@@ -5,8 +5,8 @@
 #include <memory>
 #include <ostream>
 
+#include "tools/facts/run_observer.h"
 #include "tools/report/selection.h"
-#include "tools/run/run_observer.h"
 #include "tools/text/names.h"
 
 namespace sensorvela::replay {

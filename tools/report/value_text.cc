@@ -6,7 +6,7 @@
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
-#include "tools/report/selection.h"
+#include "tools/facts/sensor_of.h"
 #include "tools/text/atom_json.h"
 
 namespace sensorvela::replay {

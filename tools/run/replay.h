@@ -2,12 +2,11 @@
 // that it reports to.
 #pragma once
 
-#include <array>
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -18,17 +17,17 @@
 #include <sensorvela/testkit/diagnostics.h>
 #include <sensorvela/testkit/stats_service.h>
 
+#include "tools/facts/facts.h"
 #include "tools/run/event.h"
 #include "tools/run/recorded_sample.h"
+#include "tools/run/recording_follower.h"
 #include "tools/run/recording_plan.h"
-#include "tools/run/run_observer.h"
-#include "tools/run/run_state.h"
 #include "tools/run/sample_trains.h"
 
 namespace sensorvela::replay {
 
 /// Controls the process's virtual time, log and services while it exists, so only one may exist at
-/// a time. Use it from one thread; `RunState` holds what it shares with the reporter thread.
+/// a time. Use it from one thread.
 ///
 /// The observers' methods are called in the order of what happens. The same events always give the
 /// same calls.
@@ -68,9 +67,9 @@ class Replay {
   template <typename Call>
   void ReportErrors(std::int32_t count, const Call& call) {
     for (std::int32_t i = 0; i < count; ++i) {
-      const std::uint64_t notifications = time_.Notifications();
+      facts_.ErrorBegins();
       call(*engine_);
-      if (time_.Notifications() == notifications) state_.OnErrorBlocked();
+      facts_.ErrorEnds();
       time_.WaitUntilSettled();
     }
   }
@@ -78,82 +77,67 @@ class Replay {
   void EnableSensor(SensorVela::SensorId sensor, std::int64_t period_ns);
   void DisableSensor(SensorVela::SensorId sensor);
   void DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns);
+  /// A recording's samples, in the order of their arrival.
+  void DeliverSamples(const std::vector<RecordedSample>& samples);
 
   /// The timestamp of the train's first sample is the present instant.
   void StartTrain(const SampleTrain& train);
-  void CutTrains();
+  void CutTrains() { trains_.Cut(); }
 
   /// What the supplier returns at the ends of cycles from now on.
-  void SetDiagnostics(const testkit::Diagnostics& diagnostics);
+  void SetDiagnostics(const testkit::Diagnostics& diagnostics) { diagnostics_ = diagnostics; }
 
-  void DeclareService();
-  void UndeclareService();
   void RegisterService();
   void UnregisterService();
   void RefuseService();
   void AllowService();
-  void ReleaseServiceWaits();
 
   /// Plans `answer` for the next `reports` reports that have no planned answer yet.
-  void AnswerNext(std::int32_t reports, Answer answer);
+  void AnswerNext(std::int32_t reports, testkit::Answer answer) {
+    service_->AnswerNext(reports, answer);
+  }
 
   /// Samples of trains that would arrive meanwhile arrive when the device wakes up.
   void Suspend(std::chrono::nanoseconds duration);
 
-  void Note(std::string_view text);
+  void Note(std::string_view text) { facts_.Note(text); }
 
-  // The operations of a recording's events. The recorded engine's lookups, reports, cycles and
-  // answers happen where the recording has them, whatever the clocks say: the monotonic clock
-  // stands still but for the ends of cycles.
-
-  /// The recording's first event. `plan` must outlive the replay.
+  /// A recording's first event: from now on, its lookups, reports, cycles and answers happen where
+  /// the recording has them, and the monotonic clock stands still but for the ends of cycles.
+  /// `plan` must outlive the replay.
   void FollowRecording(const RecordingPlan& plan);
-  /// In the order of their arrival.
-  void DeliverSamples(const std::vector<RecordedSample>& samples);
-  void EndCycle();
-  void AnswerSupplier(const testkit::Diagnostics& answer);
-  /// Something happens while the recorded engine's lookup waits.
-  void LookupWaits();
-  void EndLookup(bool found);
+  /// Only after that.
+  RecordingFollower& recording() { return *recording_; }
 
  private:
-  /// Notifies the observers if the host can find the service now and could not before, or the other
-  /// way round.
-  void ChangeService(bool is_registered, bool is_refused);
+  void TakeReport(const SensorVela::VendorAtom& atom, testkit::Answer answer);
+  testkit::Diagnostics AnswerOf(testkit::DiagnosticsItem asked);
+
+  /// Tells why the host cannot find the service from now on, if it cannot.
+  void TellOfService();
 
   /// Elapsed realtime goes on to `instant`; every engine is settled before it does.
   void MoveTo(simulated::VirtualTime::Instant instant);
 
-  /// The reports that the recorded engine had made when its next lookup began.
-  std::int64_t ReportsBeforeNextLookup() const;
-  /// All atoms that are queued are dropped.
-  void DropQueuedAtoms();
-
   /// Delivers all samples of the trains that arrive by `until`.
   void DeliverTrains(simulated::VirtualTime::Instant until, const std::function<bool()>& is_over);
 
-  void DestroyEngine();
+  void StopEngine();
 
   simulated::VirtualTime time_;
-  /// The present event, whose line the state's cause refers to, and the next one, in turns.
-  std::array<Event, 2> events_;
-  RunState state_;
+  Facts facts_;
+  /// The event that happens now.
+  Event event_;
   SampleTrains trains_;
+  testkit::Diagnostics diagnostics_;
   const std::shared_ptr<testkit::StatsService> service_;
+  bool is_registered_ = false;
+  bool is_refused_ = false;
+  /// Null if the run follows no recording.
+  std::unique_ptr<RecordingFollower> recording_;
   simulated::ScopedLogSink log_sink_;
   simulated::ScopedLookupObserver lookup_observer_;
   std::unique_ptr<SensorVela> engine_;
-  bool is_registered_ = false;
-  bool is_refused_ = false;
-
-  /// Null if the run follows no recording.
-  const RecordingPlan* recording_ = nullptr;
-  /// The lookups of the recording that have ended.
-  std::size_t lookups_ended_ = 0;
-  /// Something has happened while the present lookup waits.
-  bool lookup_waits_ = false;
-  /// The present lookup's atoms have been dropped already.
-  bool dropped_early_ = false;
 };
 
 }  // namespace sensorvela::replay

@@ -1,7 +1,8 @@
 #include "tools/run/sample_trains.h"
 
 #include <cstdint>
-#include <string>
+#include <memory>
+#include <utility>
 
 namespace sensorvela::replay {
 
@@ -11,15 +12,15 @@ std::int64_t SampleTrain::DurationNs() const {
   return steps * interval_ns + gaps * gap_ns + latency_ns;
 }
 
-void SampleTrains::Start(const SampleTrain& train, Instant start, TraceLine line) {
-  const auto running =
-      running_.insert(running_.end(), {train, line.number, std::string(line.text), start.count()});
+void SampleTrains::Start(const SampleTrain& train, Instant start,
+                         std::shared_ptr<const EventInfo> event) {
+  const auto running = running_.insert(running_.end(), {train, std::move(event), start.count()});
   turns_.push({start.count() + train.latency_ns, started_++, running});
 }
 
 void SampleTrains::Cut() {
   turns_ = {};
-  ended_.splice(ended_.end(), running_);
+  running_.clear();
 }
 
 bool SampleTrains::HasSampleBy(Instant instant) const {
@@ -27,14 +28,12 @@ bool SampleTrains::HasSampleBy(Instant instant) const {
 }
 
 SampleTrains::Sample SampleTrains::TakeNext() {
+  ended_.clear();
   Turn turn = turns_.top();
   turns_.pop();
   Running& next = *turn.train;
   const SampleTrain& train = next.train;
-  const Sample sample = {train.sensor,
-                         next.timestamp_ns,
-                         Instant(turn.arrival_ns),
-                         {next.line_number, next.line_text}};
+  const Sample sample = {next.event, train.sensor, next.timestamp_ns, Instant(turn.arrival_ns)};
   if (++next.taken < train.count) {
     next.timestamp_ns += train.interval_ns;
     if (train.gap_every > 0 && next.taken % train.gap_every == 0) next.timestamp_ns += train.gap_ns;

@@ -5,14 +5,14 @@
 #include <cstdint>
 #include <functional>
 #include <list>
+#include <memory>
 #include <queue>
-#include <string>
 #include <vector>
 
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/platform/simulated/virtual_time.h>
 
-#include "tools/run/event.h"
+#include "tools/facts/cause.h"
 
 namespace sensorvela::replay {
 
@@ -38,21 +38,18 @@ class SampleTrains {
   using Instant = simulated::VirtualTime::Instant;
 
   struct Sample {
+    /// The event that started the train. Valid until the next call of `TakeNext`.
+    const std::shared_ptr<const EventInfo>& event;
     SensorVela::SensorId sensor;
     std::int64_t timestamp_ns;
     Instant arrival;
-    /// The train's line in the trace. Its text is valid until the next call of `ForgetEnded`.
-    TraceLine line;
   };
 
   /// The timestamp of the train's first sample is `start`.
-  void Start(const SampleTrain& train, Instant start, TraceLine line);
+  void Start(const SampleTrain& train, Instant start, std::shared_ptr<const EventInfo> event);
 
   /// Drops all samples that are left.
   void Cut();
-
-  /// Frees the lines of the trains that have ended.
-  void ForgetEnded() { ended_.clear(); }
 
   /// Whether a sample arrives by `instant`.
   bool HasSampleBy(Instant instant) const;
@@ -64,12 +61,11 @@ class SampleTrains {
  private:
   struct Running {
     SampleTrain train;
-    std::size_t line_number;
-    std::string line_text;
+    std::shared_ptr<const EventInfo> event;
     std::int64_t timestamp_ns;
     std::int64_t taken = 0;
   };
-  /// A list, in which a train and its text stay where they are.
+  /// A list, in which a train stays where it is.
   using Trains = std::list<Running>;
 
   /// A train's next sample.
@@ -86,6 +82,7 @@ class SampleTrains {
 
   std::priority_queue<Turn, std::vector<Turn>, std::greater<>> turns_;
   Trains running_;
+  /// The train whose last sample was taken last.
   Trains ended_;
   std::size_t started_ = 0;
 };

@@ -13,20 +13,6 @@
 
 namespace sensorvela::replay {
 
-using testkit::Answer;
-
-std::string_view AnswerName(Answer answer) {
-  switch (answer) {
-    case Answer::kOk:
-      return "ok";
-    case Answer::kError:
-      return "error";
-    case Answer::kNoStatus:
-      return "no_status";
-  }
-  return "?";
-}
-
 std::string AtomName(std::int32_t id) {
   SensorVela::VendorAtom atom;
   atom.atomId = id;

@@ -9,12 +9,8 @@
 #include <vector>
 
 #include <sensorvela/engine/sensor_vela.h>
-#include <sensorvela/testkit/stats_service.h>
 
 namespace sensorvela::replay {
-
-/// "ok", "error" or "no_status".
-std::string_view AnswerName(testkit::Answer answer);
 
 /// The name of the atoms of that identifier; `atom 42` where the catalogue has none.
 std::string AtomName(std::int32_t id);

@@ -1,6 +1,5 @@
 #include "tools/trace/checked_value.h"
 
-#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -96,7 +95,7 @@ float CheckedValue::Float() const {
   // The largest float is printed rounded up, as 3.4028235e+38. What rounds to it is read as it.
   constexpr double kRoundsToInfinity = 3.4028235677973366e38;
   if (std::abs(number) >= kRoundsToInfinity) Reject("is " + NumberText(*value_), kFloatDescription);
-  return static_cast<float>(std::clamp(number, double{Limits::lowest()}, double{Limits::max()}));
+  return NearestFloat(number);
 }
 
 bool CheckedValue::Bool() const {

@@ -10,6 +10,8 @@
 
 #include <sensorvela/atoms/sensor_event_atoms.h>
 #include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/platform/simulated/service_manager.h>
+#include <sensorvela/testkit/stats_service.h>
 
 #include "tools/run/replay.h"
 #include "tools/text/printable_text.h"
@@ -23,6 +25,7 @@ namespace sensorvela::replay {
 namespace {
 
 namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
+using testkit::Answer;
 
 constexpr std::int32_t kMaxCount = 1'000'000;
 // Six hours each, and the monotonic clock has 64 bits.
@@ -74,6 +77,12 @@ EventContent Plain(FieldReader&, const TraceContext&) {
   return {[](Replay& replay) { (replay.*Step)(); }};
 }
 
+/// A change of what the service manager says of the stats service.
+template <void (*Change)(const std::string& instance)>
+EventContent ChangeService(FieldReader&, const TraceContext&) {
+  return {[](Replay&) { Change(testkit::kStatsInstance); }};
+}
+
 template <Answer Given>
 EventContent AnswerReports(FieldReader& fields, const TraceContext&) {
   const auto reports = fields.Integer<std::int32_t>("reports", 1, kMaxCount);
@@ -96,10 +105,16 @@ EventContent FailedReport(FieldReader& fields, const TraceContext&) {
               }};
 }
 
+/// An event of a recording without fields of its own.
+template <void (RecordingFollower::*Step)()>
+EventContent FollowRecording(FieldReader&, const TraceContext&) {
+  return {[](Replay& replay) { (replay.recording().*Step)(); }};
+}
+
 template <bool found>
 EventContent LookupEnds(FieldReader& fields, const TraceContext&) {
   const auto reports = fields.Integer<std::int64_t>("reports", 0, kMaxReports);
-  return {.action = [](Replay& replay) { replay.EndLookup(found); },
+  return {.action = [](Replay& replay) { replay.recording().EndLookup(found); },
           .plan = [=](RecordingPlan& plan) { plan.lookups.push_back({found, reports}); }};
 }
 
@@ -229,9 +244,9 @@ constexpr EventKind kEventKinds[] = {
        return {[=](Replay& replay) { replay.SetDiagnostics(diagnostics); }};
      }},
     {"service_declared", "the device declares the stats service: an engine that starts says so",
-     Place::kAnywhere, Plain<&Replay::DeclareService>},
+     Place::kAnywhere, ChangeService<simulated::DeclareService>},
     {"service_undeclared", "it no longer does; lookups wait for the service all the same",
-     Place::kAnywhere, Plain<&Replay::UndeclareService>},
+     Place::kAnywhere, ChangeService<simulated::UndeclareService>},
     {"service_registered", "a new stats service comes up, in place of any other", Place::kAnywhere,
      Plain<&Replay::RegisterService>},
     {"service_unregistered", "the stats service goes away: lookups wait until it is back",
@@ -242,7 +257,7 @@ constexpr EventKind kEventKinds[] = {
     {"service_allowed", "the host may look it up again", Place::kAnywhere,
      Plain<&Replay::AllowService>},
     {"service_wait_released", "the service manager fails once: a lookup that waits gets none",
-     Place::kAnywhere, Plain<&Replay::ReleaseServiceWaits>},
+     Place::kAnywhere, ChangeService<simulated::ReleaseServiceWaits>},
     {"service_fails", "that many reports fail, as when the service's process has died",
      Place::kAnywhere, AnswerReports<Answer::kError>},
     {"service_silent", "that many reports end without a status", Place::kAnywhere,
@@ -309,7 +324,7 @@ constexpr EventKind kEventKinds[] = {
                .plan = [](RecordingPlan& plan) { plan.service_declared = true; }};
      }},
     {"lookup_waits", "a lookup of the engine has waited for the service since then",
-     Place::kInRecording, Plain<&Replay::LookupWaits>},
+     Place::kInRecording, FollowRecording<&RecordingFollower::LookupWaits>},
     {"lookup_found", "it has found the service, after that many reports in all",
      Place::kInRecording, LookupEnds<true>},
     {"lookup_found_none", "it has found none, and its atoms are dropped", Place::kInRecording,
@@ -320,7 +335,7 @@ constexpr EventKind kEventKinds[] = {
      FailedReport<Answer::kNoStatus>},
     {"cycle_ended", "a cycle has ended, and the engine asks the supplier", Place::kInRecording,
      [](FieldReader&, const TraceContext&) -> EventContent {
-       return {.action = [](Replay& replay) { replay.EndCycle(); },
+       return {.action = [](Replay& replay) { replay.recording().EndCycle(); },
                .plan =
                    [](RecordingPlan& plan) {
                      if (++plan.cycles > kMaxCycles) {
@@ -336,7 +351,7 @@ constexpr EventKind kEventKinds[] = {
      Place::kInRecording,
      [](FieldReader& fields, const TraceContext& context) -> EventContent {
        const auto answer = ReadDiagnostics(fields, context.supplier);
-       return {[=](Replay& replay) { replay.AnswerSupplier(answer); }};
+       return {[=](Replay& replay) { replay.recording().Answer(answer); }};
      }},
 };
 

@@ -1,7 +1,9 @@
 #include "tools/trace/json_line.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -40,6 +42,48 @@ std::string_view JsonValue::TypeName() const {
       return "object";
   }
   return "?";
+}
+
+float NearestFloat(double number) {
+  using Limits = std::numeric_limits<float>;
+  return static_cast<float>(std::clamp(number, double{Limits::lowest()}, double{Limits::max()}));
+}
+
+namespace {
+
+Json ContentToJson(const JsonValue& value) {
+  Json json = value.type == Type::kArray ? Json::array() : Json::object();
+  for (const JsonValue* inner = value.begin(); inner != value.end(); inner = inner->next()) {
+    if (value.type == Type::kArray) {
+      json.push_back(ToJson(*inner));
+    } else {
+      json[inner->key] = ToJson(*inner);
+    }
+  }
+  return json;
+}
+
+}  // namespace
+
+Json ToJson(const JsonValue& value) {
+  switch (value.type) {
+    case Type::kNull:
+      break;
+    case Type::kBool:
+      return value.integer != 0;
+    case Type::kInteger:
+      return value.integer;
+    case Type::kUnsigned:
+      return static_cast<std::uint64_t>(value.integer);
+    case Type::kFloat:
+      return NearestFloat(value.number);
+    case Type::kString:
+      return value.text;
+    case Type::kArray:
+    case Type::kObject:
+      return ContentToJson(value);
+  }
+  return {};
 }
 
 namespace {

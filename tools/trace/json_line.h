@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/text/atom_json.h"
+
 namespace sensorvela::replay {
 
 /// What is wrong with an event and what was expected, in one printable line.
@@ -58,6 +60,12 @@ struct JsonValue {
   /// For messages: null, boolean, number, string, array or object.
   std::string_view TypeName() const;
 };
+
+/// The float that is nearest to the number; never an infinity.
+float NearestFloat(double number);
+
+/// The value with all that is in it.
+Json ToJson(const JsonValue& value);
 
 /// Keeps its memory from line to line.
 class JsonLine {

@@ -37,8 +37,9 @@ class TraceParser {
   /// The second time a recording is read, its `plan` is known.
   explicit TraceParser(const RecordingPlan* plan) { context_.plan = plan; }
 
-  void Parse(std::size_t line_number, std::string_view line, Event& event) {
-    FieldReader fields(json_.Parse(line));
+  void Parse(std::size_t line_number, std::string_view text, Event& event) {
+    const JsonValue& line = json_.Parse(text);
+    FieldReader fields(line);
     const std::string name = fields.Text("event");
     const EventKind& kind = FindEventKind(name);
     const auto at_ns = fields.Integer<std::int64_t>("at_ns", 0, kMaxTimeNs);
@@ -58,11 +59,9 @@ class TraceParser {
             ? at_ns
             : std::max({run_end_ns_, awake_at_ns_, samples_end_ns_, at_ns + content.train_ns});
     event.at = std::chrono::nanoseconds(at_ns);
-    event.kind = kind.name;
-    event.atom_id = content.atom_id != 0 ? content.atom_id : kind.atom_id;
-    event.line_number = line_number;
-    event.line_text = line;
     event.action = std::move(content.action);
+    // The first pass runs nothing.
+    if (context_.plan != nullptr) event.info = Info(line_number, line, kind, content.atom_id);
   }
 
   /// What the events so far determine.
@@ -81,6 +80,25 @@ class TraceParser {
   }
 
  private:
+  /// What the outputs need of an event that has been checked.
+  static std::shared_ptr<const EventInfo> Info(std::size_t line_number, const JsonValue& line,
+                                               const EventKind& kind, std::int32_t atom_id) {
+    auto info = std::make_shared<EventInfo>();
+    info->kind = kind.name;
+    info->line = line_number;
+    info->atom_id = atom_id != 0 ? atom_id : kind.atom_id;
+    const JsonValue* const high = line.Find("sensor_high");
+    const JsonValue* const low = line.Find("sensor_low");
+    if (high != nullptr && low != nullptr) {
+      info->sensor = {static_cast<std::uint32_t>(high->integer),
+                      static_cast<std::int32_t>(low->integer)};
+    }
+    for (const JsonValue* field = line.begin(); field != line.end(); field = field->next()) {
+      if (field->key != "at_ns" && field->key != "event") info->fields[field->key] = ToJson(*field);
+    }
+    return info;
+  }
+
   void CheckTime(std::size_t line_number, std::int64_t at_ns) {
     if (at_ns < last_at_ns_) {
       throw EventError("time goes back from " + std::to_string(last_at_ns_) + " (line " +

@@ -19,20 +19,11 @@ SensorTrack::SensorTrack(ViewerWriter& out, const std::string& label, Track trac
   out_.NameTrack(track_, label);
 }
 
-void SensorTrack::Enable(Instant at, std::int64_t period_ns) {
-  WriteStretch(at);
-  enabled_at_ = at;
-  period_ns_ = period_ns;
-  samples_ = 0;
-}
-
-void SensorTrack::Disable(Instant at) {
-  WriteStretch(at);
-  out_.Mark(track_, at, "sensor", "disabled", {{"samples_since_enable", samples_}});
+void SensorTrack::Disable(Instant at, std::uint64_t samples_since_enable) {
+  out_.Mark(track_, at, "sensor", "disabled", {{"samples_since_enable", samples_since_enable}});
 }
 
 void SensorTrack::Sample(Instant at) {
-  if (samples_++ == 0) first_sample_at_ = at;
   if (at >= minute_ + kMinute) {
     EndMinute(at);
     minute_ = at - at % kMinute;
@@ -40,22 +31,19 @@ void SensorTrack::Sample(Instant at) {
   ++samples_in_minute_;
 }
 
-void SensorTrack::Finish(Instant at) {
-  WriteStretch(at);
-  EndMinute(at);
-  samples_per_minute_.Flush();
+void SensorTrack::WriteSpan(const SensorSpan& span) {
+  if (span.enabled_at) {
+    out_.Span(track_, *span.enabled_at, span.end, "enabled",
+              {{"sampling_period_ns", span.period_ns}, {"samples", span.samples}});
+  }
+  if (span.first_sample) {
+    out_.Mark(track_, span.first_sample->at, "sensor", "first sample", Json::object());
+  }
 }
 
-void SensorTrack::WriteStretch(Instant at) {
-  if (enabled_at_) {
-    out_.Span(track_, *enabled_at_, at, "enabled",
-              {{"sampling_period_ns", period_ns_}, {"samples", samples_}});
-  }
-  if (first_sample_at_) {
-    out_.Mark(track_, *first_sample_at_, "sensor", "first sample", Json::object());
-  }
-  enabled_at_.reset();
-  first_sample_at_.reset();
+void SensorTrack::Finish(Instant at) {
+  EndMinute(at);
+  samples_per_minute_.Flush();
 }
 
 void SensorTrack::EndMinute(Instant next) {

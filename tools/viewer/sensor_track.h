@@ -2,9 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <string>
 
+#include "tools/facts/sensor_facts.h"
 #include "tools/viewer/step_counter.h"
 #include "tools/viewer/viewer_writer.h"
 
@@ -19,18 +19,16 @@ class SensorTrack {
   /// `out` must outlive the track, which has the sensor's label as its name.
   SensorTrack(ViewerWriter& out, const std::string& label, Track track);
 
-  void Enable(Instant at, std::int64_t period_ns);
-  void Disable(Instant at);
+  void Disable(Instant at, std::uint64_t samples_since_enable);
   void Sample(Instant at);
+
+  /// Writes a span and then the first sample in it: in the order of their starts.
+  void WriteSpan(const SensorSpan& span);
 
   /// Writes what is left. Must be the last call.
   void Finish(Instant at);
 
  private:
-  /// Writes the present span, if any, which ends at `at`, and then the first sample in it: in the
-  /// order of their starts.
-  void WriteStretch(Instant at);
-
   /// Writes the number of samples in the present minute. The next sample arrives, or the run ends,
   /// at `next`.
   void EndMinute(Instant next);
@@ -40,11 +38,6 @@ class SensorTrack {
   StepCounter samples_per_minute_;
   Instant minute_ = {};
   std::uint64_t samples_in_minute_ = 0;
-  /// None while the sensor is disabled.
-  std::optional<Instant> enabled_at_;
-  std::int64_t period_ns_ = 0;
-  std::optional<Instant> first_sample_at_;
-  std::uint64_t samples_ = 0;
 };
 
 }  // namespace sensorvela::replay

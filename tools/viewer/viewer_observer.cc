@@ -7,14 +7,12 @@
 #include <memory>
 #include <ostream>
 #include <string>
-#include <utility>
-
-#include <sensorvela/testkit/atom_catalogue.h>
 
 #include "tools/text/names.h"
 #include "tools/viewer/sensor_track.h"
 #include "tools/viewer/step_counter.h"
 #include "tools/viewer/viewer_writer.h"
+#include "trace_format/sensor_order.h"
 
 namespace sensorvela::replay {
 namespace {
@@ -30,21 +28,6 @@ constexpr Track kBlocked = {kEngine, 5};
 constexpr Track kNotes = {kEngine, 6};
 constexpr Track kSuspended = {kEngine, 7};
 
-Json QueuedBy(const Cause& cause) {
-  Json arguments = {{"queued_at_ns", cause.at.count()}, {"queued_by", cause.what}};
-  if (cause.line.number != 0) arguments["trace_line"] = cause.line.number;
-  return arguments;
-}
-
-/// Adds the event's own fields, for a mark without an atom.
-void AddEvent(TraceLine line, Json& arguments) {
-  if (line.number == 0) return;
-  Json fields = Json::parse(line.text);
-  fields.erase("at_ns");
-  fields.erase("event");
-  arguments["event"] = std::move(fields);
-}
-
 class ViewerObserver : public RunObserver {
  public:
   ViewerObserver(std::ostream& out, const SensorNames& names) : out_(out), names_(names) {
@@ -59,68 +42,65 @@ class ViewerObserver : public RunObserver {
     out_.NameProcess(kSensors, "sensors");
   }
 
-  void OnAtomQueued(const Cause& cause) override { queue_length_.Set(cause.at, ++waiting_); }
+  void OnQueueLength(Instant at, std::size_t atoms) override { queue_length_.Set(at, atoms); }
 
-  void OnAtomReported(Instant at, const SensorVela::VendorAtom& atom, Answer answer,
-                      const Cause& cause) override {
-    queue_length_.Set(at, --waiting_);
-    Json arguments = {{"atom_id", atom.atomId}};
-    if (!atom.reverseDomainName.empty()) arguments["domain"] = atom.reverseDomainName;
-    arguments.update(NamedValues(atom));
-    arguments.update(QueuedBy(cause));
-    if (answer == Answer::kOk) {
-      out_.Mark(kDelivered, at, "delivered", testkit::AtomName(atom), arguments);
-    } else {
-      arguments["answer"] = AnswerName(answer);
-      out_.Mark(kFailed, at, "failed", testkit::AtomName(atom), arguments);
+  void OnAtom(Instant at, const AtomFact& fact) override {
+    Json arguments = Json::object();
+    if (fact.atom == nullptr) {
+      arguments.update(ToJson(fact.cause));
+      // In the place of the values that the atom would have had.
+      if (fact.cause.event) arguments["event"] = fact.cause.event->fields;
+      const std::string name = fact.name.empty() ? std::string(fact.cause.what()) : fact.name;
+      out_.Mark(kDropped, at, "dropped", name, arguments);
+      return;
     }
-  }
-
-  void OnAtomDropped(Instant at, const Cause& cause) override {
-    queue_length_.Set(at, --waiting_);
-    Json arguments = QueuedBy(cause);
-    AddEvent(cause.line, arguments);
-    const std::string name = cause.atom_id == 0 ? std::string(cause.what) : AtomName(cause.atom_id);
-    out_.Mark(kDropped, at, "dropped", name, arguments);
+    arguments["atom_id"] = fact.atom->atomId;
+    if (!fact.atom->reverseDomainName.empty()) arguments["domain"] = fact.atom->reverseDomainName;
+    arguments.update(NamedValues(*fact.atom));
+    arguments.update(ToJson(fact.cause));
+    if (fact.outcome == Outcome::kDelivered) {
+      out_.Mark(kDelivered, at, "delivered", fact.name, arguments);
+    } else {
+      arguments["answer"] = AnswerName(fact.outcome);
+      out_.Mark(kFailed, at, "failed", fact.name, arguments);
+    }
   }
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override {
-    Json arguments = {{"log", text}, {"trace_line", cause.line.number}};
-    AddEvent(cause.line, arguments);
-    out_.Mark(kBlocked, at, "blocked", cause.what, arguments);
+    out_.Mark(kBlocked, at, "blocked", cause.what(),
+              {{"log", text}, {"trace_line", cause.line()}, {"event", cause.event->fields}});
   }
 
-  void OnReporterStep(Instant at, ReporterStep step, std::size_t batch) override {
-    LeaveState(at);
-    switch (step) {
-      case ReporterStep::kWaits:
-        state_ = State::kWaiting;
-        batch_ = batch;
-        return;
-      case ReporterStep::kStarts:
-        state_ = State::kAsleep;
-        return;
-      case ReporterStep::kSends:
-      case ReporterStep::kDrops:
-        out_.Span(kReporterThread, at, at, step == ReporterStep::kSends ? "draining" : "dropping",
-                  {{"atoms", batch}});
-        break;
-      case ReporterStep::kUploads:
-        out_.Span(kReporterThread, at, at, "uploading diagnostics", Json::object());
-        break;
+  void OnReporterStep(Instant at, ReporterStep step, std::size_t atoms) override {
+    if (step == ReporterStep::kUploads) {
+      out_.Span(kReporterThread, at, at, "uploading diagnostics", Json::object());
+    } else {
+      out_.Span(kReporterThread, at, at, step == ReporterStep::kSends ? "draining" : "dropping",
+                {{"atoms", atoms}});
     }
-    state_ = State::kAsleep;
   }
 
-  void OnSensorEnabled(Instant at, SensorVela::SensorId sensor, std::int64_t period_ns) override {
-    TrackOf(sensor).Enable(at, period_ns);
+  void OnReporterSlept(Instant from, Instant to) override {
+    out_.Span(kReporterThread, from, to, "sleeping", Json::object());
   }
 
-  void OnSensorDisabled(Instant at, SensorVela::SensorId sensor) override {
-    TrackOf(sensor).Disable(at);
+  void OnReporterStay(Instant from, Instant to, ReporterState state, std::size_t atoms) override {
+    if (state != ReporterState::kWaiting) return;
+    out_.Span(kReporterThread, from, to, "waiting for the service", {{"atoms", atoms}});
   }
 
-  void OnSample(Instant at, SensorVela::SensorId sensor, std::int64_t /*timestamp_ns*/) override {
+  void OnSensorEnabled(Instant /*at*/, SensorVela::SensorId sensor) override { TrackOf(sensor); }
+
+  void OnSensorDisabled(Instant at, SensorVela::SensorId sensor,
+                        std::uint64_t samples_since_enable) override {
+    TrackOf(sensor).Disable(at, samples_since_enable);
+  }
+
+  void OnSensorSpan(SensorVela::SensorId sensor, const SensorSpan& span) override {
+    TrackOf(sensor).WriteSpan(span);
+  }
+
+  void OnSample(Instant at, SensorVela::SensorId sensor, const SampleFact& /*sample*/) override {
     TrackOf(sensor).Sample(at);
   }
 
@@ -132,44 +112,28 @@ class ViewerObserver : public RunObserver {
     out_.Mark(kNotes, at, "note", text, Json::object());
   }
 
-  void OnRunEnd(Instant at, const Summary& /*summary*/) override {
-    LeaveState(at);
+  void OnRunEnd(Instant at, const Summary& summary) override {
     queue_length_.Flush();
-    for (auto& [id, sensor] : sensors_) sensor.Finish(at);
+    for (const SensorSummary& sensor : summary.sensors) {
+      SensorTrack& track = TrackOf(sensor.sensor);
+      if (sensor.last_span) track.WriteSpan(*sensor.last_span);
+      track.Finish(at);
+    }
     out_.Finish();
   }
 
  private:
-  enum class State { kNotStarted, kWaiting, kAsleep };
-
-  /// Writes the span of the state that the reporter thread leaves at `at`.
-  void LeaveState(Instant at) {
-    if (state_ == State::kWaiting) {
-      out_.Span(kReporterThread, since_, at, "waiting for the service", {{"atoms", batch_}});
-    } else if (state_ == State::kAsleep && at > since_) {
-      out_.Span(kReporterThread, since_, at, "sleeping", Json::object());
-    }
-    since_ = at;
-  }
-
   SensorTrack& TrackOf(SensorVela::SensorId sensor) {
     const Track next = {kSensors, static_cast<int>(sensors_.size()) + 1};
-    return sensors_.try_emplace({sensor.high, sensor.low}, out_, names_.Label(sensor), next)
-        .first->second;
+    return sensors_.try_emplace(sensor, out_, names_.Label(sensor), next).first->second;
   }
 
   ViewerWriter out_;
   const SensorNames& names_;
 
-  State state_ = State::kNotStarted;
-  Instant since_ = {};
-  /// How many atoms the reporter thread holds while it waits.
-  std::size_t batch_ = 0;
-
-  std::size_t waiting_ = 0;
   StepCounter queue_length_{out_, kEngine, "atoms waiting"};
 
-  std::map<std::pair<std::uint32_t, std::int32_t>, SensorTrack> sensors_;
+  std::map<SensorVela::SensorId, SensorTrack, SensorOrder> sensors_;
 };
 
 }  // namespace

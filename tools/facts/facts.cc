@@ -1,0 +1,226 @@
+#include "tools/facts/facts.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <sensorvela/testkit/atom_catalogue.h>
+
+#include "tools/facts/sensor_of.h"
+#include "tools/text/names.h"
+
+namespace sensorvela::replay {
+
+using platform::MutexLock;
+using simulated::LookupStep;
+using testkit::Answer;
+
+namespace {
+
+Outcome OutcomeOf(Answer answer) {
+  if (answer == Answer::kOk) return Outcome::kDelivered;
+  return answer == Answer::kError ? Outcome::kFailed : Outcome::kNoStatus;
+}
+
+}  // namespace
+
+Facts::Facts(std::vector<RunObserver*> observers, bool observe_log,
+             const simulated::VirtualTime& time)
+    : observers_(std::move(observers)), observe_log_(observe_log), time_(time) {}
+
+void Facts::EventBegins(const std::shared_ptr<const EventInfo>& event) {
+  const MutexLock lock(mutex_);
+  cause_ = {time_.Now(), event};
+  if (!absent_since_) absent_since_ = time_.Now();
+}
+
+void Facts::EngineStarts(bool has_supplier, bool looks_up_first) {
+  const MutexLock lock(mutex_);
+  is_starting_ = looks_up_first;
+  if (has_supplier) summary_.cycles_ended = 0;
+}
+
+void Facts::EngineStops(bool follows_recording) {
+  const MutexLock lock(mutex_);
+  is_stopping_ = true;
+  is_over_ = follows_recording;
+}
+
+void Facts::RunEnds() {
+  const MutexLock lock(mutex_);
+  while (!waiting_.empty()) TakeOldest(Outcome::kLeft, nullptr);
+  if (absence_) EndAbsence();
+  ChangeReporterState(ReporterState::kNotStarted);
+  for (auto& [sensor, facts] : sensors_) {
+    summary_.sensors.push_back(
+        {sensor, facts.arrived(), facts.reported(), facts.EndSpan(time_.Now())});
+  }
+  Notify(&RunObserver::OnRunEnd, time_.Now(), summary_);
+}
+
+void Facts::SensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns) {
+  const MutexLock lock(mutex_);
+  SensorFacts& facts = sensors_[sensor];
+  EndSpan(sensor, facts);
+  facts.Enable(time_.Now(), period_ns);
+  Notify(&RunObserver::OnSensorEnabled, time_.Now(), sensor);
+}
+
+void Facts::SensorDisabled(SensorVela::SensorId sensor) {
+  const MutexLock lock(mutex_);
+  SensorFacts& facts = sensors_[sensor];
+  disable_ = Disable{sensor, facts.enables()};
+  EndSpan(sensor, facts);
+  facts.Disable();
+  Notify(&RunObserver::OnSensorDisabled, time_.Now(), sensor, facts.samples_since_enable());
+}
+
+void Facts::Sample(const std::shared_ptr<const EventInfo>& event, SensorVela::SensorId sensor,
+                   std::int64_t timestamp_ns) {
+  const MutexLock lock(mutex_);
+  const Instant now = time_.Now();
+  cause_.at = now;
+  if (cause_.event != event) cause_.event = event;
+  Notify(&RunObserver::OnSample, now, sensor, sensors_[sensor].Sample(now, timestamp_ns));
+}
+
+void Facts::ErrorBegins() {
+  const MutexLock lock(mutex_);
+  error_is_blocked_ = true;
+}
+
+void Facts::ErrorEnds() {
+  const MutexLock lock(mutex_);
+  if (!error_is_blocked_) return;
+  ++summary_.blocked_by_cap;
+  Notify(&RunObserver::OnErrorBlocked, time_.Now(), cause_, last_log_text_);
+}
+
+void Facts::ServiceChanges(std::optional<AbsenceReason> absence) {
+  const MutexLock lock(mutex_);
+  const bool was_absent = absence_.has_value();
+  if (was_absent && !absence) EndAbsence();
+  absence_ = absence;
+  if (!was_absent && absence) absent_since_ = time_.Now();
+}
+
+void Facts::Suspended(std::chrono::nanoseconds duration) {
+  const MutexLock lock(mutex_);
+  Notify(&RunObserver::OnSuspended, time_.Now(), duration);
+}
+
+void Facts::Note(std::string_view text) {
+  const MutexLock lock(mutex_);
+  Notify(&RunObserver::OnNote, time_.Now(), text);
+}
+
+bool Facts::HasQueuedAtoms() const {
+  const MutexLock lock(mutex_);
+  return has_queued_atoms_;
+}
+
+void Facts::Lookup(LookupStep step) {
+  const MutexLock lock(mutex_);
+  if (is_over_) return;
+  has_queued_atoms_ = false;
+  // The thread takes the queue right before the first step of a lookup.
+  if (reporter_ != ReporterState::kWaiting) batch_ = waiting_.size();
+  if (step == LookupStep::kWaits) {
+    ChangeReporterState(ReporterState::kWaiting);
+    return;
+  }
+  ChangeReporterState(ReporterState::kAsleep);
+  if (std::exchange(is_starting_, false)) return;
+  const bool sends = step == LookupStep::kFinds;
+  Notify(&RunObserver::OnReporterStep, time_.Now(),
+         sends ? ReporterStep::kSends : ReporterStep::kDrops, batch_);
+  for (; !sends && batch_ > 0; --batch_) TakeOldest(Outcome::kDropped, nullptr);
+}
+
+void Facts::Reported(const SensorVela::VendorAtom& atom, Answer answer) {
+  const MutexLock lock(mutex_);
+  const std::optional<Disable> disable = TakeOldest(OutcomeOf(answer), &atom).disable;
+  if (disable && answer == Answer::kOk) {
+    sensors_[disable->sensor].CountReport(disable->enables, atom);
+  }
+}
+
+void Facts::CycleEnds() {
+  const MutexLock lock(mutex_);
+  summary_.cycles_ended = summary_.cycles_ended.value_or(0) + 1;
+  ChangeReporterState(ReporterState::kAsleep);
+  Notify(&RunObserver::OnReporterStep, time_.Now(), ReporterStep::kUploads, std::size_t{0});
+}
+
+void Facts::Notified() {
+  const MutexLock lock(mutex_);
+  if (is_stopping_) return;
+  if (std::this_thread::get_id() == main_thread_) {
+    error_is_blocked_ = false;
+    waiting_.push_back({cause_, std::exchange(disable_, std::nullopt)});
+  } else {
+    // Of itself, the reporter thread queues an upload's atoms only.
+    waiting_.push_back({{time_.Now(), nullptr}, std::nullopt});
+  }
+  has_queued_atoms_ = true;
+  Notify(&RunObserver::OnQueueLength, time_.Now(), waiting_.size());
+}
+
+void Facts::LogLine(int priority, std::string_view tag, std::string_view text) {
+  const MutexLock lock(mutex_);
+  if (is_over_) return;
+  last_log_text_ = text;
+  if (observe_log_) Notify(&RunObserver::OnLogLine, time_.Now(), priority, tag, text);
+}
+
+Facts::QueuedAtom Facts::TakeOldest(Outcome outcome, const SensorVela::VendorAtom* atom) {
+  QueuedAtom oldest = std::move(waiting_.front());
+  waiting_.pop_front();
+  AtomFact fact = {outcome, oldest.cause, atom, std::nullopt, "", std::nullopt};
+  if (atom != nullptr) {
+    ++(outcome == Outcome::kDelivered ? summary_.delivered : summary_.failed);
+    fact.id = atom->atomId;
+    fact.name = testkit::AtomName(*atom);
+    fact.sensor = SensorOf(*atom);
+  } else {
+    ++summary_.dropped;
+    fact.id = oldest.cause.atom_id();
+    if (fact.id) fact.name = AtomName(*fact.id);
+    fact.sensor = oldest.cause.sensor();
+  }
+  Notify(&RunObserver::OnQueueLength, time_.Now(), waiting_.size());
+  Notify(&RunObserver::OnAtom, time_.Now(), fact);
+  return oldest;
+}
+
+void Facts::ChangeReporterState(ReporterState state) {
+  const Instant now = time_.Now();
+  if (reporter_ == ReporterState::kAsleep && now > last_step_) {
+    Notify(&RunObserver::OnReporterSlept, last_step_, now);
+  }
+  last_step_ = now;
+  if (state == reporter_) return;
+  if (reporter_ != ReporterState::kNotStarted) {
+    Notify(&RunObserver::OnReporterStay, reporter_since_, now, reporter_,
+           reporter_ == ReporterState::kWaiting ? batch_ : 0);
+  }
+  reporter_ = state;
+  reporter_since_ = now;
+}
+
+void Facts::EndAbsence() {
+  if (time_.Now() == absent_since_) return;
+  Notify(&RunObserver::OnServiceAway, absent_since_.value_or(time_.Now()), time_.Now(), *absence_);
+}
+
+void Facts::EndSpan(SensorVela::SensorId sensor, SensorFacts& facts) {
+  const std::optional<SensorSpan> span = facts.EndSpan(time_.Now());
+  if (span) Notify(&RunObserver::OnSensorSpan, sensor, *span);
+}
+
+}  // namespace sensorvela::replay

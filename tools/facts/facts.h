@@ -1,0 +1,153 @@
+// Works out what a run means.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include <sensorvela/platform/simulated/service_manager.h>
+#include <sensorvela/platform/simulated/virtual_time.h>
+#include <sensorvela/testkit/stats_service.h>
+
+#include "platform/sync.h"
+#include "tools/facts/cause.h"
+#include "tools/facts/run_observer.h"
+#include "tools/facts/sensor_facts.h"
+#include "trace_format/sensor_order.h"
+
+#include "platform/thread_annotations.h"
+
+namespace sensorvela::replay {
+
+/// Is told what happens in a run, and tells the observers what it means. The run's main thread and
+/// the engine's reporter thread call it in the order of what happens. Every method takes the one
+/// lock and calls the observers with it held.
+class Facts {
+ public:
+  /// Constructed by the run's main thread. The observers and `time` must outlive it. The observers
+  /// get log lines only with `observe_log`.
+  Facts(std::vector<RunObserver*> observers, bool observe_log, const simulated::VirtualTime& time);
+
+  // Called by the main thread.
+
+  /// An event happens now: it is the cause of the atoms that the main thread queues from now on.
+  void EventBegins(const std::shared_ptr<const EventInfo>& event) SENSORVELA_EXCLUDES(mutex_);
+
+  /// `looks_up_first`: the first lookup is the one at the engine's start.
+  void EngineStarts(bool has_supplier, bool looks_up_first) SENSORVELA_EXCLUDES(mutex_);
+  /// The engine is about to be destroyed. In a run that `follows_recording`, what it still does is
+  /// not what the recorded engine did, and is not looked at.
+  void EngineStops(bool follows_recording) SENSORVELA_EXCLUDES(mutex_);
+  void RunEnds() SENSORVELA_EXCLUDES(mutex_);
+
+  // Called before the call of the engine.
+
+  void SensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns)
+      SENSORVELA_EXCLUDES(mutex_);
+  void SensorDisabled(SensorVela::SensorId sensor) SENSORVELA_EXCLUDES(mutex_);
+  void Sample(const std::shared_ptr<const EventInfo>& event, SensorVela::SensorId sensor,
+              std::int64_t timestamp_ns) SENSORVELA_EXCLUDES(mutex_);
+  void ErrorBegins() SENSORVELA_EXCLUDES(mutex_);
+
+  /// The call that reports an error has returned. It was blocked if it queued no atom.
+  void ErrorEnds() SENSORVELA_EXCLUDES(mutex_);
+
+  /// `absence`: why the host cannot find the service from now on; none if it can.
+  void ServiceChanges(std::optional<AbsenceReason> absence) SENSORVELA_EXCLUDES(mutex_);
+  void Suspended(std::chrono::nanoseconds duration) SENSORVELA_EXCLUDES(mutex_);
+  void Note(std::string_view text) SENSORVELA_EXCLUDES(mutex_);
+
+  /// Whether atoms are queued that the reporter thread has not taken.
+  bool HasQueuedAtoms() const SENSORVELA_EXCLUDES(mutex_);
+
+  // Called by the reporter thread.
+
+  void Lookup(simulated::LookupStep step) SENSORVELA_EXCLUDES(mutex_);
+  void Reported(const SensorVela::VendorAtom& atom, testkit::Answer answer)
+      SENSORVELA_EXCLUDES(mutex_);
+  /// The engine begins to ask its supplier.
+  void CycleEnds() SENSORVELA_EXCLUDES(mutex_);
+
+  // Called by either thread.
+
+  /// The engine has queued an atom or, once it has been told to stop, has been notified of that.
+  void Notified() SENSORVELA_EXCLUDES(mutex_);
+  void LogLine(int priority, std::string_view tag, std::string_view text)
+      SENSORVELA_EXCLUDES(mutex_);
+
+ private:
+  using Instant = RunObserver::Instant;
+
+  /// A disable that an atom reports: of this sensor, after so many enables.
+  struct Disable {
+    SensorVela::SensorId sensor;
+    std::uint64_t enables;
+  };
+
+  struct QueuedAtom {
+    Cause cause;
+    std::optional<Disable> disable;
+  };
+
+  template <typename... Parameters, typename... Arguments>
+  void Notify(void (RunObserver::*method)(Parameters...), const Arguments&... arguments)
+      SENSORVELA_REQUIRES(mutex_) {
+    for (RunObserver* observer : observers_) (observer->*method)(arguments...);
+  }
+
+  /// The oldest atom leaves the queue. `atom` is null if it never reached the service.
+  QueuedAtom TakeOldest(Outcome outcome, const SensorVela::VendorAtom* atom)
+      SENSORVELA_REQUIRES(mutex_);
+  void ChangeReporterState(ReporterState state) SENSORVELA_REQUIRES(mutex_);
+  void EndAbsence() SENSORVELA_REQUIRES(mutex_);
+  void EndSpan(SensorVela::SensorId sensor, SensorFacts& facts) SENSORVELA_REQUIRES(mutex_);
+
+  const std::vector<RunObserver*> observers_;
+  const bool observe_log_;
+  const simulated::VirtualTime& time_;
+  const std::thread::id main_thread_ = std::this_thread::get_id();
+
+  mutable platform::Mutex mutex_;
+  Summary summary_ SENSORVELA_GUARDED_BY(mutex_);
+  /// Of what the main thread does.
+  Cause cause_ SENSORVELA_GUARDED_BY(mutex_);
+
+  /// The atoms in the queue, and those that the reporter thread has taken.
+  std::deque<QueuedAtom> waiting_ SENSORVELA_GUARDED_BY(mutex_);
+  /// How many of them the reporter thread has taken.
+  std::size_t batch_ SENSORVELA_GUARDED_BY(mutex_) = 0;
+  /// Atoms have been queued since the last step of a lookup.
+  bool has_queued_atoms_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  /// The disable that is reported next.
+  std::optional<Disable> disable_ SENSORVELA_GUARDED_BY(mutex_);
+  /// The call in progress reports an error and has queued no atom.
+  bool error_is_blocked_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  std::string last_log_text_ SENSORVELA_GUARDED_BY(mutex_);
+  bool is_stopping_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  bool is_over_ SENSORVELA_GUARDED_BY(mutex_) = false;
+
+  /// The next lookup is the one at the engine's start.
+  bool is_starting_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  ReporterState reporter_ SENSORVELA_GUARDED_BY(mutex_) = ReporterState::kNotStarted;
+  Instant reporter_since_ SENSORVELA_GUARDED_BY(mutex_) = {};
+  Instant last_step_ SENSORVELA_GUARDED_BY(mutex_) = {};
+
+  std::optional<AbsenceReason> absence_ SENSORVELA_GUARDED_BY(mutex_) =
+      AbsenceReason::kNotRegistered;
+  /// None before the first event.
+  std::optional<Instant> absent_since_ SENSORVELA_GUARDED_BY(mutex_);
+
+  std::map<SensorVela::SensorId, SensorFacts, SensorOrder> sensors_ SENSORVELA_GUARDED_BY(mutex_);
+};
+
+}  // namespace sensorvela::replay
+
+#include "platform/thread_annotations_end.h"

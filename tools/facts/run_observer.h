@@ -1,0 +1,125 @@
+// The interface for whoever prints or counts what a run means.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/platform/simulated/virtual_time.h>
+
+#include "tools/facts/cause.h"
+#include "tools/facts/outcome.h"
+#include "tools/facts/sensor_facts.h"
+
+namespace sensorvela::replay {
+
+struct AtomFact {
+  Outcome outcome;
+  const Cause& cause;
+  /// Null if it never reached the stats service.
+  const SensorVela::VendorAtom* atom;
+  /// None if neither the atom nor its cause says it.
+  std::optional<std::int32_t> id;
+  /// Empty if the identifier is not known.
+  std::string name;
+  /// The sensor that the atom is about, or the one that its cause names.
+  std::optional<SensorVela::SensorId> sensor;
+};
+
+/// What the reporter thread does.
+enum class ReporterState : std::uint8_t {
+  kNotStarted,
+  /// It waits for the stats service: at its start, or with a batch that it has taken.
+  kWaiting,
+  kAsleep,
+};
+
+/// A step of the reporter thread that takes no time.
+enum class ReporterStep : std::uint8_t {
+  /// It sends a batch: all atoms that were queued when it took them.
+  kSends,
+  /// It drops the batch: there is no service.
+  kDrops,
+  /// A cycle has ended, and it gets diagnostics from the supplier.
+  kUploads,
+};
+
+/// Why the host cannot find the stats service. In a recording the reason is not known.
+enum class AbsenceReason : std::uint8_t { kUnknown, kNotRegistered, kRefused };
+
+struct SensorSummary {
+  SensorVela::SensorId sensor;
+  SampleCounts arrived;
+  SampleCounts reported;
+  /// The span that the end of the run ends.
+  std::optional<SensorSpan> last_span;
+
+  /// Samples that are in no report that the stats service accepted.
+  std::uint64_t NotReported() const {
+    return arrived.samples > reported.samples ? arrived.samples - reported.samples : 0;
+  }
+};
+
+struct Summary {
+  /// Atoms that the stats service accepted.
+  std::uint64_t delivered = 0;
+  /// Atoms whose report failed or ended without a status.
+  std::uint64_t failed = 0;
+  /// Atoms that were queued and never reached the service.
+  std::uint64_t dropped = 0;
+  /// Errors past the cap, for which no atom was queued.
+  std::uint64_t blocked_by_cap = 0;
+  /// None without a diagnostics supplier, whose call is the only sign of a cycle's end.
+  std::optional<std::uint64_t> cycles_ended;
+  /// Every sensor that had a sample, an enable or a disable, by ascending identifier.
+  std::vector<SensorSummary> sensors;
+};
+
+/// The methods are called one at a time, in the order of what happens. Arguments are valid during
+/// the call.
+class RunObserver {
+ public:
+  using Instant = simulated::VirtualTime::Instant;
+
+  virtual ~RunObserver() = default;
+
+  /// So many atoms are queued from now on, or taken and not yet sent.
+  virtual void OnQueueLength(Instant /*at*/, std::size_t /*atoms*/) {}
+  /// Called once for each atom, in the order in which they were queued.
+  virtual void OnAtom(Instant /*at*/, const AtomFact& /*atom*/) {}
+  /// The engine queued no atom for an error, because the error was past its cap, and logged `text`.
+  virtual void OnErrorBlocked(Instant /*at*/, const Cause& /*cause*/, std::string_view /*text*/) {}
+
+  /// `atoms`: how many are sent or dropped.
+  virtual void OnReporterStep(Instant /*at*/, ReporterStep /*step*/, std::size_t /*atoms*/) {}
+  /// The reporter thread slept from its last step to the next one.
+  virtual void OnReporterSlept(Instant /*from*/, Instant /*to*/) {}
+  /// The reporter thread was in the state; steps do not end its sleep. `atoms`: how many it held
+  /// while it waited.
+  virtual void OnReporterStay(Instant /*from*/, Instant /*to*/, ReporterState /*state*/,
+                              std::size_t /*atoms*/) {}
+
+  virtual void OnSensorEnabled(Instant /*at*/, SensorVela::SensorId /*sensor*/) {}
+  virtual void OnSensorDisabled(Instant /*at*/, SensorVela::SensorId /*sensor*/,
+                                std::uint64_t /*samples_since_enable*/) {}
+  virtual void OnSensorSpan(SensorVela::SensorId /*sensor*/, const SensorSpan& /*span*/) {}
+  virtual void OnSample(Instant /*at*/, SensorVela::SensorId /*sensor*/,
+                        const SampleFact& /*sample*/) {}
+
+  virtual void OnLogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
+                         std::string_view /*text*/) {}
+  /// The host could not find the stats service. In a recording it can until a lookup has waited or
+  /// found none. A run begins without the service.
+  virtual void OnServiceAway(Instant /*from*/, Instant /*to*/, AbsenceReason /*reason*/) {}
+  /// The device is suspended from `at` on, for `duration`.
+  virtual void OnSuspended(Instant /*at*/, std::chrono::nanoseconds /*duration*/) {}
+  virtual void OnNote(Instant /*at*/, std::string_view /*text*/) {}
+  virtual void OnRunEnd(Instant /*at*/, const Summary& /*summary*/) {}
+};
+
+}  // namespace sensorvela::replay
