@@ -273,10 +273,12 @@ const AtomInfo* FindAtom(std::int32_t id) {
   return nullptr;
 }
 
-std::string AtomName(const VendorAtom& atom) {
-  const AtomInfo* info = FindAtom(atom.atomId);
-  return info != nullptr ? std::string(info->name) : "atom " + std::to_string(atom.atomId);
+std::string AtomName(std::int32_t id) {
+  const AtomInfo* info = FindAtom(id);
+  return info != nullptr ? std::string(info->name) : "atom " + std::to_string(id);
 }
+
+std::string AtomName(const VendorAtom& atom) { return AtomName(atom.atomId); }
 
 std::string ValueName(const VendorAtom& atom, std::size_t index) {
   const AtomInfo* info = FindAtom(atom.atomId);

@@ -61,7 +61,7 @@ void AtomList::AddLost(Outcome outcome, Instant at, const Cause& cause) {
   ThinnedList<Entry>& list = lists_.at(outcome);
   const bool is_named = outcome == kDropped && cause.atom_id != 0;
   Entry entry = {{at, at},
-                 is_named ? AtomName(cause.atom_id) : "",
+                 is_named ? testkit::AtomName(cause.atom_id) : "",
                  "",
                  {cause.at, cause.what, cause.line.number}};
   // One event can be blocked a million times.

@@ -41,7 +41,7 @@ class JsonLinesReport : public RunObserver {
     Json object = {{"kind", "dropped"}, {"at_ns", at.count()}};
     if (cause.atom_id != 0) {
       object["atom_id"] = cause.atom_id;
-      object["name"] = AtomName(cause.atom_id);
+      object["name"] = testkit::AtomName(cause.atom_id);
     }
     AddSensor(cause.line, object);
     AddCause(cause, object);

@@ -101,7 +101,7 @@ class TextReport : public RunObserver {
   void OnAtomDropped(Instant at, const Cause& cause) override {
     const auto sensor = event_sensor_.Of(cause.line);
     if (options_.summary_only || !options_.only.HasLost(cause.atom_id, sensor)) return;
-    const std::string name = cause.atom_id == 0 ? "an atom" : AtomName(cause.atom_id);
+    const std::string name = cause.atom_id == 0 ? "an atom" : testkit::AtomName(cause.atom_id);
     Lost(at, Marked("DROPPED") + name + (sensor ? "  " + names_.Label(*sensor) : ""), cause);
   }
 

@@ -1,23 +1,20 @@
 // Names that every output of the tool uses.
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/testkit/stats_service.h>
 
+#include "trace_format/sensor_order.h"
+
 namespace sensorvela::replay {
 
 /// "ok", "error" or "no_status".
 std::string_view AnswerName(testkit::Answer answer);
-
-/// The name of the atoms of that identifier; `atom 42` where the catalogue has none.
-std::string AtomName(std::int32_t id);
 
 /// The names of a trace's sensors.
 class SensorNames {
@@ -36,7 +33,7 @@ class SensorNames {
   std::string Label(SensorVela::SensorId sensor) const;
 
  private:
-  std::map<std::pair<std::uint32_t, std::int32_t>, std::string> names_;
+  std::map<SensorVela::SensorId, std::string, SensorOrder> names_;
 };
 
 /// The letter of a log priority: "I", "E", or "?" for one that the library does not use.

@@ -80,7 +80,8 @@ class ViewerObserver : public RunObserver {
     queue_length_.Set(at, --waiting_);
     Json arguments = QueuedBy(cause);
     AddEvent(cause.line, arguments);
-    const std::string name = cause.atom_id == 0 ? std::string(cause.what) : AtomName(cause.atom_id);
+    const std::string name =
+        cause.atom_id == 0 ? std::string(cause.what) : testkit::AtomName(cause.atom_id);
     out_.Mark(kDropped, at, "dropped", name, arguments);
   }
 
