@@ -173,11 +173,12 @@ void Replay::FollowRecording(const RecordingPlan& plan) {
   state_.LimitReports(ReportsBeforeNextLookup());
 }
 
-void Replay::DeliverSamples(const std::vector<RecordedSample>& samples) {
+void Replay::DeliverSamples(const std::vector<trace_format::Sample>& samples) {
   const Cause cause = state_.cause();
-  for (const RecordedSample& sample : samples) {
-    MoveTo(sample.arrival);
-    state_.OnSample({sample.arrival, cause.what, cause.line, cause.atom_id}, sample.sensor,
+  for (const trace_format::Sample& sample : samples) {
+    const std::chrono::nanoseconds arrival(sample.arrival_ns);
+    MoveTo(arrival);
+    state_.OnSample({arrival, cause.what, cause.line, cause.atom_id}, sample.sensor,
                     sample.timestamp_ns);
     engine_->LogSensorLatency(sample.sensor, sample.timestamp_ns);
   }

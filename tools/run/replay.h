@@ -19,11 +19,11 @@
 #include <sensorvela/testkit/stats_service.h>
 
 #include "tools/run/event.h"
-#include "tools/run/recorded_sample.h"
 #include "tools/run/recording_plan.h"
 #include "tools/run/run_observer.h"
 #include "tools/run/run_state.h"
 #include "tools/run/sample_trains.h"
+#include "trace_format/sample.h"
 
 namespace sensorvela::replay {
 
@@ -109,7 +109,7 @@ class Replay {
   /// The recording's first event. `plan` must outlive the replay.
   void FollowRecording(const RecordingPlan& plan);
   /// In the order of their arrival.
-  void DeliverSamples(const std::vector<RecordedSample>& samples);
+  void DeliverSamples(const std::vector<trace_format::Sample>& samples);
   void EndCycle();
   void AnswerSupplier(const testkit::Diagnostics& answer);
   /// Something happens while the recorded engine's lookup waits.

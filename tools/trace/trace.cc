@@ -16,6 +16,7 @@
 #include "tools/text/printable_text.h"
 #include "tools/trace/field_reader.h"
 #include "tools/trace/json_line.h"
+#include "trace_format/words.h"
 
 namespace sensorvela::replay {
 namespace {
@@ -36,9 +37,10 @@ class TraceParser {
 
   void Parse(std::size_t line_number, std::string_view line, Event& event) {
     FieldReader fields(json_.Parse(line));
-    const std::string name = fields.Text("event");
+    const std::string name = fields.Text(trace_format::field::kEvent);
     const EventKind& kind = FindEventKind(name);
-    const auto at_ns = fields.Integer<std::int64_t>("at_ns", 0, kMaxTimeNs);
+    const auto at_ns =
+        fields.Integer<std::int64_t>(trace_format::field::kAtNs, 0, trace_format::kMaxTimeNs);
     context_.at_ns = at_ns;
     EventContent content = kind.read(fields, context_);
     fields.RejectOtherFields();
