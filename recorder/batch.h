@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "recorder/sample.h"
+#include "trace_format/sample.h"
 
 namespace sensorvela::recorder {
 
@@ -29,7 +29,7 @@ class Batch {
 
   // Return false, and add nothing, if there is no room.
 
-  bool Add(const Sample& sample) {
+  bool Add(const trace_format::Sample& sample) {
     if (samples_.size() == kMaxSamples) return false;
     samples_.push_back(sample);
     return true;
@@ -43,7 +43,7 @@ class Batch {
   }
 
   /// Whether an empty batch has room for it.
-  static bool CanHold(const Sample& /*sample*/) { return true; }
+  static bool CanHold(const trace_format::Sample& /*sample*/) { return true; }
   static bool CanHold(std::string_view line) { return line.size() <= kMaxTextBytes; }
 
   bool IsHalfFull() const {
@@ -57,7 +57,7 @@ class Batch {
     text_.clear();
   }
 
-  const std::vector<Sample>& samples() const { return samples_; }
+  const std::vector<trace_format::Sample>& samples() const { return samples_; }
   const std::vector<Line>& lines() const { return lines_; }
   std::string_view text() const { return text_; }
 
@@ -67,7 +67,7 @@ class Batch {
   static constexpr std::size_t kMaxLines = 4'096;
   static constexpr std::size_t kMaxTextBytes = 393'216;
 
-  std::vector<Sample> samples_;
+  std::vector<trace_format::Sample> samples_;
   std::vector<Line> lines_;
   std::string text_;
 };

@@ -1,5 +1,6 @@
 // Takes the place of the library's exported methods. Each calls the library's.
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
 
 #include <sensorvela/engine/sensor_vela.h>
@@ -7,7 +8,11 @@
 #include "recorder/next_definition.h"
 #include "recorder/outside_atom.h"
 #include "recorder/recordings.h"
+#include "trace_format/record_fields.h"
+#include "trace_format/words.h"
 
+namespace event = sensorvela::trace_format::event;
+namespace field = sensorvela::trace_format::field;
 using sensorvela::recorder::EventLine;
 using sensorvela::recorder::NextDefinition;
 using sensorvela::recorder::Recording;
@@ -22,16 +27,39 @@ Recording* RecordingOf(const SensorVela* engine) {
   return ThisThread().is_in_engine ? nullptr : Recordings::Get().Find(engine);
 }
 
-/// Calls the engine's next method and records it as an event, to which `write` adds the fields.
-template <typename Write, typename... Parameters, typename... Arguments>
+// Each writes an argument of a call. A number takes the next name for its field.
+
+template <typename Number>
+void Write(EventLine& line, const std::string_view*& name, Number number) {
+  line.Integer(*name++, static_cast<std::int64_t>(number));
+}
+void Write(EventLine& line, const std::string_view*& /*name*/, SensorVela::SensorId sensor) {
+  line.Sensor(sensor);
+}
+void Write(EventLine& line, const std::string_view*& /*name*/, const SensorVela::VendorAtom& atom) {
+  sensorvela::recorder::WriteOutsideAtom(line, atom);
+}
+void Write(EventLine& line, const std::string_view*& /*name*/,
+           const SensorVela::TarnVelaProxEvent& prox) {
+  sensorvela::trace_format::ForEachNamedField(
+      prox, [&](std::string_view name, auto value) { line.Name(name).Value(value); });
+}
+
+/// Calls the engine's next method and records it as an event that has the arguments in its fields.
+/// `names` are those of the arguments that are numbers.
+template <typename... Parameters, typename... Arguments>
 void CallAndRecord(SensorVela* engine, void (SensorVela::*next)(Parameters...),
-                   std::string_view kind, const Write& write, const Arguments&... arguments) {
+                   std::string_view kind, std::initializer_list<std::string_view> names,
+                   const Arguments&... arguments) {
   const auto call = [&] { (engine->*next)(arguments...); };
   Recording* const recording = RecordingOf(engine);
   if (recording == nullptr) {
     call();
   } else {
-    recording->RecordCall(kind, call, write);
+    recording->RecordCall(kind, call, [&](EventLine& line) {
+      const std::string_view* name = names.begin();
+      (Write(line, name, arguments), ...);
+    });
   }
 }
 
@@ -39,38 +67,27 @@ void CallAndRecord(SensorVela* engine, void (SensorVela::*next)(Parameters...),
 
 void SensorVela::ReportVendorAtomAsync(const VendorAtom& atom) {
   static const auto next = NextDefinition(&SensorVela::ReportVendorAtomAsync);
-  const auto write = [&](EventLine& line) { sensorvela::recorder::WriteOutsideAtom(line, atom); };
-  CallAndRecord(this, next, "atom", write, atom);
+  CallAndRecord(this, next, event::kAtom, {}, atom);
 }
 
 void SensorVela::LogSensorHalError(SensorId sensor, HalCall call, int error) {
   static const auto next = NextDefinition(&SensorVela::LogSensorHalError);
-  const auto write = [&](EventLine& line) {
-    line.Sensor(sensor).Integer("call", static_cast<std::int32_t>(call)).Integer("error", error);
-  };
-  CallAndRecord(this, next, "hal_error", write, sensor, call, error);
+  CallAndRecord(this, next, event::kHalError, {field::kCall, field::kError}, sensor, call, error);
 }
 
 void SensorVela::LogSensorRuntimeError(SensorId sensor, ErrorType type, int code) {
   static const auto next = NextDefinition(&SensorVela::LogSensorRuntimeError);
-  const auto write = [&](EventLine& line) {
-    line.Sensor(sensor).Integer("type", static_cast<std::int32_t>(type)).Integer("code", code);
-  };
-  CallAndRecord(this, next, "runtime_error", write, sensor, type, code);
+  CallAndRecord(this, next, event::kRuntimeError, {field::kType, field::kCode}, sensor, type, code);
 }
 
 void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns) {
   static const auto next = NextDefinition(&SensorVela::ReportHalSensorEnabled);
-  const auto write = [&](EventLine& line) {
-    line.Sensor(sensor).Integer("period_ns", sampling_period_ns);
-  };
-  CallAndRecord(this, next, "sensor_enabled", write, sensor, sampling_period_ns);
+  CallAndRecord(this, next, event::kSensorEnabled, {field::kPeriodNs}, sensor, sampling_period_ns);
 }
 
 void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
   static const auto next = NextDefinition(&SensorVela::ReportHalSensorDisabled);
-  const auto write = [&](EventLine& line) { line.Sensor(sensor); };
-  CallAndRecord(this, next, "sensor_disabled", write, sensor);
+  CallAndRecord(this, next, event::kSensorDisabled, {}, sensor);
 }
 
 void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
@@ -86,52 +103,23 @@ void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
 
 void SensorVela::ReportFirstSample(SensorId sensor, long long latency_ns) {
   static const auto next = NextDefinition(&SensorVela::ReportFirstSample);
-  const auto write = [&](EventLine& line) {
-    line.Sensor(sensor).Integer("latency_ns", latency_ns);
-  };
-  CallAndRecord(this, next, "first_sample", write, sensor, latency_ns);
+  CallAndRecord(this, next, event::kFirstSample, {field::kLatencyNs}, sensor, latency_ns);
 }
 
 void SensorVela::LogSensorProxEvent(const TarnVelaProxEvent& event) {
   static const auto next = NextDefinition(&SensorVela::LogSensorProxEvent);
-  const auto write = [&](EventLine& line) {
-    line.Integer("int_0", event.int_0)
-        .Integer("int_1", event.int_1)
-        .Integer("int_2", event.int_2)
-        .Integer("int_3", event.int_3)
-        .Integer("int_4", event.int_4)
-        .Integer("int_5", event.int_5)
-        .Integer("int_6", event.int_6)
-        .Integer("int_7", event.int_7)
-        .Float("float_0", event.float_0)
-        .Float("float_1", event.float_1)
-        .Float("float_2", event.float_2)
-        .Float("float_3", event.float_3)
-        .Integer("int_8", event.int_8)
-        .Integer("int_9", event.int_9)
-        .Float("float_4", event.float_4)
-        .Float("float_5", event.float_5)
-        .Float("float_6", event.float_6);
-  };
-  CallAndRecord(this, next, "prox", write, event);
+  CallAndRecord(this, next, event::kProx, {}, event);
 }
 
 void SensorVela::ReportHalLatency(HalOperation operation, SensorId sensor, long long latency_ns) {
   static const auto next = NextDefinition(&SensorVela::ReportHalLatency);
-  const auto write = [&](EventLine& line) {
-    line.Integer("operation", static_cast<std::int32_t>(operation))
-        .Sensor(sensor)
-        .Integer("latency_ns", latency_ns);
-  };
-  CallAndRecord(this, next, "hal_latency", write, operation, sensor, latency_ns);
+  CallAndRecord(this, next, event::kHalLatency, {field::kOperation, field::kLatencyNs}, operation,
+                sensor, latency_ns);
 }
 
 void SensorVela::ReportFirmwareState(int subject_id, FirmwareState state, int detail_code) {
   static const auto next = NextDefinition(&SensorVela::ReportFirmwareState);
-  const auto write = [&](EventLine& line) {
-    line.Integer("subject_id", subject_id)
-        .Integer("state", static_cast<std::int32_t>(state))
-        .Integer("detail_code", detail_code);
-  };
-  CallAndRecord(this, next, "firmware_state", write, subject_id, state, detail_code);
+  CallAndRecord(this, next, event::kFirmwareState,
+                {field::kSubjectId, field::kState, field::kDetailCode}, subject_id, state,
+                detail_code);
 }

@@ -12,6 +12,7 @@
 #include "recorder/next_definition.h"
 #include "recorder/recorded_supplier.h"
 #include "recorder/recordings.h"
+#include "trace_format/words.h"
 
 #ifdef _LIBCPP_VERSION
 #define SENSORVELA_CONSTRUCTOR(kind, supplier) \
@@ -43,11 +44,11 @@ SENSORVELA_EXPORTED void* SensorVelaDestroyBase(void* engine) asm("_ZN10SensorVe
 
 namespace {
 
+namespace kinds = sensorvela::trace_format::supplier;
 using sensorvela::recorder::MakeRecordedSupplier;
 using sensorvela::recorder::NextDefinition;
 using sensorvela::recorder::Recording;
 using sensorvela::recorder::Recordings;
-using sensorvela::recorder::SupplierKind;
 
 /// Constructs the engine with the supplier that `wrap` makes. If the library's constructor throws,
 /// the recordings learn that there is no engine.
@@ -71,8 +72,8 @@ void ConstructRecorded(void* engine, const std::shared_ptr<Recording>& recording
 // What the library promises: `supplier` is null afterwards.
 void* SensorVelaConstructFirst(void* engine, First&& supplier) {
   static const auto next = NextDefinition(&SensorVelaConstructFirst);
-  const auto recording = Recordings::Get().Begin(
-      supplier == nullptr ? SupplierKind::kNone : SupplierKind::kFirstGeneration);
+  const auto recording =
+      Recordings::Get().Begin(supplier == nullptr ? kinds::kNone : kinds::kFirst);
   if (recording == nullptr) {
     next(engine, std::move(supplier));
   } else if (supplier == nullptr) {
@@ -88,8 +89,8 @@ void* SensorVelaConstructFirst(void* engine, First&& supplier) {
 
 void* SensorVelaConstructSecond(void* engine, Second&& supplier) {
   static const auto next = NextDefinition(&SensorVelaConstructSecond);
-  const auto recording = Recordings::Get().Begin(
-      supplier == nullptr ? SupplierKind::kNone : SupplierKind::kSecondGeneration);
+  const auto recording =
+      Recordings::Get().Begin(supplier == nullptr ? kinds::kNone : kinds::kSecond);
   if (recording == nullptr) {
     next(engine, std::move(supplier));
   } else {

@@ -7,51 +7,38 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <span>
 #include <string>
 #include <string_view>
 
+#include "trace_format/utf8.h"
+#include "trace_format/words.h"
+
 namespace sensorvela::recorder {
+
+namespace field = trace_format::field;
+
 namespace {
 
 constexpr int kFloatDigits = 9;  // As many as tell all floats apart.
-
-/// The length of the UTF-8 character that `text` begins with; 0 if it begins with none.
-std::size_t CharacterLength(std::string_view text) {
-  const auto byte = [&](std::size_t i) {
-    return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-  };
-  const auto continues = [&](std::size_t i) { return (byte(i) & 0xC0U) == 0x80U; };
-  const unsigned first = byte(0);
-  if (first < 0x80) return 1;
-  // No overlong forms, no surrogates, nothing beyond U+10FFFF.
-  if (first >= 0xC2 && first <= 0xDF) return continues(1) ? 2 : 0;
-  if (first >= 0xE0 && first <= 0xEF) {
-    const bool is_legal = (first != 0xE0 || byte(1) >= 0xA0) && (first != 0xED || byte(1) <= 0x9F);
-    return is_legal && continues(1) && continues(2) ? 3 : 0;
-  }
-  if (first >= 0xF0 && first <= 0xF4) {
-    const bool is_legal = (first != 0xF0 || byte(1) >= 0x90) && (first != 0xF4 || byte(1) <= 0x8F);
-    return is_legal && continues(1) && continues(2) && continues(3) ? 4 : 0;
-  }
-  return 0;
-}
 
 void AppendQuoted(std::string& out, std::string_view text) {
   constexpr std::string_view kHex = "0123456789abcdef";
   out += '"';
   while (!text.empty()) {
-    const std::size_t length = CharacterLength(text);
+    const auto character = trace_format::FirstCharacter(text);
+    const std::size_t bytes = character ? character->bytes : 1;
     const auto first = static_cast<unsigned char>(text[0]);
-    if (length == 0) {
+    if (!character) {
       out += "\\ufffd";
     } else if (first < ' ') {
       out += "\\u00";
       out += {kHex[first / 16U], kHex[first % 16U]};
     } else {
       if (first == '"' || first == '\\') out += '\\';
-      out += text.substr(0, length);
+      out += text.substr(0, bytes);
     }
-    text.remove_prefix(length == 0 ? 1 : length);
+    text.remove_prefix(bytes);
   }
   out += '"';
 }
@@ -68,21 +55,19 @@ std::string NanText(float nan) {
 }  // namespace
 
 EventLine::EventLine(std::int64_t at_ns, std::string_view kind) {
-  Open('{').Integer("at_ns", at_ns).Text("event", kind);
+  Open('{').Integer(field::kAtNs, at_ns).Text(field::kEvent, kind);
 }
 
 EventLine& EventLine::Integer(std::string_view name, std::int64_t value) {
   return Name(name).Value(value);
 }
 
-EventLine& EventLine::Float(std::string_view name, float value) { return Name(name).Value(value); }
-
 EventLine& EventLine::Text(std::string_view name, std::string_view value) {
   return Name(name).Value(value);
 }
 
 EventLine& EventLine::Sensor(SensorVela::SensorId sensor) {
-  return Integer("sensor_high", sensor.high).Integer("sensor_low", sensor.low);
+  return Integer(field::kSensorHigh, sensor.high).Integer(field::kSensorLow, sensor.low);
 }
 
 EventLine& EventLine::Name(std::string_view name) {
@@ -132,6 +117,12 @@ EventLine& EventLine::Value(std::string_view value) {
   Separate();
   AppendQuoted(text_, value);
   return *this;
+}
+
+EventLine& EventLine::Value(std::span<const std::int32_t> values) {
+  Open('[');
+  for (const std::int32_t value : values) Value(value);
+  return Close(']');
 }
 
 const std::string& EventLine::Finish() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -18,7 +19,6 @@ class EventLine {
   // Fields of the event. Each returns the line.
 
   EventLine& Integer(std::string_view name, std::int64_t value);
-  EventLine& Float(std::string_view name, float value);
   EventLine& Text(std::string_view name, std::string_view value);
   EventLine& Sensor(SensorVela::SensorId sensor);
 
@@ -35,6 +35,8 @@ class EventLine {
   EventLine& Value(bool value);
   /// Bytes that are not UTF-8 are replaced.
   EventLine& Value(std::string_view value);
+  /// As an array.
+  EventLine& Value(std::span<const std::int32_t> values);
 
   /// The whole line, with its end.
   const std::string& Finish();

@@ -1,72 +1,33 @@
 #include "recorder/recorded_supplier.h"
 
-#include <cstdint>
 #include <memory>
-#include <span>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "recorder/event_line.h"
+#include "trace_format/record_fields.h"
+#include "trace_format/words.h"
 
 namespace sensorvela::recorder {
+
+namespace item = trace_format::item;
+
 namespace {
 
 using V = SensorVela;
 
-// The elements of each record, in the order in which a trace has them.
-
-template <typename... Values>
-void WriteValues(EventLine& line, const Values&... values) {
+template <typename Record>
+void Write(EventLine& line, const Record& record) {
   line.Open('[');
-  (line.Value(values), ...);
+  trace_format::ForEachField(record, [&](auto number) { line.Value(number); });
   line.Close(']');
 }
-
-void WriteArray(EventLine& line, std::span<const std::int32_t> values) {
-  line.Open('[');
-  for (const std::int32_t value : values) line.Value(value);
-  line.Close(']');
-}
-
-void Write(EventLine& line, const V::ProcessorDiag& r) {
-  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4);
-}
-void Write(EventLine& line, const V::QueueStress& r) {
-  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5, r.value_6);
-}
-void Write(EventLine& line, const V::IpcErrorRate& r) {
-  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4);
-}
-void Write(EventLine& line, const V::SensorUsage& r) {
-  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5, r.value_6, r.value_7);
-}
-void Write(EventLine& line, const V::GatingContext& r) {
-  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5, r.value_6, r.value_7,
-              r.value_8, r.value_9);
-}
-void Write(EventLine& line, const V::DramException& r) {
-  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5);
-}
-void Write(EventLine& line, const V::AadProxStats& r) {
-  WriteValues(line, r.value_1, r.value_2, r.value_3, r.value_4, r.value_5, r.value_6, r.value_7,
-              r.value_8, r.value_9, r.value_10, r.value_11, r.value_12, r.value_13, r.value_14,
-              r.value_15, r.value_16, r.value_17, r.value_18, r.value_19, r.value_20);
-}
-void Write(EventLine& line, const V::MemoryPressure& r) {
-  line.Open('{')
-      .Integer("kind", r.kind)
-      .Integer("shared_value", r.shared_value)
-      .Integer("pressure_value_1", r.pressure_value_1)
-      .Integer("pressure_value_2", r.pressure_value_2)
-      .Integer("pressure_value_3", r.pressure_value_3)
-      .Float("pressure_value_4", r.pressure_value_4)
-      .Integer("serviceability_value_1", r.serviceability_value_1)
-      .Integer("serviceability_value_2", r.serviceability_value_2)
-      .Name("bucket_allocation_count");
-  WriteArray(line, r.bucket_allocation_count);
-  line.Name("bucket_duration_ms");
-  WriteArray(line, r.bucket_duration_ms);
+void Write(EventLine& line, const V::MemoryPressure& memory) {
+  line.Open('{');
+  trace_format::ForEachNamedField(
+      memory, [&](std::string_view name, const auto& field) { line.Name(name).Value(field); });
   line.Close('}');
 }
 template <typename Record>
@@ -95,26 +56,38 @@ bool HasAtoms(const std::vector<Record>& records) {
   return !records.empty();
 }
 
-/// The recording of one supplier's answers, for both generations.
-template <typename Supplier>
-class Answers {
+/// The operations of both generations. An `Answer` of a record is how the generation returns it.
+template <typename Supplier, template <typename> typename Answer>
+class RecordedSupplier : public Supplier {
  public:
-  Answers(std::shared_ptr<Recording> recording, std::unique_ptr<Supplier> hosts)
+  RecordedSupplier(std::shared_ptr<Recording> recording, std::unique_ptr<Supplier> hosts)
       : recording_(std::move(recording)), hosts_(std::move(hosts)) {}
 
-  /// Asks the host's supplier and records the answer, which a trace calls `item`.
-  template <typename Answer>
-  Answer Ask(std::string_view item, Answer (Supplier::*operation)()) {
-    recording_->SupplierIsAsked(item == "processor");
+  Answer<V::ProcessorDiag> GetProcessorDiagnostics() override {
+    return Ask(item::kProcessor, &Supplier::GetProcessorDiagnostics);
+  }
+  Answer<V::QueueStress> GetQueueStressType1() override {
+    return Ask(item::kQueue1, &Supplier::GetQueueStressType1);
+  }
+  Answer<V::QueueStress> GetQueueStressType2() override {
+    return Ask(item::kQueue2, &Supplier::GetQueueStressType2);
+  }
+  Answer<V::QueueStress> GetQueueStressType3() override {
+    return Ask(item::kQueue3, &Supplier::GetQueueStressType3);
+  }
+
+ protected:
+  /// Asks the host's supplier and records the answer, which a trace calls `name`.
+  template <typename Result>
+  Result Ask(std::string_view name, Result (Supplier::*operation)()) {
+    recording_->SupplierIsAsked(name == item::kProcessor);
     if (hosts_ == nullptr) return {};
     ThisThread().is_in_supplier = true;
-    Answer answer = ((*hosts_).*operation)();
+    Result answer = ((*hosts_).*operation)();
     ThisThread().is_in_supplier = false;
     const bool has_atoms = HasAtoms(answer);
     recording_->SupplierAnswers(has_atoms, [&](EventLine& line) {
-      if (!has_atoms) return;
-      line.Name(item);
-      Write(line, answer);
+      if (has_atoms) Write(line.Name(name), answer);
     });
     return answer;
   }
@@ -124,70 +97,35 @@ class Answers {
   const std::unique_ptr<Supplier> hosts_;
 };
 
-class FirstGeneration : public V::SystemDiagnosticsSupplier {
-  using Supplier = V::SystemDiagnosticsSupplier;
+using FirstGeneration = RecordedSupplier<V::SystemDiagnosticsSupplier, std::type_identity_t>;
 
- public:
-  FirstGeneration(std::shared_ptr<Recording> recording, std::unique_ptr<Supplier> hosts)
-      : answers_(std::move(recording), std::move(hosts)) {}
+template <typename Record>
+using Owned = std::unique_ptr<Record>;
 
-  V::ProcessorDiag GetProcessorDiagnostics() override {
-    return answers_.Ask("processor", &Supplier::GetProcessorDiagnostics);
-  }
-  V::QueueStress GetQueueStressType1() override {
-    return answers_.Ask("queue_1", &Supplier::GetQueueStressType1);
-  }
-  V::QueueStress GetQueueStressType2() override {
-    return answers_.Ask("queue_2", &Supplier::GetQueueStressType2);
-  }
-  V::QueueStress GetQueueStressType3() override {
-    return answers_.Ask("queue_3", &Supplier::GetQueueStressType3);
-  }
-
- private:
-  Answers<Supplier> answers_;
-};
-
-class SecondGeneration : public V::SystemDiagnosticsSupplierV2 {
+class SecondGeneration : public RecordedSupplier<V::SystemDiagnosticsSupplierV2, Owned> {
   using Supplier = V::SystemDiagnosticsSupplierV2;
 
  public:
-  SecondGeneration(std::shared_ptr<Recording> recording, std::unique_ptr<Supplier> hosts)
-      : answers_(std::move(recording), std::move(hosts)) {}
+  using RecordedSupplier::RecordedSupplier;
 
-  std::unique_ptr<V::ProcessorDiag> GetProcessorDiagnostics() override {
-    return answers_.Ask("processor", &Supplier::GetProcessorDiagnostics);
-  }
-  std::unique_ptr<V::QueueStress> GetQueueStressType1() override {
-    return answers_.Ask("queue_1", &Supplier::GetQueueStressType1);
-  }
-  std::unique_ptr<V::QueueStress> GetQueueStressType2() override {
-    return answers_.Ask("queue_2", &Supplier::GetQueueStressType2);
-  }
-  std::unique_ptr<V::QueueStress> GetQueueStressType3() override {
-    return answers_.Ask("queue_3", &Supplier::GetQueueStressType3);
-  }
   std::vector<V::IpcErrorRate> GetIpcErrorRates() override {
-    return answers_.Ask("ipc_error_rates", &Supplier::GetIpcErrorRates);
+    return Ask(item::kIpcErrorRates, &Supplier::GetIpcErrorRates);
   }
   std::vector<V::MemoryPressure> GetMemoryPressures() override {
-    return answers_.Ask("memory", &Supplier::GetMemoryPressures);
+    return Ask(item::kMemory, &Supplier::GetMemoryPressures);
   }
   std::vector<V::SensorUsage> GetSensorUsages() override {
-    return answers_.Ask("sensor_usages", &Supplier::GetSensorUsages);
+    return Ask(item::kSensorUsages, &Supplier::GetSensorUsages);
   }
   std::vector<V::GatingContext> GetGatingContexts() override {
-    return answers_.Ask("gating_contexts", &Supplier::GetGatingContexts);
+    return Ask(item::kGatingContexts, &Supplier::GetGatingContexts);
   }
-  std::unique_ptr<V::DramException> GetDramException() override {
-    return answers_.Ask("dram_exception", &Supplier::GetDramException);
+  Owned<V::DramException> GetDramException() override {
+    return Ask(item::kDramException, &Supplier::GetDramException);
   }
-  std::unique_ptr<V::AadProxStats> GetAadProxStats() override {
-    return answers_.Ask("prox_stats", &Supplier::GetAadProxStats);
+  Owned<V::AadProxStats> GetAadProxStats() override {
+    return Ask(item::kProxStats, &Supplier::GetAadProxStats);
   }
-
- private:
-  Answers<Supplier> answers_;
 };
 
 }  // namespace

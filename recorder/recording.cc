@@ -7,12 +7,12 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 
@@ -22,6 +22,8 @@
 
 namespace sensorvela::recorder {
 
+namespace event = trace_format::event;
+namespace field = trace_format::field;
 using platform::MutexLock;
 
 namespace {
@@ -52,7 +54,7 @@ class AllSignalsBlocked {
 
 }  // namespace
 
-std::shared_ptr<Recording> Recording::Start(const Options& options, SupplierKind supplier) try {
+std::shared_ptr<Recording> Recording::Start(const Options& options, std::string_view supplier) try {
   const auto recording = std::make_shared<Recording>(options);
   recording->EngineStarts(supplier);
   const AllSignalsBlocked in_the_new_thread_too;
@@ -64,22 +66,18 @@ std::shared_ptr<Recording> Recording::Start(const Options& options, SupplierKind
   return nullptr;
 }
 
-void Recording::EngineStarts(SupplierKind supplier) {
+void Recording::EngineStarts(std::string_view supplier) {
   const MutexLock lock(mutex_);
   last_ns_ = std::max<std::int64_t>(NowNs(), 0);
   clock_offset_.TakeSuspension();
-  EventLine recording(last_ns_, "recording");
-  Append(recording.Integer("version", 1));
-  EventLine start(last_ns_, "engine_start");
-  constexpr std::string_view kNames[] = {"none", "first", "second"};
-  Append(start.Text("supplier", kNames[static_cast<std::size_t>(supplier)]));
+  Append(EventLine(last_ns_, event::kRecording).Integer(field::kVersion, 1));
+  Append(EventLine(last_ns_, event::kEngineStart).Text(field::kSupplier, supplier));
 }
 
 void Recording::EngineEnds() {
   const MutexLock lock(mutex_);
   RecordSuspension();
-  EventLine line(InOrder(NowNs()), "end");
-  Append(line.Integer("reports", reports_));
+  Append(EventLine(InOrder(NowNs()), event::kEnd).Integer(field::kReports, reports_));
   is_finished_ = true;
   WakeWriter();
   while (options_.waits_for_disk && !is_written()) changed_.wait(mutex_);
@@ -104,7 +102,7 @@ void Recording::ProcessEnds(std::chrono::steady_clock::time_point deadline) {
 
 void Recording::ServiceFoundDeclared() {
   const MutexLock lock(mutex_);
-  EventLine line(InOrder(NowNs()), "service_found_declared");
+  EventLine line(InOrder(NowNs()), event::kServiceFoundDeclared);
   Append(line);
 }
 
@@ -121,8 +119,8 @@ void Recording::LookupEnds(bool found) {
   found_service_ = found;
   expects_error_line_ = false;
   RecordSuspension();
-  EventLine line(InOrder(NowNs()), found ? "lookup_found" : "lookup_found_none");
-  Append(line.Integer("reports", reports_));
+  Append(EventLine(InOrder(NowNs()), found ? event::kLookupFound : event::kLookupFoundNone)
+             .Integer(field::kReports, reports_));
 }
 
 void Recording::ReportEnds(bool is_ok) {
@@ -130,8 +128,7 @@ void Recording::ReportEnds(bool is_ok) {
   ++reports_;
   if (is_ok) return;
   expects_error_line_ = true;
-  EventLine line(InOrder(NowNs()), "report_failed");
-  Append(line.Integer("report", reports_));
+  Append(EventLine(InOrder(NowNs()), event::kReportFailed).Integer(field::kReport, reports_));
 }
 
 void Recording::EngineLogsError() {
@@ -139,8 +136,7 @@ void Recording::EngineLogsError() {
   // After a lookup that found the service, only a failed report is an error.
   if (!found_service_ || std::exchange(expects_error_line_, false)) return;
   ++reports_;
-  EventLine line(InOrder(NowNs()), "report_silent");
-  Append(line.Integer("report", reports_));
+  Append(EventLine(InOrder(NowNs()), event::kReportSilent).Integer(field::kReport, reports_));
 }
 
 void Recording::SupplierIsAsked(bool is_first) {
@@ -148,7 +144,7 @@ void Recording::SupplierIsAsked(bool is_first) {
   ReleaseUpload();
   if (!is_first) return;
   RecordSuspension();
-  EventLine line(InOrder(NowNs()), "cycle_ended");
+  EventLine line(InOrder(NowNs()), event::kCycleEnded);
   Append(line);
 }
 
@@ -164,8 +160,8 @@ void Recording::RecordSuspension(std::int64_t until_ns) {
   // No event can have come while the device was suspended.
   const std::int64_t suspended_ns = std::min(clock_offset_.TakeSuspension(), until_ns - last_ns_);
   if (suspended_ns <= 0) return;
-  EventLine line(until_ns - suspended_ns, "suspended");
-  Append(line.Integer("for_ns", suspended_ns));
+  Append(
+      EventLine(until_ns - suspended_ns, event::kSuspended).Integer(field::kForNs, suspended_ns));
   last_ns_ = until_ns;
 }
 
@@ -174,14 +170,14 @@ void Recording::Append(EventLine& line) {
   AddToBatch(std::string_view(line.Finish()));
 }
 
-void Recording::Append(const Sample& sample) {
+void Recording::Append(const trace_format::Sample& sample) {
   RecordLookupThatWaits();
   AddToBatch(sample);
 }
 
 void Recording::RecordLookupThatWaits() {
   if (!lookup_began_ns_) return;
-  EventLine line(lookup_began_ns_.value(), "lookup_waits");
+  EventLine line(lookup_began_ns_.value(), event::kLookupWaits);
   lookup_began_ns_.reset();
   AddToBatch(std::string_view(line.Finish()));
 }

@@ -19,13 +19,12 @@
 #include "recorder/clock_offset.h"
 #include "recorder/event_line.h"
 #include "recorder/thread_state.h"
+#include "trace_format/sample.h"
+#include "trace_format/words.h"
 
 #include "platform/thread_annotations.h"
 
 namespace sensorvela::recorder {
-
-/// Which supplier the host gives the engine.
-enum class SupplierKind { kNone, kFirstGeneration, kSecondGeneration };
 
 /// Takes in what happens to an engine, in order, and writes it with a thread of its own. Any thread
 /// may call any method at any time.
@@ -45,7 +44,7 @@ class Recording {
 
   /// Starts the recording of an engine, and the thread that writes it; null, with a line in the
   /// log, if the system refuses the thread or the memory.
-  static std::shared_ptr<Recording> Start(const Options& options, SupplierKind supplier);
+  static std::shared_ptr<Recording> Start(const Options& options, std::string_view supplier);
 
   explicit Recording(Options options) : options_(std::move(options)) {}
   Recording(const Recording&) = delete;
@@ -81,7 +80,7 @@ class Recording {
     WaitForTurn();
     const std::int64_t at_ns = TimedCall(call);
     if (at_ns - last_ns_ > kLongGapNs) RecordSuspension(at_ns);
-    Append(Sample{sensor, InOrder(at_ns), timestamp_ns});
+    Append(trace_format::Sample{sensor, InOrder(at_ns), timestamp_ns});
   }
 
   /// The engine has been destroyed.
@@ -110,15 +109,13 @@ class Recording {
   template <typename Write>
   void SupplierAnswers(bool has_atoms, const Write& write) SENSORVELA_EXCLUDES(mutex_) {
     const platform::MutexLock lock(mutex_);
-    EventLine line(InOrder(NowNs()), "supplier_answers");
+    EventLine line(InOrder(NowNs()), trace_format::event::kSupplierAnswers);
     write(line);
     Append(line);
     upload_holds_ = has_atoms;
   }
 
  private:
-  /// The latest instant that a trace may have.
-  static constexpr std::int64_t kMaxTimeNs = 4'000'000'000'000'000'000;
   /// A gap between samples that is worth a look at the clocks.
   static constexpr std::int64_t kLongGapNs = 100'000'000;
   /// A killed process loses no more than this.
@@ -142,7 +139,9 @@ class Recording {
   /// The instant, or the last event's if that is later. The recording stops if a trace cannot have
   /// the instant.
   std::int64_t InOrder(std::int64_t at_ns) SENSORVELA_REQUIRES(mutex_) {
-    if (at_ns < 0 || at_ns > kMaxTimeNs) Stop("elapsed realtime is beyond what a trace can have");
+    if (at_ns < 0 || at_ns > trace_format::kMaxTimeNs) {
+      Stop("elapsed realtime is beyond what a trace can have");
+    }
     last_ns_ = std::max(last_ns_, at_ns);
     return last_ns_;
   }
@@ -156,14 +155,14 @@ class Recording {
   void RecordSuspension() SENSORVELA_REQUIRES(mutex_) { RecordSuspension(NowNs()); }
   void RecordSuspension(std::int64_t until_ns) SENSORVELA_REQUIRES(mutex_);
   void Append(EventLine& line) SENSORVELA_REQUIRES(mutex_);
-  void Append(const Sample& sample) SENSORVELA_REQUIRES(mutex_);
+  void Append(const trace_format::Sample& sample) SENSORVELA_REQUIRES(mutex_);
   void RecordLookupThatWaits() SENSORVELA_REQUIRES(mutex_);
   template <typename Item>
   void AddToBatch(const Item& item) SENSORVELA_REQUIRES(mutex_);
   void WakeWriter() SENSORVELA_REQUIRES(mutex_);
   /// Takes nothing more in, for this reason.
   void Stop(const char* reason) SENSORVELA_REQUIRES(mutex_);
-  void EngineStarts(SupplierKind supplier) SENSORVELA_EXCLUDES(mutex_);
+  void EngineStarts(std::string_view supplier) SENSORVELA_EXCLUDES(mutex_);
 
   void RunWriter() SENSORVELA_EXCLUDES(mutex_);
   /// Ends the recording for good, with the line in the log if something is `wrong`.

@@ -38,7 +38,7 @@ Recordings& Recordings::Get() {
   return recordings;
 }
 
-std::shared_ptr<Recording> Recordings::Begin(SupplierKind supplier) {
+std::shared_ptr<Recording> Recordings::Begin(std::string_view supplier) {
   const char* const path = Setting("SENSORVELA_RECORDING");
   if (path == nullptr || *path == '\0' || is_forked_) return nullptr;
   const char* const wait = Setting("SENSORVELA_RECORDING_WAIT");

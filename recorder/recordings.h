@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include <sensorvela/engine/sensor_vela.h>
@@ -26,7 +27,7 @@ class Recordings {
   /// raised privileges, `kMaxEngines` are recorded already, or the system refuses a thread or the
   /// memory. Waits until the reporter thread of every earlier engine has been identified, for a
   /// second at most for each.
-  std::shared_ptr<Recording> Begin(SupplierKind supplier) SENSORVELA_EXCLUDES(mutex_);
+  std::shared_ptr<Recording> Begin(std::string_view supplier) SENSORVELA_EXCLUDES(mutex_);
 
   /// The engine has been constructed, or not: then `engine` is null.
   void EngineIsConstructed(const std::shared_ptr<Recording>& recording, const SensorVela* engine)

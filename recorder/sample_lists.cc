@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "engine/wrapping_arithmetic.h"
 #include "recorder/event_line.h"
+#include "trace_format/words.h"
 
 namespace sensorvela::recorder {
 namespace {
@@ -14,24 +14,9 @@ namespace {
 constexpr std::size_t kMaxSamples = 4096;
 constexpr std::size_t kMaxLists = 64;
 
-/// Base 64 as in RFC 4648.
-constexpr std::string_view kDigits =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-
-void AppendQuantity(std::string& out, std::int64_t value) {
-  const auto bits = static_cast<std::uint64_t>(value);
-  std::uint64_t rest =
-      ((bits & (~std::uint64_t{0} >> 1U)) << 1U) ^ (value < 0 ? ~std::uint64_t{0} : 0);
-  while (rest >= 32) {
-    out += kDigits[static_cast<std::size_t>(32 + (rest & 31U))];
-    rest >>= 5U;
-  }
-  out += kDigits[static_cast<std::size_t>(rest)];
-}
-
 }  // namespace
 
-bool SampleLists::Add(const Sample& sample) {
+bool SampleLists::Add(const trace_format::Sample& sample) {
   const std::size_t position = Find(sample.sensor);
   if (samples_ == 0) {
     first_arrival_ns_ = sample.arrival_ns;
@@ -43,19 +28,10 @@ bool SampleLists::Add(const Sample& sample) {
     if (used_ == lists_.size()) lists_.emplace_back();
     List& list = lists_[used_++];
     list.sensor = sample.sensor;
-    list.arrival_ns = first_arrival_ns_;
-    list.interval_ns = 0;
-    list.latency_ns = 0;
+    list.codec = trace_format::SampleListCodec(first_arrival_ns_);
     list.text.clear();
   }
-  List& list = lists_[position];
-  const std::int64_t interval_ns = WrappingSubtract(sample.arrival_ns, list.arrival_ns);
-  const std::int64_t latency_ns = WrappingSubtract(sample.arrival_ns, sample.timestamp_ns);
-  AppendQuantity(list.text, WrappingSubtract(interval_ns, list.interval_ns));
-  AppendQuantity(list.text, WrappingSubtract(latency_ns, list.latency_ns));
-  list.arrival_ns = sample.arrival_ns;
-  list.interval_ns = interval_ns;
-  list.latency_ns = latency_ns;
+  lists_[position].codec.Append(sample, lists_[position].text);
   last_arrival_ns_ = sample.arrival_ns;
   last_list_ = position;
   ++samples_;
@@ -63,13 +39,13 @@ bool SampleLists::Add(const Sample& sample) {
 }
 
 void SampleLists::WriteTo(std::string& out) {
-  EventLine line(first_arrival_ns_, "sample_lists");
-  line.Name("sensors").Open('[');
+  EventLine line(first_arrival_ns_, trace_format::event::kSampleLists);
+  line.Name(trace_format::field::kSensors).Open('[');
   for (std::size_t i = 0; i < used_; ++i) {
     line.Open('[').Value(std::int64_t{lists_[i].sensor.high});
     line.Value(std::int64_t{lists_[i].sensor.low}).Close(']');
   }
-  line.Close(']').Name("lists").Open('[');
+  line.Close(']').Name(trace_format::field::kLists).Open('[');
   for (std::size_t i = 0; i < used_; ++i) line.Value(std::string_view(lists_[i].text));
   out += line.Close(']').Finish();
   used_ = 0;

@@ -6,10 +6,12 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "atoms/all_records.h"
+#include "trace_format/record_fields.h"
 
 namespace sensorvela::testkit {
 
@@ -40,6 +42,8 @@ constexpr std::array kPositionalInts = {
     ValueInfo{"value_11", kInt, ""}, ValueInfo{"value_12", kInt, ""},
     ValueInfo{"value_13", kInt, ""}, ValueInfo{"value_14", kInt, ""},
     ValueInfo{"value_15", kInt, ""}, ValueInfo{"value_16", kInt, ""},
+    ValueInfo{"value_17", kInt, ""}, ValueInfo{"value_18", kInt, ""},
+    ValueInfo{"value_19", kInt, ""}, ValueInfo{"value_20", kInt, ""},
 };
 
 /// `count` int values, named after their positions.
@@ -86,16 +90,9 @@ Entry EntryOf<atoms::SensorProcessorDiagnosticsReported>() {
 
 template <>
 Entry EntryOf<atoms::SensorSystemQueueStressReported>() {
-  return {"SensorSystemQueueStressReported",
-          {
-              {"queue_type", kInt, "the system queue: 1, 2 or 3"},
-              {"value_1", kInt, ""},
-              {"value_2", kInt, ""},
-              {"value_3", kInt, ""},
-              {"value_4", kInt, ""},
-              {"value_5", kInt, ""},
-              {"value_6", kInt, ""},
-          }};
+  std::vector<ValueInfo> values = PositionalInts(6);
+  values.insert(values.begin(), {"queue_type", kInt, "the system queue: 1, 2 or 3"});
+  return {"SensorSystemQueueStressReported", std::move(values)};
 }
 
 template <>
@@ -142,26 +139,12 @@ Entry EntryOf<atoms::SensorCoreDramExceptionsReported>() {
 
 template <>
 Entry EntryOf<atoms::ProxStatusReported>() {
-  return {"ProxStatusReported",
-          {
-              {"int_0", kInt, ""},
-              {"int_1", kInt, ""},
-              {"int_2", kInt, ""},
-              {"int_3", kInt, ""},
-              {"int_4", kInt, ""},
-              {"int_5", kInt, ""},
-              {"int_6", kInt, ""},
-              {"int_7", kInt, ""},
-              {"float_0", kFloat, ""},
-              {"float_1", kFloat, ""},
-              {"float_2", kFloat, ""},
-              {"float_3", kFloat, ""},
-              {"int_8", kInt, ""},
-              {"int_9", kInt, ""},
-              {"float_4", kFloat, ""},
-              {"float_5", kFloat, ""},
-              {"float_6", kFloat, ""},
-          }};
+  std::vector<ValueInfo> values;
+  const SensorVela::TarnVelaProxEvent event;
+  trace_format::ForEachNamedField(event, [&]<typename Field>(std::string_view name, const Field&) {
+    values.push_back({name, std::is_same_v<Field, float> ? kFloat : kInt, ""});
+  });
+  return {"ProxStatusReported", std::move(values)};
 }
 
 template <>
@@ -240,16 +223,9 @@ Entry EntryOf<atoms::SensorMemoryServiceabilityStatsReported>() {
 
 template <>
 Entry EntryOf<atoms::AADProxStatsReported>() {
-  return {"AADProxStatsReported",
-          {
-              {"value_1", kInt, ""},    {"value_2", kInt, ""},    {"value_3", kInt, ""},
-              {"value_4", kInt, ""},    {"value_5", kInt, ""},    {"value_6", kInt, ""},
-              {"value_7", kInt, ""},    {"value_8", kInt, ""},    {"value_9", kFloat, ""},
-              {"value_10", kFloat, ""}, {"value_11", kFloat, ""}, {"value_12", kFloat, ""},
-              {"value_13", kFloat, ""}, {"value_14", kFloat, ""}, {"value_15", kInt, ""},
-              {"value_16", kInt, ""},   {"value_17", kInt, ""},   {"value_18", kInt, ""},
-              {"value_19", kInt, ""},   {"value_20", kInt, ""},
-          }};
+  std::vector<ValueInfo> values = PositionalInts(20);
+  for (std::size_t i = 8; i < 14; ++i) values[i].kind = kFloat;
+  return {"AADProxStatsReported", std::move(values)};
 }
 
 }  // namespace
@@ -273,10 +249,12 @@ const AtomInfo* FindAtom(std::int32_t id) {
   return nullptr;
 }
 
-std::string AtomName(const VendorAtom& atom) {
-  const AtomInfo* info = FindAtom(atom.atomId);
-  return info != nullptr ? std::string(info->name) : "atom " + std::to_string(atom.atomId);
+std::string AtomName(std::int32_t id) {
+  const AtomInfo* info = FindAtom(id);
+  return info != nullptr ? std::string(info->name) : "atom " + std::to_string(id);
 }
+
+std::string AtomName(const VendorAtom& atom) { return AtomName(atom.atomId); }
 
 std::string ValueName(const VendorAtom& atom, std::size_t index) {
   const AtomInfo* info = FindAtom(atom.atomId);

@@ -30,7 +30,8 @@ const std::vector<AtomInfo>& AtomCatalogue();
 /// The atom with this identifier; null if the library has none.
 const AtomInfo* FindAtom(std::int32_t id);
 
-/// The atom's name, or `atom 42` for an identifier that the catalogue does not have.
+/// The name of the atom with this identifier, or `atom 42` if the catalogue does not have it.
+std::string AtomName(std::int32_t id);
 std::string AtomName(const aidl::android::frameworks::stats::VendorAtom& atom);
 
 /// The name of the value at `index`, counted from 0; `value_1`, `value_2`, ... where the catalogue

@@ -10,17 +10,17 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "testkit/atom_catalogue.h"
-#include "testkit/value_kinds.h"
+#include "trace_format/atom_value.h"
 
 namespace sensorvela::testkit {
 namespace {
 
 using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
-using Tag = VendorAtomValue::Tag;
 
 template <typename Int>
 std::string Text(Int value) {
@@ -79,41 +79,16 @@ std::string Text(const std::vector<T>& list) {
   return '[' + text + ']';
 }
 
-std::string ContentText(const VendorAtomValue& value) {
-  switch (value.getTag()) {
-    case Tag::intValue:
-      return Text(value.get<Tag::intValue>());
-    case Tag::longValue:
-      return Text(value.get<Tag::longValue>());
-    case Tag::floatValue:
-      return Text(value.get<Tag::floatValue>());
-    case Tag::stringValue:
-      return Text(value.get<Tag::stringValue>());
-    case Tag::boolValue:
-      return Text(value.get<Tag::boolValue>());
-    case Tag::repeatedIntValue:
-      return Text(value.get<Tag::repeatedIntValue>());
-    case Tag::repeatedLongValue:
-      return Text(value.get<Tag::repeatedLongValue>());
-    case Tag::repeatedFloatValue:
-      return Text(value.get<Tag::repeatedFloatValue>());
-    case Tag::repeatedStringValue:
-      return Text(value.get<Tag::repeatedStringValue>());
-    case Tag::repeatedBoolValue:
-      return Text(value.get<Tag::repeatedBoolValue>());
-    case Tag::byteArrayValue:
-      return Text(value.get<Tag::byteArrayValue>());
-  }
-  return "?";
-}
-
 std::string ValueText(const VendorAtom& atom, std::size_t index) {
   const VendorAtomValue& value = atom.values[index];
   const AtomInfo* info = FindAtom(atom.atomId);
   const bool is_known =
       info != nullptr && index < info->values.size() && info->values[index].kind == value.getTag();
-  const std::string kind = is_known ? "" : std::string(KindName(value.getTag())) + ' ';
-  return ValueName(atom, index) + '=' + kind + ContentText(value);
+  std::string text = "?";
+  trace_format::VisitValue(value, [&](const auto& content, std::string_view kind) {
+    text = (is_known ? "" : std::string(kind) + ' ') + Text(content);
+  });
+  return ValueName(atom, index) + '=' + text;
 }
 
 }  // namespace

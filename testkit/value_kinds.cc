@@ -1,36 +1,29 @@
 #include "testkit/value_kinds.h"
 
-#include <array>
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "trace_format/atom_value.h"
+
 namespace sensorvela::testkit {
-namespace {
 
-using Tag = aidl::android::frameworks::stats::VendorAtomValue::Tag;
+using trace_format::kKindNames;
+using Tag = trace_format::ValueKind;
 
-// In the order of the tags.
-constexpr std::array<std::string_view, 11> kNames = {"int",     "long",  "float", "string",
-                                                     "bool",    "ints",  "longs", "floats",
-                                                     "strings", "bools", "bytes"};
-static_assert(kNames.size() == static_cast<std::size_t>(Tag::byteArrayValue) + 1);
-
-}  // namespace
-
-std::string_view KindName(Tag kind) { return kNames.at(static_cast<std::size_t>(kind)); }
+std::string_view KindName(Tag kind) { return kKindNames.at(static_cast<std::size_t>(kind)); }
 
 std::optional<Tag> FindKind(std::string_view name) {
-  for (std::size_t i = 0; i < kNames.size(); ++i) {
-    if (kNames.at(i) == name) return static_cast<Tag>(i);
-  }
-  return std::nullopt;
+  const auto* const found = std::ranges::find(kKindNames, name);
+  if (found == kKindNames.end()) return std::nullopt;
+  return static_cast<Tag>(found - kKindNames.begin());
 }
 
 std::string KindNames() {
   std::string names;
-  for (const std::string_view name : kNames) {
+  for (const std::string_view name : kKindNames) {
     if (!names.empty()) names += ", ";
     names += name;
   }

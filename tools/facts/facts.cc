@@ -12,7 +12,6 @@
 #include <sensorvela/testkit/atom_catalogue.h>
 
 #include "tools/facts/sensor_of.h"
-#include "tools/text/names.h"
 
 namespace sensorvela::replay {
 
@@ -190,7 +189,7 @@ Facts::QueuedAtom Facts::TakeOldest(Outcome outcome, const SensorVela::VendorAto
   } else {
     ++summary_.dropped;
     fact.id = oldest.cause.atom_id();
-    if (fact.id) fact.name = AtomName(*fact.id);
+    if (fact.id) fact.name = testkit::AtomName(*fact.id);
     fact.sensor = oldest.cause.sensor();
   }
   Notify(&RunObserver::OnQueueLength, time_.Now(), waiting_.size());

@@ -5,16 +5,16 @@
 #include <string>
 #include <string_view>
 
+#include "trace_format/utf8.h"
+
 namespace sensorvela::replay {
 
 /// `text`, or its first 400 bytes or so and " ..." if it is longer. Does not cut a character of
 /// UTF-8 in two.
 inline std::string ShortText(std::string_view text) {
   constexpr std::size_t kMaxBytes = 400;
-  if (text.size() <= kMaxBytes) return std::string(text);
-  std::size_t end = kMaxBytes;
-  while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
-  return std::string(text.substr(0, end)) + " ...";
+  const std::string_view part = trace_format::Cut(text, kMaxBytes);
+  return std::string(part) + (part == text ? "" : " ...");
 }
 
 }  // namespace sensorvela::replay

@@ -80,9 +80,9 @@ void Replay::DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_n
   engine_->LogSensorLatency(sensor, timestamp_ns);
 }
 
-void Replay::DeliverSamples(const std::vector<RecordedSample>& samples) {
-  for (const RecordedSample& sample : samples) {
-    MoveTo(sample.arrival);
+void Replay::DeliverSamples(const std::vector<trace_format::Sample>& samples) {
+  for (const trace_format::Sample& sample : samples) {
+    MoveTo(std::chrono::nanoseconds(sample.arrival_ns));
     DeliverSample(sample.sensor, sample.timestamp_ns);
   }
 }

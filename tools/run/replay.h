@@ -19,10 +19,10 @@
 
 #include "tools/facts/facts.h"
 #include "tools/run/event.h"
-#include "tools/run/recorded_sample.h"
 #include "tools/run/recording_follower.h"
 #include "tools/run/recording_plan.h"
 #include "tools/run/sample_trains.h"
+#include "trace_format/sample.h"
 
 namespace sensorvela::replay {
 
@@ -78,7 +78,7 @@ class Replay {
   void DisableSensor(SensorVela::SensorId sensor);
   void DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns);
   /// A recording's samples, in the order of their arrival.
-  void DeliverSamples(const std::vector<RecordedSample>& samples);
+  void DeliverSamples(const std::vector<trace_format::Sample>& samples);
 
   /// The timestamp of the train's first sample is the present instant.
   void StartTrain(const SampleTrain& train);

@@ -4,11 +4,13 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
 #include "tools/text/printable_text.h"
+#include "trace_format/atom_value.h"
 
 namespace sensorvela::replay {
 namespace {
@@ -51,32 +53,10 @@ std::string Dump(const Json& json, bool ascii_only) {
 }
 
 Json ToJson(const VendorAtomValue& value) {
-  using Tag = VendorAtomValue::Tag;
-  switch (value.getTag()) {
-    case Tag::intValue:
-      return ToJson(value.get<Tag::intValue>());
-    case Tag::longValue:
-      return ToJson(value.get<Tag::longValue>());
-    case Tag::floatValue:
-      return ToJson(value.get<Tag::floatValue>());
-    case Tag::stringValue:
-      return ToJson(value.get<Tag::stringValue>());
-    case Tag::boolValue:
-      return ToJson(value.get<Tag::boolValue>());
-    case Tag::repeatedIntValue:
-      return ToJson(value.get<Tag::repeatedIntValue>());
-    case Tag::repeatedLongValue:
-      return ToJson(value.get<Tag::repeatedLongValue>());
-    case Tag::repeatedFloatValue:
-      return ToJson(value.get<Tag::repeatedFloatValue>());
-    case Tag::repeatedStringValue:
-      return ToJson(value.get<Tag::repeatedStringValue>());
-    case Tag::repeatedBoolValue:
-      return ToJson(value.get<Tag::repeatedBoolValue>());
-    case Tag::byteArrayValue:
-      return ToJson(value.get<Tag::byteArrayValue>());
-  }
-  return {};
+  Json json;
+  trace_format::VisitValue(
+      value, [&](const auto& content, std::string_view /*kind*/) { json = ToJson(content); });
+  return json;
 }
 
 Json NamedValues(const VendorAtom& atom) {

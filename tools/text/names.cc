@@ -2,36 +2,25 @@
 
 #include <android/log.h>
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <sensorvela/testkit/atom_catalogue.h>
 
 #include "tools/text/printable_text.h"
 
 namespace sensorvela::replay {
 
-std::string AtomName(std::int32_t id) {
-  SensorVela::VendorAtom atom;
-  atom.atomId = id;
-  return testkit::AtomName(atom);
-}
-
-void SensorNames::Set(SensorVela::SensorId sensor, std::string_view name) {
-  names_[{sensor.high, sensor.low}] = name;
-}
+void SensorNames::Set(SensorVela::SensorId sensor, std::string_view name) { names_[sensor] = name; }
 
 std::string_view SensorNames::NameOf(SensorVela::SensorId sensor) const {
-  const auto found = names_.find({sensor.high, sensor.low});
+  const auto found = names_.find(sensor);
   return found == names_.end() ? std::string_view() : found->second;
 }
 
 std::vector<SensorVela::SensorId> SensorNames::Named(std::string_view name) const {
   std::vector<SensorVela::SensorId> sensors;
   for (const auto& [id, its_name] : names_) {
-    if (its_name == name && !name.empty()) sensors.push_back({id.first, id.second});
+    if (its_name == name && !name.empty()) sensors.push_back(id);
   }
   return sensors;
 }

@@ -1,19 +1,16 @@
 // Names that every output of the tool uses.
 #pragma once
 
-#include <cstdint>
 #include <map>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include <sensorvela/engine/sensor_vela.h>
 
-namespace sensorvela::replay {
+#include "trace_format/sensor_order.h"
 
-/// The name of the atoms of that identifier; `atom 42` where the catalogue has none.
-std::string AtomName(std::int32_t id);
+namespace sensorvela::replay {
 
 /// The names of a trace's sensors.
 class SensorNames {
@@ -32,7 +29,7 @@ class SensorNames {
   std::string Label(SensorVela::SensorId sensor) const;
 
  private:
-  std::map<std::pair<std::uint32_t, std::int32_t>, std::string> names_;
+  std::map<SensorVela::SensorId, std::string, SensorOrder> names_;
 };
 
 /// The letter of a log priority: "I", "E", or "?" for one that the library does not use.

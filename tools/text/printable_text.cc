@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdio>
-#include <optional>
 #include <string>
 #include <string_view>
+
+#include "trace_format/utf8.h"
 
 namespace sensorvela::replay {
 namespace {
@@ -47,38 +47,12 @@ std::string Escaped(char32_t code_point) {
          Formatted("\\u%04x", 0xdc00 + (code_point & 0x3ff));
 }
 
-bool ContinuesUtf8(char c) { return (static_cast<unsigned char>(c) & 0xc0) == 0x80; }
-
-struct Character {
-  char32_t code_point;
-  std::size_t bytes;
-};
-
-/// The first character of `text`, which is not empty; none if it is not UTF-8.
-std::optional<Character> FirstCharacter(std::string_view text) {
-  const auto lead = static_cast<unsigned char>(text[0]);
-  if (lead < 0x80) return Character{lead, 1};
-  const auto bytes = static_cast<std::size_t>(std::countl_one(lead));
-  if (bytes < 2 || bytes > 4 || text.size() < bytes) return std::nullopt;
-  char32_t code_point = lead & (0x7fU >> bytes);
-  for (const char c : text.substr(1, bytes - 1)) {
-    if (!ContinuesUtf8(c)) return std::nullopt;
-    code_point = code_point << 6 | (static_cast<unsigned char>(c) & 0x3fU);
-  }
-  constexpr char32_t kSmallest[] = {0x80, 0x800, 0x10000};
-  const bool is_surrogate = code_point >= 0xd800 && code_point < 0xe000;
-  if (code_point < kSmallest[bytes - 2] || code_point > 0x10ffff || is_surrogate) {
-    return std::nullopt;
-  }
-  return Character{code_point, bytes};
-}
-
 }  // namespace
 
 std::string Printable(std::string_view text) {
   std::string result;
   while (!text.empty()) {
-    const auto character = FirstCharacter(text);
+    const auto character = trace_format::FirstCharacter(text);
     const std::size_t bytes = character ? character->bytes : 1;
     if (!character) {
       result += Formatted("\\x%02x", static_cast<unsigned char>(text[0]));
@@ -93,10 +67,8 @@ std::string Printable(std::string_view text) {
 }
 
 std::string Quoted(std::string_view text) {
-  if (text.size() <= kMaxQuotedBytes) return '"' + Printable(text) + '"';
-  std::size_t end = kMaxQuotedBytes;
-  while (end > 0 && ContinuesUtf8(text[end])) --end;
-  return '"' + Printable(text.substr(0, end)) + "...\"";
+  const std::string_view part = trace_format::Cut(text, kMaxQuotedBytes);
+  return '"' + Printable(part) + (part == text ? "\"" : "...\"");
 }
 
 }  // namespace sensorvela::replay

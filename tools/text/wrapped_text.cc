@@ -5,10 +5,13 @@
 #include <string>
 #include <string_view>
 
-namespace sensorvela::replay {
-namespace {
+#include "trace_format/utf8.h"
 
-bool ContinuesCharacter(char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80; }
+namespace sensorvela::replay {
+
+using trace_format::ContinuesCharacter;
+
+namespace {
 
 /// Where the character of that column begins, or the end of the text.
 std::size_t IndexOf(std::size_t column, std::string_view text) {

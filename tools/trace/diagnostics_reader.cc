@@ -7,106 +7,63 @@
 #include <string_view>
 #include <vector>
 
+#include "trace_format/record_fields.h"
+#include "trace_format/words.h"
+
 namespace sensorvela::replay {
 
+namespace item = trace_format::item;
 using testkit::SupplierKind;
 
 namespace {
 
-/// Reads an array of numbers, each once and in order.
-class NumberReader {
- public:
-  NumberReader(const CheckedValue& list, std::size_t count) : numbers_(list.List(count)) {}
-
-  std::int32_t Int() { return numbers_[next_++].Integer<std::int32_t>(); }
-  std::int64_t Long() { return numbers_[next_++].Integer<std::int64_t>(); }
-  float Float() { return numbers_[next_++].Float(); }
-
- private:
-  std::vector<CheckedValue> numbers_;
-  std::size_t next_ = 0;
-};
-
-SensorVela::ProcessorDiag ReadProcessor(const CheckedValue& list) {
-  NumberReader in(list, 4);
-  return {in.Long(), in.Long(), in.Long(), in.Long()};
+void Read(const CheckedValue& value, float& number) { number = value.Float(); }
+void Read(const CheckedValue& value, std::int32_t& number) {
+  number = value.Integer<std::int32_t>();
+}
+void Read(const CheckedValue& value, std::int64_t& number) {
+  number = value.Integer<std::int64_t>();
 }
 
-SensorVela::QueueStress ReadQueue(const CheckedValue& list) {
-  NumberReader in(list, 6);
-  return {in.Long(), in.Long(), in.Int(), in.Int(), in.Long(), in.Long()};
+template <typename Record>
+void Read(const CheckedValue& list, Record& record) {
+  const auto numbers = list.List(trace_format::FieldCount<Record>());
+  auto number = numbers.begin();
+  trace_format::ForEachField(record, [&](auto& field) { Read(*number++, field); });
 }
 
-SensorVela::IpcErrorRate ReadIpcErrorRate(const CheckedValue& list) {
-  NumberReader in(list, 4);
-  return {in.Int(), in.Int(), in.Int(), in.Int()};
+// The fields of a record that is an object.
+
+void ReadField(FieldReader& fields, std::string_view name, std::uint8_t& kind) {
+  kind = fields.Integer<std::uint8_t>(name);
+}
+void ReadField(FieldReader& fields, std::string_view name, std::int32_t& number) {
+  number = fields.OptionalInteger<std::int32_t>(name, 0);
+}
+void ReadField(FieldReader& fields, std::string_view name, float& number) {
+  number = fields.OptionalFloat(name);
+}
+void ReadField(FieldReader& fields, std::string_view name, std::array<std::int32_t, 20>& buckets) {
+  const auto list = fields.OptionalValue(name, "an array of 20 integers");
+  if (!list) return;
+  const auto numbers = list->List(buckets.size());
+  for (std::size_t i = 0; i < buckets.size(); ++i) Read(numbers[i], buckets[i]);
 }
 
-SensorVela::SensorUsage ReadSensorUsage(const CheckedValue& list) {
-  NumberReader in(list, 7);
-  return {in.Int(), in.Int(), in.Int(), in.Int(), in.Int(), in.Int(), in.Int()};
-}
-
-SensorVela::GatingContext ReadGatingContext(const CheckedValue& list) {
-  NumberReader in(list, 9);
-  return {in.Int(), in.Int(), in.Int(), in.Int(), in.Int(), in.Int(), in.Int(), in.Int(), in.Int()};
-}
-
-SensorVela::DramException ReadDramException(const CheckedValue& list) {
-  NumberReader in(list, 5);
-  return {in.Int(), in.Int(), in.Int(), in.Int(), in.Int()};
-}
-
-SensorVela::AadProxStats ReadProxStats(const CheckedValue& list) {
-  NumberReader in(list, 20);
-  return {in.Int(), in.Int(),   in.Int(),   in.Int(),   in.Int(),   in.Int(),   in.Int(),
-          in.Int(), in.Float(), in.Float(), in.Float(), in.Float(), in.Float(), in.Float(),
-          in.Int(), in.Int(),   in.Int(),   in.Int(),   in.Int(),   in.Int()};
-}
-
-std::array<std::int32_t, 20> ReadBuckets(FieldReader& fields, std::string_view name) {
-  std::array<std::int32_t, 20> buckets = {};
-  if (const auto list = fields.OptionalValue(name, "an array of 20 integers")) {
-    NumberReader in(*list, buckets.size());
-    for (std::int32_t& bucket : buckets) bucket = in.Int();
-  }
-  return buckets;
-}
-
-SensorVela::MemoryPressure ReadMemory(const CheckedValue& object) {
+void Read(const CheckedValue& object, SensorVela::MemoryPressure& memory) {
   FieldReader fields(object);
-  const auto optional_int = [&](std::string_view name) {
-    return fields.OptionalInteger<std::int32_t>(name, 0);
-  };
-  SensorVela::MemoryPressure memory = {};
-  memory.kind = fields.Integer<std::uint8_t>("kind");
-  memory.shared_value = optional_int("shared_value");
-  memory.pressure_value_1 = optional_int("pressure_value_1");
-  memory.pressure_value_2 = optional_int("pressure_value_2");
-  memory.pressure_value_3 = optional_int("pressure_value_3");
-  memory.pressure_value_4 = fields.OptionalFloat("pressure_value_4");
-  memory.serviceability_value_1 = optional_int("serviceability_value_1");
-  memory.serviceability_value_2 = optional_int("serviceability_value_2");
-  memory.bucket_allocation_count = ReadBuckets(fields, "bucket_allocation_count");
-  memory.bucket_duration_ms = ReadBuckets(fields, "bucket_duration_ms");
+  trace_format::ForEachNamedField(
+      memory, [&](std::string_view name, auto& field) { ReadField(fields, name, field); });
   fields.RejectOtherFields();
-  return memory;
 }
 
 template <typename Record>
-std::optional<Record> ReadItem(const std::optional<CheckedValue>& item,
-                               Record (*read)(const CheckedValue&)) {
-  if (!item) return std::nullopt;
-  return read(*item);
+void Read(const CheckedValue& item, std::optional<Record>& record) {
+  Read(item, record.emplace());
 }
-
 template <typename Record>
-std::vector<Record> ReadItems(const std::optional<CheckedValue>& items,
-                              Record (*read)(const CheckedValue&)) {
-  std::vector<Record> records;
-  if (!items) return records;
-  for (const CheckedValue& item : items->List()) records.push_back(read(item));
-  return records;
+void Read(const CheckedValue& items, std::vector<Record>& records) {
+  for (const CheckedValue& item : items.List()) Read(item, records.emplace_back());
 }
 
 }  // namespace
@@ -115,34 +72,29 @@ testkit::Diagnostics ReadDiagnostics(FieldReader& fields, SupplierKind supplier)
   if (supplier == SupplierKind::kNone) {
     throw EventError("diagnostics without a supplier: expected an engine_start with one");
   }
-  const auto second_generation = [&](std::string_view name, std::string_view expected) {
-    const auto item = fields.OptionalValue(name, expected);
-    if (item && supplier == SupplierKind::kFirstGeneration) {
-      item->Reject("is no item of a first-generation supplier",
-                   "only processor, queue_1, queue_2 and queue_3");
+  const auto read = [&](std::string_view name, std::string_view expected, auto& answer) {
+    if (const auto value = fields.OptionalValue(name, expected)) Read(*value, answer);
+  };
+  const auto read_second = [&](std::string_view name, std::string_view expected, auto& answer) {
+    const auto value = fields.OptionalValue(name, expected);
+    if (value && supplier == SupplierKind::kFirstGeneration) {
+      value->Reject("is no item of a first-generation supplier",
+                    "only processor, queue_1, queue_2 and queue_3");
     }
-    return item;
+    if (value) Read(*value, answer);
   };
-  return {
-      .processor =
-          ReadItem(fields.OptionalValue("processor", "an array of 4 integers"), ReadProcessor),
-      .queues = {ReadItem(fields.OptionalValue("queue_1", "an array of 6 integers"), ReadQueue),
-                 ReadItem(fields.OptionalValue("queue_2", "an array of 6 integers"), ReadQueue),
-                 ReadItem(fields.OptionalValue("queue_3", "an array of 6 integers"), ReadQueue)},
-      .ipc_error_rates =
-          ReadItems(second_generation("ipc_error_rates", "an array of arrays of 4 integers"),
-                    ReadIpcErrorRate),
-      .memory = ReadItems(second_generation("memory", "an array of objects"), ReadMemory),
-      .sensor_usages = ReadItems(
-          second_generation("sensor_usages", "an array of arrays of 7 integers"), ReadSensorUsage),
-      .gating_contexts =
-          ReadItems(second_generation("gating_contexts", "an array of arrays of 9 integers"),
-                    ReadGatingContext),
-      .dram_exception = ReadItem(second_generation("dram_exception", "an array of 5 integers"),
-                                 ReadDramException),
-      .prox_stats =
-          ReadItem(second_generation("prox_stats", "an array of 20 numbers"), ReadProxStats),
-  };
+  testkit::Diagnostics all;
+  read(item::kProcessor, "an array of 4 integers", all.processor);
+  read(item::kQueue1, "an array of 6 integers", all.queues[0]);
+  read(item::kQueue2, "an array of 6 integers", all.queues[1]);
+  read(item::kQueue3, "an array of 6 integers", all.queues[2]);
+  read_second(item::kIpcErrorRates, "an array of arrays of 4 integers", all.ipc_error_rates);
+  read_second(item::kMemory, "an array of objects", all.memory);
+  read_second(item::kSensorUsages, "an array of arrays of 7 integers", all.sensor_usages);
+  read_second(item::kGatingContexts, "an array of arrays of 9 integers", all.gating_contexts);
+  read_second(item::kDramException, "an array of 5 integers", all.dram_exception);
+  read_second(item::kProxStats, "an array of 20 numbers", all.prox_stats);
+  return all;
 }
 
 }  // namespace sensorvela::replay

@@ -1,11 +1,12 @@
 #include "tools/trace/event_kinds.h"
 
-#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include <sensorvela/atoms/sensor_event_atoms.h>
@@ -20,8 +21,14 @@
 #include "tools/trace/outside_atom.h"
 #include "tools/trace/sample_lists_reader.h"
 #include "tools/trace/sample_train_reader.h"
+#include "trace_format/record_fields.h"
+#include "trace_format/words.h"
 
 namespace sensorvela::replay {
+
+namespace event = trace_format::event;
+namespace field = trace_format::field;
+
 namespace {
 
 namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
@@ -37,8 +44,8 @@ constexpr std::size_t kNameWidth = 25;
 constexpr std::size_t kLineWidth = 100;
 
 SensorVela::SensorId ReadSensor(FieldReader& fields) {
-  const auto high = fields.Integer<std::uint32_t>("sensor_high");
-  const auto low = fields.Integer<std::int32_t>("sensor_low");
+  const auto high = fields.Integer<std::uint32_t>(field::kSensorHigh);
+  const auto low = fields.Integer<std::int32_t>(field::kSensorLow);
   return {high, low};
 }
 
@@ -47,23 +54,22 @@ std::int32_t ReadCount(FieldReader& fields) {
 }
 
 testkit::SupplierKind ReadSupplier(FieldReader& fields) {
-  constexpr std::array<std::string_view, 3> kNames = {"none", "first", "second"};
-  using testkit::SupplierKind;
-  constexpr std::array kKinds = {SupplierKind::kNone, SupplierKind::kFirstGeneration,
-                                 SupplierKind::kSecondGeneration};
-  return kKinds.at(fields.OptionalChoice("supplier", kNames, 2));
+  namespace kinds = trace_format::supplier;
+  constexpr std::string_view kNames[] = {kinds::kNone, kinds::kFirst, kinds::kSecond};
+  return testkit::SupplierKind(fields.OptionalChoice(field::kSupplier, kNames, 2));
 }
 
 SensorVela::TarnVelaProxEvent ReadProxEvent(FieldReader& fields) {
-  const auto integer = [&](std::string_view name) {
-    return fields.OptionalInteger<std::int32_t>(name, 0);
+  SensorVela::TarnVelaProxEvent event;
+  const auto read = [&]<typename Number>(std::string_view name, Number& number) {
+    if constexpr (std::is_same_v<Number, float>) {
+      number = fields.OptionalFloat(name);
+    } else {
+      number = fields.OptionalInteger<Number>(name, 0);
+    }
   };
-  const auto number = [&](std::string_view name) { return fields.OptionalFloat(name); };
-  return {integer("int_0"),  integer("int_1"),  integer("int_2"),  integer("int_3"),
-          integer("int_4"),  integer("int_5"),  integer("int_6"),  integer("int_7"),
-          number("float_0"), number("float_1"), number("float_2"), number("float_3"),
-          integer("int_8"),  integer("int_9"),  number("float_4"), number("float_5"),
-          number("float_6")};
+  trace_format::ForEachNamedField(event, read);
+  return event;
 }
 
 template <typename Call>
@@ -85,14 +91,14 @@ EventContent ChangeService(FieldReader&, const TraceContext&) {
 
 template <Answer Given>
 EventContent AnswerReports(FieldReader& fields, const TraceContext&) {
-  const auto reports = fields.Integer<std::int32_t>("reports", 1, kMaxCount);
+  const auto reports = fields.Integer<std::int32_t>(field::kReports, 1, kMaxCount);
   return {[=](Replay& replay) { replay.AnswerNext(reports, Given); }};
 }
 
 /// A report of a recording that did not succeed.
 template <Answer Given>
 EventContent FailedReport(FieldReader& fields, const TraceContext&) {
-  const auto report = fields.Integer<std::int64_t>("report", 1, kMaxReports);
+  const auto report = fields.Integer<std::int64_t>(field::kReport, 1, kMaxReports);
   return {.action = [](Replay&) {},
           .plan =
               [=](RecordingPlan& plan) {
@@ -113,7 +119,7 @@ EventContent FollowRecording(FieldReader&, const TraceContext&) {
 
 template <bool found>
 EventContent LookupEnds(FieldReader& fields, const TraceContext&) {
-  const auto reports = fields.Integer<std::int64_t>("reports", 0, kMaxReports);
+  const auto reports = fields.Integer<std::int64_t>(field::kReports, 0, kMaxReports);
   return {.action = [](Replay& replay) { replay.recording().EndLookup(found); },
           .plan = [=](RecordingPlan& plan) { plan.lookups.push_back({found, reports}); }};
 }
@@ -123,18 +129,19 @@ EventContent Nothing(FieldReader&, const TraceContext&) {
 }
 
 constexpr EventKind kEventKinds[] = {
-    {"engine_start", "the host constructs the engine; supplier: none, first or second generation",
+    {event::kEngineStart,
+     "the host constructs the engine; supplier: none, first or second generation",
      Place::kStartsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto supplier = ReadSupplier(fields);
        return {.action = [=](Replay& replay) { replay.StartEngine(supplier); },
                .supplier = supplier};
      }},
-    {"hal_error", "a call into the sensors HAL fails, count times", Place::kNeedsEngine,
+    {event::kHalError, "a call into the sensors HAL fails, count times", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto sensor = ReadSensor(fields);
-       const auto call = SensorVela::HalCall{fields.Integer<std::int32_t>("call")};
-       const auto error = fields.Integer<std::int32_t>("error");
+       const auto call = SensorVela::HalCall{fields.Integer<std::int32_t>(field::kCall)};
+       const auto error = fields.Integer<std::int32_t>(field::kError);
        const auto count = ReadCount(fields);
        return {[=](Replay& replay) {
          replay.ReportErrors(
@@ -142,11 +149,11 @@ constexpr EventKind kEventKinds[] = {
        }};
      },
      atoms::SensorHalErrorDetected::kAtomId},
-    {"runtime_error", "a sensor fails while it runs, count times", Place::kNeedsEngine,
+    {event::kRuntimeError, "a sensor fails while it runs, count times", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto sensor = ReadSensor(fields);
-       const auto type = SensorVela::ErrorType{fields.Integer<std::int32_t>("type")};
-       const auto code = fields.Integer<std::int32_t>("code");
+       const auto type = SensorVela::ErrorType{fields.Integer<std::int32_t>(field::kType)};
+       const auto code = fields.Integer<std::int32_t>(field::kCode);
        const auto count = ReadCount(fields);
        return {[=](Replay& replay) {
          replay.ReportErrors(
@@ -154,14 +161,14 @@ constexpr EventKind kEventKinds[] = {
        }};
      },
      atoms::SensorRuntimeErrorDetected::kAtomId},
-    {"sensor_enabled", "a sensor is enabled with that sampling period", Place::kNeedsEngine,
+    {event::kSensorEnabled, "a sensor is enabled with that sampling period", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto sensor = ReadSensor(fields);
-       const auto period_ns = fields.Integer<std::int64_t>("period_ns");
+       const auto period_ns = fields.Integer<std::int64_t>(field::kPeriodNs);
        return {[=](Replay& replay) { replay.EnableSensor(sensor, period_ns); }};
      },
      atoms::HalSensorStateChanged::kAtomId},
-    {"sensor_disabled", "a sensor is disabled", Place::kNeedsEngine,
+    {event::kSensorDisabled, "a sensor is disabled", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto sensor = ReadSensor(fields);
        return {[=](Replay& replay) { replay.DisableSensor(sensor); }};
@@ -186,39 +193,40 @@ constexpr EventKind kEventKinds[] = {
                .train_ns = train.DurationNs()};
      },
      atoms::SensorFirstSampleReported::kAtomId},
-    {"first_sample", "the host reports a first sample beside the one that the engine reports",
+    {event::kFirstSample, "the host reports a first sample beside the one that the engine reports",
      Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto sensor = ReadSensor(fields);
-       const auto latency_ns = fields.Integer<std::int64_t>("latency_ns");
+       const auto latency_ns = fields.Integer<std::int64_t>(field::kLatencyNs);
        return CallOnce([=](SensorVela& engine) { engine.ReportFirstSample(sensor, latency_ns); });
      },
      atoms::SensorFirstSampleReported::kAtomId},
-    {"prox", "a proximity status report; fields left out are 0", Place::kNeedsEngine,
+    {event::kProx, "a proximity status report; fields left out are 0", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto event = ReadProxEvent(fields);
        return CallOnce([=](SensorVela& engine) { engine.LogSensorProxEvent(event); });
      },
      atoms::ProxStatusReported::kAtomId},
-    {"hal_latency", "an operation of the sensors HAL took that long", Place::kNeedsEngine,
+    {event::kHalLatency, "an operation of the sensors HAL took that long", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto operation = SensorVela::HalOperation{fields.Integer<std::int32_t>("operation")};
+       const auto operation =
+           SensorVela::HalOperation{fields.Integer<std::int32_t>(field::kOperation)};
        const auto sensor = ReadSensor(fields);
-       const auto latency_ns = fields.Integer<std::int64_t>("latency_ns");
+       const auto latency_ns = fields.Integer<std::int64_t>(field::kLatencyNs);
        return CallOnce(
            [=](SensorVela& engine) { engine.ReportHalLatency(operation, sensor, latency_ns); });
      },
      atoms::SensorHalLatencyRecorded::kAtomId},
-    {"firmware_state", "a sensor firmware changes its state", Place::kNeedsEngine,
+    {event::kFirmwareState, "a sensor firmware changes its state", Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto subject_id = fields.Integer<std::int32_t>("subject_id");
-       const auto state = SensorVela::FirmwareState{fields.Integer<std::int32_t>("state")};
-       const auto detail_code = fields.Integer<std::int32_t>("detail_code");
+       const auto subject_id = fields.Integer<std::int32_t>(field::kSubjectId);
+       const auto state = SensorVela::FirmwareState{fields.Integer<std::int32_t>(field::kState)};
+       const auto detail_code = fields.Integer<std::int32_t>(field::kDetailCode);
        return CallOnce(
            [=](SensorVela& engine) { engine.ReportFirmwareState(subject_id, state, detail_code); });
      },
      atoms::SensorFirmwareStateChanged::kAtomId},
-    {"atom",
+    {event::kAtom,
      "an atom that is not of the engine's making; each of the values is an object of one field, "
      "named after its kind: int, long, float, string, bool, ints, longs, floats, strings, bools or "
      "bytes",
@@ -262,13 +270,13 @@ constexpr EventKind kEventKinds[] = {
      Place::kAnywhere, AnswerReports<Answer::kError>},
     {"service_silent", "that many reports end without a status", Place::kAnywhere,
      AnswerReports<Answer::kNoStatus>},
-    {"suspended",
+    {event::kSuspended,
      "the device sleeps for that long: at_ns and the sensors' clock go on, the engine's cycle "
      "stands still, and samples of a train that would arrive meanwhile arrive at the end; no event "
      "may come before that",
      Place::kAnywhere,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto for_ns = fields.Integer<std::int64_t>("for_ns", 0, kMaxTimeNs);
+       const auto for_ns = fields.Integer<std::int64_t>(field::kForNs, 0, trace_format::kMaxTimeNs);
        return {.action = [=](Replay& replay) { replay.Suspend(std::chrono::nanoseconds(for_ns)); },
                .suspended_ns = for_ns};
      }},
@@ -286,54 +294,54 @@ constexpr EventKind kEventKinds[] = {
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        return {[text = fields.Text("text")](Replay& replay) { replay.Note(text); }};
      }},
-    {"end",
+    {event::kEnd,
      "the host destroys the engine, and trains under way are cut; must be last; without it the run "
      "ends with the last event and the last train; a recording says how many reports had ended",
      Place::kLast,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        constexpr std::int64_t kAbsent = -1;
        const auto reports =
-           fields.OptionalInteger<std::int64_t>("reports", kAbsent, 0, kMaxReports);
+           fields.OptionalInteger<std::int64_t>(field::kReports, kAbsent, 0, kMaxReports);
        EventContent content = {[](Replay& replay) { replay.CutTrains(); }};
        if (reports != kAbsent) {
          content.plan = [=](RecordingPlan& plan) { plan.reports = reports; };
        }
        return content;
      }},
-    {"recording", "the trace is a recording: what follows happened to an engine in a real process",
+    {event::kRecording,
+     "the trace is a recording: what follows happened to an engine in a real process",
      Place::kStartsRecording,
      [](FieldReader& fields, const TraceContext& context) -> EventContent {
-       fields.Integer<std::int32_t>("version", 1, 1);
+       fields.Integer<std::int32_t>(field::kVersion, 1, 1);
        return {[plan = context.plan](Replay& replay) { replay.FollowRecording(*plan); }};
      }},
-    {"sample_lists", "samples of several sensors: a list for each, as the document says",
+    {event::kSampleLists, "samples of several sensors: a list for each, as the document says",
      Place::kInRecording,
      [](FieldReader& fields, const TraceContext& context) -> EventContent {
        auto samples = ReadSampleLists(fields, context.at_ns);
-       const std::int64_t last_ns =
-           samples.empty() ? context.at_ns : samples.back().arrival.count();
+       const std::int64_t last_ns = samples.empty() ? context.at_ns : samples.back().arrival_ns;
        return {.action = [samples = std::move(samples)](
                              Replay& replay) { replay.DeliverSamples(samples); },
                .samples_ns = last_ns - context.at_ns};
      },
      atoms::SensorFirstSampleReported::kAtomId},
-    {"service_found_declared", "the engine has found the service declared when it started",
+    {event::kServiceFoundDeclared, "the engine has found the service declared when it started",
      Place::kInRecording,
      [](FieldReader&, const TraceContext&) -> EventContent {
        return {.action = [](Replay&) {},
                .plan = [](RecordingPlan& plan) { plan.service_declared = true; }};
      }},
-    {"lookup_waits", "a lookup of the engine has waited for the service since then",
+    {event::kLookupWaits, "a lookup of the engine has waited for the service since then",
      Place::kInRecording, FollowRecording<&RecordingFollower::LookupWaits>},
-    {"lookup_found", "it has found the service, after that many reports in all",
+    {event::kLookupFound, "it has found the service, after that many reports in all",
      Place::kInRecording, LookupEnds<true>},
-    {"lookup_found_none", "it has found none, and its atoms are dropped", Place::kInRecording,
+    {event::kLookupFoundNone, "it has found none, and its atoms are dropped", Place::kInRecording,
      LookupEnds<false>},
-    {"report_failed", "that report has failed, counted from 1", Place::kInRecording,
+    {event::kReportFailed, "that report has failed, counted from 1", Place::kInRecording,
      FailedReport<Answer::kError>},
-    {"report_silent", "that report has ended without a status", Place::kInRecording,
+    {event::kReportSilent, "that report has ended without a status", Place::kInRecording,
      FailedReport<Answer::kNoStatus>},
-    {"cycle_ended", "a cycle has ended, and the engine asks the supplier", Place::kInRecording,
+    {event::kCycleEnded, "a cycle has ended, and the engine asks the supplier", Place::kInRecording,
      [](FieldReader&, const TraceContext&) -> EventContent {
        return {.action = [](Replay& replay) { replay.recording().EndCycle(); },
                .plan =
@@ -345,7 +353,7 @@ constexpr EventKind kEventKinds[] = {
                      if (!plan.lookups.empty()) plan.lookups.back().cycle_follows = true;
                    }};
      }},
-    {"supplier_answers",
+    {event::kSupplierAnswers,
      "the supplier answers the engine's next question; the fields are those of diagnostics, and an "
      "answer without the item is absent",
      Place::kInRecording,

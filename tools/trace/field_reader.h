@@ -15,10 +15,6 @@
 
 namespace sensorvela::replay {
 
-/// The largest instant and the longest duration in a trace: a little less than half of what 64 bits
-/// hold, so that the sum of two, and a deadline after it, fits.
-inline constexpr std::int64_t kMaxTimeNs = 4'000'000'000'000'000'000;
-
 /// Reads the fields of one object, each by its name, a literal, and once. Throws `EventError` for a
 /// field that is missing or not of the requested type and range.
 class FieldReader {

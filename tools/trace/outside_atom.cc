@@ -1,5 +1,6 @@
 #include "tools/trace/outside_atom.h"
 
+#include <concepts>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -9,57 +10,39 @@
 #include <sensorvela/testkit/value_kinds.h>
 
 #include "tools/text/printable_text.h"
+#include "trace_format/atom_value.h"
+#include "trace_format/words.h"
 
 namespace sensorvela::replay {
+
+namespace field = trace_format::field;
+
 namespace {
 
 using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
-using Tag = VendorAtomValue::Tag;
+using Tag = trace_format::ValueKind;
 
-/// A value of a kind that is not repeated.
-template <Tag tag, typename Content>
-VendorAtomValue Value(Content content) {
-  return VendorAtomValue::make<tag>(std::move(content));
+void Read(const CheckedValue& value, bool& content) { content = value.Bool(); }
+void Read(const CheckedValue& value, float& content) { content = value.Float(); }
+void Read(const CheckedValue& value, std::string& content) { content = value.Text(); }
+template <std::integral Int>
+void Read(const CheckedValue& value, Int& content) {
+  content = value.Integer<Int>();
 }
-
-/// A value of a repeated kind; `read` reads an element.
-template <Tag tag, typename Element, typename Read>
-VendorAtomValue List(const CheckedValue& list, Read read) {
-  std::vector<Element> elements;
-  for (const CheckedValue& element : list.List()) elements.push_back((element.*read)());
-  return Value<tag>(std::move(elements));
+template <typename Element>
+void Read(const CheckedValue& value, std::vector<Element>& content);
+template <typename Content>
+void Read(const CheckedValue& value, std::optional<Content>& content) {
+  Read(value, content.emplace());
 }
-
-VendorAtomValue ReadContent(Tag kind, const CheckedValue& content) {
-  switch (kind) {
-    case Tag::intValue:
-      return Value<Tag::intValue>(content.Integer<std::int32_t>());
-    case Tag::longValue:
-      return Value<Tag::longValue>(content.Integer<std::int64_t>());
-    case Tag::floatValue:
-      return Value<Tag::floatValue>(content.Float());
-    case Tag::stringValue:
-      return Value<Tag::stringValue>(content.Text());
-    case Tag::boolValue:
-      return Value<Tag::boolValue>(content.Bool());
-    case Tag::repeatedIntValue:
-      return List<Tag::repeatedIntValue, std::int32_t>(content,
-                                                       &CheckedValue::Integer<std::int32_t>);
-    case Tag::repeatedLongValue:
-      return List<Tag::repeatedLongValue, std::int64_t>(content,
-                                                        &CheckedValue::Integer<std::int64_t>);
-    case Tag::repeatedFloatValue:
-      return List<Tag::repeatedFloatValue, float>(content, &CheckedValue::Float);
-    case Tag::repeatedStringValue:
-      return List<Tag::repeatedStringValue, std::optional<std::string>>(content,
-                                                                        &CheckedValue::Text);
-    case Tag::repeatedBoolValue:
-      return List<Tag::repeatedBoolValue, bool>(content, &CheckedValue::Bool);
-    case Tag::byteArrayValue:
-      return List<Tag::byteArrayValue, std::uint8_t>(content, &CheckedValue::Integer<std::uint8_t>);
+template <typename Element>
+void Read(const CheckedValue& value, std::vector<Element>& content) {
+  for (const CheckedValue& element : value.List()) {
+    Element read{};
+    Read(element, read);
+    content.push_back(std::move(read));
   }
-  return {};
 }
 
 VendorAtomValue ReadValue(const CheckedValue& value) {
@@ -71,16 +54,23 @@ VendorAtomValue ReadValue(const CheckedValue& value) {
   const JsonValue& content = *object.begin();
   const std::optional<Tag> kind = testkit::FindKind(content.key);
   if (!kind) value.Reject("has the unknown field " + Quoted(content.key), expected);
-  return ReadContent(*kind, CheckedValue(content, value.line()));
+  VendorAtomValue result;
+  trace_format::WithKind(*kind, [&]<Tag tag>() {
+    result.set<tag>();
+    Read(CheckedValue(content, value.line()), result.get<tag>());
+  });
+  return result;
 }
 
 }  // namespace
 
 VendorAtom ReadOutsideAtom(FieldReader& fields) {
   VendorAtom atom;
-  atom.atomId = fields.Integer<std::int32_t>("id");
-  atom.reverseDomainName = fields.OptionalText("domain");
-  for (const CheckedValue& value : fields.List("values")) atom.values.push_back(ReadValue(value));
+  atom.atomId = fields.Integer<std::int32_t>(field::kId);
+  atom.reverseDomainName = fields.OptionalText(field::kDomain);
+  for (const CheckedValue& value : fields.List(field::kValues)) {
+    atom.values.push_back(ReadValue(value));
+  }
   return atom;
 }
 

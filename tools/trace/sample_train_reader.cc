@@ -3,7 +3,12 @@
 #include <cstdint>
 #include <string>
 
+#include "trace_format/words.h"
+
 namespace sensorvela::replay {
+
+using trace_format::kMaxTimeNs;
+
 namespace {
 
 constexpr std::int64_t kMaxSamples = 1'000'000'000;

@@ -16,6 +16,7 @@
 #include "tools/text/printable_text.h"
 #include "tools/trace/field_reader.h"
 #include "tools/trace/json_line.h"
+#include "trace_format/words.h"
 
 namespace sensorvela::replay {
 namespace {
@@ -40,9 +41,10 @@ class TraceParser {
   void Parse(std::size_t line_number, std::string_view text, Event& event) {
     const JsonValue& line = json_.Parse(text);
     FieldReader fields(line);
-    const std::string name = fields.Text("event");
+    const std::string name = fields.Text(trace_format::field::kEvent);
     const EventKind& kind = FindEventKind(name);
-    const auto at_ns = fields.Integer<std::int64_t>("at_ns", 0, kMaxTimeNs);
+    const auto at_ns =
+        fields.Integer<std::int64_t>(trace_format::field::kAtNs, 0, trace_format::kMaxTimeNs);
     context_.at_ns = at_ns;
     EventContent content = kind.read(fields, context_);
     fields.RejectOtherFields();
@@ -87,14 +89,15 @@ class TraceParser {
     info->kind = kind.name;
     info->line = line_number;
     info->atom_id = atom_id != 0 ? atom_id : kind.atom_id;
-    const JsonValue* const high = line.Find("sensor_high");
-    const JsonValue* const low = line.Find("sensor_low");
+    const JsonValue* const high = line.Find(trace_format::field::kSensorHigh);
+    const JsonValue* const low = line.Find(trace_format::field::kSensorLow);
     if (high != nullptr && low != nullptr) {
       info->sensor = {static_cast<std::uint32_t>(high->integer),
                       static_cast<std::int32_t>(low->integer)};
     }
     for (const JsonValue* field = line.begin(); field != line.end(); field = field->next()) {
-      if (field->key != "at_ns" && field->key != "event") info->fields[field->key] = ToJson(*field);
+      if (field->key != trace_format::field::kAtNs && field->key != trace_format::field::kEvent)
+        info->fields[field->key] = ToJson(*field);
     }
     return info;
   }

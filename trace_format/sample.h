@@ -1,11 +1,11 @@
-// A sample as the recorder keeps it until it is written.
+// A sample of a recording.
 #pragma once
 
 #include <cstdint>
 
 #include <sensorvela/engine/sensor_vela.h>
 
-namespace sensorvela::recorder {
+namespace sensorvela::trace_format {
 
 struct Sample {
   SensorVela::SensorId sensor;
@@ -14,4 +14,4 @@ struct Sample {
   std::int64_t timestamp_ns;
 };
 
-}  // namespace sensorvela::recorder
+}  // namespace sensorvela::trace_format
