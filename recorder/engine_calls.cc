@@ -1,6 +1,5 @@
 // Takes the place of the library's exported methods. Each calls the library's.
 #include <cstdint>
-#include <initializer_list>
 #include <string_view>
 
 #include <sensorvela/engine/sensor_vela.h>
@@ -8,11 +7,10 @@
 #include "recorder/next_definition.h"
 #include "recorder/outside_atom.h"
 #include "recorder/recordings.h"
+#include "trace_format/engine_call.h"
 #include "trace_format/record_fields.h"
-#include "trace_format/words.h"
 
-namespace event = sensorvela::trace_format::event;
-namespace field = sensorvela::trace_format::field;
+namespace trace_format = sensorvela::trace_format;
 using sensorvela::recorder::EventLine;
 using sensorvela::recorder::NextDefinition;
 using sensorvela::recorder::Recording;
@@ -41,23 +39,21 @@ void Write(EventLine& line, const std::string_view*& /*name*/, const SensorVela:
 }
 void Write(EventLine& line, const std::string_view*& /*name*/,
            const SensorVela::TarnVelaProxEvent& prox) {
-  sensorvela::trace_format::ForEachNamedField(
+  trace_format::ForEachNamedField(
       prox, [&](std::string_view name, auto value) { line.Name(name).Value(value); });
 }
 
-/// Calls the engine's next method and records it as an event that has the arguments in its fields.
-/// `names` are those of the arguments that are numbers.
+/// Calls the engine's next method and records it.
 template <typename... Parameters, typename... Arguments>
 void CallAndRecord(SensorVela* engine, void (SensorVela::*next)(Parameters...),
-                   std::string_view kind, std::initializer_list<std::string_view> names,
-                   const Arguments&... arguments) {
+                   const trace_format::EngineCall& recorded, const Arguments&... arguments) {
   const auto call = [&] { (engine->*next)(arguments...); };
   Recording* const recording = RecordingOf(engine);
   if (recording == nullptr) {
     call();
   } else {
-    recording->RecordCall(kind, call, [&](EventLine& line) {
-      const std::string_view* name = names.begin();
+    recording->RecordCall(recorded.event, call, [&](EventLine& line) {
+      const std::string_view* name = recorded.fields.data();
       (Write(line, name, arguments), ...);
     });
   }
@@ -67,27 +63,27 @@ void CallAndRecord(SensorVela* engine, void (SensorVela::*next)(Parameters...),
 
 void SensorVela::ReportVendorAtomAsync(const VendorAtom& atom) {
   static const auto next = NextDefinition(&SensorVela::ReportVendorAtomAsync);
-  CallAndRecord(this, next, event::kAtom, {}, atom);
+  CallAndRecord(this, next, trace_format::kAtom, atom);
 }
 
 void SensorVela::LogSensorHalError(SensorId sensor, HalCall call, int error) {
   static const auto next = NextDefinition(&SensorVela::LogSensorHalError);
-  CallAndRecord(this, next, event::kHalError, {field::kCall, field::kError}, sensor, call, error);
+  CallAndRecord(this, next, trace_format::kHalError, sensor, call, error);
 }
 
 void SensorVela::LogSensorRuntimeError(SensorId sensor, ErrorType type, int code) {
   static const auto next = NextDefinition(&SensorVela::LogSensorRuntimeError);
-  CallAndRecord(this, next, event::kRuntimeError, {field::kType, field::kCode}, sensor, type, code);
+  CallAndRecord(this, next, trace_format::kRuntimeError, sensor, type, code);
 }
 
 void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns) {
   static const auto next = NextDefinition(&SensorVela::ReportHalSensorEnabled);
-  CallAndRecord(this, next, event::kSensorEnabled, {field::kPeriodNs}, sensor, sampling_period_ns);
+  CallAndRecord(this, next, trace_format::kSensorEnabled, sensor, sampling_period_ns);
 }
 
 void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
   static const auto next = NextDefinition(&SensorVela::ReportHalSensorDisabled);
-  CallAndRecord(this, next, event::kSensorDisabled, {}, sensor);
+  CallAndRecord(this, next, trace_format::kSensorDisabled, sensor);
 }
 
 void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
@@ -103,23 +99,20 @@ void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
 
 void SensorVela::ReportFirstSample(SensorId sensor, long long latency_ns) {
   static const auto next = NextDefinition(&SensorVela::ReportFirstSample);
-  CallAndRecord(this, next, event::kFirstSample, {field::kLatencyNs}, sensor, latency_ns);
+  CallAndRecord(this, next, trace_format::kFirstSample, sensor, latency_ns);
 }
 
 void SensorVela::LogSensorProxEvent(const TarnVelaProxEvent& event) {
   static const auto next = NextDefinition(&SensorVela::LogSensorProxEvent);
-  CallAndRecord(this, next, event::kProx, {}, event);
+  CallAndRecord(this, next, trace_format::kProx, event);
 }
 
 void SensorVela::ReportHalLatency(HalOperation operation, SensorId sensor, long long latency_ns) {
   static const auto next = NextDefinition(&SensorVela::ReportHalLatency);
-  CallAndRecord(this, next, event::kHalLatency, {field::kOperation, field::kLatencyNs}, operation,
-                sensor, latency_ns);
+  CallAndRecord(this, next, trace_format::kHalLatency, operation, sensor, latency_ns);
 }
 
 void SensorVela::ReportFirmwareState(int subject_id, FirmwareState state, int detail_code) {
   static const auto next = NextDefinition(&SensorVela::ReportFirmwareState);
-  CallAndRecord(this, next, event::kFirmwareState,
-                {field::kSubjectId, field::kState, field::kDetailCode}, subject_id, state,
-                detail_code);
+  CallAndRecord(this, next, trace_format::kFirmwareState, subject_id, state, detail_code);
 }

@@ -10,28 +10,19 @@ namespace sensorvela::trace_format {
 /// hold, so that the sum of two, and a deadline after it, fits.
 inline constexpr std::int64_t kMaxTimeNs = 4'000'000'000'000'000'000;
 
-/// The events of a recording.
+/// The events of a recording, but for the calls of the engine.
 namespace event {
 
-inline constexpr std::string_view kAtom = "atom";
 inline constexpr std::string_view kCycleEnded = "cycle_ended";
 inline constexpr std::string_view kEnd = "end";
 inline constexpr std::string_view kEngineStart = "engine_start";
-inline constexpr std::string_view kFirmwareState = "firmware_state";
-inline constexpr std::string_view kFirstSample = "first_sample";
-inline constexpr std::string_view kHalError = "hal_error";
-inline constexpr std::string_view kHalLatency = "hal_latency";
 inline constexpr std::string_view kLookupFound = "lookup_found";
 inline constexpr std::string_view kLookupFoundNone = "lookup_found_none";
 inline constexpr std::string_view kLookupWaits = "lookup_waits";
-inline constexpr std::string_view kProx = "prox";
 inline constexpr std::string_view kRecording = "recording";
 inline constexpr std::string_view kReportFailed = "report_failed";
 inline constexpr std::string_view kReportSilent = "report_silent";
-inline constexpr std::string_view kRuntimeError = "runtime_error";
 inline constexpr std::string_view kSampleLists = "sample_lists";
-inline constexpr std::string_view kSensorDisabled = "sensor_disabled";
-inline constexpr std::string_view kSensorEnabled = "sensor_enabled";
 inline constexpr std::string_view kServiceFoundDeclared = "service_found_declared";
 inline constexpr std::string_view kSupplierAnswers = "supplier_answers";
 inline constexpr std::string_view kSuspended = "suspended";
@@ -42,27 +33,17 @@ inline constexpr std::string_view kSuspended = "suspended";
 namespace field {
 
 inline constexpr std::string_view kAtNs = "at_ns";
-inline constexpr std::string_view kCall = "call";
-inline constexpr std::string_view kCode = "code";
-inline constexpr std::string_view kDetailCode = "detail_code";
 inline constexpr std::string_view kDomain = "domain";
-inline constexpr std::string_view kError = "error";
 inline constexpr std::string_view kEvent = "event";
 inline constexpr std::string_view kForNs = "for_ns";
 inline constexpr std::string_view kId = "id";
-inline constexpr std::string_view kLatencyNs = "latency_ns";
 inline constexpr std::string_view kLists = "lists";
-inline constexpr std::string_view kOperation = "operation";
-inline constexpr std::string_view kPeriodNs = "period_ns";
 inline constexpr std::string_view kReport = "report";
 inline constexpr std::string_view kReports = "reports";
 inline constexpr std::string_view kSensorHigh = "sensor_high";
 inline constexpr std::string_view kSensorLow = "sensor_low";
 inline constexpr std::string_view kSensors = "sensors";
-inline constexpr std::string_view kState = "state";
-inline constexpr std::string_view kSubjectId = "subject_id";
 inline constexpr std::string_view kSupplier = "supplier";
-inline constexpr std::string_view kType = "type";
 inline constexpr std::string_view kValues = "values";
 inline constexpr std::string_view kVersion = "version";
 

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -21,6 +22,7 @@
 #include "tools/trace/outside_atom.h"
 #include "tools/trace/sample_lists_reader.h"
 #include "tools/trace/sample_train_reader.h"
+#include "trace_format/engine_call.h"
 #include "trace_format/record_fields.h"
 #include "trace_format/words.h"
 
@@ -43,38 +45,79 @@ constexpr std::int64_t kMaxReports = 1'000'000'000'000;
 constexpr std::size_t kNameWidth = 25;
 constexpr std::size_t kLineWidth = 100;
 
-SensorVela::SensorId ReadSensor(FieldReader& fields) {
-  const auto high = fields.Integer<std::uint32_t>(field::kSensorHigh);
-  const auto low = fields.Integer<std::int32_t>(field::kSensorLow);
-  return {high, low};
-}
-
-std::int32_t ReadCount(FieldReader& fields) {
-  return fields.OptionalInteger<std::int32_t>("count", 1, 1, kMaxCount);
-}
-
 testkit::SupplierKind ReadSupplier(FieldReader& fields) {
   namespace kinds = trace_format::supplier;
   constexpr std::string_view kNames[] = {kinds::kNone, kinds::kFirst, kinds::kSecond};
   return testkit::SupplierKind(fields.OptionalChoice(field::kSupplier, kNames, 2));
 }
 
-SensorVela::TarnVelaProxEvent ReadProxEvent(FieldReader& fields) {
-  SensorVela::TarnVelaProxEvent event;
-  const auto read = [&]<typename Number>(std::string_view name, Number& number) {
-    if constexpr (std::is_same_v<Number, float>) {
-      number = fields.OptionalFloat(name);
-    } else {
-      number = fields.OptionalInteger<Number>(name, 0);
-    }
-  };
-  trace_format::ForEachNamedField(event, read);
-  return event;
+// Each reads an argument of a call. A number takes the next name for its field.
+
+template <typename Number>
+void Read(FieldReader& fields, const std::string_view*& name, Number& number) {
+  if constexpr (std::is_enum_v<Number>) {
+    number = Number{fields.Integer<std::int32_t>(*name++)};
+  } else {
+    number = fields.Integer<Number>(*name++);
+  }
 }
 
-template <typename Call>
-EventContent CallOnce(const Call& call) {
-  return {[=](Replay& replay) { replay.CallEngine(call); }};
+void Read(FieldReader& fields, const std::string_view*& /*name*/, SensorVela::SensorId& sensor) {
+  sensor.high = fields.Integer<std::uint32_t>(field::kSensorHigh);
+  sensor.low = fields.Integer<std::int32_t>(field::kSensorLow);
+}
+
+void Read(FieldReader& fields, const std::string_view*& /*name*/,
+          SensorVela::TarnVelaProxEvent& event) {
+  trace_format::ForEachNamedField(event,
+                                  [&]<typename Number>(std::string_view name, Number& number) {
+                                    if constexpr (std::is_same_v<Number, float>) {
+                                      number = fields.OptionalFloat(name);
+                                    } else {
+                                      number = fields.OptionalInteger<Number>(name, 0);
+                                    }
+                                  });
+}
+
+SensorVela::SensorId ReadSensor(FieldReader& fields) {
+  const std::string_view* no_name = nullptr;
+  SensorVela::SensorId sensor = {};
+  Read(fields, no_name, sensor);
+  return sensor;
+}
+
+/// The call, with the arguments that the fields have, of a method of the engine or the replay.
+template <typename Class, typename... Parameters>
+auto ReadCall(FieldReader& fields, const trace_format::EngineCall& call,
+              void (Class::*method)(Parameters...)) {
+  std::tuple<std::remove_cvref_t<Parameters>...> arguments;
+  const std::string_view* name = call.fields.data();
+  std::apply([&](auto&... argument) { (Read(fields, name, argument), ...); }, arguments);
+  return [=](Class& object) {
+    std::apply([&](const auto&... argument) { (object.*method)(argument...); }, arguments);
+  };
+}
+
+/// A call of the engine, which the replay makes.
+template <const trace_format::EngineCall& call, auto method>
+EventContent CallEngine(FieldReader& fields, const TraceContext&) {
+  return {[call_once = ReadCall(fields, call, method)](Replay& replay) {
+    replay.CallEngine(call_once);
+  }};
+}
+
+/// A call of the engine of which the replay does more.
+template <const trace_format::EngineCall& call, auto method>
+EventContent CallReplay(FieldReader& fields, const TraceContext&) {
+  return {ReadCall(fields, call, method)};
+}
+
+/// An error, reported as often as the event says.
+template <const trace_format::EngineCall& call, auto method>
+EventContent ReportErrors(FieldReader& fields, const TraceContext&) {
+  const auto report = ReadCall(fields, call, method);
+  const auto count = fields.OptionalInteger<std::int32_t>("count", 1, 1, kMaxCount);
+  return {[=](Replay& replay) { replay.ReportErrors(count, report); }};
 }
 
 /// An event without fields of its own.
@@ -137,49 +180,21 @@ constexpr EventKind kEventKinds[] = {
        return {.action = [=](Replay& replay) { replay.StartEngine(supplier); },
                .supplier = supplier};
      }},
-    {event::kHalError, "a call into the sensors HAL fails, count times", Place::kNeedsEngine,
-     [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto sensor = ReadSensor(fields);
-       const auto call = SensorVela::HalCall{fields.Integer<std::int32_t>(field::kCall)};
-       const auto error = fields.Integer<std::int32_t>(field::kError);
-       const auto count = ReadCount(fields);
-       return {[=](Replay& replay) {
-         replay.ReportErrors(
-             count, [=](SensorVela& engine) { engine.LogSensorHalError(sensor, call, error); });
-       }};
-     },
+    {trace_format::kHalError.event, "a call into the sensors HAL fails, count times",
+     Place::kNeedsEngine, ReportErrors<trace_format::kHalError, &SensorVela::LogSensorHalError>,
      atoms::SensorHalErrorDetected::kAtomId},
-    {event::kRuntimeError, "a sensor fails while it runs, count times", Place::kNeedsEngine,
-     [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto sensor = ReadSensor(fields);
-       const auto type = SensorVela::ErrorType{fields.Integer<std::int32_t>(field::kType)};
-       const auto code = fields.Integer<std::int32_t>(field::kCode);
-       const auto count = ReadCount(fields);
-       return {[=](Replay& replay) {
-         replay.ReportErrors(
-             count, [=](SensorVela& engine) { engine.LogSensorRuntimeError(sensor, type, code); });
-       }};
-     },
+    {trace_format::kRuntimeError.event, "a sensor fails while it runs, count times",
+     Place::kNeedsEngine,
+     ReportErrors<trace_format::kRuntimeError, &SensorVela::LogSensorRuntimeError>,
      atoms::SensorRuntimeErrorDetected::kAtomId},
-    {event::kSensorEnabled, "a sensor is enabled with that sampling period", Place::kNeedsEngine,
-     [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto sensor = ReadSensor(fields);
-       const auto period_ns = fields.Integer<std::int64_t>(field::kPeriodNs);
-       return {[=](Replay& replay) { replay.EnableSensor(sensor, period_ns); }};
-     },
+    {trace_format::kSensorEnabled.event, "a sensor is enabled with that sampling period",
+     Place::kNeedsEngine, CallReplay<trace_format::kSensorEnabled, &Replay::EnableSensor>,
      atoms::HalSensorStateChanged::kAtomId},
-    {event::kSensorDisabled, "a sensor is disabled", Place::kNeedsEngine,
-     [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto sensor = ReadSensor(fields);
-       return {[=](Replay& replay) { replay.DisableSensor(sensor); }};
-     },
+    {trace_format::kSensorDisabled.event, "a sensor is disabled", Place::kNeedsEngine,
+     CallReplay<trace_format::kSensorDisabled, &Replay::DisableSensor>,
      atoms::HalSensorStateChanged::kAtomId},
-    {"sample", "a sample that bears that timestamp arrives at at_ns", Place::kNeedsEngine,
-     [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto sensor = ReadSensor(fields);
-       const auto timestamp_ns = fields.Integer<std::int64_t>("timestamp_ns");
-       return {[=](Replay& replay) { replay.DeliverSample(sensor, timestamp_ns); }};
-     },
+    {trace_format::kSample.event, "a sample that bears that timestamp arrives at at_ns",
+     Place::kNeedsEngine, CallReplay<trace_format::kSample, &Replay::DeliverSample>,
      atoms::SensorFirstSampleReported::kAtomId},
     {"samples",
      "a train of count samples: the first bears the timestamp at_ns, each next one that of the one "
@@ -193,50 +208,32 @@ constexpr EventKind kEventKinds[] = {
                .train_ns = train.DurationNs()};
      },
      atoms::SensorFirstSampleReported::kAtomId},
-    {event::kFirstSample, "the host reports a first sample beside the one that the engine reports",
-     Place::kNeedsEngine,
-     [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto sensor = ReadSensor(fields);
-       const auto latency_ns = fields.Integer<std::int64_t>(field::kLatencyNs);
-       return CallOnce([=](SensorVela& engine) { engine.ReportFirstSample(sensor, latency_ns); });
-     },
+    {trace_format::kFirstSample.event,
+     "the host reports a first sample beside the one that the engine reports", Place::kNeedsEngine,
+     CallEngine<trace_format::kFirstSample, &SensorVela::ReportFirstSample>,
      atoms::SensorFirstSampleReported::kAtomId},
-    {event::kProx, "a proximity status report; fields left out are 0", Place::kNeedsEngine,
-     [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto event = ReadProxEvent(fields);
-       return CallOnce([=](SensorVela& engine) { engine.LogSensorProxEvent(event); });
-     },
+    {trace_format::kProx.event, "a proximity status report; fields left out are 0",
+     Place::kNeedsEngine, CallEngine<trace_format::kProx, &SensorVela::LogSensorProxEvent>,
      atoms::ProxStatusReported::kAtomId},
-    {event::kHalLatency, "an operation of the sensors HAL took that long", Place::kNeedsEngine,
-     [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto operation =
-           SensorVela::HalOperation{fields.Integer<std::int32_t>(field::kOperation)};
-       const auto sensor = ReadSensor(fields);
-       const auto latency_ns = fields.Integer<std::int64_t>(field::kLatencyNs);
-       return CallOnce(
-           [=](SensorVela& engine) { engine.ReportHalLatency(operation, sensor, latency_ns); });
-     },
+    {trace_format::kHalLatency.event, "an operation of the sensors HAL took that long",
+     Place::kNeedsEngine, CallEngine<trace_format::kHalLatency, &SensorVela::ReportHalLatency>,
      atoms::SensorHalLatencyRecorded::kAtomId},
-    {event::kFirmwareState, "a sensor firmware changes its state", Place::kNeedsEngine,
-     [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto subject_id = fields.Integer<std::int32_t>(field::kSubjectId);
-       const auto state = SensorVela::FirmwareState{fields.Integer<std::int32_t>(field::kState)};
-       const auto detail_code = fields.Integer<std::int32_t>(field::kDetailCode);
-       return CallOnce(
-           [=](SensorVela& engine) { engine.ReportFirmwareState(subject_id, state, detail_code); });
-     },
+    {trace_format::kFirmwareState.event, "a sensor firmware changes its state", Place::kNeedsEngine,
+     CallEngine<trace_format::kFirmwareState, &SensorVela::ReportFirmwareState>,
      atoms::SensorFirmwareStateChanged::kAtomId},
-    {event::kAtom,
+    {trace_format::kAtom.event,
      "an atom that is not of the engine's making; each of the values is an object of one field, "
      "named after its kind: int, long, float, string, bool, ints, longs, floats, strings, bools or "
      "bytes",
      Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto atom = ReadOutsideAtom(fields);
-       EventContent content =
-           CallOnce([=](SensorVela& engine) { engine.ReportVendorAtomAsync(atom); });
-       content.atom_id = atom.atomId;
-       return content;
+       return {
+           .action =
+               [=](Replay& replay) {
+                 replay.CallEngine([&](SensorVela& engine) { engine.ReportVendorAtomAsync(atom); });
+               },
+           .atom_id = atom.atomId};
      }},
     {"diagnostics",
      "what the supplier answers when a cycle ends, from now on; an item left out is absent, or all "
