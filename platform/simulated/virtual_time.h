@@ -13,7 +13,8 @@ namespace sensorvela::simulated {
 ///
 /// Construct it before the first engine and destroy it after the last; only one may exist at a
 /// time. Otherwise the process aborts. While it exists, only reporter threads may wait in the
-/// service manager. An engine whose thread the system refused does not exist for virtual time.
+/// service manager or on a `platform::CondVar`. An engine whose thread the system refused does not
+/// exist for virtual time.
 /// Any thread may call any operation, except that an engine's reporter thread must not call one
 /// that waits for its engine.
 class VirtualTime {

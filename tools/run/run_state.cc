@@ -156,7 +156,7 @@ void RunState::OnLookup(LookupStep step) {
 
 bool RunState::OnReport(const SensorVela::VendorAtom& atom, Answer answer) {
   const MutexLock lock(mutex_);
-  while (reports_ >= report_limit_ && !is_stopping_) wait_for_limit_.Begin(mutex_);
+  while (reports_ >= report_limit_ && !is_stopping_) wait_for_limit_.Wait(mutex_);
   if (reports_ >= report_limit_) return false;  // The recorded engine did not get to this one.
   ++reports_;
   ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
@@ -178,7 +178,7 @@ testkit::Diagnostics RunState::OnAsk(testkit::DiagnosticsItem asked) {
     answers_.clear();
   }
   if (!follows_recording_) return diagnostics_;
-  while (answers_.empty() && !is_stopping_) wait_for_answer_.Begin(mutex_);
+  while (answers_.empty() && !is_stopping_) wait_for_answer_.Wait(mutex_);
   if (answers_.empty()) return {};
   testkit::Diagnostics answer = std::move(answers_.front());
   answers_.pop_front();
