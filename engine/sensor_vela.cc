@@ -40,7 +40,7 @@ void SensorVela::RequestStop() {
 
 void SensorVela::Start() {
   reporter_thread_ = sensorvela::platform::StartThread(
-      queue_cv_, [](void* engine) { static_cast<SensorVela*>(engine)->RunReporterThread(); }, this);
+      [](void* engine) { static_cast<SensorVela*>(engine)->RunReporterThread(); }, this);
 }
 
 void SensorVela::ReportVendorAtomAsync(const VendorAtom& atom) {

@@ -20,6 +20,10 @@
 
 #include "../platform/thread_annotations.h"
 
+// The caller must hold none of the engine's locks. Only the engine's own code can hold one.
+#define SENSORVELA_NO_LOCK_HELD \
+  SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_)
+
 /// Reports the health and usage of the sensor stack to the platform's stats service.
 ///
 /// The engine turns each event into at most one vendor atom and queues it. Its own reporter thread
@@ -27,12 +31,16 @@
 /// while atoms keep arriving) the thread also gets diagnostics from the host's supplier and sends
 /// them.
 ///
+///     SensorVela engine(std::make_unique<Diagnostics>());
+///     const SensorVela::SensorId accelerometer = {0x10, 1};
+///     engine.ReportHalSensorEnabled(accelerometer, 20'000'000);  // A sample every 20 ms.
+///     engine.LogSensorLatency(accelerometer, android::elapsedRealtimeNano());
+///     engine.LogSensorHalError(accelerometer, SensorVela::HalCall{3}, -22);
+///     engine.ReportHalSensorDisabled(accelerometer);
+///
 /// Threads: every public method may be called from any thread at any time between the end of
 /// construction and the start of destruction. No method waits for the stats service, fails, or
 /// validates an argument: every value is safe and is passed on unchanged.
-///
-/// Annotations, for Clang: `SENSORVELA_EXCLUDES` names the engine's own locks that the caller must
-/// not hold. Only the engine's own code can hold one.
 ///
 /// Clocks: a cycle is six hours of the monotonic clock, which stands still while the device is
 /// suspended. Timestamps and latencies are on elapsed realtime, which goes on.
@@ -241,18 +249,15 @@ class [[gnu::visibility("default")]] SensorVela {
   ~SensorVela();
 
   /// Queues a copy of `atom`. Atoms are sent in the order in which they were queued.
-  void ReportVendorAtomAsync(const VendorAtom& atom)
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+  void ReportVendorAtomAsync(const VendorAtom& atom) SENSORVELA_NO_LOCK_HELD;
 
   /// A call into the sensors HAL failed with `error`. At most 10 atoms are sent per `call` and
   /// cycle, counted over all sensors and errors; later occurrences are only logged.
-  void LogSensorHalError(SensorId sensor, HalCall call, int error)
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+  void LogSensorHalError(SensorId sensor, HalCall call, int error) SENSORVELA_NO_LOCK_HELD;
 
   /// A sensor failed while it ran. The same cap applies per `type`; runtime errors and HAL errors
   /// are counted separately.
-  void LogSensorRuntimeError(SensorId sensor, ErrorType type, int code)
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+  void LogSensorRuntimeError(SensorId sensor, ErrorType type, int code) SENSORVELA_NO_LOCK_HELD;
 
   // Times are in nanoseconds of `android::elapsedRealtimeNano()`; differences of times wrap.
 
@@ -260,12 +265,11 @@ class [[gnu::visibility("default")]] SensorVela {
   /// counts; those that no disable has reported are discarded. A disable on another thread can come
   /// between the two: it then reports the counts from before, after the enable's atom.
   void ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns)
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+      SENSORVELA_NO_LOCK_HELD;
 
   /// The sensor was disabled. Reports the sensor's counts since the last enable and does not reset
   /// them: later samples add to them until the next enable.
-  void ReportHalSensorDisabled(SensorId sensor)
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+  void ReportHalSensorDisabled(SensorId sensor) SENSORVELA_NO_LOCK_HELD;
 
   /// The sensor delivered a sample with this timestamp; call this once for each sample. Counts the
   /// sample by its latency (the time of this call minus the timestamp), and counts it as late if
@@ -275,8 +279,7 @@ class [[gnu::visibility("default")]] SensorVela {
   /// This is the sample path. It takes one lock and reads the clock once. For a sensor that has a
   /// status already, it does one hash lookup and allocates nothing. Only a first sample also builds
   /// and queues an atom.
-  void LogSensorLatency(SensorId sensor, long long timestamp_ns)
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+  void LogSensorLatency(SensorId sensor, long long timestamp_ns) SENSORVELA_NO_LOCK_HELD;
 
   /// The sensor's first sample arrived `latency_ns` after its enable. `LogSensorLatency` calls this
   /// for each first sample; a host that calls `LogSensorLatency` need not.
@@ -284,17 +287,16 @@ class [[gnu::visibility("default")]] SensorVela {
       SENSORVELA_EXCLUDES(queue_mutex_, error_counts_mutex_);
 
   /// A proximity status report, passed on bit for bit.
-  void LogSensorProxEvent(const TarnVelaProxEvent& event)
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+  void LogSensorProxEvent(const TarnVelaProxEvent& event) SENSORVELA_NO_LOCK_HELD;
 
   /// An operation of the sensors HAL took `latency_ns` on the sensor.
   void ReportHalLatency(HalOperation operation, SensorId sensor, long long latency_ns)
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+      SENSORVELA_NO_LOCK_HELD;
 
   /// A sensor firmware changed its state. The host defines what `subject_id` and `detail_code`
   /// mean.
   void ReportFirmwareState(int subject_id, FirmwareState state, int detail_code)
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+      SENSORVELA_NO_LOCK_HELD;
 
   // Each of these builds the atom of one diagnostics record, for a host that sends its own
   // diagnostics. They use no engine and may be called from any thread at any time.
@@ -337,17 +339,16 @@ class [[gnu::visibility("default")]] SensorVela {
 
   /// The thread's body: waits for the stats service, then sends and sleeps until a stop is
   /// requested.
-  void RunReporterThread() SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+  void RunReporterThread() SENSORVELA_NO_LOCK_HELD;
 
   /// Sends the atoms queued at this moment, or drops them if there is no service.
-  void DrainAtomQueue() SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+  void DrainAtomQueue() SENSORVELA_NO_LOCK_HELD;
 
   /// Waits until the stats service is up, if the device declares one, and logs the result.
-  void WaitForStatsService() const
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+  void WaitForStatsService() const SENSORVELA_NO_LOCK_HELD;
 
   /// Calls each operation of the supplier and queues one atom for each record.
-  void UploadDiagnostics() SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+  void UploadDiagnostics() SENSORVELA_NO_LOCK_HELD;
 
   /// Adds an all-zero status for the sensor if it has none.
   void EnsureSensorEntryInStatus(SensorId sensor) SENSORVELA_REQUIRES(status_mutex_);
@@ -357,15 +358,13 @@ class [[gnu::visibility("default")]] SensorVela {
       SENSORVELA_REQUIRES(status_mutex_);
 
   [[gnu::visibility("hidden")]] void UploadFrom(SystemDiagnosticsSupplier& supplier)
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+      SENSORVELA_NO_LOCK_HELD;
   [[gnu::visibility("hidden")]] void UploadFrom(SystemDiagnosticsSupplierV2& supplier)
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+      SENSORVELA_NO_LOCK_HELD;
 
   [[gnu::visibility("hidden")]] void Start();
-  [[gnu::visibility("hidden")]] void RequestStop()
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
-  [[gnu::visibility("hidden")]] bool StopRequested()
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+  [[gnu::visibility("hidden")]] void RequestStop() SENSORVELA_NO_LOCK_HELD;
+  [[gnu::visibility("hidden")]] bool StopRequested() SENSORVELA_NO_LOCK_HELD;
 
   /// Queues `atom` without a copy.
   [[gnu::visibility("hidden")]] void Enqueue(VendorAtom&& atom)
@@ -373,23 +372,27 @@ class [[gnu::visibility("default")]] SensorVela {
 
   /// Counts one more occurrence of the error. Past the cap, logs it and returns false.
   [[gnu::visibility("hidden")]] bool CountError(ErrorFamily family, std::int32_t enumerator)
-      SENSORVELA_EXCLUDES(status_mutex_, queue_mutex_, error_counts_mutex_);
+      SENSORVELA_NO_LOCK_HELD;
 
-  // The supplier is declared before the thread and the queue, so that it outlives both: the thread
-  // calls it.
+  // The order of the fields is their layout, which is fixed. The supplier is declared before the
+  // thread and the queue, so that it outlives both: the thread calls it.
 
+  // Constant after construction.
   const std::string stats_service_name_;
 
+  // Guarded by `status_mutex_`.
   std::unordered_map<std::uint64_t, PerSensorStatus> sensor_status_
       SENSORVELA_GUARDED_BY(status_mutex_);
   /// A thread may take `queue_mutex_` while it holds this, never the reverse.
   sensorvela::platform::Mutex status_mutex_ SENSORVELA_ACQUIRED_BEFORE(queue_mutex_);
 
+  // Constant after construction.
   const std::unique_ptr<SystemDiagnosticsSupplier> diagnostics_supplier_;
   const std::unique_ptr<SystemDiagnosticsSupplierV2> diagnostics_supplier_v2_;
-
   /// Started at the end of construction, when every other field is initialized.
   std::thread reporter_thread_;
+
+  // Guarded by `queue_mutex_`.
 
   /// Grows by blocks: no caller waits while a long queue is moved to larger storage.
   std::deque<VendorAtom> atom_queue_ SENSORVELA_GUARDED_BY(queue_mutex_);
@@ -398,10 +401,12 @@ class [[gnu::visibility("default")]] SensorVela {
   sensorvela::platform::CondVar queue_cv_;
   bool stop_requested_ SENSORVELA_GUARDED_BY(queue_mutex_) = false;
 
+  // Guarded by `error_counts_mutex_`.
   std::unordered_map<std::uint64_t, std::uint32_t> error_counts_
       SENSORVELA_GUARDED_BY(error_counts_mutex_);
   /// Never held together with another lock of the engine.
   sensorvela::platform::Mutex error_counts_mutex_;
 };
 
+#undef SENSORVELA_NO_LOCK_HELD
 #include "../platform/thread_annotations_end.h"

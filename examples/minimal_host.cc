@@ -21,7 +21,6 @@ class Diagnostics : public SensorVela::SystemDiagnosticsSupplier {
 void RunSensors(sensorvela::simulated::VirtualTime& time) {
   // Starts the reporter thread and waits for nothing; the engine owns the supplier.
   SensorVela engine(std::make_unique<Diagnostics>());
-
   const SensorVela::SensorId accelerometer = {0x10, 1};
   engine.ReportHalSensorEnabled(accelerometer, 20'000'000);  // A sample every 20 ms.
   engine.LogSensorLatency(accelerometer, android::elapsedRealtimeNano());

@@ -60,11 +60,11 @@ class MonotonicClock {
 /// more than 15 characters is refused, and the thread keeps the one that it has.
 void NameThisThread(const char* name);
 
-/// A condition variable that one thread waits on and any thread notifies.
+/// A condition variable. One thread, which `StartThread` has started, waits on it, always with the
+/// same mutex; any thread notifies it.
 class CondVar {
  public:
-  CondVar();
-  ~CondVar();
+  CondVar() = default;
   CondVar(const CondVar&) = delete;
   CondVar& operator=(const CondVar&) = delete;
 
@@ -73,17 +73,18 @@ class CondVar {
   /// sleep: the caller checks its own state and the clock.
   void WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) SENSORVELA_REQUIRES(mutex);
 
-  /// Wakes the thread that waits with `mutex`, if one does. Since the caller holds it, the thread
-  /// cannot check its state and then miss the notification.
+  /// Wakes the thread that waits with `mutex`, if one does. The mutex is named only for Clang's
+  /// proof that the caller holds it: the thread cannot check its state and then miss the
+  /// notification.
   void NotifyAll(Mutex& mutex) SENSORVELA_REQUIRES(mutex);
 
  private:
   std::condition_variable cv_;
 };
 
-/// Starts a thread that calls `body` with `argument`. Of all threads, only this one waits on
-/// `condition`, which outlives it. Throws `std::system_error` when the system refuses the thread.
-std::thread StartThread(CondVar& condition, void (*body)(void* argument), void* argument);
+/// Starts a thread that calls `body` with `argument`. Throws `std::system_error` when the system
+/// refuses the thread.
+std::thread StartThread(void (*body)(void* argument), void* argument);
 
 }  // namespace sensorvela::platform
 

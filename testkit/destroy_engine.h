@@ -1,4 +1,4 @@
-// Destroys an engine whose reporter thread may be blocked.
+// Destroys an engine whose reporter thread may wait for something.
 #pragma once
 
 #include <functional>
@@ -10,10 +10,10 @@ namespace sensorvela::testkit {
 /// Runs `destroy`, which destroys one engine, on a new thread. Calls `release` once the destructor
 /// has asked the reporter thread to stop, and returns when `destroy` has returned.
 ///
-/// An engine's destructor waits for its reporter thread, which may itself be blocked: in a wait for
-/// the stats service, or in a report. That wait must have begun before this is called (for a wait
+/// An engine's destructor waits for its reporter thread, which may itself wait: for the
+/// stats service, or in a report. That wait must have begun before this is called (for a wait
 /// for the service, call `time.WaitUntilSettled()` first), and `release` ends it after the request
-/// to stop: a thread released earlier might block again.
+/// to stop: a thread released earlier might wait again.
 ///
 /// Nothing may queue an atom during the call, `destroy` included, or the call may hang. For a host
 /// whose destructor reports something, use `World::RefuseService` instead.

@@ -36,15 +36,9 @@ ndk::ScopedAStatus StatsService::reportVendorAtom(const VendorAtom& atom) {
     received_.notify_all();
   }
   if (on_report_) on_report_(atom, answer);
-  switch (answer) {
-    case Answer::kOk:
-      return ndk::ScopedAStatus::ok();
-    case Answer::kError:
-      return ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
-    case Answer::kNoStatus:
-      break;
-  }
-  return ndk::ScopedAStatus(nullptr);
+  if (answer == Answer::kNoStatus) return ndk::ScopedAStatus(nullptr);
+  return ndk::ScopedAStatus::fromStatus(answer == Answer::kOk ? STATUS_OK
+                                                              : STATUS_FAILED_TRANSACTION);
 }
 
 Answer StatsService::TakeAnswer() {

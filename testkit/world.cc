@@ -41,40 +41,15 @@ World::~World() {
   simulated::ResetServices();
 }
 
-void World::UnregisterService() {
-  time.WaitUntilSettled();
-  simulated::UnregisterService(kStatsInstance);
-}
-
+void World::UnregisterService() { OnceSettled(simulated::UnregisterService); }
 void World::RegisterService() {
-  time.WaitUntilSettled();
-  simulated::RegisterService(kStatsInstance, service);
+  OnceSettled([this](const auto& instance) { simulated::RegisterService(instance, service); });
 }
-
-void World::RefuseService() {
-  time.WaitUntilSettled();
-  simulated::RefuseService(kStatsInstance);
-}
-
-void World::AllowService() {
-  time.WaitUntilSettled();
-  simulated::AllowService(kStatsInstance);
-}
-
-void World::ReleaseServiceWaits() {
-  time.WaitUntilSettled();
-  simulated::ReleaseServiceWaits(kStatsInstance);
-}
-
-void World::DeclareService() {
-  time.WaitUntilSettled();
-  simulated::DeclareService(kStatsInstance);
-}
-
-void World::UndeclareService() {
-  time.WaitUntilSettled();
-  simulated::UndeclareService(kStatsInstance);
-}
+void World::RefuseService() { OnceSettled(simulated::RefuseService); }
+void World::AllowService() { OnceSettled(simulated::AllowService); }
+void World::ReleaseServiceWaits() { OnceSettled(simulated::ReleaseServiceWaits); }
+void World::DeclareService() { OnceSettled(simulated::DeclareService); }
+void World::UndeclareService() { OnceSettled(simulated::UndeclareService); }
 
 SensorVela& World::StartEngine(SupplierKind supplier) {
   DestroyEngine();
@@ -114,6 +89,11 @@ std::vector<std::string> World::TakeHistory() {
   time.WaitUntilSettled();
   const platform::MutexLock lock(mutex_);
   return std::exchange(history_, {});
+}
+
+void World::OnceSettled(const std::function<void(const std::string& instance)>& change) {
+  time.WaitUntilSettled();
+  change(kStatsInstance);
 }
 
 void World::Keep(std::string text) {

@@ -1,4 +1,4 @@
-// The environment of an engine on a workstation, in virtual time.
+// An engine's world on a workstation, in virtual time.
 #pragma once
 
 #include <functional>
@@ -19,9 +19,17 @@
 
 namespace sensorvela::testkit {
 
-/// The clocks, the log, the service manager, the stats service and, on request, an engine. While a
-/// world exists it controls the process's virtual time, log and services, so only one may exist at
-/// a time.
+/// The clocks, the log, the service manager, the stats service and, on request, an engine. With a
+/// `world`, and a `hal` that owns an engine:
+///
+///     world.UnregisterService();
+///     EXPECT_EQ(hal.Activate(true), 0);
+///     EXPECT_THAT(world.TakeAtomTexts(), SizeIs(0));
+///     world.RegisterService();
+///     EXPECT_THAT(world.TakeAtomTexts(), SizeIs(1));
+///
+/// While a world exists it controls the process's virtual time, log and services, so only one may
+/// exist at a time.
 ///
 /// A test constructs its world before the objects that own an engine, and destroys it after them.
 /// The destructor of an engine whose thread waits for the service does not return. A fixture that
@@ -29,7 +37,7 @@ namespace sensorvela::testkit {
 /// behind.
 ///
 /// The engine's reporter thread runs by itself. Every `Take...` and every operation on the service
-/// first waits until the thread has nothing left to do. No wait takes real time.
+/// first waits until the engine is settled. No wait takes real time.
 ///
 /// Use a world from one thread. Other threads may call the engine meanwhile.
 class World {
@@ -81,8 +89,8 @@ class World {
   /// Destroys the world's own engine, even if it waits for the service; does nothing if there is
   /// none. `StartEngine` does the same with the engine before.
   void DestroyEngine();
-  /// Destroys the engine, which there must be, while its reporter thread is blocked in something
-  /// else, which `release` ends. See destroy_engine.h.
+  /// Destroys the engine, which there must be, while its reporter thread waits for something else,
+  /// which `release` ends. See destroy_engine.h.
   void DestroyEngine(const std::function<void()>& release);
 
   /// The atoms that have reached the service since the last call, in order.
@@ -114,6 +122,7 @@ class World {
   std::function<void(DiagnosticsItem asked)> on_ask;
 
  private:
+  void OnceSettled(const std::function<void(const std::string& instance)>& change);
   void Keep(std::string text) SENSORVELA_EXCLUDES(mutex_);
 
   platform::Mutex mutex_;

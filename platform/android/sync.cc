@@ -16,9 +16,6 @@ MonotonicClock::time_point MonotonicClock::now() noexcept {
 // The one failure is a name that is too long, and it would cost only the name.
 void NameThisThread(const char* name) { pthread_setname_np(pthread_self(), name); }
 
-CondVar::CondVar() = default;
-CondVar::~CondVar() = default;
-
 void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
   std::unique_lock lock(mutex.mutex_, std::adopt_lock);
   cv_.wait_until(lock, std::chrono::steady_clock::time_point(deadline.time_since_epoch()));
@@ -27,7 +24,7 @@ void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
 
 void CondVar::NotifyAll(Mutex& /*mutex*/) { cv_.notify_all(); }
 
-std::thread StartThread(CondVar& /*condition*/, void (*body)(void* argument), void* argument) {
+std::thread StartThread(void (*body)(void* argument), void* argument) {
   return std::thread(body, argument);
 }
 

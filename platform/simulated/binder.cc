@@ -34,51 +34,32 @@ namespace {
 
 /// The binder of each service that has one. A binder keeps its service; the last reference frees
 /// both.
-class Binders {
- public:
-  // Never destroyed: a reporter thread may hold a binder while the process exits.
-  static Binders& Get() {
-    static Binders& binders = *new Binders;
-    return binders;
-  }
-
-  AIBinder* Take(std::shared_ptr<IStats> service) SENSORVELA_EXCLUDES(mutex_) {
-    const MutexLock lock(mutex_);
-    std::unique_ptr<AIBinder>& binder = binders_[service.get()];
-    if (binder == nullptr) binder = std::make_unique<AIBinder>(AIBinder{std::move(service)});
-    ++binder->references;
-    return binder.get();
-  }
-
-  void Add(AIBinder* binder) SENSORVELA_EXCLUDES(mutex_) {
-    const MutexLock lock(mutex_);
-    ++binder->references;
-  }
-
-  void Drop(AIBinder* binder) SENSORVELA_EXCLUDES(mutex_) {
-    std::unique_ptr<AIBinder> retired;  // Freed without the lock: a service may call back.
-    const MutexLock lock(mutex_);
-    if (--binder->references > 0) return;
-    const auto entry = binders_.find(binder->service.get());
-    retired = std::move(entry->second);
-    binders_.erase(entry);
-  }
-
- private:
-  sensorvela::platform::Mutex mutex_;
-  std::map<IStats*, std::unique_ptr<AIBinder>> binders_ SENSORVELA_GUARDED_BY(mutex_);
+struct Binders {
+  sensorvela::platform::Mutex mutex;
+  std::map<IStats*, std::unique_ptr<AIBinder>> of_services SENSORVELA_GUARDED_BY(mutex);
 };
+
+// Never destroyed: a reporter thread may hold a binder while the process exits.
+Binders& binders = *new Binders;
 
 std::string Text(const char* text) { return text == nullptr ? "" : text; }
 
 }  // namespace
 
 void AIBinder_incStrong(AIBinder* binder) {
-  if (binder != nullptr) Binders::Get().Add(binder);
+  if (binder == nullptr) return;
+  const MutexLock lock(binders.mutex);
+  ++binder->references;
 }
 
 void AIBinder_decStrong(AIBinder* binder) {
-  if (binder != nullptr) Binders::Get().Drop(binder);
+  if (binder == nullptr) return;
+  std::unique_ptr<AIBinder> retired;  // Freed without the lock: a service may call back.
+  const MutexLock lock(binders.mutex);
+  if (--binder->references > 0) return;
+  const auto entry = binders.of_services.find(binder->service.get());
+  retired = std::move(entry->second);
+  binders.of_services.erase(entry);
 }
 
 bool AIBinder_isRemote(const AIBinder*) { return false; }
@@ -153,7 +134,11 @@ ndk::ScopedAStatus BnStats::getInterfaceHash(std::string* result) {
 ndk::SpAIBinder BnStats::createBinder() {
   std::shared_ptr<IStats> service = ref<IStats>();
   if (service == nullptr) return nullptr;
-  return ndk::SpAIBinder(Binders::Get().Take(std::move(service)));
+  const MutexLock lock(binders.mutex);
+  std::unique_ptr<AIBinder>& binder = binders.of_services[service.get()];
+  if (binder == nullptr) binder = std::make_unique<AIBinder>(AIBinder{std::move(service)});
+  ++binder->references;
+  return ndk::SpAIBinder(binder.get());
 }
 
 }  // namespace aidl::android::frameworks::stats

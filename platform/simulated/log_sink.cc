@@ -40,23 +40,18 @@ struct Log {
 };
 
 // Never destroyed: threads may log while the process exits.
-Log& TheLog() {
-  static Log& log = *new Log;
-  return log;
-}
+Log& the_log = *new Log;
 
 }  // namespace
 
 ScopedLogSink::ScopedLogSink(LogSink sink) : previous_(std::move(sink)) {
-  Log& log = TheLog();
-  const platform::MutexLock lock(log.mutex);
-  std::swap(log.sink, previous_);
+  const platform::MutexLock lock(the_log.mutex);
+  std::swap(the_log.sink, previous_);
 }
 
 ScopedLogSink::~ScopedLogSink() {
-  Log& log = TheLog();
-  const platform::MutexLock lock(log.mutex);
-  log.sink = std::move(previous_);
+  const platform::MutexLock lock(the_log.mutex);
+  the_log.sink = std::move(previous_);
 }
 
 }  // namespace sensorvela::simulated
@@ -71,8 +66,8 @@ int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
 }
 
 int __android_log_write(int prio, const char* tag, const char* text) {
-  sensorvela::simulated::Log& log = sensorvela::simulated::TheLog();
-  const sensorvela::platform::MutexLock lock(log.mutex);
-  log.sink(prio, tag, text);
+  using sensorvela::simulated::the_log;
+  const sensorvela::platform::MutexLock lock(the_log.mutex);
+  the_log.sink(prio, tag, text);
   return 1;
 }

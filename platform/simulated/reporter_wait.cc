@@ -4,16 +4,16 @@
 
 namespace sensorvela::simulated {
 
-void ReporterWait::Begin(platform::Mutex& mutex) {
+void ReporterWait::Wait(platform::Mutex& mutex) {
   is_waiting_ = true;
-  Timeline::Get().AddBlocked();
+  timeline.AddWaiting(1);
   while (is_waiting_) ended_.wait(mutex);
 }
 
 void ReporterWait::End(platform::Mutex& /*mutex*/) {
   if (!is_waiting_) return;
   is_waiting_ = false;
-  Timeline::Get().RemoveBlocked(1);
+  timeline.AddWaiting(-1);
   ended_.notify_all();
 }
 

@@ -18,9 +18,10 @@ class ReporterWait {
   ReporterWait& operator=(const ReporterWait&) = delete;
 
   /// Releases `mutex`, waits for the next `End`, and takes `mutex` again. Only in virtual time.
-  void Begin(platform::Mutex& mutex) SENSORVELA_REQUIRES(mutex);
+  void Wait(platform::Mutex& mutex) SENSORVELA_REQUIRES(mutex);
 
-  /// Ends the wait, if there is one. The engine counts as busy when this returns.
+  /// Ends the wait, if there is one. The thread's engine counts as busy when this returns. The
+  /// mutex is named only for Clang's proof that the caller holds it.
   void End(platform::Mutex& mutex) SENSORVELA_REQUIRES(mutex);
 
  private:

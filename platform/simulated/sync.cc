@@ -15,23 +15,18 @@
 
 namespace sensorvela::platform {
 
-using simulated::Timeline;
+using simulated::timeline;
 
 MonotonicClock::time_point MonotonicClock::now() noexcept {
-  const Timeline& timeline = Timeline::Get();
-  if (timeline.is_virtual()) return time_point(timeline.monotonic_now());
+  if (timeline.is_virtual) return time_point(timeline.monotonic);
   return time_point(std::chrono::steady_clock::now().time_since_epoch());
 }
 
 // The one failure is a name that is too long, and it would cost only the name.
 void NameThisThread(const char* name) { pthread_setname_np(pthread_self(), name); }
 
-CondVar::CondVar() = default;
-CondVar::~CondVar() { Timeline::Get().RemoveEngine(this); }
-
 void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
-  Timeline& timeline = Timeline::Get();
-  if (timeline.is_virtual()) {
+  if (timeline.is_virtual) {
     timeline.Sleep(this, mutex, deadline.time_since_epoch());
     return;
   }
@@ -41,23 +36,23 @@ void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
 }
 
 void CondVar::NotifyAll(Mutex& /*mutex*/) {
-  Timeline& timeline = Timeline::Get();
-  if (timeline.is_virtual()) {
+  if (timeline.is_virtual) {
     timeline.Notify(this);
   } else {
     cv_.notify_all();
   }
 }
 
-// The thread is busy before it runs. A refused one leaves nothing behind: nobody destroys its
-// condition variable, because the library is built without exceptions.
-std::thread StartThread(CondVar& condition, void (*body)(void* argument), void* argument) {
-  Timeline& timeline = Timeline::Get();
-  timeline.AddEngine(&condition);
+// The thread is busy before it runs. A refused one leaves nothing behind.
+std::thread StartThread(void (*body)(void* argument), void* argument) {
+  timeline.AddThreads(1);
   try {
-    return std::thread(body, argument);
+    return std::thread([body, argument] {
+      body(argument);
+      timeline.AddThreads(-1);
+    });
   } catch (...) {
-    timeline.RemoveEngine(&condition);
+    timeline.AddThreads(-1);
     throw;
   }
 }
@@ -66,7 +61,7 @@ std::thread StartThread(CondVar& condition, void (*body)(void* argument), void* 
 
 namespace {
 
-using sensorvela::simulated::Timeline;
+using sensorvela::simulated::timeline;
 
 std::int64_t ClockNs(clockid_t clock) {
   timespec now{};
@@ -77,13 +72,11 @@ std::int64_t ClockNs(clockid_t clock) {
 }  // namespace
 
 std::int64_t android::elapsedRealtimeNano() {
-  const Timeline& timeline = Timeline::Get();
-  return timeline.is_virtual() ? timeline.now().count() : ClockNs(CLOCK_BOOTTIME);
+  return timeline.is_virtual ? timeline.elapsed.load().count() : ClockNs(CLOCK_BOOTTIME);
 }
 std::int64_t android::elapsedRealtime() { return elapsedRealtimeNano() / 1'000'000; }
 
 std::int64_t android::uptimeNanos() {
-  const Timeline& timeline = Timeline::Get();
-  return timeline.is_virtual() ? timeline.monotonic_now().count() : ClockNs(CLOCK_MONOTONIC);
+  return timeline.is_virtual ? timeline.monotonic.load().count() : ClockNs(CLOCK_MONOTONIC);
 }
 std::int64_t android::uptimeMillis() { return uptimeNanos() / 1'000'000; }

@@ -3,19 +3,27 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <optional>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <ranges>
+#include <utility>
+
+#include "platform/simulated/virtual_time.h"
 
 namespace sensorvela::simulated {
 
 using platform::MutexLock;
+using std::chrono::nanoseconds;
 
 namespace {
 
 /// Leaves room for deadlines, and for suspensions that go on for as long.
-constexpr std::chrono::nanoseconds kLatestStart = std::chrono::hours(24 * 365 * 100);
+constexpr nanoseconds kLatestStart = std::chrono::hours(24 * 365 * 100);
 
 void Require(bool condition, const char* what) {
   if (condition) return;
@@ -23,160 +31,150 @@ void Require(bool condition, const char* what) {
   std::abort();
 }
 
+/// The sum, or the limit that it would pass.
+nanoseconds SaturatingSum(nanoseconds a, nanoseconds b) {
+  std::int64_t sum = 0;
+  if (!__builtin_add_overflow(a.count(), b.count(), &sum)) return nanoseconds(sum);
+  return a.count() > 0 ? nanoseconds::max() : nanoseconds::min();
+}
+
 }  // namespace
 
-std::chrono::nanoseconds SaturatingSum(std::chrono::nanoseconds a, std::chrono::nanoseconds b) {
-  std::int64_t sum = 0;
-  if (!__builtin_add_overflow(a.count(), b.count(), &sum)) return std::chrono::nanoseconds(sum);
-  return a.count() > 0 ? std::chrono::nanoseconds::max() : std::chrono::nanoseconds::min();
+Timeline& timeline = *new Timeline;
+
+void Timeline::AddThreads(std::ptrdiff_t number) {
+  const MutexLock lock(mutex);
+  threads += number;
+  changed.notify_all();
 }
 
-// Never destroyed: engines may outlive the process's static objects.
-Timeline& Timeline::Get() {
-  static Timeline& timeline = *new Timeline;
-  return timeline;
+void Timeline::AddWaiting(std::ptrdiff_t number) {
+  const MutexLock lock(mutex);
+  waiting += number;
+  changed.notify_all();
 }
 
-void Timeline::Begin(std::chrono::nanoseconds start) {
-  const MutexLock lock(mutex_);
-  Require(!is_virtual(), "there is one already");
-  Require(engines_.empty(), "construct it before the first engine");
-  Require(start <= kLatestStart && start >= -kLatestStart, "start within a century of zero");
-  elapsed_ns_ = start.count();
-  monotonic_ns_ = start.count();
-  notifications_ = 0;
-  is_virtual_ = true;
-}
-
-void Timeline::End() {
-  const MutexLock lock(mutex_);
-  Require(engines_.empty(), "destroy it after the last engine");
-  is_virtual_ = false;
-  notification_observer_ = nullptr;
-}
-
-void Timeline::AddEngine(platform::CondVar* engine) {
-  const MutexLock lock(mutex_);
-  engines_.try_emplace(engine);
-}
-
-void Timeline::RemoveEngine(platform::CondVar* engine) {
-  const MutexLock lock(mutex_);
-  engines_.erase(engine);
-  changed_.notify_all();
-}
-
-void Timeline::Sleep(platform::CondVar* engine, platform::Mutex& engine_mutex,
-                     std::chrono::nanoseconds deadline) {
+void Timeline::Sleep(const platform::CondVar* condition, platform::Mutex& engine_mutex,
+                     nanoseconds deadline) {
   {
-    const MutexLock lock(mutex_);
-    if (monotonic_now() >= deadline) return;
-    Engine& sleeper = engines_.at(engine);
-    sleeper.is_asleep = true;
-    sleeper.deadline = deadline;
-    ++asleep_;
-    changed_.notify_all();
+    const MutexLock lock(mutex);
+    if (monotonic.load() >= deadline) return;
+    asleep.emplace(condition, deadline);
+    changed.notify_all();
 
     engine_mutex.unlock();
-    while (sleeper.is_asleep) sleeper.woken.wait(mutex_);
+    while (asleep.contains(condition)) changed.wait(mutex);
   }
   engine_mutex.lock();
 }
 
-void Timeline::Notify(platform::CondVar* engine) {
-  if (notification_observer_) notification_observer_();
-  const MutexLock lock(mutex_);
-  ++notifications_;
-  Wake(engines_.at(engine));
-  changed_.notify_all();
-}
-
-void Timeline::AddBlocked() {
-  const MutexLock lock(mutex_);
-  ++blocked_;
-  changed_.notify_all();
-}
-
-void Timeline::RemoveBlocked(std::size_t count) {
-  const MutexLock lock(mutex_);
-  blocked_ -= count;
-  changed_.notify_all();
-}
-
-void Timeline::RunTo(std::chrono::nanoseconds instant) {
-  const MutexLock lock(mutex_);
-  for (;;) {
-    while (!Settled()) changed_.wait(mutex_);
-    const std::chrono::nanoseconds left = SaturatingSum(instant, -now());
-    std::optional<std::chrono::nanoseconds> next;
-    for (const auto& [id, engine] : engines_) {
-      if (!engine.is_asleep) continue;
-      const auto wait = std::max(SaturatingSum(engine.deadline, -monotonic_now()),
-                                 std::chrono::nanoseconds::zero());
-      if (wait <= left) next = next ? std::min(*next, wait) : wait;
-    }
-    if (!next) break;
-    Advance(now() + *next);
-    WakeDue();
-  }
-  Advance(instant);
-}
-
-void Timeline::MoveTo(std::chrono::nanoseconds instant, bool wake_due) {
-  const MutexLock lock(mutex_);
-  Advance(instant);
-  if (wake_due) WakeDue();
-}
-
-void Timeline::Suspend(std::chrono::nanoseconds duration) {
-  const MutexLock lock(mutex_);
-  while (!Settled()) changed_.wait(mutex_);
-  if (duration.count() > 0) elapsed_ns_ = SaturatingSum(now(), duration).count();
-}
-
-void Timeline::ReachDeadlines() {
-  const MutexLock lock(mutex_);
-  while (!Settled()) changed_.wait(mutex_);
-  for (const auto& [id, engine] : engines_) {
-    if (!engine.is_asleep) continue;
-    monotonic_ns_ = std::max<std::int64_t>(monotonic_ns_, engine.deadline.count());
-  }
-}
-
-void Timeline::WaitUntilAtRest() {
-  const MutexLock lock(mutex_);
-  while (!AtRest()) changed_.wait(mutex_);
+void Timeline::Notify(const platform::CondVar* condition) {
+  if (notification_observer) notification_observer();
+  const MutexLock lock(mutex);
+  ++notifications;
+  asleep.erase(condition);
+  changed.notify_all();
 }
 
 void Timeline::WaitUntilSettled() {
-  const MutexLock lock(mutex_);
-  while (!Settled()) changed_.wait(mutex_);
+  while (std::ssize(asleep) + waiting != threads) changed.wait(mutex);
 }
 
-void Timeline::WaitForNotifications(std::uint64_t count) {
-  const MutexLock lock(mutex_);
-  while (notifications_ < count) changed_.wait(mutex_);
-}
-
-void Timeline::Advance(std::chrono::nanoseconds instant) {
-  if (instant <= now()) return;
-  const std::chrono::nanoseconds step = SaturatingSum(instant, -now());
+void Timeline::Advance(nanoseconds instant) {
+  const nanoseconds step = SaturatingSum(instant, -elapsed.load());
+  if (step.count() <= 0) return;
   // A sequentially consistent store would take longer than the rest, for each sample of a replay.
-  elapsed_ns_.store(instant.count(), std::memory_order_release);
-  monotonic_ns_.store(SaturatingSum(monotonic_now(), step).count(), std::memory_order_release);
-}
-
-void Timeline::Wake(Engine& engine) {
-  if (!engine.is_asleep) return;
-  engine.is_asleep = false;
-  --asleep_;
-  engine.woken.notify_all();
+  elapsed.store(instant, std::memory_order_release);
+  monotonic.store(SaturatingSum(monotonic, step), std::memory_order_release);
 }
 
 void Timeline::WakeDue() {
-  for (auto& [id, engine] : engines_) {
-    if (engine.deadline <= monotonic_now()) Wake(engine);
+  std::erase_if(asleep, [now = monotonic.load()](const auto& each) { return each.second <= now; });
+  changed.notify_all();
+}
+
+VirtualTime::VirtualTime(Instant start) {
+  const MutexLock lock(timeline.mutex);
+  Require(!timeline.is_virtual, "there is one already");
+  Require(timeline.threads == 0, "construct it before the first engine");
+  Require(start <= kLatestStart && start >= -kLatestStart, "start within a century of zero");
+  timeline.elapsed = start;
+  timeline.monotonic = start;
+  timeline.notifications = 0;
+  timeline.is_virtual = true;
+}
+
+VirtualTime::~VirtualTime() {
+  const MutexLock lock(timeline.mutex);
+  Require(timeline.threads == 0, "destroy it after the last engine");
+  timeline.is_virtual = false;
+  timeline.notification_observer = nullptr;
+}
+
+VirtualTime::Instant VirtualTime::Now() const { return timeline.elapsed; }
+
+void VirtualTime::Suspend(Instant duration) {
+  const MutexLock lock(timeline.mutex);
+  timeline.WaitUntilSettled();
+  if (duration.count() > 0) timeline.elapsed = SaturatingSum(timeline.elapsed, duration);
+}
+
+void VirtualTime::RunTo(Instant instant) {
+  const MutexLock lock(timeline.mutex);
+  for (;;) {
+    timeline.WaitUntilSettled();
+    const auto deadlines = std::views::values(timeline.asleep);
+    const auto first = std::ranges::min_element(deadlines);
+    if (first == deadlines.end()) break;
+    const nanoseconds wait =
+        std::max(SaturatingSum(*first, -timeline.monotonic.load()), nanoseconds::zero());
+    if (wait > SaturatingSum(instant, -timeline.elapsed.load())) break;
+    timeline.Advance(timeline.elapsed.load() + wait);
+    timeline.WakeDue();
   }
+  timeline.Advance(instant);
+}
+
+void VirtualTime::RunFor(Instant duration) { RunTo(SaturatingSum(Now(), duration)); }
+
+void VirtualTime::JumpTo(Instant instant) {
+  const MutexLock lock(timeline.mutex);
+  timeline.Advance(instant);
+  timeline.WakeDue();
+}
+
+void VirtualTime::SlipTo(Instant instant) {
+  const MutexLock lock(timeline.mutex);
+  timeline.Advance(instant);
+}
+
+void VirtualTime::ReachDeadlines() {
+  const MutexLock lock(timeline.mutex);
+  timeline.WaitUntilSettled();
+  for (const nanoseconds deadline : std::views::values(timeline.asleep)) {
+    timeline.monotonic = std::max(timeline.monotonic.load(), deadline);
+  }
+}
+
+void VirtualTime::WaitUntilAtRest() {
+  const MutexLock lock(timeline.mutex);
+  while (std::ssize(timeline.asleep) != timeline.threads) timeline.changed.wait(timeline.mutex);
+}
+
+void VirtualTime::WaitUntilSettled() {
+  const MutexLock lock(timeline.mutex);
+  timeline.WaitUntilSettled();
+}
+
+std::uint64_t VirtualTime::Notifications() const { return timeline.notifications; }
+
+void VirtualTime::WaitForNotifications(std::uint64_t count) {
+  const MutexLock lock(timeline.mutex);
+  while (timeline.notifications < count) timeline.changed.wait(timeline.mutex);
+}
+
+void VirtualTime::ObserveNotifications(std::function<void()> observer) {
+  timeline.notification_observer = std::move(observer);
 }
 
 }  // namespace sensorvela::simulated

@@ -1,5 +1,5 @@
-// The process's one timeline, shared by the simulated platform's clocks, condition variables and
-// service manager. Internal to the simulated platform.
+// The state of virtual time, which the simulated platform's clocks, condition variables and service
+// manager share. Internal to the simulated platform.
 #pragma once
 
 #include <atomic>
@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <utility>
 
 #include "platform/sync.h"
 
@@ -17,87 +16,50 @@
 
 namespace sensorvela::simulated {
 
-/// The sum, or the limit that it would pass.
-std::chrono::nanoseconds SaturatingSum(std::chrono::nanoseconds a, std::chrono::nanoseconds b);
+/// The process's one timeline. From before it runs until it ends, a reporter thread is asleep in
+/// its timed wait, waiting (in the service manager or in a `ReporterWait`), or busy. Whoever wakes
+/// a thread also marks it as busy, before the thread has run.
+struct Timeline {
+  /// Counts that many more reporter threads; a negative number counts fewer.
+  void AddThreads(std::ptrdiff_t number) SENSORVELA_EXCLUDES(mutex);
+  /// Counts that many more of them as waiting, or fewer.
+  void AddWaiting(std::ptrdiff_t number) SENSORVELA_EXCLUDES(mutex);
 
-/// Each engine owns one condition variable, on which one thread waits, so the timeline identifies
-/// an engine by its condition variable, from the start of that thread to the destruction. An engine
-/// is asleep, blocked in the service manager, or busy. The thread that wakes an engine also marks
-/// it as busy, before the woken thread has run.
-class Timeline {
- public:
-  static Timeline& Get();
-
-  bool is_virtual() const { return is_virtual_.load(std::memory_order_acquire); }
-  /// Elapsed realtime.
-  std::chrono::nanoseconds now() const {
-    return std::chrono::nanoseconds(elapsed_ns_.load(std::memory_order_acquire));
-  }
-  /// Elapsed realtime without the time in which the device was suspended.
-  std::chrono::nanoseconds monotonic_now() const {
-    return std::chrono::nanoseconds(monotonic_ns_.load(std::memory_order_acquire));
-  }
-
-  void Begin(std::chrono::nanoseconds start) SENSORVELA_EXCLUDES(mutex_);
-  void End() SENSORVELA_EXCLUDES(mutex_);
-
-  void AddEngine(platform::CondVar* engine) SENSORVELA_EXCLUDES(mutex_);
-  void RemoveEngine(platform::CondVar* engine) SENSORVELA_EXCLUDES(mutex_);
-
-  /// `CondVar::WaitUntil` in virtual time.
-  void Sleep(platform::CondVar* engine, platform::Mutex& engine_mutex,
+  /// `CondVar::WaitUntil` in virtual time, for a reporter thread that waits with `engine_mutex`.
+  void Sleep(const platform::CondVar* condition, platform::Mutex& engine_mutex,
              std::chrono::nanoseconds deadline) SENSORVELA_REQUIRES(engine_mutex)
-      SENSORVELA_EXCLUDES(mutex_);
-
+      SENSORVELA_EXCLUDES(mutex);
   /// `CondVar::NotifyAll` in virtual time.
-  void Notify(platform::CondVar* engine) SENSORVELA_EXCLUDES(mutex_);
+  void Notify(const platform::CondVar* condition) SENSORVELA_EXCLUDES(mutex);
 
-  /// One reporter thread begins to block in the service manager; `count` blocked threads are
-  /// released.
-  void AddBlocked() SENSORVELA_EXCLUDES(mutex_);
-  void RemoveBlocked(std::size_t count) SENSORVELA_EXCLUDES(mutex_);
-
-  void RunTo(std::chrono::nanoseconds instant) SENSORVELA_EXCLUDES(mutex_);
-  void MoveTo(std::chrono::nanoseconds instant, bool wake_due) SENSORVELA_EXCLUDES(mutex_);
-  void Suspend(std::chrono::nanoseconds duration) SENSORVELA_EXCLUDES(mutex_);
-  void ReachDeadlines() SENSORVELA_EXCLUDES(mutex_);
-  void WaitUntilAtRest() SENSORVELA_EXCLUDES(mutex_);
-  void WaitUntilSettled() SENSORVELA_EXCLUDES(mutex_);
-  std::uint64_t notifications() const { return notifications_.load(std::memory_order_acquire); }
-  void WaitForNotifications(std::uint64_t count) SENSORVELA_EXCLUDES(mutex_);
-  void ObserveNotifications(std::function<void()> observer) {
-    notification_observer_ = std::move(observer);
-  }
-
- private:
-  struct Engine {
-    bool is_asleep = false;
-    std::chrono::nanoseconds deadline{};  // Of the monotonic clock.
-    std::condition_variable_any woken;
-  };
-
-  bool AtRest() const SENSORVELA_REQUIRES(mutex_) { return asleep_ == engines_.size(); }
-  bool Settled() const SENSORVELA_REQUIRES(mutex_) { return asleep_ + blocked_ == engines_.size(); }
+  void WaitUntilSettled() SENSORVELA_REQUIRES(mutex);
   /// Both clocks go on until elapsed realtime is `instant`, if that is later.
-  void Advance(std::chrono::nanoseconds instant) SENSORVELA_REQUIRES(mutex_);
-  void Wake(Engine& engine) SENSORVELA_REQUIRES(mutex_);
-  void WakeDue() SENSORVELA_REQUIRES(mutex_);
+  void Advance(std::chrono::nanoseconds instant) SENSORVELA_REQUIRES(mutex);
+  /// Wakes every thread whose deadline has been reached.
+  void WakeDue() SENSORVELA_REQUIRES(mutex);
 
-  std::atomic<bool> is_virtual_ = false;
   // Changed under the mutex only.
-  std::atomic<std::int64_t> elapsed_ns_ = 0;
-  std::atomic<std::int64_t> monotonic_ns_ = 0;
-  std::atomic<std::uint64_t> notifications_ = 0;
+  std::atomic<bool> is_virtual = false;
+  std::atomic<std::chrono::nanoseconds> elapsed = std::chrono::nanoseconds::zero();
+  /// Elapsed realtime without the time in which the device was suspended.
+  std::atomic<std::chrono::nanoseconds> monotonic = std::chrono::nanoseconds::zero();
+  std::atomic<std::uint64_t> notifications = 0;
 
-  /// Called without the mutex. Set while there is no engine.
-  std::function<void()> notification_observer_;
+  /// Called without the mutex. Changed only while there is no reporter thread.
+  std::function<void()> notification_observer;
 
-  platform::Mutex mutex_;
-  std::condition_variable_any changed_;
-  std::map<platform::CondVar*, Engine> engines_ SENSORVELA_GUARDED_BY(mutex_);
-  std::size_t asleep_ SENSORVELA_GUARDED_BY(mutex_) = 0;
-  std::size_t blocked_ SENSORVELA_GUARDED_BY(mutex_) = 0;
+  platform::Mutex mutex;
+  /// Notified whenever a thread or a waiting caller of `VirtualTime` may have to go on.
+  std::condition_variable_any changed;
+  std::ptrdiff_t threads SENSORVELA_GUARDED_BY(mutex) = 0;
+  std::ptrdiff_t waiting SENSORVELA_GUARDED_BY(mutex) = 0;
+  /// The deadline, on the monotonic clock, of each thread that is asleep, by the condition variable
+  /// that it alone waits on.
+  std::map<const platform::CondVar*, std::chrono::nanoseconds> asleep SENSORVELA_GUARDED_BY(mutex);
 };
+
+/// Never destroyed: engines may outlive the process's static objects.
+extern Timeline& timeline;
 
 }  // namespace sensorvela::simulated
 

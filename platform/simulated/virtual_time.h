@@ -14,7 +14,8 @@ namespace sensorvela::simulated {
 ///
 /// Construct it before the first engine and destroy it after the last; only one may exist at a
 /// time. Otherwise the process aborts. While it exists, only reporter threads may wait in the
-/// service manager. An engine whose thread the system refused does not exist for virtual time.
+/// service manager or on a `platform::CondVar`. An engine whose thread the system refused does not
+/// exist for virtual time.
 /// Any thread may call any operation, except that an engine's reporter thread must not call one
 /// that waits for its engine.
 class VirtualTime {
@@ -58,7 +59,7 @@ class VirtualTime {
   /// is empty.
   void WaitUntilAtRest();
 
-  /// Returns once every engine is settled: at rest, or its reporter thread blocked in
+  /// Returns once every engine is settled: at rest, or its reporter thread waiting in
   /// `AServiceManager_waitForService`. The engines then do nothing more until time moves or
   /// somebody calls them or the service manager.
   void WaitUntilSettled();

@@ -14,7 +14,7 @@
 namespace sensorvela::schedules {
 namespace {
 
-/// Threads, and after them the steps of the world; one bit for each.
+/// Threads, and after them the steps of the environment; one bit for each.
 using Set = unsigned;
 constexpr Set SetOf(int actor) { return 1U << actor; }
 constexpr int kMostSteps = 20'000;
@@ -36,7 +36,7 @@ struct Decision {
 };
 
 struct Run {
-  World* world = nullptr;
+  Environment* environment = nullptr;
   Fiber explorer;
   std::array<Thread, kMaxThreads> threads;
   int thread_count = 0;
@@ -55,11 +55,11 @@ struct Run {
 constinit int current = -1;
 
 Thread& ThreadOf(int actor) { return run.threads[static_cast<std::size_t>(actor)]; }
-WorldStep& WorldStepOf(int actor) {
-  return run.world->steps[static_cast<std::size_t>(actor - kMaxThreads)];
+EnvironmentStep& EnvironmentStepOf(int actor) {
+  return run.environment->steps[static_cast<std::size_t>(actor - kMaxThreads)];
 }
 const Operation& NextOf(int actor) {
-  return actor < kMaxThreads ? ThreadOf(actor).next : WorldStepOf(actor).operation;
+  return actor < kMaxThreads ? ThreadOf(actor).next : EnvironmentStepOf(actor).operation;
 }
 
 bool Commute(const Operation& a, const Operation& b) {
@@ -77,10 +77,10 @@ bool Commute(const Operation& a, const Operation& b) {
 Set Ready() {
   Set ready = 0;
   Set when_idle = 0;
-  const int end = kMaxThreads + static_cast<int>(run.world->steps.size());
+  const int end = kMaxThreads + static_cast<int>(run.environment->steps.size());
   for (int actor = 0; actor < end; ++actor) {
     const bool exists = actor < kMaxThreads ? actor < run.thread_count && !ThreadOf(actor).ended
-                                            : WorldStepOf(actor).budget > 0;
+                                            : EnvironmentStepOf(actor).budget > 0;
     const Operation& next = NextOf(actor);
     if (!exists || (next.ready && !next.ready())) continue;
     (next.when_idle ? when_idle : ready) |= SetOf(actor);
@@ -122,7 +122,7 @@ int Decide(Set ready) {
   return chosen;
 }
 
-/// Lets the world take its steps until it is a thread's turn, and switches to that thread.
+/// Lets the environment take its steps until it is a thread's turn, and switches to that thread.
 void GoOn() {
   int chosen = kMaxThreads;
   while (chosen >= kMaxThreads) {
@@ -133,7 +133,7 @@ void GoOn() {
     chosen = run.branching ? Decide(ready) : FirstOf(ready);
     if (run.printing) std::printf("  %d %s\n", chosen, NextOf(chosen).name);
     if (chosen < kMaxThreads) break;
-    WorldStep& step = WorldStepOf(chosen);
+    EnvironmentStep& step = EnvironmentStepOf(chosen);
     --step.budget;
     step.action();
   }
@@ -146,7 +146,7 @@ void GoOn() {
 void RunThread() {
   Thread& thread = ThreadOf(current);
   thread.start(thread.argument);
-  // The first thread ends last, so that whatever may happen in the world has happened.
+  // The first thread ends last, so that whatever may happen in the environment has happened.
   Step({.name = "end", .uses = {{{&thread, true}}}, .when_idle = current == 0});
   Release(&thread);
   thread.ended = true;
@@ -163,7 +163,7 @@ void RunOnce(const Scenario& scenario) {
   run.redundant = false;
   run.violation.clear();
   ResetMemory();
-  run.world->reset();
+  run.environment->reset();
   const auto body = [](void* argument) -> void* {
     static_cast<const Scenario*>(argument)->body();
     return nullptr;
@@ -183,7 +183,7 @@ void Judge(const Scenario& scenario, Report& report) {
   for (int thread = 0; thread < run.thread_count && report.violation.empty(); ++thread) {
     if (!ThreadOf(thread).ended) report.violation = "a thread has not been joined";
   }
-  const std::string outcome = run.world->outcome();
+  const std::string outcome = run.environment->outcome();
   report.outcomes.insert(outcome);
   if (report.violation.empty() && !scenario.outcomes.contains(outcome)) {
     report.violation = "not allowed: \"" + outcome + "\"";
@@ -242,9 +242,10 @@ void Fail(const std::string& violation) {
   EndRun();
 }
 
-Report Explore(const Scenario& scenario, World& world, const std::optional<std::string>& choices) {
+Report Explore(const Scenario& scenario, Environment& environment,
+               const std::optional<std::string>& choices) {
   Report report;
-  run.world = &world;
+  run.environment = &environment;
   run.printing = choices.has_value();
   run.path.clear();
   for (const char choice : choices.value_or("")) run.path.push_back({.chosen = choice - '0'});

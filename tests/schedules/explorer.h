@@ -30,13 +30,13 @@ struct Operation {
   std::array<Use, 4> uses = {};
   /// When the operation can take place; empty: always. Depends only on the objects used.
   std::function<bool()> ready = {};
-  /// Takes place when no other thread, and no step of the world, is ready.
+  /// Takes place when no other thread, and no step of the environment, is ready.
   bool when_idle = false;
 };
 
 /// Something that is done by no thread. It takes place at any moment, `budget` times, while
 /// `ready`.
-struct WorldStep {
+struct EnvironmentStep {
   Operation operation;
   std::function<void()> action;
   int budget = 0;
@@ -78,13 +78,13 @@ struct Report {
   std::set<std::string> outcomes;
   std::string violation;
   /// One digit for each decision up to the violation: the thread, or `kMaxThreads` and more for a
-  /// step of the world.
+  /// step of the environment.
   std::string choices;
 };
 
-/// The world around the threads of a run.
-struct World {
-  std::vector<WorldStep> steps;
+/// What surrounds the threads of a run.
+struct Environment {
+  std::vector<EnvironmentStep> steps;
   /// Before each run.
   std::function<void()> reset;
   /// What the run has recorded.
@@ -93,6 +93,7 @@ struct World {
 
 /// Runs all schedules of the scenario, up to the first violation. With `choices`, runs only that
 /// schedule, goes on without a decision after the last choice, and prints each step.
-Report Explore(const Scenario& scenario, World& world, const std::optional<std::string>& choices);
+Report Explore(const Scenario& scenario, Environment& environment,
+               const std::optional<std::string>& choices);
 
 }  // namespace sensorvela::schedules

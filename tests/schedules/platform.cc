@@ -98,7 +98,7 @@ Platform& Platform::Get() {
 }
 
 Platform::Platform() {
-  world.steps = {
+  environment.steps = {
       {{"six hours pass", {{{&now_ns, true}, {&record_, true}}}},
        [this] {
          now_ns += kSixHoursNs;
@@ -107,12 +107,14 @@ Platform::Platform() {
       {{"the service comes up", {{{&service, true}}}}, [this] { service = Service::kUp; }},
       {{"a spurious wake-up", {{{&spurious_wakes, true}}}, [this] { return waiting > 0; }},
        [this] { ++spurious_wakes; }}};
-  world.reset = [this] { Reset(); };
-  world.outcome = [this] { return record_ + (suppliers == 0 ? "" : ", and the supplier is left"); };
+  environment.reset = [this] { Reset(); };
+  environment.outcome = [this] {
+    return record_ + (suppliers == 0 ? "" : ", and the supplier is left");
+  };
 }
 
 void Platform::Reset() {
-  for (WorldStep& step : world.steps) step.budget = 0;
+  for (EnvironmentStep& step : environment.steps) step.budget = 0;
   now_ns = 0;
   elapsed_ns_ = 0;
   declared = true;

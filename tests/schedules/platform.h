@@ -38,11 +38,11 @@ class Platform {
   int waiting = 0;
   int spurious_wakes = 0;
 
-  World world;
-  // Steps of `world`, with the budget 0.
-  WorldStep& six_hours() { return world.steps[0]; }
-  WorldStep& service_comes_up() { return world.steps[1]; }
-  WorldStep& spurious_wake() { return world.steps[2]; }
+  Environment environment;
+  // Steps of `environment`, with the budget 0.
+  EnvironmentStep& six_hours() { return environment.steps[0]; }
+  EnvironmentStep& service_comes_up() { return environment.steps[1]; }
+  EnvironmentStep& spurious_wake() { return environment.steps[2]; }
 
   // For the threads of a run.
 

@@ -53,7 +53,8 @@ int main(int argc, char** argv) {
   std::int64_t schedules = 0;
   for (const Scenario& scenario : sensorvela::schedules::AllScenarios()) {
     if (!only.empty() && only != scenario.name) continue;
-    const Report report = Explore(scenario, sensorvela::schedules::Platform::Get().world, choices);
+    const Report report =
+        Explore(scenario, sensorvela::schedules::Platform::Get().environment, choices);
     const bool correct = IsCorrect(scenario, report);
     if (choices) return correct ? 0 : 1;
     good = correct && SawAllOutcomes(scenario, report) && good;

@@ -140,6 +140,24 @@ TEST(VirtualTimeDeathTest, AbortsWhenItCannotBegin) {
   }
 }
 
+TEST(VirtualTimeDeathTest, AbortsWhenAnEngineIsThereBeforeOrAfter) {
+  simulated::RefuseService(kStatsInstance);  // An engine that is not in the way ends at once.
+  EXPECT_DEATH(
+      {
+        const auto engine = MakeEngine(SupplierKind::kNone, nullptr);
+        simulated::VirtualTime();
+      },
+      "construct it before the first engine");
+  EXPECT_DEATH(
+      {
+        std::optional<simulated::VirtualTime> time(std::in_place);
+        const auto engine = MakeEngine(SupplierKind::kNone, nullptr);
+        time.reset();
+      },
+      "destroy it after the last engine");
+  simulated::ResetServices();
+}
+
 TEST(StatsServiceTest, AnswersAsPlannedAndSaysWhenAtomsHaveCome) {
   const auto service = ndk::SharedRefBase::make<StatsService>();
   service->AnswerNext(1, Answer::kOk);

@@ -87,7 +87,7 @@ void RecordingFollower::Stop() {
 
 bool RecordingFollower::AwaitReport() {
   const MutexLock lock(mutex_);
-  while (reports_ >= report_limit_ && !is_stopping_) wait_for_limit_.Begin(mutex_);
+  while (reports_ >= report_limit_ && !is_stopping_) wait_for_limit_.Wait(mutex_);
   return reports_ < report_limit_;
 }
 
@@ -106,7 +106,7 @@ void RecordingFollower::CycleEnds() {
 
 testkit::Diagnostics RecordingFollower::AwaitAnswer() {
   const MutexLock lock(mutex_);
-  while (answers_.empty() && !is_stopping_) wait_for_answer_.Begin(mutex_);
+  while (answers_.empty() && !is_stopping_) wait_for_answer_.Wait(mutex_);
   if (answers_.empty()) return {};
   testkit::Diagnostics answer = std::move(answers_.front());
   answers_.pop_front();

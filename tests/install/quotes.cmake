@@ -1,0 +1,33 @@
+# Checks that the C++ of the README and of the headers' examples is in the programs of examples/, which are built
+# and run.
+set(root ${CMAKE_CURRENT_LIST_DIR}/../..)
+file(READ ${root}/examples/minimal_host.cc minimal_host)
+file(READ ${root}/examples/hal_test.cc hal_test)
+
+function(expect_in_examples file quote)
+  string(FIND "${minimal_host}${hal_test}" "${quote}" position)
+  if(position EQUAL -1)
+    message(FATAL_ERROR "no example has this C++ of ${file}:\n${quote}")
+  endif()
+endfunction()
+
+file(READ ${root}/README.md readme)
+set(quotes 0)
+while(readme MATCHES "```cpp\n([^`]+)```")
+  math(EXPR quotes "${quotes} + 1")
+  set(quote "${CMAKE_MATCH_1}")
+  expect_in_examples(README.md "${quote}")
+  string(REPLACE "```cpp\n${quote}```" "" readme "${readme}")
+endwhile()
+if(quotes LESS 2)
+  message(FATAL_ERROR "README.md has ${quotes} pieces of C++, expected one of each example")
+endif()
+
+foreach(header engine/sensor_vela.h testkit/world.h)
+  file(READ ${root}/${header} text)
+  if(NOT text MATCHES "(\n///     [^\n]+)+")
+    message(FATAL_ERROR "${header} has no example")
+  endif()
+  string(REPLACE "\n///   " "\n" quote "${CMAKE_MATCH_0}\n")
+  expect_in_examples(${header} "${quote}")
+endforeach()
