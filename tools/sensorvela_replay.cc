@@ -67,9 +67,12 @@ bool CheckOutputFile(const std::string& trace, const std::string& option,
 
 /// Whether both name one file, which need not exist.
 bool AreOneFile(const std::string& a, const std::string& b) {
-  std::error_code not_found;
-  const auto path = std::filesystem::weakly_canonical(a, not_found);
-  return !path.empty() && path == std::filesystem::weakly_canonical(b, not_found);
+  // Absolute first: libstdc++ leaves the name of a file that does not exist relative.
+  const auto path = [](const std::string& name) {
+    std::error_code not_found;
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(name, not_found), not_found);
+  };
+  return !path(a).empty() && path(a) == path(b);
 }
 
 /// Says why, and returns false, when the run cannot be written to these files.
