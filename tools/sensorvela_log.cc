@@ -20,7 +20,7 @@
 namespace {
 
 namespace devicelog = sensorvela::devicelog;
-namespace replay = sensorvela::replay;
+namespace tools = sensorvela::tools;
 
 constexpr int kExitFailed = 1;
 constexpr int kExitBadUsage = 2;
@@ -63,7 +63,7 @@ int CannotWrite() {
 /// Returns what has failed; empty if nothing has.
 std::string ReadFile(const std::string& path, devicelog::LogSummary& summary) try {
   std::string error = devicelog::ReadLines(
-      replay::Input::OpenOnce(path), [&summary](std::string_view line) { summary.AddLine(line); });
+      tools::Input::OpenOnce(path), [&summary](std::string_view line) { summary.AddLine(line); });
   summary.EndFile();
   return error;
 } catch (const std::system_error& error) {
@@ -74,7 +74,7 @@ int Summarize(const Options& options) {
   devicelog::LogSummary summary;
   for (const std::string& file : options.files) {
     if (const std::string error = ReadFile(file, summary); !error.empty()) {
-      std::cerr << "sensorvela-log: " << replay::Printable(file) << ": " << error << '\n';
+      std::cerr << "sensorvela-log: " << tools::Printable(file) << ": " << error << '\n';
       return kExitFailed;
     }
   }
@@ -104,7 +104,7 @@ int main(int argc, char** argv) try {
       ->capture_default_str();
   app.set_version_flag("--version", "sensorvela-log " SENSORVELA_VERSION,
                        "Print the version and exit");
-  replay::AddGenerateOption(app);
+  tools::AddGenerateOption(app);
   app.footer(kFooter);
   try {
     app.parse(argc, argv);

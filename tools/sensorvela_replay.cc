@@ -33,12 +33,12 @@
 
 namespace {
 
-namespace replay = sensorvela::replay;
+namespace tools = sensorvela::tools;
 
 constexpr int kExitFailed = 1;
 constexpr int kExitBadInput = 2;
 
-using replay::Options;
+using tools::Options;
 
 /// Whoever has closed a pipe does not want to hear of it.
 int CannotWrite(const std::string& what, int error) {
@@ -77,7 +77,7 @@ bool AreOneFile(const std::string& a, const std::string& b) {
 
 /// Says why, and returns false, when the run cannot be written to these files.
 bool CheckOutputFiles(const Options& options) {
-  if (options.picture && !replay::HasPicture()) {
+  if (options.picture && !tools::HasPicture()) {
     std::cerr << "sensorvela-replay: --picture: this build has none, for want of a library to draw "
                  "with (Debian: node-d3-axis, node-d3-scale, node-d3-zoom)\n";
     return false;
@@ -95,37 +95,37 @@ struct ObserverFile {
   explicit ObserverFile(const std::string& path) : name(path), file(path) {}
 
   std::string name;
-  replay::OutputFile file;
-  std::unique_ptr<replay::RunObserver> observer;
+  tools::OutputFile file;
+  std::unique_ptr<tools::RunObserver> observer;
 };
 
 /// The files that the options ask for, with the observers that write them. `trace` must outlive
 /// them.
-std::deque<ObserverFile> OpenFiles(const Options& options, const replay::Trace& trace) {
+std::deque<ObserverFile> OpenFiles(const Options& options, const tools::Trace& trace) {
   std::deque<ObserverFile> files;
   if (options.trace_out) {
     ObserverFile& viewer = files.emplace_back(*options.trace_out);
-    viewer.observer = replay::MakeViewerObserver(viewer.file.stream(), trace.sensor_names());
+    viewer.observer = tools::MakeViewerObserver(viewer.file.stream(), trace.sensor_names());
   }
   if (options.picture) {
     ObserverFile& picture = files.emplace_back(*options.picture);
     const std::filesystem::path name = options.trace == "-" ? "standard input" : options.trace;
     picture.observer =
-        replay::MakePictureObserver(picture.file.stream(), trace.sensor_names(),
-                                    name.filename().string(), trace.run_begin(), trace.run_end());
+        tools::MakePictureObserver(picture.file.stream(), trace.sensor_names(),
+                                   name.filename().string(), trace.run_begin(), trace.run_end());
   }
   return files;
 }
 
 /// How to print columns; none, and says why, if the options are wrong.
-std::optional<replay::TextOptions> ReadTextOptions(const Options& options,
-                                                   const replay::SensorNames& names) {
-  replay::TextOptions text = {
-      .wide = options.wide, .summary_only = options.summary, .color = replay::ShowsColor()};
-  text.width = replay::TerminalWidth().value_or(text.width);
+std::optional<tools::TextOptions> ReadTextOptions(const Options& options,
+                                                  const tools::SensorNames& names) {
+  tools::TextOptions text = {
+      .wide = options.wide, .summary_only = options.summary, .color = tools::ShowsColor()};
+  text.width = tools::TerminalWidth().value_or(text.width);
   for (const std::string& what : options.only) {
     if (text.only.Add(what, names)) continue;
-    std::cerr << "sensorvela-replay: --only " << replay::Printable(what)
+    std::cerr << "sensorvela-replay: --only " << tools::Printable(what)
               << ": expected a sensor's name or HIGH/LOW, or an atom's name or identifier\n";
     return std::nullopt;
   }
@@ -139,15 +139,15 @@ std::optional<replay::TextOptions> ReadTextOptions(const Options& options,
 int Replay(const Options& options) try {
   if (!CheckOutputFiles(options)) return kExitBadInput;
 
-  std::optional<replay::Progress> progress;
-  std::vector<replay::RunObserver*> observers;
+  std::optional<tools::Progress> progress;
+  std::vector<tools::RunObserver*> observers;
   if (isatty(STDERR_FILENO) != 0) {
     progress.emplace(std::cerr, isatty(STDOUT_FILENO) != 0);
     observers.push_back(&*progress);
   }
 
-  const replay::Input input = replay::OpenTrace(options.trace);
-  const replay::Trace trace(options.trace, input, [&](std::uint64_t bytes) {
+  const tools::Input input = tools::OpenTrace(options.trace);
+  const tools::Trace trace(options.trace, input, [&](std::uint64_t bytes) {
     if (progress) progress->Read(bytes, input.size());
   });
   if (progress) progress->DoneReading(trace.run_end());
@@ -156,11 +156,11 @@ int Replay(const Options& options) try {
   if (!text_options) return kExitBadInput;
   if (options.check) return trace.cut().empty() ? 0 : kExitBadInput;
 
-  replay::OutputFile out(stdout);
+  tools::OutputFile out(stdout);
   const auto printed =
       options.format == "jsonl"
-          ? replay::MakeJsonLinesReport(out.stream(), trace.sensor_names())
-          : replay::MakeTextReport(out.stream(), trace.sensor_names(), *text_options);
+          ? tools::MakeJsonLinesReport(out.stream(), trace.sensor_names())
+          : tools::MakeTextReport(out.stream(), trace.sensor_names(), *text_options);
   observers.push_back(printed.get());
 
   std::deque<ObserverFile> files = OpenFiles(options, trace);
@@ -175,14 +175,14 @@ int Replay(const Options& options) try {
     return out_has_failed ||
            std::ranges::any_of(files, [](const auto& file) { return file.file.error() != 0; });
   };
-  replay::Replay(observers, options.log).Run(trace.Events(), has_failed);
+  tools::Replay(observers, options.log).Run(trace.Events(), has_failed);
   out.Flush();
   for (ObserverFile& file : files) file.file.Flush();
   for (const ObserverFile& file : files) {
     if (file.file.error() != 0) return CannotWrite(file.name, file.file.error());
   }
   return out.error() == 0 ? 0 : CannotWrite("to standard output", out.error());
-} catch (const replay::TraceError& error) {
+} catch (const tools::TraceError& error) {
   std::cerr << error.what() << '\n';
   return kExitBadInput;
 }
@@ -196,7 +196,7 @@ int main(int argc, char** argv) try {
 
   Options options;
   CLI::App app;
-  replay::AddOptions(app, options);
+  tools::AddOptions(app, options);
   try {
     app.parse(argc, argv);
   } catch (const CLI::RequiredError& error) {

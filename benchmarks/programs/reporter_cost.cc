@@ -20,7 +20,7 @@
 
 namespace {
 
-namespace replay = sensorvela::replay;
+namespace tools = sensorvela::tools;
 namespace simulated = sensorvela::simulated;
 namespace testkit = sensorvela::testkit;
 
@@ -33,14 +33,14 @@ std::int64_t ThreadNs() {
 }
 
 /// Its steps are the reporter thread's, and on that thread.
-class ReporterCost : public replay::RunObserver {
+class ReporterCost : public tools::RunObserver {
  public:
-  void OnReporterStep(Instant /*at*/, replay::ReporterStep step, std::size_t batch) override {
-    if (step == replay::ReporterStep::kSends || step == replay::ReporterStep::kDrops) {
+  void OnReporterStep(Instant /*at*/, tools::ReporterStep step, std::size_t batch) override {
+    if (step == tools::ReporterStep::kSends || step == tools::ReporterStep::kDrops) {
       ++batches;
       atoms += batch;
     }
-    if (step == replay::ReporterStep::kUploads) ++cycles;
+    if (step == tools::ReporterStep::kUploads) ++cycles;
     cpu_ns = ThreadNs();
   }
 
@@ -52,9 +52,9 @@ class ReporterCost : public replay::RunObserver {
 
 void PrintRun(const char* path) {
   ReporterCost cost;
-  const replay::Input input = replay::OpenTrace(path);
-  const replay::Trace trace(path, input);
-  replay::Replay({&cost}, false).Run(trace.Events());
+  const tools::Input input = tools::OpenTrace(path);
+  const tools::Trace trace(path, input);
+  tools::Replay({&cost}, false).Run(trace.Events());
   std::printf("atoms\t%zu\n", cost.atoms);
   // The thread sleeps at most once before each.
   std::printf("batches, and so wake-ups at most\t%zu\n", cost.batches);

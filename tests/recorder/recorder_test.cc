@@ -66,9 +66,9 @@ using Texts = std::vector<std::string>;
 using testkit::World;
 
 /// Keeps the atoms that a replay reports.
-class Atoms : public replay::RunObserver {
+class Atoms : public tools::RunObserver {
  public:
-  void OnAtom(Instant /*at*/, const replay::AtomFact& fact) override {
+  void OnAtom(Instant /*at*/, const tools::AtomFact& fact) override {
     if (fact.atom != nullptr) texts.push_back(testkit::AtomText(*fact.atom));
   }
   Texts texts;
@@ -81,9 +81,9 @@ struct Replayed {
 };
 
 Replayed ReplayOf(const std::string& path) {
-  const replay::Trace trace(path, replay::OpenTrace(path));
+  const tools::Trace trace(path, tools::OpenTrace(path));
   Atoms atoms;
-  replay::Replay({&atoms}, false).Run(trace.Events());
+  tools::Replay({&atoms}, false).Run(trace.Events());
   return {atoms.texts, trace.cut()};
 }
 
@@ -91,10 +91,10 @@ Replayed ReplayOf(const std::string& path) {
 /// its sensors: nobody tells an engine of those. Also without the lines that name lines of the
 /// trace.
 std::string Printed(const std::string& path) {
-  const replay::Trace trace(path, replay::OpenTrace(path));
+  const tools::Trace trace(path, tools::OpenTrace(path));
   std::ostringstream out;
-  const replay::SensorNames no_names;
-  replay::Replay({replay::MakeTextReport(out, no_names, {.wide = true}).get()}, true)
+  const tools::SensorNames no_names;
+  tools::Replay({tools::MakeTextReport(out, no_names, {.wide = true}).get()}, true)
       .Run(trace.Events());
   std::istringstream lines(out.str());
   std::string printed;
@@ -359,7 +359,7 @@ TEST_F(RecorderTest, LeavesWhatCameBeforeACut) {
         ASSERT_LE(replayed.atoms.size(), sent.size());
         EXPECT_TRUE(std::equal(replayed.atoms.begin(), replayed.atoms.end(), sent.begin()));
         longest = std::max(longest, replayed.atoms.size());
-      } catch (const replay::TraceError& error) {
+      } catch (const tools::TraceError& error) {
         EXPECT_EQ(longest, 0U) << error.what();  // Cut before the engine's start.
       }
     }

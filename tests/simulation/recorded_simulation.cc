@@ -23,9 +23,9 @@ namespace {
 using Texts = std::vector<std::string>;
 
 /// Keeps what a replay shows, in the form of `World::TakeHistory`.
-class History : public replay::RunObserver {
+class History : public tools::RunObserver {
  public:
-  void OnAtom(Instant /*at*/, const replay::AtomFact& fact) override {
+  void OnAtom(Instant /*at*/, const tools::AtomFact& fact) override {
     if (fact.atom != nullptr) texts.push_back(testkit::AtomText(*fact.atom));
   }
   void OnLogLine(Instant /*at*/, int priority, std::string_view /*tag*/,
@@ -37,9 +37,9 @@ class History : public replay::RunObserver {
 };
 
 Texts Replayed(const std::string& path) {
-  const replay::Trace trace(path, replay::OpenTrace(path));
+  const tools::Trace trace(path, tools::OpenTrace(path));
   History history;
-  replay::Replay({&history}, true).Run(trace.Events());
+  tools::Replay({&history}, true).Run(trace.Events());
   return history.texts;
 }
 

@@ -29,7 +29,7 @@ using testing::SourcePath;
 /// Reads the log as the tool does.
 LogSummary Summarize(std::string_view log) {
   LogSummary summary;
-  EXPECT_EQ(ReadLines(replay::Input(std::string(log)),
+  EXPECT_EQ(ReadLines(tools::Input(std::string(log)),
                       [&](std::string_view line) { summary.AddLine(line); }),
             "");
   return summary;
@@ -123,7 +123,7 @@ TEST(DeviceLogTest, DoesNotCountWhatOnlyLooksLikeTheLibrarysLines) {
   std::istringstream lines(Content(SourcePath("tests/logs/look_alikes.jsonl")));
   int count = 0;
   for (std::string line; std::getline(lines, line); ++count) {
-    const std::string log = replay::Json::parse(line);
+    const std::string log = tools::Json::parse(line);
     EXPECT_EQ(Summarize(log + '\n').library_lines, 0u) << log;
   }
   EXPECT_GT(count, 30);

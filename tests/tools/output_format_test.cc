@@ -13,7 +13,7 @@
 #include "tools/log/log_report.h"
 #include "tools/log/log_summary.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 using testing::SourcePath;
@@ -101,4 +101,4 @@ TEST(OutputFormatTest, IsWhatTheDocumentSays) {
 }
 
 }  // namespace
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -18,7 +18,7 @@
 #include "tools/run/replay.h"
 #include "tools/trace/trace.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 using nlohmann::json;
@@ -200,4 +200,4 @@ TEST(TimeBinsTest, AreFewAndOnTheClock) {
 }
 
 }  // namespace
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

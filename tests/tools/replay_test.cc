@@ -30,7 +30,7 @@
 #include "tools/trace/trace.h"
 #include "tools/viewer/viewer_observer.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 using testing::Content;
@@ -45,13 +45,28 @@ std::string Complaint(const std::string& trace) {
   return "";
 }
 
+/// Stands in a complaint for the names of all events.
+constexpr std::string_view kEvents = "@EVENTS@";
+
+std::string NamesOfEvents() {
+  std::string names;
+  for (const EventKind& kind : EventKinds()) {
+    names += (names.empty() ? "" : ", ") + std::string(kind.name);
+  }
+  return names;
+}
+
 TEST(TraceTest, SaysWhatIsWrongWithATraceAndWhere) {
   std::istringstream cases(Content(SourcePath("tests/traces/bad_traces.jsonl")));
   int count = 0;
   for (std::string line; std::getline(cases, line); ++count) {
     SCOPED_TRACE(line);
     const auto test = nlohmann::json::parse(line);
-    EXPECT_EQ(Complaint(test.at("trace")), test.at("complaint").get<std::string>());
+    std::string complaint = test.at("complaint");
+    if (const auto at = complaint.find(kEvents); at != std::string::npos) {
+      complaint.replace(at, kEvents.size(), NamesOfEvents());
+    }
+    EXPECT_EQ(Complaint(test.at("trace")), complaint);
   }
   EXPECT_GT(count, 40);
 }
@@ -346,4 +361,4 @@ TEST(TraceFormatTest, HasAnExampleOfEachKindThatRuns) {
 }
 
 }  // namespace
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

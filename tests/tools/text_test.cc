@@ -6,7 +6,7 @@
 #include "tools/text/printable_text.h"
 #include "tools/text/wrapped_text.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 TEST(PrintableTextTest, EscapesWhatATerminalWouldActOn) {
@@ -68,4 +68,4 @@ TEST(WrappedTextTest, BreaksAtSpacesAndLeavesALongWordWhole) {
 }
 
 }  // namespace
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -9,11 +9,11 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   try {
-    const sensorvela::replay::Input input({reinterpret_cast<const char*>(data), size});
-    const sensorvela::replay::Trace trace("trace", input);
+    const sensorvela::tools::Input input({reinterpret_cast<const char*>(data), size});
+    const sensorvela::tools::Trace trace("trace", input);
     const auto next = trace.Events();
-    for (sensorvela::replay::Event event; next(event);) continue;
-  } catch (const sensorvela::replay::TraceError& error) {
+    for (sensorvela::tools::Event event; next(event);) continue;
+  } catch (const sensorvela::tools::TraceError& error) {
     const std::string_view complaint = error.what();
     if (!complaint.starts_with("trace:")) std::abort();
     for (const char c : complaint) {

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 /// Stands in a footer before the statuses.
@@ -163,4 +163,4 @@ void AddGenerateOption(CLI::App& app) {
       ->group("");
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

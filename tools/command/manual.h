@@ -3,11 +3,11 @@
 
 #include <CLI/CLI.hpp>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Adds the hidden option `--generate`, with which the build writes the manual's page in roff
 /// ("man") and the completions ("bash", "zsh"). They have all options but the hidden ones. `app`
 /// has its name already and outlives the parsing.
 void AddGenerateOption(CLI::App& app);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

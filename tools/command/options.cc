@@ -3,7 +3,7 @@
 #include "tools/command/manual.h"
 #include "tools/trace/event_kinds.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 constexpr char kAbout[] =
@@ -69,4 +69,4 @@ void AddOptions(CLI::App& app, Options& options) {
   app.footer(kTraceHelp + DescribeEventKinds() + kExitHelp);
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

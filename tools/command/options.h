@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 struct Options {
   std::string trace;
@@ -23,4 +23,4 @@ struct Options {
 /// Adds the options and the help to `app`. Parsing then sets `options`, which must outlive it.
 void AddOptions(CLI::App& app, Options& options);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <system_error>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 /// Empty for a variable that is not set.
@@ -36,4 +36,4 @@ bool ShowsColor() {
   return isatty(STDOUT_FILENO) != 0 && Variable("NO_COLOR").empty() && Variable("TERM") != "dumb";
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

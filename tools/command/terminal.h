@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <optional>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// The columns of the terminal that standard output is: what COLUMNS says, or else the terminal; 80
 /// if neither does. None if standard output is no terminal.
@@ -13,4 +13,4 @@ std::optional<std::size_t> TerminalWidth();
 /// Whether standard output is a terminal that shows colours, and NO_COLOR does not forbid them.
 bool ShowsColor();
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

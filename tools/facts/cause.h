@@ -12,7 +12,7 @@
 
 #include "tools/text/atom_json.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// What the outputs need of a trace's event.
 struct EventInfo {
@@ -52,4 +52,4 @@ inline Json ToJson(const Cause& cause) {
   return json;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

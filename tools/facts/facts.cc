@@ -13,7 +13,7 @@
 
 #include "tools/facts/sensor_of.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 using platform::MutexLock;
 using simulated::LookupStep;
@@ -222,4 +222,4 @@ void Facts::EndSpan(SensorVela::SensorId sensor, SensorFacts& facts) {
   if (span) Notify(&RunObserver::OnSensorSpan, sensor, *span);
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

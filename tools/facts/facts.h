@@ -25,7 +25,7 @@
 
 #include "platform/thread_annotations.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Is told what happens in a run, and tells the observers what it means. The run's main thread and
 /// the engine's reporter thread call it in the order of what happens. Every method takes the one
@@ -148,6 +148,6 @@ class Facts {
   std::map<SensorVela::SensorId, SensorFacts, SensorOrder> sensors_ SENSORVELA_GUARDED_BY(mutex_);
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools
 
 #include "platform/thread_annotations_end.h"

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 enum class Outcome : std::uint8_t {
   kDelivered,
@@ -34,4 +34,4 @@ inline std::string_view AnswerName(Outcome outcome) {
   return "";
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -16,7 +16,7 @@
 #include "tools/facts/outcome.h"
 #include "tools/facts/sensor_facts.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 struct AtomFact {
   Outcome outcome;
@@ -122,4 +122,4 @@ class RunObserver {
   virtual void OnRunEnd(Instant /*at*/, const Summary& /*summary*/) {}
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -9,7 +9,7 @@
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 using Tag = aidl::android::frameworks::stats::VendorAtomValue::Tag;
@@ -89,4 +89,4 @@ SampleCounts SensorFacts::reported() const {
   return reported += last_report_;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

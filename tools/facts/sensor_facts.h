@@ -12,7 +12,7 @@
 
 #include "engine/counting_rules.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 struct SampleCounts {
   std::uint64_t samples = 0;
@@ -96,4 +96,4 @@ class SensorFacts {
   SampleCounts earlier_reports_;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

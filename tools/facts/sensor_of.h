@@ -7,7 +7,7 @@
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/testkit/atom_catalogue.h>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// None if the atom's values do not say it.
 inline std::optional<SensorVela::SensorId> SensorOf(const SensorVela::VendorAtom& atom) {
@@ -20,4 +20,4 @@ inline std::optional<SensorVela::SensorId> SensorOf(const SensorVela::VendorAtom
                               low->get<Tag::intValue>()};
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -15,7 +15,7 @@
 #include <string>
 #include <system_error>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 [[noreturn]] void ThrowErrno() { throw std::system_error(errno, std::generic_category()); }
@@ -85,4 +85,4 @@ std::size_t Input::ReadAt(std::uint64_t offset, std::span<char> buffer) const {
   return text_->copy(buffer.data(), buffer.size(), static_cast<std::size_t>(offset));
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

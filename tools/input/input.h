@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Copies share the file.
 class Input {
@@ -44,4 +44,4 @@ class Input {
   Input() = default;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

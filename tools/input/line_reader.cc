@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 constexpr std::size_t kChunkBytes = 262'144;
@@ -71,4 +71,4 @@ void LineReader::SkipLine() {
   end_ = EndOf(text_.end());
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -9,7 +9,7 @@
 #include "tools/input/input.h"
 #include "tools/input/text_stream.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 enum class LineEnd {
   kNewline,
@@ -65,4 +65,4 @@ class LineReader {
   LineEnd end_ = LineEnd::kNewline;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

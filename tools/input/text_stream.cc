@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 constexpr std::size_t kChunkBytes = 65'536;
@@ -100,4 +100,4 @@ std::size_t TextStream::ReadInput(std::span<char> buffer) {
   return count;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

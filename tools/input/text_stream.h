@@ -8,7 +8,7 @@
 
 #include "tools/input/input.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// How a text ends.
 enum class TextEnd {
@@ -54,4 +54,4 @@ class TextStream {
   std::unique_ptr<Inflater> inflater_;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

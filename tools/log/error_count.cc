@@ -13,13 +13,13 @@ constexpr std::int64_t kMaxDelayNs = 10'000'000'000;
 /// Whether one line may have overtaken the other: a line is written after its count, without a
 /// lock. In a log without times any line may have. Time also goes back where the clock is set, and
 /// at New Year where the log has no year.
-bool AreClose(const Place& a, const Place& b) {
+bool AreClose(const LogPosition& a, const LogPosition& b) {
   return a.time.text.empty() || std::abs(a.time.ns - b.time.ns) < kMaxDelayNs;
 }
 
 }  // namespace
 
-ErrorCount::Finding ErrorCount::Reported(const Place& place) {
+ErrorCount::Finding ErrorCount::Reported(const LogPosition& place) {
   Finding finding;
   last_ = place;
   if (blocked_count_ > 0 && missing_reported_ > 0 && AreClose(place, blocked_)) {
@@ -35,7 +35,7 @@ ErrorCount::Finding ErrorCount::Reported(const Place& place) {
   return finding;
 }
 
-ErrorCount::Finding ErrorCount::Blocked(const Place& place, std::uint32_t count) {
+ErrorCount::Finding ErrorCount::Blocked(const LogPosition& place, std::uint32_t count) {
   Finding finding;
   last_ = place;
   if (blocked_count_ > 0 && count > blocked_count_) {
@@ -56,6 +56,6 @@ ErrorCount::Finding ErrorCount::Blocked(const Place& place, std::uint32_t count)
   return finding;
 }
 
-bool ErrorCount::IsLongBefore(const Place& start) const { return !AreClose(start, last_); }
+bool ErrorCount::IsLongBefore(const LogPosition& start) const { return !AreClose(start, last_); }
 
 }  // namespace sensorvela::devicelog

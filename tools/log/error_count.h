@@ -10,15 +10,15 @@
 namespace sensorvela::devicelog {
 
 /// Where a line is in the log.
-struct Place {
+struct LogPosition {
   std::uint64_t line = 0;  // Counted from 1.
   LogTime time;
 };
 
 /// Between two lines.
 struct Interval {
-  Place after;
-  Place before;
+  LogPosition after;
+  LogPosition before;
 };
 
 /// A cycle's first ten errors of a kind are reported, with lines that have no number. Those past
@@ -36,21 +36,21 @@ class ErrorCount {
     std::optional<Interval> cycle_end;
   };
 
-  Finding Reported(const Place& place);
+  Finding Reported(const LogPosition& place);
   /// `count` is past the cap.
-  Finding Blocked(const Place& place, std::uint32_t count);
+  Finding Blocked(const LogPosition& place, std::uint32_t count);
 
   /// Whether the last line is so long before an engine's start that it is another engine's.
-  bool IsLongBefore(const Place& start) const;
+  bool IsLongBefore(const LogPosition& start) const;
 
  private:
   /// The latest reported errors since the last one that was blocked, at most one more than a cycle
   /// can have.
-  std::deque<Place> reported_;
+  std::deque<LogPosition> reported_;
   std::uint32_t missing_reported_ = 0;  // In this cycle.
   std::uint32_t blocked_count_ = 0;     // The latest in this cycle; 0 if there is none.
-  Place blocked_;
-  Place last_;
+  LogPosition blocked_;
+  LogPosition last_;
 };
 
 }  // namespace sensorvela::devicelog

@@ -20,7 +20,7 @@
 namespace sensorvela::devicelog {
 namespace {
 
-using replay::Json;
+using tools::Json;
 
 constexpr int kFormatVersion = 1;
 
@@ -37,11 +37,11 @@ Json ToJson(const std::optional<T>& value) {
   return value ? Json(*value) : Json();
 }
 
-Json ToJson(const Place& place) {
+Json ToJson(const LogPosition& place) {
   return {{"line", place.line}, {"time", place.time.text.empty() ? Json() : Json(place.time.text)}};
 }
 
-Json ToJson(const std::optional<Place>& place) { return place ? ToJson(*place) : Json(); }
+Json ToJson(const std::optional<LogPosition>& place) { return place ? ToJson(*place) : Json(); }
 
 const char* Name(ServiceAtStart service) {
   switch (service) {
@@ -106,7 +106,7 @@ Json FailedReports(std::int32_t atom_id, const Occurrences& reports) {
           {"last", ToJson(reports.last)}};
 }
 
-void AddErrors(const ErrorFamily& family, const std::string& kind, const std::string& title,
+void AddErrors(const ErrorTable& family, const std::string& kind, const std::string& title,
                const std::string& enumerator, const std::string& code, std::vector<Table>& tables) {
   const auto tally_row = [&](std::int32_t number, const ErrorTally& tally) -> Json {
     return {{enumerator, number},
@@ -226,7 +226,7 @@ void PrintText(const LogSummary& summary, std::ostream& out) {
 void PrintJsonLines(const LogSummary& summary, std::ostream& out) {
   const auto print = [&out](Json object, const Json& more) {
     object.update(more);
-    out << replay::Dump(object, false) << '\n';
+    out << tools::Dump(object, false) << '\n';
   };
   print({{"kind", "log_summary"}, {"version", kFormatVersion}}, Totals(summary));
   for (const Table& table : Tables(summary)) {

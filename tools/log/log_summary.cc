@@ -58,7 +58,7 @@ void LogSummary::AddLine(std::string_view text) {
   Add(*found, *line, {.line = lines, .time = line->time});
 }
 
-void LogSummary::Add(const LibraryLine& found, const LogLine& line, const Place& place) {
+void LogSummary::Add(const LibraryLine& found, const LogLine& line, const LogPosition& place) {
   switch (found.kind) {
     case LineKind::kServiceNotRegistered:
       AddStart(ServiceAtStart::kNotDeclared, line, place);
@@ -83,7 +83,7 @@ void LogSummary::Add(const LibraryLine& found, const LogLine& line, const Place&
   }
 }
 
-void LogSummary::AddStart(ServiceAtStart service, const LogLine& line, const Place& place) {
+void LogSummary::AddStart(ServiceAtStart service, const LogLine& line, const LogPosition& place) {
   ++starts;
   if (Process* process = Followed(processes_, line.pid)) {
     // Another engine counts from zero. The first one's errors may be logged just before its start.
@@ -100,7 +100,7 @@ void LogSummary::AddStart(ServiceAtStart service, const LogLine& line, const Pla
   }
 }
 
-void LogSummary::AddWaitEnd(ServiceAtStart service, const LogLine& line, const Place& place) {
+void LogSummary::AddWaitEnd(ServiceAtStart service, const LogLine& line, const LogPosition& place) {
   Process* const process = Followed(processes_, line.pid);
   // A process that is not followed is taken to have logged its start.
   const bool has_start = process == nullptr || process->waits_for_service;
@@ -124,7 +124,7 @@ void LogSummary::AddWaitEnd(ServiceAtStart service, const LogLine& line, const P
   }
 }
 
-void LogSummary::AddLostDrain(const Pid& pid, const Place& place) {
+void LogSummary::AddLostDrain(const Pid& pid, const LogPosition& place) {
   ++lost_drains;
   Process* const process = Followed(processes_, pid);
   if (process != nullptr && process->absence) {
@@ -136,18 +136,18 @@ void LogSummary::AddLostDrain(const Pid& pid, const Place& place) {
   absences.rows.push_back({.pid = pid, .drains = {1, place, place}});
 }
 
-void LogSummary::AddFailedReport(std::int32_t atom_id, const Pid& pid, const Place& place) {
+void LogSummary::AddFailedReport(std::int32_t atom_id, const Pid& pid, const LogPosition& place) {
   // The service was found for this drain.
   if (Process* process = Followed(processes_, pid)) process->absence.reset();
   ++failed_reports;
   if (Occurrences* atom = FindOrAdd(failed_atoms, atom_id)) atom->Add(place);
 }
 
-void LogSummary::AddError(const LibraryLine& found, const Pid& pid, const Place& place) {
+void LogSummary::AddError(const LibraryLine& found, const Pid& pid, const LogPosition& place) {
   const bool is_hal = found.kind == LineKind::kHalError || found.kind == LineKind::kHalErrorBlocked;
   const bool is_blocked =
       found.kind == LineKind::kHalErrorBlocked || found.kind == LineKind::kRuntimeErrorBlocked;
-  ErrorFamily& family = is_hal ? hal_errors : runtime_errors;
+  ErrorTable& family = is_hal ? hal_errors : runtime_errors;
   const auto enumerator = static_cast<std::int32_t>(found.numbers[0]);
 
   ErrorCount::Finding finding;

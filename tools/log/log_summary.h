@@ -25,10 +25,10 @@ using Pid = std::optional<std::int32_t>;
 /// How often something is in the log, and where.
 struct Occurrences {
   std::uint64_t count = 0;
-  Place first;
-  Place last;
+  LogPosition first;
+  LogPosition last;
 
-  void Add(const Place& place) {
+  void Add(const LogPosition& place) {
     if (count++ == 0) first = place;
     last = place;
   }
@@ -41,8 +41,8 @@ struct EngineStart {
   Pid pid;
   std::optional<std::int32_t> tid;  // The reporter thread.
   ServiceAtStart service = ServiceAtStart::kWaiting;
-  std::optional<Place> started;
-  std::optional<Place> wait_ended;
+  std::optional<LogPosition> started;
+  std::optional<LogPosition> wait_ended;
 
   /// How long the wait for the service took, in milliseconds; nothing if the log does not say.
   std::optional<std::int64_t> WaitMs() const;
@@ -97,7 +97,7 @@ Row* FindOrAdd(Limited<std::map<Key, Row>>& table, const Key& key) {
 }
 
 /// The HAL errors, or the runtime errors.
-struct ErrorFamily {
+struct ErrorTable {
   ErrorTally total;
   Limited<std::map<std::int32_t, ErrorTally>> by_enumerator;
   Limited<std::map<ReportedError, Occurrences>> by_sensor;
@@ -123,8 +123,8 @@ class LogSummary {
   Limited<std::vector<ServiceAbsence>> absences;
   std::uint64_t failed_reports = 0;
   Limited<std::map<std::int32_t, Occurrences>> failed_atoms;  // By the atom's identifier.
-  ErrorFamily hal_errors;
-  ErrorFamily runtime_errors;
+  ErrorTable hal_errors;
+  ErrorTable runtime_errors;
   Limited<std::vector<CycleEnd>> cycle_ends;
 
  private:
@@ -135,12 +135,12 @@ class LogSummary {
     std::optional<std::size_t> absence;
   };
 
-  void Add(const LibraryLine& found, const LogLine& line, const Place& place);
-  void AddStart(ServiceAtStart service, const LogLine& line, const Place& place);
-  void AddWaitEnd(ServiceAtStart service, const LogLine& line, const Place& place);
-  void AddLostDrain(const Pid& pid, const Place& place);
-  void AddFailedReport(std::int32_t atom_id, const Pid& pid, const Place& place);
-  void AddError(const LibraryLine& found, const Pid& pid, const Place& place);
+  void Add(const LibraryLine& found, const LogLine& line, const LogPosition& place);
+  void AddStart(ServiceAtStart service, const LogLine& line, const LogPosition& place);
+  void AddWaitEnd(ServiceAtStart service, const LogLine& line, const LogPosition& place);
+  void AddLostDrain(const Pid& pid, const LogPosition& place);
+  void AddFailedReport(std::int32_t atom_id, const Pid& pid, const LogPosition& place);
+  void AddError(const LibraryLine& found, const Pid& pid, const LogPosition& place);
   void AddCycleEnd(const Pid& pid, const Interval& between);
   /// Forgets the processes: what follows is another log, in which their numbers mean others.
   void BeginLog();

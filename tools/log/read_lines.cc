@@ -11,7 +11,7 @@
 namespace sensorvela::devicelog {
 namespace {
 
-using replay::LineEnd;
+using tools::LineEnd;
 
 constexpr std::size_t kMaxLineBytes = std::size_t{1} << 20;
 constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
@@ -27,9 +27,9 @@ std::string WhyNoText(std::string_view start) {
 
 }  // namespace
 
-std::string ReadLines(const replay::Input& input,
+std::string ReadLines(const tools::Input& input,
                       const std::function<void(std::string_view line)>& on_line) try {
-  replay::LineReader lines(input, kMaxLineBytes);
+  tools::LineReader lines(input, kMaxLineBytes);
   while (lines.Next()) {
     if (lines.end() == LineEnd::kCut || lines.end() == LineEnd::kDamaged) {
       return "its gzip data is cut or damaged";

@@ -10,7 +10,7 @@
 #include "tools/picture/short_text.h"
 #include "tools/report/value_text.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 /// The event's sensor and its other fields.
@@ -87,4 +87,4 @@ Json AtomList::ToJson(Instant begin) const {
   return json;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

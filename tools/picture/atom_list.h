@@ -13,7 +13,7 @@
 #include "tools/text/atom_json.h"
 #include "tools/text/names.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Keeps the atoms of each outcome in a list of its own. Equal ones of an instant are kept as one,
 /// with their number; a long list is thinned by what had its atoms queued.
@@ -67,4 +67,4 @@ class AtomList {
       ThinnedList<Entry>(kMaxLost)};
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -68,7 +68,7 @@ define_text(PageBeforeData "${before}" before)
 define_text(PageAfterData "${after}" after)
 file(WRITE ${OUTPUT} "#include \"tools/picture/page.h\"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 ${before}${after}
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools
 ")

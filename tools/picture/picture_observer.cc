@@ -22,7 +22,7 @@
 #include "tools/text/printable_text.h"
 #include "trace_format/sensor_order.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 constexpr std::size_t kMaxSensors = 64;
@@ -251,4 +251,4 @@ std::unique_ptr<RunObserver> MakePictureObserver(std::ostream& out, const Sensor
   return std::make_unique<PictureObserver>(out, names, title, begin, end);
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

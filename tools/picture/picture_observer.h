@@ -9,7 +9,7 @@
 #include "tools/facts/run_observer.h"
 #include "tools/text/names.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// False if the tool was built without the library that draws the page.
 bool HasPicture();
@@ -23,4 +23,4 @@ std::unique_ptr<RunObserver> MakePictureObserver(std::ostream& out, const Sensor
                                                  std::string_view title, RunObserver::Instant begin,
                                                  RunObserver::Instant end);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <utility>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 void SensorLane::AddSpan(const SensorSpan& span) {
   if (span.enabled_at) {
     spans_.Add({{*span.enabled_at, span.end}, span.period_ns, span.samples});
@@ -69,4 +69,4 @@ Json SensorLane::BinRuns() const {
   return runs;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

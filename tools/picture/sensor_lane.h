@@ -14,7 +14,7 @@
 #include "tools/picture/time_bins.h"
 #include "tools/text/atom_json.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Counts the sensor's samples in each bin. Keeps the spans in which the sensor was enabled, its
 /// first samples and its disables. The calls must be in the order of time.
@@ -83,4 +83,4 @@ class SensorLane {
   ThinnedList<End> disables_{kMaxSpans};
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -7,7 +7,7 @@
 
 #include "trace_format/utf8.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// `text`, or its first 400 bytes or so and " ..." if it is longer. Does not cut a character of
 /// UTF-8 in two.
@@ -17,4 +17,4 @@ inline std::string ShortText(std::string_view text) {
   return std::string(part) + (part == text ? "" : " ...");
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -12,7 +12,7 @@
 
 #include "tools/text/atom_json.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Something that happened once, or several neighbours of one kind that the picture shows as one.
 struct Occurrence {
@@ -112,4 +112,4 @@ class ThinnedList {
   std::int64_t slot_ns_ = 0;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstddef>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 constexpr std::size_t kMaxBins = 1500;
@@ -38,4 +38,4 @@ TimeBins BinsFor(TimeBins::Instant begin, TimeBins::Instant end) {
   return Bins(begin, end, kWidths.back());
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

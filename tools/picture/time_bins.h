@@ -6,7 +6,7 @@
 
 #include <sensorvela/platform/simulated/virtual_time.h>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 struct TimeBins {
   using Instant = simulated::VirtualTime::Instant;
@@ -24,4 +24,4 @@ struct TimeBins {
 /// hour, a day or so. For a day of 24 hours they are minutes.
 TimeBins BinsFor(TimeBins::Instant begin, TimeBins::Instant end);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

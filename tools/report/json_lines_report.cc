@@ -9,7 +9,7 @@
 #include "tools/text/atom_json.h"
 #include "tools/text/names.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 class JsonLinesReport : public RunObserver {
@@ -105,4 +105,4 @@ std::unique_ptr<RunObserver> MakeJsonLinesReport(std::ostream& out, const Sensor
   return std::make_unique<JsonLinesReport>(out, names);
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

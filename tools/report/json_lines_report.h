@@ -7,11 +7,11 @@
 #include "tools/facts/run_observer.h"
 #include "tools/text/names.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Writes one object per line to `out`, which must outlive the report as `names` must; the
 /// first one at once. docs/output-format.md has the kinds of objects and their keys, which are in a
 /// fixed order. Texts are escaped as by `Printable`.
 std::unique_ptr<RunObserver> MakeJsonLinesReport(std::ostream& out, const SensorNames& names);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

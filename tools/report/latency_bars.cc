@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 constexpr std::array kBandNames = {"up to 2.5 ms", "up to   5 ms", "up to  10 ms", "up to  20 ms",
@@ -61,4 +61,4 @@ std::string LatencyBars(const SampleCounts& reported, std::size_t width) {
   return lines;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -8,7 +8,7 @@
 
 #include "tools/facts/sensor_facts.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// The share of a band in all of them, with one decimal: "12.3 %"; "<0.1 %" where that would be 0,
 /// ">99.9 %" where it would be 100 although the band has not all, and empty for an empty band.
@@ -19,4 +19,4 @@ std::string Share(const std::array<std::uint64_t, kLatencyBands>& bands, std::si
 /// bars ten. Empty for a sensor without a reported sample.
 std::string LatencyBars(const SampleCounts& reported, std::size_t width = 0);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -6,7 +6,7 @@
 #include <ios>
 #include <string>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 OutputFile::OutputFile(const std::string& path)
     : opened_(std::fopen(path.c_str(), "wb")), file_(opened_.get()), stream_(this) {
@@ -33,4 +33,4 @@ void OutputFile::Check(bool is_written) {
   if (!is_written) error_ = errno;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -8,7 +8,7 @@
 #include <streambuf>
 #include <string>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Remembers the first write that failed. Everything after it is discarded.
 ///
@@ -47,4 +47,4 @@ class OutputFile : private std::streambuf {
   std::atomic<int> error_ = 0;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -9,7 +9,7 @@
 
 #include "tools/text/clock_time.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 constexpr std::chrono::seconds kFirstAfter{1};
@@ -82,4 +82,4 @@ void Progress::Erase() {
   is_shown_ = false;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -9,7 +9,7 @@
 
 #include "tools/facts/run_observer.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Once reading and running a trace have taken a second, shows the progress on one line, which it
 /// updates several times a second. Erases the line when the run ends, also after a failure.
@@ -65,4 +65,4 @@ class Progress : public RunObserver {
   std::chrono::steady_clock::time_point next_;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

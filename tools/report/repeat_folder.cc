@@ -7,7 +7,7 @@
 
 #include "tools/text/clock_time.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 constexpr std::size_t kMaxPeriod = 4;
@@ -93,4 +93,4 @@ void RepeatFolder::PrintRun(const Run& run) {
   if (printed_.size() > kMaxPeriod) printed_.pop_front();
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

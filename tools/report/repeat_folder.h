@@ -12,7 +12,7 @@
 
 #include "tools/facts/run_observer.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// A line that is printed for an instant.
 struct ReportLine {
@@ -80,4 +80,4 @@ class RepeatFolder {
   std::vector<Run> turn_;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

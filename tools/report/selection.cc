@@ -11,7 +11,7 @@
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 /// Sets `number` if it is all of the text.
@@ -65,4 +65,4 @@ bool Selection::Has(std::optional<std::int32_t> atom_id,
   return has_atom || (sensor && HasSensor(*sensor));
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -11,7 +11,7 @@
 #include "tools/text/names.h"
 #include "trace_format/sensor_order.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 class Selection {
  public:
@@ -39,4 +39,4 @@ class Selection {
   std::set<std::int32_t> atoms_;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

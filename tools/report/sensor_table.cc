@@ -11,7 +11,7 @@
 #include "tools/report/latency_bars.h"
 #include "tools/text/wrapped_text.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 std::string Right(const std::string& text, std::size_t width) {
@@ -75,4 +75,4 @@ std::vector<std::string> SensorTable(const std::vector<SensorSummary>& sensors,
   return lines;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -8,7 +8,7 @@
 #include "tools/facts/run_observer.h"
 #include "tools/text/names.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// A line of headings and one for each sensor: its samples, those that no report has, those that
 /// were late, and the shares of the reported ones by latency. A share of 0 is empty.
@@ -17,4 +17,4 @@ namespace sensorvela::replay {
 std::vector<std::string> SensorTable(const std::vector<SensorSummary>& sensors,
                                      const SensorNames& names, std::size_t width);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -25,7 +25,7 @@
 #include "tools/text/printable_text.h"
 #include "tools/text/wrapped_text.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 using aidl::android::frameworks::stats::VendorAtom;
@@ -256,4 +256,4 @@ std::unique_ptr<RunObserver> MakeTextReport(std::ostream& out, const SensorNames
   return std::make_unique<TextReport>(out, names, std::move(options));
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

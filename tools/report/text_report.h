@@ -9,7 +9,7 @@
 #include "tools/report/selection.h"
 #include "tools/text/names.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 struct TextOptions {
   /// Lines are broken to fit this many columns. A word that is longer has a line of its own.
@@ -29,4 +29,4 @@ struct TextOptions {
 std::unique_ptr<RunObserver> MakeTextReport(std::ostream& out, const SensorNames& names,
                                             TextOptions options = {});
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

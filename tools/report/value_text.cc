@@ -9,7 +9,7 @@
 #include "tools/facts/sensor_of.h"
 #include "tools/text/atom_json.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 using aidl::android::frameworks::stats::VendorAtomValue;
@@ -85,4 +85,4 @@ std::string FoldedValues(const SensorVela::VendorAtom& atom, const SensorNames& 
   return text;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -7,7 +7,7 @@
 
 #include "tools/text/names.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// All values by their names, in order: "hal_call=3 error_code=-22". The label of a sensor that has
 /// a name stands before them.
@@ -20,4 +20,4 @@ std::string AllValues(const SensorVela::VendorAtom& atom, const SensorNames& nam
 std::string FoldedValues(const SensorVela::VendorAtom& atom, const SensorNames& names,
                          bool has_lists = true);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -8,7 +8,7 @@
 
 #include "tools/facts/cause.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 class Replay;
 
@@ -25,4 +25,4 @@ struct Event {
 /// false when there is none left.
 using EventSource = std::function<bool(Event&)>;
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -8,7 +8,7 @@
 
 #include <sensorvela/platform/simulated/service_manager.h>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 using platform::MutexLock;
 using testkit::kStatsInstance;
@@ -129,4 +129,4 @@ void RecordingFollower::DropQueuedAtoms() {
   simulated::AllowService(kStatsInstance);
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

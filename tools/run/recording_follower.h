@@ -18,7 +18,7 @@
 
 #include "platform/thread_annotations.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Holds back the engine's lookups, reports and questions until the recording has them, whatever
 /// the clocks say.
@@ -86,6 +86,6 @@ class RecordingFollower {
   simulated::ReporterWait wait_for_answer_ SENSORVELA_GUARDED_BY(mutex_);
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools
 
 #include "platform/thread_annotations_end.h"

@@ -7,7 +7,7 @@
 
 #include <sensorvela/testkit/stats_service.h>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Known before the run begins, because some of it was recorded only after it had had an effect.
 struct RecordingPlan {
@@ -38,4 +38,4 @@ struct RecordingPlan {
   std::optional<std::int64_t> reports;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

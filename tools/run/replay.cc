@@ -12,7 +12,7 @@
 
 #include <sensorvela/testkit/destroy_engine.h>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 using testkit::kStatsInstance;
 using testkit::SupplierKind;
@@ -172,4 +172,4 @@ void Replay::StopEngine() {
   if (recording_ != nullptr) recording_->Stop();
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

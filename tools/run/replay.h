@@ -24,7 +24,7 @@
 #include "tools/run/sample_trains.h"
 #include "trace_format/sample.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Controls the process's virtual time, log and services while it exists, so only one may exist at
 /// a time. Use it from one thread.
@@ -140,4 +140,4 @@ class Replay {
   std::unique_ptr<SensorVela> engine_;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

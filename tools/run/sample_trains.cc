@@ -4,7 +4,7 @@
 #include <memory>
 #include <utility>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 std::int64_t SampleTrain::DurationNs() const {
   const std::int64_t steps = count - 1;
@@ -45,4 +45,4 @@ SampleTrains::Sample SampleTrains::TakeNext() {
   return sample;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

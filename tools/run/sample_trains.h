@@ -14,7 +14,7 @@
 
 #include "tools/facts/cause.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 struct SampleTrain {
   SensorVela::SensorId sensor;
@@ -87,4 +87,4 @@ class SampleTrains {
   std::size_t started_ = 0;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

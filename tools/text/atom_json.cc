@@ -12,7 +12,7 @@
 #include "tools/text/printable_text.h"
 #include "trace_format/atom_value.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 using aidl::android::frameworks::stats::VendorAtom;
@@ -67,4 +67,4 @@ Json NamedValues(const VendorAtom& atom) {
   return values;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Keeps the order of keys. Stores floating-point numbers as `float`, so that they are printed with
 /// no more digits than a float needs.
@@ -25,4 +25,4 @@ Json ToJson(const aidl::android::frameworks::stats::VendorAtomValue& value);
 /// An object that has the atom's values by their names.
 Json NamedValues(const aidl::android::frameworks::stats::VendorAtom& atom);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

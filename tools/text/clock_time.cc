@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <string>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 constexpr long long kNsPerS = 1'000'000'000;
@@ -32,4 +32,4 @@ std::string ShortClockTime(simulated::VirtualTime::Instant instant) {
   return time.substr(0, std::max(time.find('.'), time[last] == '.' ? last : last + 1));
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -8,7 +8,7 @@
 
 #include "tools/text/printable_text.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 void SensorNames::Set(SensorVela::SensorId sensor, std::string_view name) { names_[sensor] = name; }
 
@@ -37,4 +37,4 @@ std::string_view PriorityLetter(int priority) {
   return "?";
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

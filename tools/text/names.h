@@ -10,7 +10,7 @@
 
 #include "trace_format/sensor_order.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// The names of a trace's sensors.
 class SensorNames {
@@ -35,4 +35,4 @@ class SensorNames {
 /// The letter of a log priority: "I", "E", or "?" for one that the library does not use.
 std::string_view PriorityLetter(int priority);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

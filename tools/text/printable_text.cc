@@ -9,7 +9,7 @@
 
 #include "trace_format/utf8.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 constexpr std::size_t kMaxQuotedBytes = 60;
@@ -71,4 +71,4 @@ std::string Quoted(std::string_view text) {
   return '"' + Printable(part) + (part == text ? "\"" : "...\"");
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

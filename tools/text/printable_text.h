@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// `text` on one line. Escaped, as in JSON, are control characters (`\n`, `\t`, `\u001b`), line
 /// separators, and invisible characters such as those that change the direction of text. A byte
@@ -14,4 +14,4 @@ std::string Printable(std::string_view text);
 /// `text` in double quotes, printable, and cut if it is too long for a message.
 std::string Quoted(std::string_view text);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

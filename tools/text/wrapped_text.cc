@@ -7,7 +7,7 @@
 
 #include "trace_format/utf8.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 using trace_format::ContinuesCharacter;
 
@@ -53,4 +53,4 @@ std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent
   }
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

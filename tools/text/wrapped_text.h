@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// The columns of a text in UTF-8 on a terminal that gives each character one.
 std::size_t Columns(std::string_view text);
@@ -16,4 +16,4 @@ std::size_t Columns(std::string_view text);
 std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent,
                     std::size_t taken = 0);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

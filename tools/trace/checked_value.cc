@@ -14,7 +14,7 @@
 
 #include "tools/text/printable_text.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 using Type = JsonValue::Type;
@@ -139,4 +139,4 @@ void CheckedValue::RejectType(std::string_view expected) const {
   Reject("has type " + std::string(value_->TypeName()), expected);
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -11,7 +11,7 @@
 
 #include "tools/trace/json_line.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// The integers from `min` to `max`.
 struct IntegerRange {
@@ -64,4 +64,4 @@ class CheckedValue {
   const JsonValue* line_;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

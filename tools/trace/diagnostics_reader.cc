@@ -10,7 +10,7 @@
 #include "trace_format/record_fields.h"
 #include "trace_format/words.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 namespace item = trace_format::item;
 using testkit::SupplierKind;
@@ -97,4 +97,4 @@ testkit::Diagnostics ReadDiagnostics(FieldReader& fields, SupplierKind supplier)
   return all;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

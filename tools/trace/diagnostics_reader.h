@@ -5,9 +5,9 @@
 
 #include "tools/trace/field_reader.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Throws `EventError` for an item that the engine never gets from such a supplier.
 testkit::Diagnostics ReadDiagnostics(FieldReader& fields, testkit::SupplierKind supplier);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

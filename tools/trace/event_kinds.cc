@@ -26,7 +26,7 @@
 #include "trace_format/record_fields.h"
 #include "trace_format/words.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 namespace event = trace_format::event;
 namespace field = trace_format::field;
@@ -396,4 +396,4 @@ std::string DescribeEventKinds() {
   return description;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

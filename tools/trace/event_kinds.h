@@ -17,7 +17,7 @@
 #include "tools/text/names.h"
 #include "tools/trace/field_reader.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// The places in a trace at which an event is allowed.
 enum class Place {
@@ -87,4 +87,4 @@ const EventKind& FindEventKind(std::string_view name);
 /// The table as text for people: a few lines for each kind, with its fields.
 std::string DescribeEventKinds();
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

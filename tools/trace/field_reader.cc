@@ -11,7 +11,7 @@
 
 #include "tools/text/printable_text.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 FieldReader::FieldReader(const JsonValue& object, const JsonValue& line)
     : object_(&object), line_(&line) {
@@ -113,4 +113,4 @@ std::string FieldReader::FullName(std::string_view name) const {
   return outer.empty() ? std::string(name) : outer + '.' + std::string(name);
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

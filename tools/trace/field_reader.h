@@ -13,7 +13,7 @@
 
 #include "tools/trace/checked_value.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Reads the fields of one object, each by its name, a literal, and once. Throws `EventError` for a
 /// field that is missing or not of the requested type and range.
@@ -103,4 +103,4 @@ class FieldReader {
   std::size_t found_ = 0;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

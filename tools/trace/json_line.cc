@@ -12,7 +12,7 @@
 
 #include "tools/text/printable_text.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 using nlohmann::json;
 using Type = JsonValue::Type;
@@ -206,4 +206,4 @@ const JsonValue& JsonLine::Parse(std::string_view line) {
   return whole;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

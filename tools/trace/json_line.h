@@ -11,7 +11,7 @@
 
 #include "tools/text/atom_json.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// What is wrong with an event and what was expected, in one printable line.
 class EventError : public std::runtime_error {
@@ -84,4 +84,4 @@ class JsonLine {
   std::vector<std::size_t> open_;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

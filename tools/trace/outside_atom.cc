@@ -13,7 +13,7 @@
 #include "trace_format/atom_value.h"
 #include "trace_format/words.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 namespace field = trace_format::field;
 
@@ -74,4 +74,4 @@ VendorAtom ReadOutsideAtom(FieldReader& fields) {
   return atom;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

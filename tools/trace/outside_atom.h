@@ -5,9 +5,9 @@
 
 #include "tools/trace/field_reader.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// The atom may have values of every kind and need not agree with the catalogue.
 aidl::android::frameworks::stats::VendorAtom ReadOutsideAtom(FieldReader& fields);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -10,7 +10,7 @@
 #include "trace_format/sample_list.h"
 #include "trace_format/words.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 namespace field = trace_format::field;
 using trace_format::Sample;
@@ -56,4 +56,4 @@ std::vector<Sample> ReadSampleLists(FieldReader& fields, std::int64_t at_ns) {
   return samples;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -7,11 +7,11 @@
 #include "tools/trace/field_reader.h"
 #include "trace_format/sample.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// The samples of all lists, in the order of their arrival; of those that arrive together, the
 /// sample of the earlier list first. `at_ns` is the event's instant. Throws `EventError` for a list
 /// that is not as docs/trace-format.md says.
 std::vector<trace_format::Sample> ReadSampleLists(FieldReader& fields, std::int64_t at_ns);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -5,7 +5,7 @@
 
 #include "trace_format/words.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 using trace_format::kMaxTimeNs;
 
@@ -49,4 +49,4 @@ SampleTrain ReadSampleTrain(FieldReader& fields, SensorVela::SensorId sensor) {
   return train;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

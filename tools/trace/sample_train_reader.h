@@ -6,9 +6,9 @@
 #include "tools/run/sample_trains.h"
 #include "tools/trace/field_reader.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Throws `EventError` for a train that lasts so long that its times could overflow.
 SampleTrain ReadSampleTrain(FieldReader& fields, SensorVela::SensorId sensor);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -18,7 +18,7 @@
 #include "tools/trace/json_line.h"
 #include "trace_format/words.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 /// More than the longest line of a recording. Bounds the memory of a reader.
@@ -283,4 +283,4 @@ EventSource Trace::Events() const {
   };
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -12,7 +12,7 @@
 #include "tools/run/event.h"
 #include "tools/trace/event_kinds.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Says why a trace cannot be run, in one printable line: `FILE:LINE: what is wrong: what was
 /// expected`.
@@ -60,4 +60,4 @@ class Trace {
 /// Opens the file `path`, or standard input for "-". Throws `TraceError` when it cannot be read.
 Input OpenTrace(const std::string& path);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 constexpr ViewerWriter::Instant kMinute = std::chrono::minutes(1);
@@ -52,4 +52,4 @@ void SensorTrack::EndMinute(Instant next) {
   if (next >= minute_ + kMinute) samples_per_minute_.Set(minute_ + kMinute, 0);
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

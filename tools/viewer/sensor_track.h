@@ -8,7 +8,7 @@
 #include "tools/viewer/step_counter.h"
 #include "tools/viewer/viewer_writer.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Writes the spans in which the sensor was enabled, its first samples, and the number of samples
 /// in each minute. The calls must be in the order of time.
@@ -40,4 +40,4 @@ class SensorTrack {
   std::uint64_t samples_in_minute_ = 0;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

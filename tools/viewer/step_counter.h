@@ -8,7 +8,7 @@
 
 #include "tools/viewer/viewer_writer.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Writes only the last value of each instant, and no value twice in a row.
 class StepCounter {
@@ -40,4 +40,4 @@ class StepCounter {
   std::optional<std::uint64_t> written_;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -14,7 +14,7 @@
 #include "tools/viewer/viewer_writer.h"
 #include "trace_format/sensor_order.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 constexpr int kEngine = 1;
@@ -142,4 +142,4 @@ std::unique_ptr<RunObserver> MakeViewerObserver(std::ostream& out, const SensorN
   return std::make_unique<ViewerObserver>(out, names);
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

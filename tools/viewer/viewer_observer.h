@@ -7,7 +7,7 @@
 #include "tools/facts/run_observer.h"
 #include "tools/text/names.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// Writes the Trace Event Format to `out`, which must outlive the observer as `names` must. One
 /// process has tracks for the reporter thread, the atoms (delivered, failed, dropped), the errors
@@ -17,4 +17,4 @@ namespace sensorvela::replay {
 /// The reporter thread's work takes no virtual time; only its waits and its sleep last.
 std::unique_ptr<RunObserver> MakeViewerObserver(std::ostream& out, const SensorNames& names);
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 namespace {
 
 /// The field `name` with the time in microseconds. The time is formatted from integers, because a
@@ -60,4 +60,4 @@ void ViewerWriter::Write(char phase, Track track, const std::string& times, cons
   is_first_ = false;
 }
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools

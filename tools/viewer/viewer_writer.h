@@ -9,7 +9,7 @@
 
 #include "tools/text/atom_json.h"
 
-namespace sensorvela::replay {
+namespace sensorvela::tools {
 
 /// A row of the viewer; in the format, a thread of a process.
 struct Track {
@@ -53,4 +53,4 @@ class ViewerWriter {
   bool is_first_ = true;
 };
 
-}  // namespace sensorvela::replay
+}  // namespace sensorvela::tools
