@@ -18,9 +18,9 @@
 #include <system_error>
 #include <vector>
 
+#include "tools/command/file_outputs.h"
 #include "tools/command/options.h"
 #include "tools/command/terminal.h"
-#include "tools/picture/picture_observer.h"
 #include "tools/report/json_lines_report.h"
 #include "tools/report/output_file.h"
 #include "tools/report/progress.h"
@@ -29,7 +29,6 @@
 #include "tools/text/names.h"
 #include "tools/text/printable_text.h"
 #include "tools/trace/trace.h"
-#include "tools/viewer/viewer_observer.h"
 
 namespace {
 
@@ -50,17 +49,15 @@ int CannotWrite(const std::string& what, int error) {
 }
 
 /// Says why, and returns false, when the option's file cannot be that one.
-bool CheckOutputFile(const std::string& trace, const std::string& option,
-                     const std::optional<std::string>& file) {
-  if (!file) return true;
-  if (file->empty() || *file == "-") {
-    std::cerr << "sensorvela-replay: " << option << ' ' << *file
+bool CheckOutputFile(const std::string& trace, const std::string& option, const std::string& file) {
+  if (file.empty() || file == "-") {
+    std::cerr << "sensorvela-replay: " << option << ' ' << file
               << ": expected the name of a file\n";
     return false;
   }
   std::error_code no_such_file;
   const std::string trace_file = trace == "-" ? "/dev/stdin" : trace;
-  if (!std::filesystem::equivalent(trace_file, *file, no_such_file)) return true;
+  if (!std::filesystem::equivalent(trace_file, file, no_such_file)) return true;
   std::cerr << "sensorvela-replay: " << option << " would overwrite the trace\n";
   return false;
 }
@@ -77,17 +74,22 @@ bool AreOneFile(const std::string& a, const std::string& b) {
 
 /// Says why, and returns false, when the run cannot be written to these files.
 bool CheckOutputFiles(const Options& options) {
-  if (options.picture && !tools::HasPicture()) {
-    std::cerr << "sensorvela-replay: --picture: this build has none, for want of a library to draw "
-                 "with (Debian: node-d3-axis, node-d3-scale, node-d3-zoom)\n";
-    return false;
+  for (const auto& [kind, file] : options.files) {
+    const tools::FileOutput& output = tools::FileOutputs()[kind];
+    if (const std::string why = output.missing(); !why.empty()) {
+      std::cerr << "sensorvela-replay: " << output.option << ": this build has none, " << why
+                << '\n';
+      return false;
+    }
+    for (const auto& [other_kind, other_file] : options.files) {
+      if (other_kind >= kind || !AreOneFile(file, other_file)) continue;
+      std::cerr << "sensorvela-replay: " << output.option << " and "
+                << tools::FileOutputs()[other_kind].option << ": expected two files\n";
+      return false;
+    }
+    if (!CheckOutputFile(options.trace, output.option, file)) return false;
   }
-  if (options.picture && options.trace_out && AreOneFile(*options.picture, *options.trace_out)) {
-    std::cerr << "sensorvela-replay: --picture and --trace-out: expected two files\n";
-    return false;
-  }
-  return CheckOutputFile(options.trace, "--trace-out", options.trace_out) &&
-         CheckOutputFile(options.trace, "--picture", options.picture);
+  return true;
 }
 
 /// A file that an observer writes.
@@ -102,17 +104,12 @@ struct ObserverFile {
 /// The files that the options ask for, with the observers that write them. `trace` must outlive
 /// them.
 std::deque<ObserverFile> OpenFiles(const Options& options, const tools::Trace& trace) {
+  const std::filesystem::path path = options.trace == "-" ? "standard input" : options.trace;
   std::deque<ObserverFile> files;
-  if (options.trace_out) {
-    ObserverFile& viewer = files.emplace_back(*options.trace_out);
-    viewer.observer = tools::MakeViewerObserver(viewer.file.stream(), trace.sensor_names());
-  }
-  if (options.picture) {
-    ObserverFile& picture = files.emplace_back(*options.picture);
-    const std::filesystem::path name = options.trace == "-" ? "standard input" : options.trace;
-    picture.observer =
-        tools::MakePictureObserver(picture.file.stream(), trace.sensor_names(),
-                                   name.filename().string(), trace.run_begin(), trace.run_end());
+  for (const auto& [kind, name] : options.files) {
+    ObserverFile& file = files.emplace_back(name);
+    file.observer =
+        tools::FileOutputs()[kind].make(file.file.stream(), trace, path.filename().string());
   }
   return files;
 }

@@ -1,5 +1,10 @@
 #include "tools/command/options.h"
 
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "tools/command/file_outputs.h"
 #include "tools/command/manual.h"
 #include "tools/trace/event_kinds.h"
 
@@ -52,19 +57,19 @@ void AddOptions(CLI::App& app, Options& options) {
                  "HIGH/LOW, an atom's name or identifier; may be repeated")
       ->type_name("WHAT")
       ->allow_extra_args(false);
-  CLI::Option* const trace_out =
-      app.add_option(
-             "--trace-out", options.trace_out,
-             "Also write the run in the Trace Event Format, which the usual trace viewers open")
-          ->type_name("FILE");
-  CLI::Option* const picture =
-      app.add_option("--picture", options.picture,
-                     "Also write the run as a picture: a page, in one file, that any browser opens")
-          ->type_name("FILE");
-  app.add_flag("--check", options.check,
-               "Run nothing; say what is wrong with the trace, also where a recording was cut")
-      ->excludes(trace_out)
-      ->excludes(picture);
+  std::vector<CLI::Option*> files;
+  for (std::size_t i = 0; i < FileOutputs().size(); ++i) {
+    const FileOutput& output = FileOutputs()[i];
+    files.push_back(app.add_option_function<std::string>(
+                           output.option,
+                           [&options, i](const std::string& file) { options.files[i] = file; },
+                           output.help)
+                        ->type_name("FILE"));
+  }
+  CLI::Option* const check =
+      app.add_flag("--check", options.check,
+                   "Run nothing; say what is wrong with the trace, also where a recording was cut");
+  for (CLI::Option* const file : files) check->excludes(file);
   AddGenerateOption(app);
   app.footer(kTraceHelp + DescribeEventKinds() + kExitHelp);
 }

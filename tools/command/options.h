@@ -2,7 +2,8 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <optional>
+#include <cstddef>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -13,8 +14,8 @@ struct Options {
   bool check = false;
   bool log = false;
   std::string format = "text";
-  std::optional<std::string> trace_out;
-  std::optional<std::string> picture;
+  /// By the position of their kind in `FileOutputs`.
+  std::map<std::size_t, std::string> files;
   bool summary = false;
   bool wide = false;
   std::vector<std::string> only;
