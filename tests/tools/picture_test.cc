@@ -39,6 +39,14 @@ std::string TextOf(const Trace& trace) {
                      page.size() - kPageBeforeData.size() - kPageAfterData.size());
 }
 
+/// The count that the page shows first of all under a caption that begins so.
+json CountOf(const json& data, const std::string& caption) {
+  for (const json& count : data.at("counts")) {
+    if (count.at(0).get<std::string>().starts_with(caption)) return count.at(1);
+  }
+  return {};
+}
+
 json DataOf(const std::string& lines) { return json::parse(TextOf(Trace("t", Input(lines)))); }
 
 std::uint64_t Shown(const json& atoms) {
@@ -52,7 +60,7 @@ class PictureTest : public ::testing::TestWithParam<std::string> {};
 TEST_P(PictureTest, CountsAsTheEngineDoes) {
   const json data = DataOf(testing::Content(testing::SourcePath(GetParam() + ".jsonl")));
   for (const char* outcome : {"delivered", "failed", "dropped", "blocked"}) {
-    EXPECT_EQ(Shown(data.at("atoms").at(outcome)), data.at("summary").at(outcome)) << outcome;
+    EXPECT_EQ(Shown(data.at("atoms").at(outcome)), CountOf(data, outcome)) << outcome;
   }
   for (const json& sensor : data.at("sensors").at("items")) {
     SCOPED_TRACE(sensor.dump());
@@ -173,8 +181,8 @@ TEST(PictureDataTest, ThinsALongRunToItsEnd) {
     EXPECT_GT(list.at("items").size(), most / 4);
     EXPECT_GT(last.at(0), data.at("length_ns").get<std::int64_t>() * 97 / 100);
   }
-  EXPECT_EQ(Shown(atoms.at("delivered")), data.at("summary").at("delivered"));
-  EXPECT_EQ(Shown(atoms.at("blocked")), data.at("summary").at("blocked"));
+  EXPECT_EQ(Shown(atoms.at("delivered")), CountOf(data, "delivered"));
+  EXPECT_EQ(Shown(atoms.at("blocked")), CountOf(data, "blocked"));
   EXPECT_EQ(sensors.at("items").size(), 64U);
   EXPECT_EQ(sensors.at("omitted"), 36);
   EXPECT_LT(data.dump().size(), 1'800'000U);

@@ -11,13 +11,13 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/facts/captions.h"
 #include "tools/picture/atom_list.h"
 #include "tools/picture/page.h"
 #include "tools/picture/sensor_lane.h"
 #include "tools/picture/short_text.h"
 #include "tools/picture/thinned_list.h"
 #include "tools/picture/time_bins.h"
-#include "tools/report/latency_bars.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/printable_text.h"
 #include "trace_format/sensor_order.h"
@@ -189,7 +189,8 @@ class PictureObserver : public RunObserver {
             {"notes", notes_.ToJson(note)},
             {"atoms", atoms_.ToJson(begin_)},
             {"sensors", SensorsToJson(summary)},
-            {"summary", CountsToJson(summary)}};
+            {"counts", CountsToJson(summary)},
+            {"bands", BandCaptions()}};
   }
 
   Json SensorsToJson(const Summary& summary) const {
@@ -215,11 +216,17 @@ class PictureObserver : public RunObserver {
   }
 
   static Json CountsToJson(const Summary& summary) {
-    return {{"delivered", summary.delivered},
-            {"failed", summary.failed},
-            {"dropped", summary.dropped},
-            {"blocked", summary.blocked_by_cap},
-            {"cycles_ended", summary.cycles_ended ? Json(*summary.cycles_ended) : Json()}};
+    Json counts = Json::array();
+    for (const auto& [what, count, meaning] : CountsOf(summary)) {
+      counts.push_back({what, count ? Json(*count) : Json(), meaning});
+    }
+    return counts;
+  }
+
+  static Json BandCaptions() {
+    Json captions = Json::array();
+    for (std::size_t i = 0; i < kLatencyBands; ++i) captions.push_back(BandCaption(i));
+    return captions;
   }
 
   std::ostream& out_;

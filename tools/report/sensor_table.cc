@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/report/latency_bars.h"
+#include "tools/facts/captions.h"
 #include "tools/text/wrapped_text.h"
 
 namespace sensorvela::tools {
@@ -18,15 +18,23 @@ std::string Right(const std::string& text, std::size_t width) {
   return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
 }
 
-using Cells = std::array<std::string, 8>;
+using Cells = std::array<std::string, 3 + kLatencyBands>;
 
 /// Wide enough for every row.
-std::array<std::size_t, 8> Widths(const std::vector<Cells>& rows) {
-  std::array<std::size_t, 8> widths = {};
+std::array<std::size_t, 3 + kLatencyBands> Widths(const std::vector<Cells>& rows) {
+  std::array<std::size_t, 3 + kLatencyBands> widths = {};
   for (const Cells& row : rows) {
     for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
   }
   return widths;
+}
+
+Cells Headings() {
+  Cells cells = {"samples", "not reported", "late"};
+  for (std::size_t i = 0; i < kLatencyBands; ++i) {
+    cells[3 + i] = (i < kLatencyBandLimitsNs.size() ? "<=" : ">") + BandLimitMs(i) + " ms";
+  }
+  return cells;
 }
 
 Cells CellsOf(const SensorSummary& sensor) {
@@ -39,7 +47,8 @@ Cells CellsOf(const SensorSummary& sensor) {
   return cells;
 }
 
-std::string Row(std::string line, const Cells& cells, const std::array<std::size_t, 8>& widths) {
+std::string Row(std::string line, const Cells& cells,
+                const std::array<std::size_t, 3 + kLatencyBands>& widths) {
   for (std::size_t i = 0; i < cells.size(); ++i) line += "  " + Right(cells[i], widths[i]);
   return line.substr(0, line.find_last_not_of(' ') + 1);
 }
@@ -49,8 +58,7 @@ std::string Row(std::string line, const Cells& cells, const std::array<std::size
 std::vector<std::string> SensorTable(const std::vector<SensorSummary>& sensors,
                                      const SensorNames& names, std::size_t width) {
   std::vector<std::string> labels = {"Samples by latency"};
-  std::vector<Cells> rows = {
-      {"samples", "not reported", "late", "<=2.5 ms", "<=5 ms", "<=10 ms", "<=20 ms", ">20 ms"}};
+  std::vector<Cells> rows = {Headings()};
   for (const SensorSummary& sensor : sensors) {
     labels.push_back(names.Label(sensor.sensor));
     rows.push_back(CellsOf(sensor));

@@ -16,6 +16,7 @@
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
+#include "tools/facts/captions.h"
 #include "tools/report/latency_bars.h"
 #include "tools/report/repeat_folder.h"
 #include "tools/report/sensor_table.h"
@@ -223,24 +224,13 @@ class TextReport : public RunObserver {
   }
 
   void Counts(const Summary& summary) {
-    Count("delivered", summary.delivered, "atoms that the stats service took");
-    Count("failed", summary.failed, "atoms whose report failed or ended without a status");
-    Count("dropped", summary.dropped, "atoms that never reached the stats service");
-    Count("blocked by the cap", summary.blocked_by_cap,
-          "errors after the first 10 of their kind in a cycle");
-    if (summary.cycles_ended) {
-      Count("cycles ended", *summary.cycles_ended, "");
-    } else {
-      out_ << Broken("cycles ended                -  unknown: there is no diagnostics supplier",
-                     31);
+    for (const auto& [what, count, meaning] : CountsOf(summary)) {
+      std::array<char, 120> line;
+      std::snprintf(line.data(), line.size(), "%-18s %10s%s%s", what,
+                    count ? std::to_string(*count).c_str() : "-", meaning.empty() ? "" : "  ",
+                    meaning.c_str());
+      out_ << Broken(line.data(), 31);
     }
-  }
-
-  void Count(const char* what, std::uint64_t count, const char* meaning) {
-    std::array<char, 120> line;
-    std::snprintf(line.data(), line.size(), "%-18s %10llu%s%s", what,
-                  static_cast<unsigned long long>(count), *meaning == '\0' ? "" : "  ", meaning);
-    out_ << Broken(line.data(), 31);
   }
 
   std::ostream& out_;

@@ -83,7 +83,7 @@ function drawSensor(group, lane) {
     const height = rateHeight * bin.samples * kMinute / data.bin_ns / lane.peak;
     return [rateBottom - Math.max(height, 1), rateBottom];
   });
-  kBandNames.forEach((name, band) => drawBins(group, lane.bins, `band-${band}`, 0.3, bin => {
+  data.bands.forEach((name, band) => drawBins(group, lane.bins, `band-${band}`, 0.3, bin => {
     if (!(bin.bands[band] > 0)) return null;
     bin.edges ??= bandEdges(bin);
     return [bandBottom - bin.edges[band + 1], bandBottom - bin.edges[band]];

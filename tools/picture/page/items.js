@@ -1,6 +1,5 @@
 // The data as lanes of items: what each is called, and where it lies.
 
-const kBandNames = ["up to 2.5 ms", "up to 5 ms", "up to 10 ms", "up to 20 ms", "over 20 ms"];
 const kOutcomes = ["delivered", "failed", "dropped", "blocked"];
 
 const atomTexts = data.atoms.texts;

@@ -6,13 +6,7 @@ function showHeader() {
   byId("title").textContent = data.title;
   document.title = `${data.title} – sensorvela-replay`;
   byId("subtitle").textContent = `${duration(data.length_ns)} of elapsed realtime, from ${clock(0)} to ${clock(data.length_ns)}`;
-  const {delivered, failed, dropped, blocked, cycles_ended} = data.summary;
-  const counts = [["delivered", delivered, "atoms that the stats service took"],
-    ["failed", failed, "atoms whose report failed or ended without a status"],
-    ["dropped", dropped, "atoms that never reached the stats service"],
-    ["blocked by the cap", blocked, "errors after the first 10 of their kind in a cycle"],
-    ["cycles ended", cycles_ended, cycles_ended === null ? "unknown: there is no diagnostics supplier" : ""]];
-  for (const [what, number, meaning] of counts) {
+  for (const [what, number, meaning] of data.counts) {
     const tile = document.createElement("div");
     if (number > 0 && (what === "failed" || what === "dropped")) tile.className = "wrong";
     tile.append(element("dt", what), element("dd", number === null ? "–" : count(number)), element("dd", meaning));
@@ -25,7 +19,7 @@ function showLegend() {
   const entries = [["absent", "service away", box], ["asleep", "device asleep", box], ["thread-asleep", "thread sleeps", box],
     ["cycle", "cycle ends", "M0,-7V7"], ["enabled", "enabled", "M-7,-3H7V3H-7Z"],
     ["mark first", "first sample", symbols.first], ["mark disable", "disabled", symbols.disable],
-    ["rate", "samples a minute", "M-7,6V0H-2V-5H3V2H7V6Z"], ...kBandNames.map((name, band) => [`band-${band}`, name, box]),
+    ["rate", "samples a minute", "M-7,6V0H-2V-5H3V2H7V6Z"], ...data.bands.map((name, band) => [`band-${band}`, name, box]),
     ["late", "late samples", "M-1.5,-5H1.5V5H-1.5Z"]];
   for (const [className, label, path] of entries) {
     const item = d3.select("#legend").append("li");
@@ -53,7 +47,7 @@ function sensorRow(sensor) {
   const bands = sensor.bands.map((number, band) => {
     const cell = element("td", number > 0 ? count(number) : "", "number");
     if (number > 0) cell.append(element("span", sensor.shares[band], "share"));
-    return labelled(cell, kBandNames[band]);
+    return labelled(cell, data.bands[band]);
   });
   row.append(name, ...numbers.map(([label, number]) => labelled(element("td", count(number), "number"), label)), ...bands);
   return row;
@@ -61,7 +55,7 @@ function sensorRow(sensor) {
 
 function showSensors() {
   const head = document.createElement("tr");
-  for (const text of ["sensor", "samples", "not reported", "late", ...kBandNames]) {
+  for (const text of ["sensor", "samples", "not reported", "late", ...data.bands]) {
     const cell = element("th", text, text === "sensor" ? "" : "number");
     cell.scope = "col";
     head.append(cell);

@@ -49,7 +49,7 @@ function share(number, all) {
 function sensorLines(lane, from, to) {
   const sum = samplesBetween(lane, from, to);
   const bands = sum.bands.flatMap((number, band) =>
-    number > 0 ? [`${kBandNames[band]}: ${count(number)} (${share(number, sum.samples)})`] : []);
+    number > 0 ? [`${data.bands[band]}: ${count(number)} (${share(number, sum.samples)})`] : []);
   const span = lane.spans.find(each => each.from < sum.to && Math.max(each.to, each.from + 1) > sum.from);
   const marks = lane.marks.filter(each => each.at >= sum.from && each.at < sum.to).slice(0, 3);
   return [`${lane.label}, ${clock(sum.from)} to ${clock(sum.to)}`,

@@ -1,0 +1,51 @@
+#include "tools/facts/captions.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <numeric>
+#include <string>
+
+#include "engine/counting_rules.h"
+
+namespace sensorvela::tools {
+
+std::array<SummaryCount, 5> CountsOf(const Summary& summary) {
+  return {{
+      {"delivered", summary.delivered, "atoms that the stats service took"},
+      {"failed", summary.failed, "atoms whose report failed or ended without a status"},
+      {"dropped", summary.dropped, "atoms that never reached the stats service"},
+      {"blocked by the cap", summary.blocked_by_cap,
+       "errors after the first " + std::to_string(kErrorCapPerCycle) + " of their kind in a cycle"},
+      {"cycles ended", summary.cycles_ended,
+       summary.cycles_ended ? "" : "unknown: there is no diagnostics supplier"},
+  }};
+}
+
+std::string BandLimitMs(std::size_t band) {
+  const std::int64_t limit_ns =
+      kLatencyBandLimitsNs.at(std::min(band, kLatencyBandLimitsNs.size() - 1));
+  std::array<char, 16> text;
+  std::snprintf(text.data(), text.size(), "%g", static_cast<double>(limit_ns) / 1e6);
+  return text.data();
+}
+
+std::string BandCaption(std::size_t band) {
+  return (band < kLatencyBandLimitsNs.size() ? "up to " : "over ") + BandLimitMs(band) + " ms";
+}
+
+std::string Share(const std::array<std::uint64_t, kLatencyBands>& bands, std::size_t band) {
+  const std::uint64_t count = bands.at(band);
+  if (count == 0) return "";
+  const auto total = std::accumulate(bands.begin(), bands.end(), std::uint64_t{0});
+  const double percent = 100 * static_cast<double>(count) / static_cast<double>(total);
+  if (percent < 0.1) return "<0.1 %";
+  if (percent >= 99.95 && count < total) return ">99.9 %";
+  std::array<char, 16> text;
+  std::snprintf(text.data(), text.size(), "%.1f %%", percent);
+  return text.data();
+}
+
+}  // namespace sensorvela::tools

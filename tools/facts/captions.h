@@ -1,0 +1,36 @@
+// What all outputs call a run's counts and bands, and how they round a share.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "tools/facts/run_observer.h"
+
+namespace sensorvela::tools {
+
+struct SummaryCount {
+  const char* what;
+  /// None if it is not known.
+  std::optional<std::uint64_t> count;
+  /// May be empty.
+  std::string meaning;
+};
+
+/// The counts of a run, in the order in which they are shown.
+std::array<SummaryCount, 5> CountsOf(const Summary& summary);
+
+/// The limit of a latency band in milliseconds, "2.5"; of the last one, which has none, the limit
+/// of the band before.
+std::string BandLimitMs(std::size_t band);
+
+/// "up to 2.5 ms", "over 20 ms".
+std::string BandCaption(std::size_t band);
+
+/// The share of a band in all of them, with one decimal: "12.3 %"; "<0.1 %" where that would be 0,
+/// ">99.9 %" where it would be 100 although the band has not all, and empty for an empty band.
+std::string Share(const std::array<std::uint64_t, kLatencyBands>& bands, std::size_t band);
+
+}  // namespace sensorvela::tools
