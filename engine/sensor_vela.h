@@ -245,7 +245,7 @@ class [[gnu::visibility("default")]] SensorVela {
 
   /// Stops the reporter thread, waits until it has finished its current step (a wait for the
   /// service, the sending of a batch, an upload), and discards the atoms still queued. If the
-  /// thread is blocked in the service manager, the destructor waits until that call returns.
+  /// thread waits in the service manager, the destructor waits until that call returns.
   ~SensorVela();
 
   /// Queues a copy of `atom`. Atoms are sent in the order in which they were queued.

@@ -27,7 +27,7 @@ Recording* RecordingOf(const SensorVela* engine) {
 
 // Each writes an argument of a call. A number takes the next name for its field.
 
-template <typename Number>
+template <trace_format::Number Number>
 void Write(EventLine& line, const std::string_view*& name, Number number) {
   line.Integer(*name++, static_cast<std::int64_t>(number));
 }
@@ -44,9 +44,10 @@ void Write(EventLine& line, const std::string_view*& /*name*/,
 }
 
 /// Calls the engine's next method and records it.
-template <typename... Parameters, typename... Arguments>
+template <const trace_format::EngineCall& recorded, typename... Parameters, typename... Arguments>
 void CallAndRecord(SensorVela* engine, void (SensorVela::*next)(Parameters...),
-                   const trace_format::EngineCall& recorded, const Arguments&... arguments) {
+                   const Arguments&... arguments) {
+  static_assert(trace_format::kNamesNumbers<recorded, Arguments...>);
   const auto call = [&] { (engine->*next)(arguments...); };
   Recording* const recording = RecordingOf(engine);
   if (recording == nullptr) {
@@ -63,27 +64,27 @@ void CallAndRecord(SensorVela* engine, void (SensorVela::*next)(Parameters...),
 
 void SensorVela::ReportVendorAtomAsync(const VendorAtom& atom) {
   static const auto next = NextDefinition(&SensorVela::ReportVendorAtomAsync);
-  CallAndRecord(this, next, trace_format::kAtom, atom);
+  CallAndRecord<trace_format::kAtom>(this, next, atom);
 }
 
 void SensorVela::LogSensorHalError(SensorId sensor, HalCall call, int error) {
   static const auto next = NextDefinition(&SensorVela::LogSensorHalError);
-  CallAndRecord(this, next, trace_format::kHalError, sensor, call, error);
+  CallAndRecord<trace_format::kHalError>(this, next, sensor, call, error);
 }
 
 void SensorVela::LogSensorRuntimeError(SensorId sensor, ErrorType type, int code) {
   static const auto next = NextDefinition(&SensorVela::LogSensorRuntimeError);
-  CallAndRecord(this, next, trace_format::kRuntimeError, sensor, type, code);
+  CallAndRecord<trace_format::kRuntimeError>(this, next, sensor, type, code);
 }
 
 void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns) {
   static const auto next = NextDefinition(&SensorVela::ReportHalSensorEnabled);
-  CallAndRecord(this, next, trace_format::kSensorEnabled, sensor, sampling_period_ns);
+  CallAndRecord<trace_format::kSensorEnabled>(this, next, sensor, sampling_period_ns);
 }
 
 void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
   static const auto next = NextDefinition(&SensorVela::ReportHalSensorDisabled);
-  CallAndRecord(this, next, trace_format::kSensorDisabled, sensor);
+  CallAndRecord<trace_format::kSensorDisabled>(this, next, sensor);
 }
 
 void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
@@ -99,20 +100,20 @@ void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
 
 void SensorVela::ReportFirstSample(SensorId sensor, long long latency_ns) {
   static const auto next = NextDefinition(&SensorVela::ReportFirstSample);
-  CallAndRecord(this, next, trace_format::kFirstSample, sensor, latency_ns);
+  CallAndRecord<trace_format::kFirstSample>(this, next, sensor, latency_ns);
 }
 
 void SensorVela::LogSensorProxEvent(const TarnVelaProxEvent& event) {
   static const auto next = NextDefinition(&SensorVela::LogSensorProxEvent);
-  CallAndRecord(this, next, trace_format::kProx, event);
+  CallAndRecord<trace_format::kProx>(this, next, event);
 }
 
 void SensorVela::ReportHalLatency(HalOperation operation, SensorId sensor, long long latency_ns) {
   static const auto next = NextDefinition(&SensorVela::ReportHalLatency);
-  CallAndRecord(this, next, trace_format::kHalLatency, operation, sensor, latency_ns);
+  CallAndRecord<trace_format::kHalLatency>(this, next, operation, sensor, latency_ns);
 }
 
 void SensorVela::ReportFirmwareState(int subject_id, FirmwareState state, int detail_code) {
   static const auto next = NextDefinition(&SensorVela::ReportFirmwareState);
-  CallAndRecord(this, next, trace_format::kFirmwareState, subject_id, state, detail_code);
+  CallAndRecord<trace_format::kFirmwareState>(this, next, subject_id, state, detail_code);
 }

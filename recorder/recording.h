@@ -43,7 +43,8 @@ class Recording {
   };
 
   /// Starts the recording of an engine, and the thread that writes it; null, with a line in the
-  /// log, if the system refuses the thread or the memory.
+  /// log, if the system refuses the thread or the memory. `supplier` is one of the words in
+  /// `trace_format::supplier`.
   static std::shared_ptr<Recording> Start(const Options& options, std::string_view supplier);
 
   explicit Recording(Options options) : options_(std::move(options)) {}

@@ -249,12 +249,12 @@ const AtomInfo* FindAtom(std::int32_t id) {
   return nullptr;
 }
 
-std::string AtomName(std::int32_t id) {
+std::string NameOfAtom(std::int32_t id) {
   const AtomInfo* info = FindAtom(id);
   return info != nullptr ? std::string(info->name) : "atom " + std::to_string(id);
 }
 
-std::string AtomName(const VendorAtom& atom) { return AtomName(atom.atomId); }
+std::string AtomName(const VendorAtom& atom) { return NameOfAtom(atom.atomId); }
 
 std::string ValueName(const VendorAtom& atom, std::size_t index) {
   const AtomInfo* info = FindAtom(atom.atomId);

@@ -31,7 +31,7 @@ const std::vector<AtomInfo>& AtomCatalogue();
 const AtomInfo* FindAtom(std::int32_t id);
 
 /// The name of the atom with this identifier, or `atom 42` if the catalogue does not have it.
-std::string AtomName(std::int32_t id);
+std::string NameOfAtom(std::int32_t id);
 std::string AtomName(const aidl::android::frameworks::stats::VendorAtom& atom);
 
 /// The name of the value at `index`, counted from 0; `value_1`, `value_2`, ... where the catalogue

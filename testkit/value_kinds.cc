@@ -16,9 +16,10 @@ using Tag = trace_format::ValueKind;
 std::string_view KindName(Tag kind) { return kKindNames.at(static_cast<std::size_t>(kind)); }
 
 std::optional<Tag> FindKind(std::string_view name) {
-  const auto* const found = std::ranges::find(kKindNames, name);
-  if (found == kKindNames.end()) return std::nullopt;
-  return static_cast<Tag>(found - kKindNames.begin());
+  for (std::size_t i = 0; i < kKindNames.size(); ++i) {
+    if (kKindNames.at(i) == name) return static_cast<Tag>(i);
+  }
+  return std::nullopt;
 }
 
 std::string KindNames() {

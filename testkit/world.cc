@@ -66,7 +66,7 @@ AskDiagnostics World::Ask() {
 
 void World::DestroyEngine() {
   if (!has_engine()) return;
-  time.WaitUntilSettled();  // Now the thread is blocked if it has to wait.
+  time.WaitUntilSettled();  // Now the thread waits if it has to.
   DestroyEngine([] { simulated::ReleaseServiceWaits(kStatsInstance); });
 }
 

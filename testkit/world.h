@@ -1,4 +1,4 @@
-// An engine's world on a workstation, in virtual time.
+// The environment of an engine on a workstation, in virtual time.
 #pragma once
 
 #include <functional>

@@ -19,7 +19,6 @@
 
 namespace {
 
-namespace devicelog = sensorvela::devicelog;
 namespace tools = sensorvela::tools;
 
 constexpr int kExitFailed = 1;
@@ -61,8 +60,8 @@ int CannotWrite() {
 }
 
 /// Returns what has failed; empty if nothing has.
-std::string ReadFile(const std::string& path, devicelog::LogSummary& summary) try {
-  std::string error = devicelog::ReadLines(
+std::string ReadFile(const std::string& path, tools::LogSummary& summary) try {
+  std::string error = tools::ReadLines(
       tools::Input::OpenOnce(path), [&summary](std::string_view line) { summary.AddLine(line); });
   summary.EndFile();
   return error;
@@ -71,7 +70,7 @@ std::string ReadFile(const std::string& path, devicelog::LogSummary& summary) tr
 }
 
 int Summarize(const Options& options) {
-  devicelog::LogSummary summary;
+  tools::LogSummary summary;
   for (const std::string& file : options.files) {
     if (const std::string error = ReadFile(file, summary); !error.empty()) {
       std::cerr << "sensorvela-log: " << tools::Printable(file) << ": " << error << '\n';
@@ -79,9 +78,9 @@ int Summarize(const Options& options) {
     }
   }
   if (options.format == "jsonl") {
-    devicelog::PrintJsonLines(summary, std::cout);
+    tools::PrintJsonLines(summary, std::cout);
   } else {
-    devicelog::PrintText(summary, std::cout);
+    tools::PrintText(summary, std::cout);
   }
   return std::cout.flush() ? 0 : CannotWrite();
 }

@@ -1,16 +1,29 @@
 // The calls of an engine that a trace has as events.
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string_view>
+#include <type_traits>
 
 namespace sensorvela::trace_format {
 
-/// Of the arguments, each number has a field, in their order; a sensor has its own two.
+/// `fields` names the numbers among the method's arguments, in their order. A sensor is always
+/// `sensor_high` and `sensor_low`, and needs no name here.
 struct EngineCall {
   std::string_view event;
   std::array<std::string_view, 3> fields = {};
 };
+
+template <typename Argument>
+concept Number = std::is_integral_v<Argument> || std::is_enum_v<Argument>;
+
+/// Whether the call has a field for each of these arguments that is a number, and no other.
+template <const EngineCall& call, typename... Arguments>
+inline constexpr bool kNamesNumbers =
+    std::ranges::count_if(call.fields, [](std::string_view name) { return !name.empty(); }) ==
+    (std::ptrdiff_t{0} + ... + std::ptrdiff_t{Number<Arguments>});
 
 inline constexpr EngineCall kAtom = {"atom"};
 inline constexpr EngineCall kFirmwareState = {"firmware_state",
@@ -20,6 +33,7 @@ inline constexpr EngineCall kHalError = {"hal_error", {"call", "error"}};
 inline constexpr EngineCall kHalLatency = {"hal_latency", {"operation", "latency_ns"}};
 inline constexpr EngineCall kProx = {"prox"};
 inline constexpr EngineCall kRuntimeError = {"runtime_error", {"type", "code"}};
+/// Not in a recording, which has lists of samples.
 inline constexpr EngineCall kSample = {"sample", {"timestamp_ns"}};
 inline constexpr EngineCall kSensorDisabled = {"sensor_disabled"};
 inline constexpr EngineCall kSensorEnabled = {"sensor_enabled", {"period_ns"}};

@@ -1,4 +1,5 @@
-// The fields of the records that a trace has, in the order in which it has them.
+// The fields of the records that a trace has, in the order in which it has them. Most records are
+// arrays of numbers there; two are objects, whose fields have names.
 #pragma once
 
 #include <cstddef>

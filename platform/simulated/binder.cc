@@ -36,7 +36,7 @@ namespace {
 /// both.
 struct Binders {
   sensorvela::platform::Mutex mutex;
-  std::map<IStats*, std::unique_ptr<AIBinder>> of_services SENSORVELA_GUARDED_BY(mutex);
+  std::map<IStats*, std::unique_ptr<AIBinder>> by_service SENSORVELA_GUARDED_BY(mutex);
 };
 
 // Never destroyed: a reporter thread may hold a binder while the process exits.
@@ -57,9 +57,9 @@ void AIBinder_decStrong(AIBinder* binder) {
   std::unique_ptr<AIBinder> retired;  // Freed without the lock: a service may call back.
   const MutexLock lock(binders.mutex);
   if (--binder->references > 0) return;
-  const auto entry = binders.of_services.find(binder->service.get());
+  const auto entry = binders.by_service.find(binder->service.get());
   retired = std::move(entry->second);
-  binders.of_services.erase(entry);
+  binders.by_service.erase(entry);
 }
 
 bool AIBinder_isRemote(const AIBinder*) { return false; }
@@ -135,7 +135,7 @@ ndk::SpAIBinder BnStats::createBinder() {
   std::shared_ptr<IStats> service = ref<IStats>();
   if (service == nullptr) return nullptr;
   const MutexLock lock(binders.mutex);
-  std::unique_ptr<AIBinder>& binder = binders.of_services[service.get()];
+  std::unique_ptr<AIBinder>& binder = binders.by_service[service.get()];
   if (binder == nullptr) binder = std::make_unique<AIBinder>(AIBinder{std::move(service)});
   ++binder->references;
   return ndk::SpAIBinder(binder.get());

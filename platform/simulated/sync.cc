@@ -13,9 +13,9 @@
 
 #include "platform/simulated/timeline.h"
 
-namespace sensorvela::platform {
+using sensorvela::simulated::timeline;
 
-using simulated::timeline;
+namespace sensorvela::platform {
 
 MonotonicClock::time_point MonotonicClock::now() noexcept {
   if (timeline.is_virtual) return time_point(timeline.monotonic);
@@ -45,14 +45,14 @@ void CondVar::NotifyAll(Mutex& /*mutex*/) {
 
 // The thread is busy before it runs. A refused one leaves nothing behind.
 std::thread StartThread(void (*body)(void* argument), void* argument) {
-  timeline.AddThreads(1);
+  timeline.ThreadBegins();
   try {
     return std::thread([body, argument] {
       body(argument);
-      timeline.AddThreads(-1);
+      timeline.ThreadEnds();
     });
   } catch (...) {
-    timeline.AddThreads(-1);
+    timeline.ThreadEnds();
     throw;
   }
 }
@@ -60,8 +60,6 @@ std::thread StartThread(void (*body)(void* argument), void* argument) {
 }  // namespace sensorvela::platform
 
 namespace {
-
-using sensorvela::simulated::timeline;
 
 std::int64_t ClockNs(clockid_t clock) {
   timespec now{};

@@ -20,8 +20,10 @@ namespace sensorvela::simulated {
 /// its timed wait, waiting (in the service manager or in a `ReporterWait`), or busy. Whoever wakes
 /// a thread also marks it as busy, before the thread has run.
 struct Timeline {
-  /// Counts that many more reporter threads; a negative number counts fewer.
-  void AddThreads(std::ptrdiff_t number) SENSORVELA_EXCLUDES(mutex);
+  /// Before a reporter thread runs.
+  void ThreadBegins() SENSORVELA_EXCLUDES(mutex);
+  /// After it has run, or if the system has refused it.
+  void ThreadEnds() SENSORVELA_EXCLUDES(mutex);
   /// Counts that many more of them as waiting, or fewer.
   void AddWaiting(std::ptrdiff_t number) SENSORVELA_EXCLUDES(mutex);
 
@@ -58,8 +60,17 @@ struct Timeline {
   std::map<const platform::CondVar*, std::chrono::nanoseconds> asleep SENSORVELA_GUARDED_BY(mutex);
 };
 
-/// Never destroyed: engines may outlive the process's static objects.
+/// Never destroyed: engines may outlive the process's static objects. Like those of the other files
+/// here it is made when this shared library is loaded, before whatever links the library.
 extern Timeline& timeline;
+
+/// The sum, or the limit that it would pass.
+inline std::chrono::nanoseconds SaturatingSum(std::chrono::nanoseconds a,
+                                              std::chrono::nanoseconds b) {
+  std::int64_t sum = 0;
+  if (!__builtin_add_overflow(a.count(), b.count(), &sum)) return std::chrono::nanoseconds(sum);
+  return a.count() > 0 ? std::chrono::nanoseconds::max() : std::chrono::nanoseconds::min();
+}
 
 }  // namespace sensorvela::simulated
 

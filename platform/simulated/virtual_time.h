@@ -60,8 +60,8 @@ class VirtualTime {
   void WaitUntilAtRest();
 
   /// Returns once every engine is settled: at rest, or its reporter thread waiting in
-  /// `AServiceManager_waitForService`. The engines then do nothing more until time moves or
-  /// somebody calls them or the service manager.
+  /// `AServiceManager_waitForService` or a `ReporterWait`. The engines then do nothing more until
+  /// time moves, or somebody calls them or the service manager or ends the wait.
   void WaitUntilSettled();
 
   /// The number of notifications of all engines so far: one for each atom queued and one for each
@@ -72,8 +72,8 @@ class VirtualTime {
   void WaitForNotifications(std::uint64_t count);
 
   /// Calls `observer` at each notification, on the thread that notifies and with the engine's queue
-  /// locked, before the reporter thread wakes up. It must not call the engine. To be called before
-  /// the first engine is constructed.
+  /// locked, before the reporter thread wakes up. It must not call the engine or wait for it. To be
+  /// called before the first engine is constructed.
   void ObserveNotifications(std::function<void()> observer);
 };
 

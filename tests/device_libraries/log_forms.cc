@@ -14,8 +14,8 @@
 
 namespace {
 
-using sensorvela::devicelog::LogLine;
-using sensorvela::devicelog::LogLines;
+using sensorvela::tools::LogLine;
+using sensorvela::tools::LogLines;
 
 constexpr std::array kForms = {"brief", "process", "tag", "time", "threadtime", "long"};
 constexpr std::array kModifiers = {"year", "usec", "nsec", "zone", "uid", "epoch", "monotonic"};

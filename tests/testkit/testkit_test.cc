@@ -198,6 +198,17 @@ TEST(VirtualTimeTest, NeverGoesBackAndStopsAtTheLatestInstant) {
   simulated::ResetServices();
 }
 
+TEST(VirtualTimeTest, ShowsEachNotificationUntilItEnds) {
+  int notifications = 0;
+  for (const bool is_observed : {true, false}) {
+    World world;
+    if (is_observed) world.time.ObserveNotifications([&] { ++notifications; });
+    world.StartEngine(SupplierKind::kNone).ReportFirmwareState(1, {}, 1);
+    EXPECT_EQ(notifications, is_observed ? 1 : 2);  // The destruction is one, too.
+  }
+  EXPECT_EQ(notifications, 2);
+}
+
 TEST(WorldTest, DestroysAnEngineWhoseServiceIsAwayAndStartsAnother) {
   World world;
   world.UnregisterService();

@@ -20,7 +20,7 @@
 #include "tools/log/read_lines.h"
 #include "tools/text/atom_json.h"
 
-namespace sensorvela::devicelog {
+namespace sensorvela::tools {
 namespace {
 
 using testing::Content;
@@ -29,9 +29,9 @@ using testing::SourcePath;
 /// Reads the log as the tool does.
 LogSummary Summarize(std::string_view log) {
   LogSummary summary;
-  EXPECT_EQ(ReadLines(tools::Input(std::string(log)),
-                      [&](std::string_view line) { summary.AddLine(line); }),
-            "");
+  EXPECT_EQ(
+      ReadLines(Input(std::string(log)), [&](std::string_view line) { summary.AddLine(line); }),
+      "");
   return summary;
 }
 
@@ -123,7 +123,7 @@ TEST(DeviceLogTest, DoesNotCountWhatOnlyLooksLikeTheLibrarysLines) {
   std::istringstream lines(Content(SourcePath("tests/logs/look_alikes.jsonl")));
   int count = 0;
   for (std::string line; std::getline(lines, line); ++count) {
-    const std::string log = tools::Json::parse(line);
+    const std::string log = Json::parse(line);
     EXPECT_EQ(Summarize(log + '\n').library_lines, 0u) << log;
   }
   EXPECT_GT(count, 30);
@@ -295,4 +295,4 @@ TEST(DeviceLogTest, ReportsABugReport) {
 }
 
 }  // namespace
-}  // namespace sensorvela::devicelog
+}  // namespace sensorvela::tools

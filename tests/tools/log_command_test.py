@@ -60,7 +60,8 @@ class LogCommandTest(CommandTestCase):
         self.assert_bad_usage("-", "--format", "xml", err="--format: xml not in ")
 
     def test_reads_text_with_a_byte_order_mark_and_compressed_text(self):
-        for content in [ONLINE.encode("utf-8-sig"), gzip.compress(ONLINE.encode(), mtime=0)]:
+        compressed = gzip.compress(ONLINE.encode(), mtime=0)
+        for content in [ONLINE.encode("utf-8-sig"), compressed, compressed + bytes(512)]:
             for log, is_piped in [("input", False), ("-", False), ("-", True)]:
                 with self.subTest(content=content, is_piped=is_piped):
                     self.assert_run(log, stdin=content, is_piped=is_piped, out=text_report(lines=1))
@@ -68,7 +69,8 @@ class LogCommandTest(CommandTestCase):
     def test_refuses_what_is_no_text(self):
         for content, why in [(b"\xff\xfeI", "is UTF-16: convert it to UTF-8 first"),
                              (b"PK\x03\x04", "is a zip archive: unzip it first"),
-                             (b"\x1f\x8b\x08", "its gzip data is cut or damaged")]:
+                             (b"\x1f\x8b\x08", "its gzip data is cut or damaged"),
+                             (gzip.compress(bytes(range(32, 96)) * 30_000)[:-9], "its gzip data is cut or damaged")]:
             with self.subTest(content=content):
                 self.assert_run("-", stdin=content, status=1, err=f"sensorvela-log: -: {why}\n")
 

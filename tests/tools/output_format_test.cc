@@ -57,12 +57,12 @@ std::map<std::string, Keys> Printed() {
     std::ifstream lines(SourcePath(path + ".json_lines"));
     AddLines(lines, printed);
   }
-  devicelog::LogSummary summary;
-  for (std::size_t id = 0; id <= devicelog::kMaxRows; ++id) {
+  tools::LogSummary summary;
+  for (std::size_t id = 0; id <= tools::kMaxRows; ++id) {
     summary.AddLine("E/sensor-vela( 1): Failed to report atom [id = " + std::to_string(id) + "].");
   }
   std::stringstream lines;
-  devicelog::PrintJsonLines(summary, lines);
+  tools::PrintJsonLines(summary, lines);
   AddLines(lines, printed);
   return printed;
 }

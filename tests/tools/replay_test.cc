@@ -111,8 +111,8 @@ TEST(TraceTest, InflatesGzipData) {
   EXPECT_EQ(event.info->fields, Json({{"text", text}}));
   EXPECT_FALSE(next(event));
 
-  EXPECT_EQ(Complaint(Gzipped(start) + Gzipped(std::string(20'000'000, ' ')) + Gzipped(note)),
-            "t:2: a line of more than 16777216 bytes: expected one event a line");
+  EXPECT_EQ(Complaint(Gzipped(start) + Gzipped(std::string(2'000'000, ' ')) + Gzipped(note)),
+            "t:2: a line of more than 1048576 bytes: expected one event a line");
 
   const std::string cut = "the gzip data ends too early: expected all of a gzip file";
   const std::string damaged = "the gzip data is damaged: expected an undamaged gzip file";
@@ -210,6 +210,32 @@ TEST(RefusedThreadTest, ARunFailsAndLeavesRoomForTheNext) {
   EXPECT_THROW(Replay({&observer}, false).Run(trace.Events()), std::system_error);
   observer.refused.reset();
   Replay({}, false).Run(trace.Events());
+}
+
+// What the recorded engine did not get to does not happen, whatever the run's engine is about to
+// do.
+TEST(RecordingTest, EndsWhereAHostWasKilledDuringAnUpload) {
+  for (const std::string supplier : {"first", "second"}) {
+    for (const bool is_found : {true, false}) {
+      const Trace trace("t", Input(R"({"at_ns":0,"event":"recording","version":1}
+{"at_ns":0,"event":"engine_start","supplier":")" +
+                                   supplier + R"("}
+{"at_ns":1,"event":"sensor_disabled","sensor_high":1,"sensor_low":1}
+{"at_ns":2,"event":")" + (is_found ? "lookup_found" : "lookup_found_none") +
+                                   R"(","reports":0}
+{"at_ns":3,"event":"cycle_ended"}
+{"at_ns":4,"event":"sensor_disabled","sensor_high":1,"sensor_low":1}
+)"));
+      struct : RunObserver {
+        void OnRunEnd(Instant /*at*/, const Summary& end) override { summary = end; }
+        Summary summary;
+      } last;
+      Replay({&last}, false).Run(trace.Events());
+      EXPECT_EQ(last.summary.delivered, is_found ? 1u : 0u) << supplier;
+      EXPECT_EQ(last.summary.dropped, is_found ? 1u : 2u) << supplier;
+      EXPECT_EQ(last.summary.cycles_ended, 1u) << supplier;
+    }
+  }
 }
 
 TEST(LatencyBarsTest, RoundNoShareToNothingOrToAll) {

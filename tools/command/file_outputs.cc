@@ -1,5 +1,10 @@
 #include "tools/command/file_outputs.h"
 
+#include <memory>
+#include <ostream>
+#include <span>
+#include <string>
+
 #include "tools/picture/picture_observer.h"
 #include "tools/viewer/viewer_observer.h"
 

@@ -15,8 +15,8 @@ namespace sensorvela::tools {
 std::array<SummaryCount, 5> CountsOf(const Summary& summary) {
   return {{
       {"delivered", summary.delivered, "atoms that the stats service took"},
-      {"failed", summary.failed, "atoms whose report failed or ended without a status"},
-      {"dropped", summary.dropped, "atoms that never reached the stats service"},
+      {"failed", summary.failed, "atoms whose report failed or ended without a status", true},
+      {"dropped", summary.dropped, "atoms that never reached the stats service", true},
       {"blocked by the cap", summary.blocked_by_cap,
        "errors after the first " + std::to_string(kErrorCapPerCycle) + " of their kind in a cycle"},
       {"cycles ended", summary.cycles_ended,
@@ -33,7 +33,7 @@ std::string BandLimitMs(std::size_t band) {
 }
 
 std::string BandCaption(std::size_t band) {
-  return (band < kLatencyBandLimitsNs.size() ? "up to " : "over ") + BandLimitMs(band) + " ms";
+  return (IsLastBand(band) ? "over " : "up to ") + BandLimitMs(band) + " ms";
 }
 
 std::string Share(const std::array<std::uint64_t, kLatencyBands>& bands, std::size_t band) {

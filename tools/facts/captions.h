@@ -17,6 +17,8 @@ struct SummaryCount {
   std::optional<std::uint64_t> count;
   /// May be empty.
   std::string meaning;
+  /// It counts atoms that are lost.
+  bool is_loss = false;
 };
 
 /// The counts of a run, in the order in which they are shown.
@@ -26,11 +28,15 @@ std::array<SummaryCount, 5> CountsOf(const Summary& summary);
 /// of the band before.
 std::string BandLimitMs(std::size_t band);
 
+/// Whether the band is the last one, which has no limit.
+inline bool IsLastBand(std::size_t band) { return band == kLatencyBands - 1; }
+
 /// "up to 2.5 ms", "over 20 ms".
 std::string BandCaption(std::size_t band);
 
 /// The share of a band in all of them, with one decimal: "12.3 %"; "<0.1 %" where that would be 0,
-/// ">99.9 %" where it would be 100 although the band has not all, and empty for an empty band.
+/// ">99.9 %" where it would be 100 although the band has not all, and empty for an empty band. The
+/// page of the picture rounds by the same rule (picture/page/readout.js).
 std::string Share(const std::array<std::uint64_t, kLatencyBands>& bands, std::size_t band);
 
 }  // namespace sensorvela::tools

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -47,13 +48,13 @@ void Facts::EngineStarts(bool has_supplier, bool looks_up_first) {
 void Facts::EngineStops(bool follows_recording) {
   const MutexLock lock(mutex_);
   is_stopping_ = true;
-  is_over_ = follows_recording;
+  is_beyond_recording_ = follows_recording;
 }
 
 void Facts::RunEnds() {
   const MutexLock lock(mutex_);
   while (!waiting_.empty()) TakeOldest(Outcome::kLeft, nullptr);
-  if (absence_) EndAbsence();
+  EndAbsence();
   ChangeReporterState(ReporterState::kNotStarted);
   for (auto& [sensor, facts] : sensors_) {
     summary_.sensors.push_back(
@@ -103,9 +104,10 @@ void Facts::ErrorEnds() {
 void Facts::ServiceChanges(std::optional<AbsenceReason> absence) {
   const MutexLock lock(mutex_);
   const bool was_absent = absence_.has_value();
+  if (was_absent && absence && absent_since_ != time_.Now()) return;
   if (was_absent && !absence) EndAbsence();
   absence_ = absence;
-  if (!was_absent && absence) absent_since_ = time_.Now();
+  if (!was_absent) absent_since_ = time_.Now();
 }
 
 void Facts::Suspended(std::chrono::nanoseconds duration) {
@@ -125,7 +127,7 @@ bool Facts::HasQueuedAtoms() const {
 
 void Facts::Lookup(LookupStep step) {
   const MutexLock lock(mutex_);
-  if (is_over_) return;
+  if (is_beyond_recording_) return;
   has_queued_atoms_ = false;
   // The thread takes the queue right before the first step of a lookup.
   if (reporter_ != ReporterState::kWaiting) batch_ = waiting_.size();
@@ -138,11 +140,12 @@ void Facts::Lookup(LookupStep step) {
   const bool sends = step == LookupStep::kFinds;
   Notify(&RunObserver::OnReporterStep, time_.Now(),
          sends ? ReporterStep::kSends : ReporterStep::kDrops, batch_);
-  for (; !sends && batch_ > 0; --batch_) TakeOldest(Outcome::kDropped, nullptr);
+  while (!sends && batch_ > 0) TakeOldest(Outcome::kDropped, nullptr);
 }
 
 void Facts::Reported(const SensorVela::VendorAtom& atom, Answer answer) {
   const MutexLock lock(mutex_);
+  if (is_beyond_recording_) return;
   const std::optional<Disable> disable = TakeOldest(OutcomeOf(answer), &atom).disable;
   if (disable && answer == Answer::kOk) {
     sensors_[disable->sensor].CountReport(disable->enables, atom);
@@ -151,6 +154,7 @@ void Facts::Reported(const SensorVela::VendorAtom& atom, Answer answer) {
 
 void Facts::CycleEnds() {
   const MutexLock lock(mutex_);
+  if (is_beyond_recording_) return;
   summary_.cycles_ended = summary_.cycles_ended.value_or(0) + 1;
   ChangeReporterState(ReporterState::kAsleep);
   Notify(&RunObserver::OnReporterStep, time_.Now(), ReporterStep::kUploads, std::size_t{0});
@@ -158,7 +162,7 @@ void Facts::CycleEnds() {
 
 void Facts::Notified() {
   const MutexLock lock(mutex_);
-  if (is_stopping_) return;
+  if (is_stopping_) return;  // Also keeps out the thread that destroys the engine.
   if (std::this_thread::get_id() == main_thread_) {
     error_is_blocked_ = false;
     waiting_.push_back({cause_, std::exchange(disable_, std::nullopt)});
@@ -172,7 +176,7 @@ void Facts::Notified() {
 
 void Facts::LogLine(int priority, std::string_view tag, std::string_view text) {
   const MutexLock lock(mutex_);
-  if (is_over_) return;
+  if (is_beyond_recording_) return;
   last_log_text_ = text;
   if (observe_log_) Notify(&RunObserver::OnLogLine, time_.Now(), priority, tag, text);
 }
@@ -180,6 +184,7 @@ void Facts::LogLine(int priority, std::string_view tag, std::string_view text) {
 Facts::QueuedAtom Facts::TakeOldest(Outcome outcome, const SensorVela::VendorAtom* atom) {
   QueuedAtom oldest = std::move(waiting_.front());
   waiting_.pop_front();
+  if (batch_ > 0) --batch_;
   AtomFact fact = {outcome, oldest.cause, atom, std::nullopt, "", std::nullopt};
   if (atom != nullptr) {
     ++(outcome == Outcome::kDelivered ? summary_.delivered : summary_.failed);
@@ -189,7 +194,7 @@ Facts::QueuedAtom Facts::TakeOldest(Outcome outcome, const SensorVela::VendorAto
   } else {
     ++summary_.dropped;
     fact.id = oldest.cause.atom_id();
-    if (fact.id) fact.name = testkit::AtomName(*fact.id);
+    if (fact.id) fact.name = testkit::NameOfAtom(*fact.id);
     fact.sensor = oldest.cause.sensor();
   }
   Notify(&RunObserver::OnQueueLength, time_.Now(), waiting_.size());
@@ -205,16 +210,16 @@ void Facts::ChangeReporterState(ReporterState state) {
   last_step_ = now;
   if (state == reporter_) return;
   if (reporter_ != ReporterState::kNotStarted) {
-    Notify(&RunObserver::OnReporterStay, reporter_since_, now, reporter_,
-           reporter_ == ReporterState::kWaiting ? batch_ : 0);
+    Notify(&RunObserver::OnReporterStay, reporter_since_, now, reporter_, held_);
   }
   reporter_ = state;
   reporter_since_ = now;
+  held_ = state == ReporterState::kWaiting ? batch_ : 0;
 }
 
 void Facts::EndAbsence() {
-  if (time_.Now() == absent_since_) return;
-  Notify(&RunObserver::OnServiceAway, absent_since_.value_or(time_.Now()), time_.Now(), *absence_);
+  if (!absence_ || !absent_since_ || *absent_since_ == time_.Now()) return;
+  Notify(&RunObserver::OnServiceAway, *absent_since_, time_.Now(), *absence_);
 }
 
 void Facts::EndSpan(SensorVela::SensorId sensor, SensorFacts& facts) {

@@ -21,7 +21,7 @@
 #include "tools/facts/cause.h"
 #include "tools/facts/run_observer.h"
 #include "tools/facts/sensor_facts.h"
-#include "trace_format/sensor_order.h"
+#include "tools/text/sensor_order.h"
 
 #include "platform/thread_annotations.h"
 
@@ -76,7 +76,7 @@ class Facts {
   /// The engine begins to ask its supplier.
   void CycleEnds() SENSORVELA_EXCLUDES(mutex_);
 
-  // Called by either thread.
+  // Called by either thread, `Notified` also by the one that destroys the engine.
 
   /// The engine has queued an atom or, once it has been told to stop, has been notified of that.
   void Notified() SENSORVELA_EXCLUDES(mutex_);
@@ -132,12 +132,14 @@ class Facts {
   bool error_is_blocked_ SENSORVELA_GUARDED_BY(mutex_) = false;
   std::string last_log_text_ SENSORVELA_GUARDED_BY(mutex_);
   bool is_stopping_ SENSORVELA_GUARDED_BY(mutex_) = false;
-  bool is_over_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  bool is_beyond_recording_ SENSORVELA_GUARDED_BY(mutex_) = false;
 
   /// The next lookup is the one at the engine's start.
   bool is_starting_ SENSORVELA_GUARDED_BY(mutex_) = false;
   ReporterState reporter_ SENSORVELA_GUARDED_BY(mutex_) = ReporterState::kNotStarted;
   Instant reporter_since_ SENSORVELA_GUARDED_BY(mutex_) = {};
+  /// The atoms that it holds while it waits.
+  std::size_t held_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   Instant last_step_ SENSORVELA_GUARDED_BY(mutex_) = {};
 
   std::optional<AbsenceReason> absence_ SENSORVELA_GUARDED_BY(mutex_) =

@@ -93,6 +93,7 @@ class RunObserver {
   /// Called once for each atom, in the order in which they were queued.
   virtual void OnAtom(Instant /*at*/, const AtomFact& /*atom*/) {}
   /// The engine queued no atom for an error, because the error was past its cap, and logged `text`.
+  /// The cause is an event.
   virtual void OnErrorBlocked(Instant /*at*/, const Cause& /*cause*/, std::string_view /*text*/) {}
 
   /// `atoms`: how many are sent or dropped.
@@ -113,8 +114,8 @@ class RunObserver {
 
   virtual void OnLogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
                          std::string_view /*text*/) {}
-  /// The host could not find the stats service. In a recording it can until a lookup has waited or
-  /// found none. A run begins without the service.
+  /// The host could not find the stats service; the reason is that at the beginning. In a recording
+  /// it can until a lookup has waited or found none. A run begins without the service.
   virtual void OnServiceAway(Instant /*from*/, Instant /*to*/, AbsenceReason /*reason*/) {}
   /// The device is suspended from `at` on, for `duration`.
   virtual void OnSuspended(Instant /*at*/, std::chrono::nanoseconds /*duration*/) {}

@@ -1,6 +1,7 @@
 #include "tools/facts/sensor_facts.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <optional>

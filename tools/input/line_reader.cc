@@ -18,8 +18,7 @@ LineEnd EndOf(TextEnd end) {
 
 }  // namespace
 
-LineReader::LineReader(Input input, std::size_t max_line_bytes)
-    : text_(std::move(input)), max_line_bytes_(max_line_bytes), buffer_(kChunkBytes) {}
+LineReader::LineReader(Input input) : text_(std::move(input)), buffer_(kChunkBytes) {}
 
 bool LineReader::Next() {
   if (end_ == LineEnd::kTooLong) SkipLine();
@@ -29,8 +28,8 @@ bool LineReader::Next() {
     const std::string_view left(buffer_.data() + from_, to_ - from_);
     const std::size_t newline = left.find('\n', searched);
     line_ = left.substr(0, newline);
-    if (line_.size() > max_line_bytes_) {
-      line_ = line_.substr(0, max_line_bytes_);
+    if (line_.size() > kMaxLineBytes) {
+      line_ = line_.substr(0, kMaxLineBytes);
       end_ = LineEnd::kTooLong;
       ++number_;
       return true;

@@ -23,11 +23,13 @@ enum class LineEnd {
   kDamaged,
 };
 
+/// No more of a line is given. Bounds the memory of a reader, and no line of a recording is longer.
+inline constexpr std::size_t kMaxLineBytes = std::size_t{1} << 20;
+
 /// Holds a chunk of the text, or one line where that is longer.
 class LineReader {
  public:
-  /// Gives no more than `max_line_bytes` of a line.
-  LineReader(Input input, std::size_t max_line_bytes);
+  explicit LineReader(Input input);
 
   /// Goes on to the next line; false if there is none. Throws `std::system_error` if the file
   /// cannot be read.
@@ -54,7 +56,6 @@ class LineReader {
   void SkipLine();
 
   TextStream text_;
-  const std::size_t max_line_bytes_;
   std::vector<char> buffer_;
   // What is left in the buffer.
   std::size_t from_ = 0;

@@ -43,7 +43,8 @@ class TextStream::Inflater {
         Bytes(std::span(chunk_).first(count), zlib_.next_in, zlib_.avail_in);
         if (count == 0) End(from, is_between_members_ ? TextEnd::kWhole : TextEnd::kCut);
       }
-      if (!has_ended_) Step(from);
+      if (is_between_members_) SkipPadding();
+      if (!has_ended_ && zlib_.avail_in > 0) Step(from);
     }
     return buffer.size() - zlib_.avail_out;
   }
@@ -52,6 +53,11 @@ class TextStream::Inflater {
   static void Bytes(std::span<char> bytes, Bytef*& next, uInt& available) {
     next = reinterpret_cast<Bytef*>(bytes.data());
     available = static_cast<uInt>(bytes.size());
+  }
+
+  /// Zeros may follow a member, as where a file was copied in blocks.
+  void SkipPadding() {
+    for (; zlib_.avail_in > 0 && *zlib_.next_in == 0; --zlib_.avail_in) ++zlib_.next_in;
   }
 
   void Step(TextStream& from) {

@@ -5,7 +5,7 @@
 
 #include "engine/counting_rules.h"
 
-namespace sensorvela::devicelog {
+namespace sensorvela::tools {
 namespace {
 
 constexpr std::int64_t kMaxDelayNs = 10'000'000'000;
@@ -19,29 +19,29 @@ bool AreClose(const LogPosition& a, const LogPosition& b) {
 
 }  // namespace
 
-ErrorCount::Finding ErrorCount::Reported(const LogPosition& place) {
+ErrorCount::Finding ErrorCount::Reported(const LogPosition& position) {
   Finding finding;
-  last_ = place;
-  if (blocked_count_ > 0 && missing_reported_ > 0 && AreClose(place, blocked_)) {
+  last_ = position;
+  if (blocked_count_ > 0 && missing_reported_ > 0 && AreClose(position, blocked_)) {
     --missing_reported_;
     finding.was_missing = true;
     return finding;
   }
-  if (blocked_count_ > 0) finding.cycle_end = {blocked_, place};
+  if (blocked_count_ > 0) finding.cycle_end = {blocked_, position};
   blocked_count_ = 0;
-  reported_.push_back(place);
+  reported_.push_back(position);
   if (reported_.size() > kErrorCapPerCycle + 1) reported_.pop_front();
-  if (reported_.size() > kErrorCapPerCycle) finding.cycle_end = {reported_.front(), place};
+  if (reported_.size() > kErrorCapPerCycle) finding.cycle_end = {reported_.front(), position};
   return finding;
 }
 
-ErrorCount::Finding ErrorCount::Blocked(const LogPosition& place, std::uint32_t count) {
+ErrorCount::Finding ErrorCount::Blocked(const LogPosition& position, std::uint32_t count) {
   Finding finding;
-  last_ = place;
+  last_ = position;
   if (blocked_count_ > 0 && count > blocked_count_) {
     finding.missing_blocked = count - blocked_count_ - 1;
   } else {
-    if (blocked_count_ > 0) finding.cycle_end = {blocked_, place};
+    if (blocked_count_ > 0) finding.cycle_end = {blocked_, position};
     if (reported_.size() > kErrorCapPerCycle) {
       finding.cycle_end = {reported_[0], reported_[1]};
       reported_.pop_front();
@@ -52,10 +52,10 @@ ErrorCount::Finding ErrorCount::Blocked(const LogPosition& place, std::uint32_t 
     reported_.clear();
   }
   blocked_count_ = count;
-  blocked_ = place;
+  blocked_ = position;
   return finding;
 }
 
 bool ErrorCount::IsLongBefore(const LogPosition& start) const { return !AreClose(start, last_); }
 
-}  // namespace sensorvela::devicelog
+}  // namespace sensorvela::tools

@@ -7,7 +7,7 @@
 
 #include "tools/log/log_line.h"
 
-namespace sensorvela::devicelog {
+namespace sensorvela::tools {
 
 /// Where a line is in the log.
 struct LogPosition {
@@ -36,9 +36,9 @@ class ErrorCount {
     std::optional<Interval> cycle_end;
   };
 
-  Finding Reported(const LogPosition& place);
+  Finding Reported(const LogPosition& position);
   /// `count` is past the cap.
-  Finding Blocked(const LogPosition& place, std::uint32_t count);
+  Finding Blocked(const LogPosition& position, std::uint32_t count);
 
   /// Whether the last line is so long before an engine's start that it is another engine's.
   bool IsLongBefore(const LogPosition& start) const;
@@ -53,4 +53,4 @@ class ErrorCount {
   LogPosition last_;
 };
 
-}  // namespace sensorvela::devicelog
+}  // namespace sensorvela::tools

@@ -14,7 +14,7 @@
 #include "engine/counting_rules.h"
 #include "engine/log_lines.h"
 
-namespace sensorvela::devicelog {
+namespace sensorvela::tools {
 namespace {
 
 struct LineFormat {
@@ -107,4 +107,4 @@ std::optional<LibraryLine> FindLibraryLine(char priority, std::string_view text)
   return std::nullopt;
 }
 
-}  // namespace sensorvela::devicelog
+}  // namespace sensorvela::tools

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string_view>
 
-namespace sensorvela::devicelog {
+namespace sensorvela::tools {
 
 enum class LineKind : std::uint8_t {
   kServiceNotRegistered,
@@ -30,4 +30,4 @@ struct LibraryLine {
 /// The library's line with this priority and text, if it has such a line.
 std::optional<LibraryLine> FindLibraryLine(char priority, std::string_view text);
 
-}  // namespace sensorvela::devicelog
+}  // namespace sensorvela::tools

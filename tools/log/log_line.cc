@@ -12,7 +12,7 @@
 #include <system_error>
 #include <utility>
 
-namespace sensorvela::devicelog {
+namespace sensorvela::tools {
 namespace {
 
 constexpr std::int64_t kNsPerS = 1'000'000'000;
@@ -265,4 +265,4 @@ void LogLines::EndMessage() {
   long_header_.reset();
 }
 
-}  // namespace sensorvela::devicelog
+}  // namespace sensorvela::tools

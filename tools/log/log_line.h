@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace sensorvela::devicelog {
+namespace sensorvela::tools {
 
 /// The time of a line, as the log writes it.
 struct LogTime {
@@ -46,4 +46,4 @@ class LogLines {
   std::optional<LogLine> long_header_;
 };
 
-}  // namespace sensorvela::devicelog
+}  // namespace sensorvela::tools

@@ -17,10 +17,8 @@
 
 #include "tools/text/atom_json.h"
 
-namespace sensorvela::devicelog {
+namespace sensorvela::tools {
 namespace {
-
-using tools::Json;
 
 constexpr int kFormatVersion = 1;
 
@@ -37,11 +35,14 @@ Json ToJson(const std::optional<T>& value) {
   return value ? Json(*value) : Json();
 }
 
-Json ToJson(const LogPosition& place) {
-  return {{"line", place.line}, {"time", place.time.text.empty() ? Json() : Json(place.time.text)}};
+Json ToJson(const LogPosition& position) {
+  return {{"line", position.line},
+          {"time", position.time.text.empty() ? Json() : Json(position.time.text)}};
 }
 
-Json ToJson(const std::optional<LogPosition>& place) { return place ? ToJson(*place) : Json(); }
+Json ToJson(const std::optional<LogPosition>& position) {
+  return position ? ToJson(*position) : Json();
+}
 
 const char* Name(ServiceAtStart service) {
   switch (service) {
@@ -167,16 +168,16 @@ std::string Words(std::string key) {
 
 /// Milliseconds, without a year and a zone, so that every table fits a screen; the line's number
 /// where there is no time.
-std::string PlaceText(const Json& place) {
-  if (place["time"].is_null()) return "line " + place["line"].dump();
-  const auto time = place["time"].get<std::string>();
+std::string PositionText(const Json& position) {
+  if (position["time"].is_null()) return "line " + position["line"].dump();
+  const auto time = position["time"].get<std::string>();
   const std::size_t start = time.find('-') == 4 ? 5 : 0;
   return time.substr(start, time.find('.') + 4 - start);
 }
 
 std::string CellText(const std::string& key, const Json& value) {
   if (value.is_null()) return "-";
-  if (value.is_object()) return PlaceText(value);
+  if (value.is_object()) return PositionText(value);
   if (value.is_string()) return Words(value.get<std::string>());
   if (key != "sensor_high") return value.dump();
   std::array<char, 11> text;  // As the log writes it.
@@ -226,7 +227,7 @@ void PrintText(const LogSummary& summary, std::ostream& out) {
 void PrintJsonLines(const LogSummary& summary, std::ostream& out) {
   const auto print = [&out](Json object, const Json& more) {
     object.update(more);
-    out << tools::Dump(object, false) << '\n';
+    out << Dump(object, false) << '\n';
   };
   print({{"kind", "log_summary"}, {"version", kFormatVersion}}, Totals(summary));
   for (const Table& table : Tables(summary)) {
@@ -236,4 +237,4 @@ void PrintJsonLines(const LogSummary& summary, std::ostream& out) {
   }
 }
 
-}  // namespace sensorvela::devicelog
+}  // namespace sensorvela::tools

@@ -10,7 +10,7 @@
 
 #include "engine/log_tag.h"
 
-namespace sensorvela::devicelog {
+namespace sensorvela::tools {
 namespace {
 
 constexpr std::int64_t kNsPerMs = 1'000'000;
@@ -58,49 +58,52 @@ void LogSummary::AddLine(std::string_view text) {
   Add(*found, *line, {.line = lines, .time = line->time});
 }
 
-void LogSummary::Add(const LibraryLine& found, const LogLine& line, const LogPosition& place) {
+void LogSummary::Add(const LibraryLine& found, const LogLine& line, const LogPosition& position) {
   switch (found.kind) {
     case LineKind::kServiceNotRegistered:
-      AddStart(ServiceAtStart::kNotDeclared, line, place);
+      AddStart(ServiceAtStart::kNotDeclared, line, position);
       break;
     case LineKind::kWaitingForService:
-      AddStart(ServiceAtStart::kWaiting, line, place);
+      AddStart(ServiceAtStart::kWaiting, line, position);
       break;
     case LineKind::kServiceOnline:
-      AddWaitEnd(ServiceAtStart::kOnline, line, place);
+      AddWaitEnd(ServiceAtStart::kOnline, line, position);
       break;
     case LineKind::kNoService:
-      AddWaitEnd(ServiceAtStart::kNotFound, line, place);
+      AddWaitEnd(ServiceAtStart::kNotFound, line, position);
       break;
     case LineKind::kAtomsDropped:
-      AddLostDrain(line.pid, place);
+      AddLostDrain(line.pid, position);
       break;
     case LineKind::kReportFailed:
-      AddFailedReport(static_cast<std::int32_t>(found.numbers[0]), line.pid, place);
+      AddFailedReport(static_cast<std::int32_t>(found.numbers[0]), line.pid, position);
       break;
     default:
-      AddError(found, line.pid, place);
+      AddError(found, line.pid, position);
   }
 }
 
-void LogSummary::AddStart(ServiceAtStart service, const LogLine& line, const LogPosition& place) {
+void LogSummary::AddStart(ServiceAtStart service, const LogLine& line,
+                          const LogPosition& position) {
   ++starts;
   if (Process* process = Followed(processes_, line.pid)) {
     // Another engine counts from zero. The first one's errors may be logged just before its start.
     std::erase_if(counts_, [&](const auto& entry) {
       const auto& [key, count] = entry;
-      return std::get<Pid>(key) == line.pid && (process->has_engine || count.IsLongBefore(place));
+      return std::get<Pid>(key) == line.pid &&
+             (process->has_engine || count.IsLongBefore(position));
     });
     *process = {.has_engine = true,
                 .waits_for_service = service == ServiceAtStart::kWaiting,
                 .absence = {}};
   }
   if (!engines.Full()) {
-    engines.rows.push_back({line.pid, line.tid, service, place, std::nullopt});
+    engines.rows.push_back({line.pid, line.tid, service, position, std::nullopt});
   }
 }
 
-void LogSummary::AddWaitEnd(ServiceAtStart service, const LogLine& line, const LogPosition& place) {
+void LogSummary::AddWaitEnd(ServiceAtStart service, const LogLine& line,
+                            const LogPosition& position) {
   Process* const process = Followed(processes_, line.pid);
   // A process that is not followed is taken to have logged its start.
   const bool has_start = process == nullptr || process->waits_for_service;
@@ -114,36 +117,37 @@ void LogSummary::AddWaitEnd(ServiceAtStart service, const LogLine& line, const L
       continue;
     }
     engine.service = service;
-    engine.wait_ended = place;
+    engine.wait_ended = position;
     return;
   }
   // The start is missing, or it found the table full.
   if (!has_start) ++starts;
   if (!engines.Full()) {
-    engines.rows.push_back({line.pid, line.tid, service, std::nullopt, place});
+    engines.rows.push_back({line.pid, line.tid, service, std::nullopt, position});
   }
 }
 
-void LogSummary::AddLostDrain(const Pid& pid, const LogPosition& place) {
+void LogSummary::AddLostDrain(const Pid& pid, const LogPosition& position) {
   ++lost_drains;
   Process* const process = Followed(processes_, pid);
   if (process != nullptr && process->absence) {
-    absences.rows[*process->absence].drains.Add(place);
+    absences.rows[*process->absence].drains.Add(position);
     return;
   }
   if (absences.Full()) return;
   if (process != nullptr) process->absence = absences.rows.size();
-  absences.rows.push_back({.pid = pid, .drains = {1, place, place}});
+  absences.rows.push_back({.pid = pid, .drains = {1, position, position}});
 }
 
-void LogSummary::AddFailedReport(std::int32_t atom_id, const Pid& pid, const LogPosition& place) {
+void LogSummary::AddFailedReport(std::int32_t atom_id, const Pid& pid,
+                                 const LogPosition& position) {
   // The service was found for this drain.
   if (Process* process = Followed(processes_, pid)) process->absence.reset();
   ++failed_reports;
-  if (Occurrences* atom = FindOrAdd(failed_atoms, atom_id)) atom->Add(place);
+  if (Occurrences* atom = FindOrAdd(failed_atoms, atom_id)) atom->Add(position);
 }
 
-void LogSummary::AddError(const LibraryLine& found, const Pid& pid, const LogPosition& place) {
+void LogSummary::AddError(const LibraryLine& found, const Pid& pid, const LogPosition& position) {
   const bool is_hal = found.kind == LineKind::kHalError || found.kind == LineKind::kHalErrorBlocked;
   const bool is_blocked =
       found.kind == LineKind::kHalErrorBlocked || found.kind == LineKind::kRuntimeErrorBlocked;
@@ -152,12 +156,12 @@ void LogSummary::AddError(const LibraryLine& found, const Pid& pid, const LogPos
 
   ErrorCount::Finding finding;
   if (ErrorCount* count = Followed(counts_, {pid, is_hal, enumerator})) {
-    finding = is_blocked ? count->Blocked(place, static_cast<std::uint32_t>(found.numbers[1]))
-                         : count->Reported(place);
+    finding = is_blocked ? count->Blocked(position, static_cast<std::uint32_t>(found.numbers[1]))
+                         : count->Reported(position);
   }
   for (ErrorTally* tally : {&family.total, FindOrAdd(family.by_enumerator, enumerator)}) {
     if (tally == nullptr) continue;
-    tally->lines.Add(place);
+    tally->lines.Add(position);
     tally->reported += finding.missing_reported;
     tally->blocked += finding.missing_blocked;
     tally->missing += finding.missing_reported + finding.missing_blocked;
@@ -172,7 +176,7 @@ void LogSummary::AddError(const LibraryLine& found, const Pid& pid, const LogPos
   const ReportedError error = {.enumerator = enumerator,
                                .code = static_cast<std::int32_t>(found.numbers[1]),
                                .sensor_high = static_cast<std::uint32_t>(found.numbers[2])};
-  if (Occurrences* row = FindOrAdd(family.by_sensor, error)) row->Add(place);
+  if (Occurrences* row = FindOrAdd(family.by_sensor, error)) row->Add(position);
 }
 
 void LogSummary::AddCycleEnd(const Pid& pid, const Interval& between) {
@@ -199,4 +203,4 @@ void LogSummary::BeginLog() {
   first_cycle_end_ = cycle_ends.rows.size();
 }
 
-}  // namespace sensorvela::devicelog
+}  // namespace sensorvela::tools

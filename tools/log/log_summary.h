@@ -14,7 +14,7 @@
 #include "tools/log/library_line.h"
 #include "tools/log/log_line.h"
 
-namespace sensorvela::devicelog {
+namespace sensorvela::tools {
 
 /// No table of a summary has more rows.
 inline constexpr std::size_t kMaxRows = 100;
@@ -28,9 +28,9 @@ struct Occurrences {
   LogPosition first;
   LogPosition last;
 
-  void Add(const LogPosition& place) {
-    if (count++ == 0) first = place;
-    last = place;
+  void Add(const LogPosition& position) {
+    if (count++ == 0) first = position;
+    last = position;
   }
 };
 
@@ -135,12 +135,12 @@ class LogSummary {
     std::optional<std::size_t> absence;
   };
 
-  void Add(const LibraryLine& found, const LogLine& line, const LogPosition& place);
-  void AddStart(ServiceAtStart service, const LogLine& line, const LogPosition& place);
-  void AddWaitEnd(ServiceAtStart service, const LogLine& line, const LogPosition& place);
-  void AddLostDrain(const Pid& pid, const LogPosition& place);
-  void AddFailedReport(std::int32_t atom_id, const Pid& pid, const LogPosition& place);
-  void AddError(const LibraryLine& found, const Pid& pid, const LogPosition& place);
+  void Add(const LibraryLine& found, const LogLine& line, const LogPosition& position);
+  void AddStart(ServiceAtStart service, const LogLine& line, const LogPosition& position);
+  void AddWaitEnd(ServiceAtStart service, const LogLine& line, const LogPosition& position);
+  void AddLostDrain(const Pid& pid, const LogPosition& position);
+  void AddFailedReport(std::int32_t atom_id, const Pid& pid, const LogPosition& position);
+  void AddError(const LibraryLine& found, const Pid& pid, const LogPosition& position);
   void AddCycleEnd(const Pid& pid, const Interval& between);
   /// Forgets the processes: what follows is another log, in which their numbers mean others.
   void BeginLog();
@@ -153,4 +153,4 @@ class LogSummary {
   std::size_t first_cycle_end_ = 0;  // Of this log.
 };
 
-}  // namespace sensorvela::devicelog
+}  // namespace sensorvela::tools

@@ -1,6 +1,5 @@
 #include "tools/log/read_lines.h"
 
-#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -8,12 +7,9 @@
 
 #include "tools/input/line_reader.h"
 
-namespace sensorvela::devicelog {
+namespace sensorvela::tools {
 namespace {
 
-using tools::LineEnd;
-
-constexpr std::size_t kMaxLineBytes = std::size_t{1} << 20;
 constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
 
 /// What cannot be read, by how it starts; empty for a text.
@@ -27,23 +23,24 @@ std::string WhyNoText(std::string_view start) {
 
 }  // namespace
 
-std::string ReadLines(const tools::Input& input,
+std::string ReadLines(const Input& input,
                       const std::function<void(std::string_view line)>& on_line) try {
-  tools::LineReader lines(input, kMaxLineBytes);
-  while (lines.Next()) {
-    if (lines.end() == LineEnd::kCut || lines.end() == LineEnd::kDamaged) {
-      return "its gzip data is cut or damaged";
-    }
+  LineReader lines(input);
+  const auto is_damaged = [&] {
+    return lines.end() == LineEnd::kCut || lines.end() == LineEnd::kDamaged;
+  };
+  while (lines.Next() && !is_damaged()) {
     std::string_view line = lines.line();
     if (lines.number() == 1) {
       if (std::string why = WhyNoText(line); !why.empty()) return why;
       if (line.starts_with(kByteOrderMark)) line.remove_prefix(kByteOrderMark.size());
     }
-    on_line(line.substr(0, line.find_last_not_of('\r') + 1));
+    while (line.ends_with('\r')) line.remove_suffix(1);
+    on_line(line);
   }
-  return "";
+  return is_damaged() ? "its gzip data is cut or damaged" : "";
 } catch (const std::system_error& error) {
   return error.code().message();
 }
 
-}  // namespace sensorvela::devicelog
+}  // namespace sensorvela::tools

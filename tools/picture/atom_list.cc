@@ -21,7 +21,8 @@ std::string EventText(const Cause& cause, const SensorNames& names) {
   for (const auto& [name, value] : cause.event->fields.items()) {
     if (!name.starts_with("sensor_")) text += name + '=' + Dump(value, true) + ' ';
   }
-  return text.substr(0, text.find_last_not_of(' ') + 1);
+  if (!text.empty()) text.pop_back();
+  return text;
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ class AtomList {
     void Absorb(const Entry& next);
   };
 
-  void AddLost(List list, Instant at, std::string name, const Cause& cause);
+  void AddLost(List which, Instant at, std::string name, const Cause& cause);
 
   static constexpr std::size_t kMaxDelivered = 6000;
   static constexpr std::size_t kMaxLost = 2000;

@@ -20,7 +20,7 @@
 #include "tools/picture/time_bins.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/printable_text.h"
-#include "trace_format/sensor_order.h"
+#include "tools/text/sensor_order.h"
 
 namespace sensorvela::tools {
 namespace {
@@ -89,6 +89,7 @@ class PictureObserver : public RunObserver {
     if (to > from) stays_.Add({{from, to}, state, atoms});
   }
 
+  // A sensor has its lane from its first event on, which need not be a sample.
   void OnSensorEnabled(Instant /*at*/, SensorVela::SensorId sensor) override { LaneOf(sensor); }
 
   void OnSensorDisabled(Instant at, SensorVela::SensorId sensor,
@@ -217,8 +218,8 @@ class PictureObserver : public RunObserver {
 
   static Json CountsToJson(const Summary& summary) {
     Json counts = Json::array();
-    for (const auto& [what, count, meaning] : CountsOf(summary)) {
-      counts.push_back({what, count ? Json(*count) : Json(), meaning});
+    for (const auto& [what, count, meaning, is_loss] : CountsOf(summary)) {
+      counts.push_back({what, count ? Json(*count) : Json(), meaning, is_loss});
     }
     return counts;
   }

@@ -7,6 +7,7 @@
 #include <utility>
 
 namespace sensorvela::tools {
+
 void SensorLane::AddSpan(const SensorSpan& span) {
   if (span.enabled_at) {
     spans_.Add({{*span.enabled_at, span.end}, span.period_ns, span.samples});

@@ -38,11 +38,10 @@ std::string LatencyBars(const SampleCounts& reported, std::size_t width) {
   for (std::size_t i = 0; i < reported.bands.size(); ++i) {
     const std::uint64_t count = reported.bands[i];
     std::array<char, 120> line;
-    const bool is_last = i == kLatencyBandLimitsNs.size();
     std::snprintf(line.data(), line.size(), "  %-5s %3s ms |%-*s %10llu %8s",
-                  is_last ? "over" : "up to", BandLimitMs(i).c_str(), static_cast<int>(bar_width),
-                  Bar(count, largest, bar_width).c_str(), static_cast<unsigned long long>(count),
-                  Share(reported.bands, i).c_str());
+                  IsLastBand(i) ? "over" : "up to", BandLimitMs(i).c_str(),
+                  static_cast<int>(bar_width), Bar(count, largest, bar_width).c_str(),
+                  static_cast<unsigned long long>(count), Share(reported.bands, i).c_str());
     const std::string_view text = line.data();
     lines += std::string(text.substr(0, text.find_last_not_of(' ') + 1)) + '\n';
   }

@@ -9,7 +9,7 @@
 #include <sensorvela/engine/sensor_vela.h>
 
 #include "tools/text/names.h"
-#include "trace_format/sensor_order.h"
+#include "tools/text/sensor_order.h"
 
 namespace sensorvela::tools {
 

@@ -32,7 +32,7 @@ std::array<std::size_t, 3 + kLatencyBands> Widths(const std::vector<Cells>& rows
 Cells Headings() {
   Cells cells = {"samples", "not reported", "late"};
   for (std::size_t i = 0; i < kLatencyBands; ++i) {
-    cells[3 + i] = (i < kLatencyBandLimitsNs.size() ? "<=" : ">") + BandLimitMs(i) + " ms";
+    cells[3 + i] = (IsLastBand(i) ? ">" : "<=") + BandLimitMs(i) + " ms";
   }
   return cells;
 }

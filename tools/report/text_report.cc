@@ -224,7 +224,7 @@ class TextReport : public RunObserver {
   }
 
   void Counts(const Summary& summary) {
-    for (const auto& [what, count, meaning] : CountsOf(summary)) {
+    for (const auto& [what, count, meaning, is_loss] : CountsOf(summary)) {
       std::array<char, 120> line;
       std::snprintf(line.data(), line.size(), "%-18s %10s%s%s", what,
                     count ? std::to_string(*count).c_str() : "-", meaning.empty() ? "" : "  ",

@@ -88,7 +88,7 @@ void RecordingFollower::Stop() {
 bool RecordingFollower::AwaitReport() {
   const MutexLock lock(mutex_);
   while (reports_ >= report_limit_ && !is_stopping_) wait_for_limit_.Wait(mutex_);
-  return reports_ < report_limit_;
+  return reports_ < report_limit_ && !is_stopping_;
 }
 
 void RecordingFollower::ReportEnds() {

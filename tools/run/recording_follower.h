@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <limits>
 #include <memory>
 
 #include <sensorvela/platform/simulated/reporter_wait.h>

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -52,6 +53,7 @@ void Replay::Run(const EventSource& next, const std::function<bool()>& is_over) 
   if (is_over()) return;
   if (engine_ != nullptr) {
     StopEngine();
+    time_.WaitUntilSettled();  // What the recording had held back goes on to its next wait.
     testkit::DestroyEngine(
         time_, [this] { engine_.reset(); }, [] { simulated::ReleaseServiceWaits(kStatsInstance); });
   }

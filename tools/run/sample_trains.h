@@ -38,7 +38,7 @@ class SampleTrains {
   using Instant = simulated::VirtualTime::Instant;
 
   struct Sample {
-    /// The event that started the train. Valid until the next call of `TakeNext`.
+    /// The event that started the train. Valid until the next call of `TakeNext` or `Cut`.
     const std::shared_ptr<const EventInfo>& event;
     SensorVela::SensorId sensor;
     std::int64_t timestamp_ns;

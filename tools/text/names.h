@@ -8,7 +8,7 @@
 
 #include <sensorvela/engine/sensor_vela.h>
 
-#include "trace_format/sensor_order.h"
+#include "tools/text/sensor_order.h"
 
 namespace sensorvela::tools {
 

@@ -1,5 +1,6 @@
 #include "tools/trace/event_kinds.h"
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -35,6 +36,7 @@ namespace {
 
 namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 using testkit::Answer;
+using testkit::SupplierKind;
 
 constexpr std::int32_t kMaxCount = 1'000'000;
 // Six hours each, and the monotonic clock has 64 bits.
@@ -45,15 +47,17 @@ constexpr std::int64_t kMaxReports = 1'000'000'000'000;
 constexpr std::size_t kNameWidth = 25;
 constexpr std::size_t kLineWidth = 100;
 
-testkit::SupplierKind ReadSupplier(FieldReader& fields) {
+SupplierKind ReadSupplier(FieldReader& fields) {
   namespace kinds = trace_format::supplier;
-  constexpr std::string_view kNames[] = {kinds::kNone, kinds::kFirst, kinds::kSecond};
-  return testkit::SupplierKind(fields.OptionalChoice(field::kSupplier, kNames, 2));
+  constexpr std::array kNames = {kinds::kNone, kinds::kFirst, kinds::kSecond};
+  constexpr std::array kKinds = {SupplierKind::kNone, SupplierKind::kFirstGeneration,
+                                 SupplierKind::kSecondGeneration};
+  return kKinds.at(fields.OptionalChoice(field::kSupplier, kNames, 2));
 }
 
 // Each reads an argument of a call. A number takes the next name for its field.
 
-template <typename Number>
+template <trace_format::Number Number>
 void Read(FieldReader& fields, const std::string_view*& name, Number& number) {
   if constexpr (std::is_enum_v<Number>) {
     number = Number{fields.Integer<std::int32_t>(*name++)};
@@ -87,9 +91,9 @@ SensorVela::SensorId ReadSensor(FieldReader& fields) {
 }
 
 /// The call, with the arguments that the fields have, of a method of the engine or the replay.
-template <typename Class, typename... Parameters>
-auto ReadCall(FieldReader& fields, const trace_format::EngineCall& call,
-              void (Class::*method)(Parameters...)) {
+template <const trace_format::EngineCall& call, typename Class, typename... Parameters>
+auto ReadCall(FieldReader& fields, void (Class::*method)(Parameters...)) {
+  static_assert(trace_format::kNamesNumbers<call, std::remove_cvref_t<Parameters>...>);
   std::tuple<std::remove_cvref_t<Parameters>...> arguments;
   const std::string_view* name = call.fields.data();
   std::apply([&](auto&... argument) { (Read(fields, name, argument), ...); }, arguments);
@@ -101,7 +105,7 @@ auto ReadCall(FieldReader& fields, const trace_format::EngineCall& call,
 /// A call of the engine, which the replay makes.
 template <const trace_format::EngineCall& call, auto method>
 EventContent CallEngine(FieldReader& fields, const TraceContext&) {
-  return {[call_once = ReadCall(fields, call, method)](Replay& replay) {
+  return {[call_once = ReadCall<call>(fields, method)](Replay& replay) {
     replay.CallEngine(call_once);
   }};
 }
@@ -109,13 +113,13 @@ EventContent CallEngine(FieldReader& fields, const TraceContext&) {
 /// A call of the engine of which the replay does more.
 template <const trace_format::EngineCall& call, auto method>
 EventContent CallReplay(FieldReader& fields, const TraceContext&) {
-  return {ReadCall(fields, call, method)};
+  return {ReadCall<call>(fields, method)};
 }
 
 /// An error, reported as often as the event says.
 template <const trace_format::EngineCall& call, auto method>
 EventContent ReportErrors(FieldReader& fields, const TraceContext&) {
-  const auto report = ReadCall(fields, call, method);
+  const auto report = ReadCall<call>(fields, method);
   const auto count = fields.OptionalInteger<std::int32_t>("count", 1, 1, kMaxCount);
   return {[=](Replay& replay) { replay.ReportErrors(count, report); }};
 }

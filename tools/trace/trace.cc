@@ -21,9 +21,6 @@
 namespace sensorvela::tools {
 namespace {
 
-/// More than the longest line of a recording. Bounds the memory of a reader.
-constexpr std::size_t kMaxLineBytes = std::size_t{16} << 20;
-
 std::string DisplayName(const std::string& path) {
   return path == "-" ? "<stdin>" : Printable(path);
 }
@@ -96,8 +93,9 @@ class TraceParser {
                       static_cast<std::int32_t>(low->integer)};
     }
     for (const JsonValue* field = line.begin(); field != line.end(); field = field->next()) {
-      if (field->key != trace_format::field::kAtNs && field->key != trace_format::field::kEvent)
-        info->fields[field->key] = ToJson(*field);
+      const bool is_own =
+          field->key != trace_format::field::kAtNs && field->key != trace_format::field::kEvent;
+      if (is_own) info->fields[field->key] = ToJson(*field);
     }
     return info;
   }
@@ -189,11 +187,8 @@ class TracePass {
  public:
   /// A second pass ends with the line `last`, and knows the `plan`.
   TracePass(const std::string& name, const Input& input, std::size_t last = 0,
-            const RecordingPlan* plan = nullptr) try
-      : name_(name), lines_(input, kMaxLineBytes), parser_(plan), last_(last) {
-  } catch (const std::system_error& error) {
-    ThrowUnreadable(name, error);
-  }
+            const RecordingPlan* plan = nullptr)
+      : name_(name), lines_(input), parser_(plan), last_(last) {}
 
   /// Returns false, and checks the trace as a whole, at its end.
   bool Next(Event& event) try {

@@ -9,10 +9,10 @@
 #include <string>
 
 #include "tools/text/names.h"
+#include "tools/text/sensor_order.h"
 #include "tools/viewer/sensor_track.h"
 #include "tools/viewer/step_counter.h"
 #include "tools/viewer/viewer_writer.h"
-#include "trace_format/sensor_order.h"
 
 namespace sensorvela::tools {
 namespace {
@@ -89,6 +89,7 @@ class ViewerObserver : public RunObserver {
     out_.Span(kReporterThread, from, to, "waiting for the service", {{"atoms", atoms}});
   }
 
+  // A sensor has its track from its first event on, which need not be a sample.
   void OnSensorEnabled(Instant /*at*/, SensorVela::SensorId sensor) override { TrackOf(sensor); }
 
   void OnSensorDisabled(Instant at, SensorVela::SensorId sensor,

@@ -6,9 +6,9 @@ function showHeader() {
   byId("title").textContent = data.title;
   document.title = `${data.title} – sensorvela-replay`;
   byId("subtitle").textContent = `${duration(data.length_ns)} of elapsed realtime, from ${clock(0)} to ${clock(data.length_ns)}`;
-  for (const [what, number, meaning] of data.counts) {
+  for (const [what, number, meaning, isLoss] of data.counts) {
     const tile = document.createElement("div");
-    if (number > 0 && (what === "failed" || what === "dropped")) tile.className = "wrong";
+    if (number > 0 && isLoss) tile.className = "wrong";
     tile.append(element("dt", what), element("dd", number === null ? "–" : count(number)), element("dd", meaning));
     byId("counts").append(tile);
   }

@@ -27,7 +27,7 @@ function samplesBetween(lane, from, to) {
   const first = Math.floor((from - data.bins_begin_ns) / data.bin_ns);
   const last = Math.max(first + 1, Math.ceil((to - data.bins_begin_ns) / data.bin_ns));
   const [begin, end] = [first, last].map(bin => data.bins_begin_ns + bin * data.bin_ns);
-  const sum = {from: Math.max(begin, 0), to: Math.min(end, length_ns), samples: 0, late: 0, bands: [0, 0, 0, 0, 0]};
+  const sum = {from: Math.max(begin, 0), to: Math.min(end, length_ns), samples: 0, late: 0, bands: data.bands.map(() => 0)};
   for (const bin of lane.bins) {
     const shared = Math.round((Math.min(bin.to, end) - Math.max(bin.from, begin)) / data.bin_ns);
     if (shared <= 0) continue;

@@ -3,7 +3,7 @@
 
 #include <sensorvela/engine/sensor_vela.h>
 
-namespace sensorvela {
+namespace sensorvela::tools {
 
 /// Orders a map's sensors: by the high half first.
 struct SensorOrder {
@@ -12,4 +12,4 @@ struct SensorOrder {
   }
 };
 
-}  // namespace sensorvela
+}  // namespace sensorvela::tools
