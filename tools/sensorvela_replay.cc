@@ -172,7 +172,7 @@ int Replay(const Options& options) try {
     return out_has_failed ||
            std::ranges::any_of(files, [](const auto& file) { return file.file.error() != 0; });
   };
-  tools::Replay(observers, options.log).Run(trace.Events(), has_failed);
+  tools::Replay(observers, options.log).Run(trace.Events(!files.empty()), has_failed);
   out.Flush();
   for (ObserverFile& file : files) file.file.Flush();
   for (const ObserverFile& file : files) {

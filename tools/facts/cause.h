@@ -23,7 +23,7 @@ struct EventInfo {
   std::int32_t atom_id = 0;
   /// The sensor that the event names.
   std::optional<SensorVela::SensorId> sensor;
-  /// The event's own fields, in the order of the line.
+  /// The event's own fields, in the order of the line, if they were asked for.
   Json fields = Json::object();
 };
 

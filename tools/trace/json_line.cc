@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -52,16 +51,22 @@ float NearestFloat(double number) {
 
 namespace {
 
-Json ContentToJson(const JsonValue& value) {
-  Json json = value.type == Type::kArray ? Json::array() : Json::object();
+Json ArrayToJson(const JsonValue& value) {
+  Json::array_t array;
+  array.reserve(value.size);
   for (const JsonValue* inner = value.begin(); inner != value.end(); inner = inner->next()) {
-    if (value.type == Type::kArray) {
-      json.push_back(ToJson(*inner));
-    } else {
-      json[inner->key] = ToJson(*inner);
-    }
+    array.push_back(ToJson(*inner));
   }
-  return json;
+  return array;
+}
+
+Json ObjectToJson(const JsonValue& value) {
+  Json::object_t object;
+  object.reserve(value.size);
+  for (const JsonValue* inner = value.begin(); inner != value.end(); inner = inner->next()) {
+    object.emplace_back(std::string(inner->key), ToJson(*inner));
+  }
+  return object;
 }
 
 }  // namespace
@@ -81,8 +86,9 @@ Json ToJson(const JsonValue& value) {
     case Type::kString:
       return value.text;
     case Type::kArray:
+      return ArrayToJson(value);
     case Type::kObject:
-      return ContentToJson(value);
+      return ObjectToJson(value);
   }
   return {};
 }
@@ -125,8 +131,8 @@ class JsonLine::Parser {
     return true;
   }
 
-  bool string(std::string& text) {
-    Add(Type::kString).text = texts_.emplace_back(std::move(text));
+  bool string(const std::string& text) {
+    Add(Type::kString).text = Keep(text);
     return true;
   }
 
@@ -147,7 +153,7 @@ class JsonLine::Parser {
       throw EventError("an object of more than " + std::to_string(kMaxFields) +
                        " fields: expected only those of an event");
     }
-    key_ = texts_.emplace_back(name);
+    key_ = Keep(name);
     return true;
   }
 
@@ -161,6 +167,11 @@ class JsonLine::Parser {
   }
 
  private:
+  std::string_view Keep(const std::string& text) {
+    texts_ += text;
+    return std::string_view(texts_).substr(texts_.size() - text.size());
+  }
+
   JsonValue& Add(Type type) {
     if (!open_.empty()) ++values_[open_.back()].size;
     return values_.emplace_back(JsonValue{.type = type, .key = std::exchange(key_, {})});
@@ -179,7 +190,7 @@ class JsonLine::Parser {
   }
 
   std::vector<JsonValue>& values_;
-  std::deque<std::string>& texts_;
+  std::string& texts_;
   std::vector<std::size_t>& open_;
   /// The name of the field whose value comes next.
   std::string_view key_;
@@ -196,6 +207,7 @@ const JsonValue& JsonLine::Parse(std::string_view line) {
   }
   values_.clear();
   texts_.clear();
+  texts_.reserve(line.size());  // No escape is shorter than what it stands for.
   open_.clear();
   Parser parser(*this);
   json::sax_parse(line.data(), line.data() + line.size(), &parser);

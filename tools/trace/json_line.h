@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -78,8 +77,9 @@ class JsonLine {
   class Parser;
 
   std::vector<JsonValue> values_;
-  /// What `values_` refers to.
-  std::deque<std::string> texts_;
+  /// What `values_` refers to. Has room for all of a line's texts, so that they stay where they
+  /// are.
+  std::string texts_;
   /// The positions of the arrays and objects that have not been closed.
   std::vector<std::size_t> open_;
 };

@@ -33,7 +33,9 @@ std::string DisplayName(const std::string& path) {
 class TraceParser {
  public:
   /// The second time a recording is read, its `plan` is known.
-  explicit TraceParser(const RecordingPlan* plan) { context_.plan = plan; }
+  TraceParser(const RecordingPlan* plan, bool with_fields) : with_fields_(with_fields) {
+    context_.plan = plan;
+  }
 
   void Parse(std::size_t line_number, std::string_view text, Event& event) {
     const JsonValue& line = json_.Parse(text);
@@ -80,8 +82,8 @@ class TraceParser {
 
  private:
   /// What the outputs need of an event that has been checked.
-  static std::shared_ptr<const EventInfo> Info(std::size_t line_number, const JsonValue& line,
-                                               const EventKind& kind, std::int32_t atom_id) {
+  std::shared_ptr<const EventInfo> Info(std::size_t line_number, const JsonValue& line,
+                                        const EventKind& kind, std::int32_t atom_id) const {
     auto info = std::make_shared<EventInfo>();
     info->kind = kind.name;
     info->line = line_number;
@@ -92,11 +94,10 @@ class TraceParser {
       info->sensor = {static_cast<std::uint32_t>(high->integer),
                       static_cast<std::int32_t>(low->integer)};
     }
-    for (const JsonValue* field = line.begin(); field != line.end(); field = field->next()) {
-      const bool is_own =
-          field->key != trace_format::field::kAtNs && field->key != trace_format::field::kEvent;
-      if (is_own) info->fields[field->key] = ToJson(*field);
-    }
+    if (!with_fields_) return info;
+    info->fields = ToJson(line);
+    info->fields.erase(trace_format::field::kAtNs);
+    info->fields.erase(trace_format::field::kEvent);
     return info;
   }
 
@@ -159,6 +160,7 @@ class TraceParser {
     if (kind.place == Place::kLast) end_line_ = line_number;
   }
 
+  const bool with_fields_;
   JsonLine json_;
   TraceContext context_;
   std::int64_t last_at_ns_ = 0;
@@ -187,8 +189,8 @@ class TracePass {
  public:
   /// A second pass ends with the line `last`, and knows the `plan`.
   TracePass(const std::string& name, const Input& input, std::size_t last = 0,
-            const RecordingPlan* plan = nullptr)
-      : name_(name), lines_(input), parser_(plan), last_(last) {}
+            const RecordingPlan* plan = nullptr, bool with_fields = false)
+      : name_(name), lines_(input), parser_(plan, with_fields), last_(last) {}
 
   /// Returns false, and checks the trace as a whole, at its end.
   bool Next(Event& event) try {
@@ -269,13 +271,12 @@ Trace::Trace(const std::string& path, Input input, const OnLine& on_line)
   cut_ = pass.Cut();
 }
 
-EventSource Trace::Events() const {
+EventSource Trace::Events(bool with_fields) const {
   // A trace that has become a recording since has nothing planned.
   static const RecordingPlan kNothing;
   const RecordingPlan* const plan = plan_.recording ? &*plan_.recording : &kNothing;
-  return [pass = std::make_shared<TracePass>(name_, input_, plan_.last_line, plan)](Event& event) {
-    return pass->Next(event);
-  };
+  auto pass = std::make_shared<TracePass>(name_, input_, plan_.last_line, plan, with_fields);
+  return [pass = std::move(pass)](Event& event) { return pass->Next(event); };
 }
 
 }  // namespace sensorvela::tools

@@ -48,7 +48,9 @@ class Trace {
   /// Reads the events once more, from the first to the last. The trace must outlive the
   /// source, which throws `TraceError` if the file has been changed since and is not a valid trace
   /// any more.
-  EventSource Events() const;
+  ///
+  /// Without `with_fields`, which takes time, the events do not have their own fields as data.
+  EventSource Events(bool with_fields = true) const;
 
  private:
   std::string name_;
