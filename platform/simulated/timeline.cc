@@ -1,5 +1,6 @@
 #include "platform/simulated/timeline.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <iterator>

@@ -125,6 +125,8 @@ class ViewerObserver : public RunObserver {
 
  private:
   SensorTrack& TrackOf(SensorVela::SensorId sensor) {
+    const auto found = sensors_.find(sensor);
+    if (found != sensors_.end()) return found->second;
     const Track next = {kSensors, static_cast<int>(sensors_.size()) + 1};
     return sensors_.try_emplace(sensor, out_, names_.Label(sensor), next).first->second;
   }
