@@ -188,9 +188,9 @@ bool IsBlank(std::string_view line) {
 class TracePass {
  public:
   /// A second pass ends with the line `last`, and knows the `plan`.
-  TracePass(const std::string& name, const Input& input, std::size_t last = 0,
+  TracePass(std::string name, Input input, std::size_t last = 0,
             const RecordingPlan* plan = nullptr, bool with_fields = false)
-      : name_(name), lines_(input), parser_(plan, with_fields), last_(last) {}
+      : name_(std::move(name)), lines_(std::move(input)), parser_(plan, with_fields), last_(last) {}
 
   /// Returns false, and checks the trace as a whole, at its end.
   bool Next(Event& event) try {
