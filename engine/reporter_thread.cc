@@ -48,7 +48,7 @@ bool SensorVela::StopRequested() {
 }
 
 void SensorVela::DrainAtomQueue() {
-  std::deque<VendorAtom> batch;  // Declared before the service: discarded after its release.
+  std::deque<VendorAtom> batch;  // Freed after `service` is released.
   {
     const MutexLock lock(queue_mutex_);
     batch.swap(atom_queue_);

@@ -43,8 +43,8 @@ class SENSORVELA_SCOPED_CAPABILITY MutexLock {
   Mutex& mutex_;
 };
 
-/// A clock that is never set back. Its times are in nanoseconds from an origin of its own. It
-/// satisfies the standard's Clock requirements.
+/// A clock that is never set back and stands still while the device is suspended. Its times are in
+/// nanoseconds from an origin of its own. It satisfies the standard's Clock requirements.
 class MonotonicClock {
  public:
   using duration = std::chrono::nanoseconds;

@@ -69,7 +69,7 @@ void ConstructRecorded(void* engine, const std::shared_ptr<Recording>& recording
 
 }  // namespace
 
-// What the library promises: `supplier` is null afterwards.
+// Both leave `supplier` null, as the library promises.
 void* SensorVelaConstructFirst(void* engine, First&& supplier) {
   static const auto next = NextDefinition(&SensorVelaConstructFirst);
   const auto recording =
@@ -118,7 +118,8 @@ void* SensorVelaDestroyBase(void* engine) { return SensorVelaDestroy(engine); }
 
 namespace {
 
-/// At the process's end, waits until what has been recorded is written, for a second at most.
+/// At the process's end, waits until what has been recorded is written, for a second at most
+/// unless they wait for the disk.
 struct AtExit {
   ~AtExit() {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(1);

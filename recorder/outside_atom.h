@@ -1,4 +1,4 @@
-// Writes an atom that the host has built into the line of its event.
+// Writes an outside atom, one that the host has built, as fields of its event's line.
 #pragma once
 
 #include <sensorvela/engine/sensor_vela.h>

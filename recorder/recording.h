@@ -37,8 +37,8 @@ class Recording {
  public:
   struct Options {
     std::string path;
-    /// A host thread waits when the batches are full, and the end of the engine until all is
-    /// written. For hosts in virtual time, which can be faster than any disk.
+    /// A host thread waits while the present batch is half full; the engine's end waits until all
+    /// is written. For hosts in virtual time, which can be faster than any disk.
     bool waits_for_disk = false;
   };
 
@@ -90,7 +90,8 @@ class Recording {
   /// The device has been suspended, perhaps.
   void Suspended() SENSORVELA_EXCLUDES(mutex_);
 
-  /// Writes what there is, and waits for that until the deadline.
+  /// Writes what there is and waits for that: until the deadline, or without end if the recording
+  /// waits for the disk.
   void ProcessEnds(std::chrono::steady_clock::time_point deadline) SENSORVELA_EXCLUDES(mutex_);
 
   // Called by the engine's reporter thread.

@@ -14,7 +14,8 @@ struct ThreadState {
   bool is_in_engine;
   /// The engine's reporter thread is in the host's supplier.
   bool is_in_supplier;
-  /// Whether the thread has read elapsed realtime in that call, and what it has read last.
+  /// Whether the thread has read elapsed realtime since its last recorded call began, and the
+  /// latest reading.
   bool has_reading;
   std::int64_t reading_ns;
 };

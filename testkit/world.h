@@ -89,8 +89,8 @@ class World {
   /// Destroys the world's own engine, even if it waits for the service; does nothing if there is
   /// none. `StartEngine` does the same with the engine before.
   void DestroyEngine();
-  /// Destroys the engine, which there must be, while its reporter thread waits for something else,
-  /// which `release` ends. See destroy_engine.h.
+  /// Destroys the world's own engine, which must exist and whose reporter thread waits for what
+  /// `release` ends. See destroy_engine.h.
   void DestroyEngine(const std::function<void()>& release);
 
   /// The atoms that have reached the service since the last call, in order.

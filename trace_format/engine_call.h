@@ -1,7 +1,6 @@
 // The calls of an engine that a trace has as events.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <string_view>
@@ -14,6 +13,12 @@ namespace sensorvela::trace_format {
 struct EngineCall {
   std::string_view event;
   std::array<std::string_view, 3> fields = {};
+
+  constexpr std::size_t FieldCount() const {
+    std::size_t count = 0;
+    while (count < fields.size() && !fields[count].empty()) ++count;
+    return count;
+  }
 };
 
 template <typename Argument>
@@ -22,8 +27,7 @@ concept Number = std::is_integral_v<Argument> || std::is_enum_v<Argument>;
 /// Whether the call has a field for each of these arguments that is a number, and no other.
 template <const EngineCall& call, typename... Arguments>
 inline constexpr bool kNamesNumbers =
-    std::ranges::count_if(call.fields, [](std::string_view name) { return !name.empty(); }) ==
-    (std::ptrdiff_t{0} + ... + std::ptrdiff_t{Number<Arguments>});
+    call.FieldCount() == (std::size_t{0} + ... + std::size_t{Number<Arguments>});
 
 inline constexpr EngineCall kAtom = {"atom"};
 inline constexpr EngineCall kFirmwareState = {"firmware_state",

@@ -17,7 +17,7 @@ namespace sensorvela::simulated {
 /// The device declares the instance. The engine asks for that once, when it starts.
 void DeclareService(const std::string& instance);
 
-/// The device no longer declares the instance. Lookups do not care.
+/// The device no longer declares the instance. Lookups stay the same.
 void UndeclareService(const std::string& instance);
 
 /// The process may not look the instance up: lookups that wait for it end with none, and later ones

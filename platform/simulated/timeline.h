@@ -24,7 +24,7 @@ struct Timeline {
   void ThreadBegins() SENSORVELA_EXCLUDES(mutex);
   /// After it has run, or if the system has refused it.
   void ThreadEnds() SENSORVELA_EXCLUDES(mutex);
-  /// Counts that many more of them as waiting, or fewer.
+  /// Adds `number`, which may be negative, to the threads that wait.
   void AddWaiting(std::ptrdiff_t number) SENSORVELA_EXCLUDES(mutex);
 
   /// `CondVar::WaitUntil` in virtual time, for a reporter thread that waits with `engine_mutex`.

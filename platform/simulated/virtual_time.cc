@@ -50,7 +50,7 @@ VirtualTime::~VirtualTime() {
 
 VirtualTime::Instant VirtualTime::Now() const { return timeline.elapsed; }
 
-void VirtualTime::Suspend(Instant duration) {
+void VirtualTime::Suspend(nanoseconds duration) {
   const MutexLock lock(timeline.mutex);
   timeline.WaitUntilSettled();
   if (duration.count() > 0) timeline.elapsed = SaturatingSum(timeline.elapsed, duration);
@@ -72,7 +72,7 @@ void VirtualTime::RunTo(Instant instant) {
   timeline.Advance(instant);
 }
 
-void VirtualTime::RunFor(Instant duration) { RunTo(SaturatingSum(Now(), duration)); }
+void VirtualTime::RunFor(nanoseconds duration) { RunTo(SaturatingSum(Now(), duration)); }
 
 void VirtualTime::JumpTo(Instant instant) {
   const MutexLock lock(timeline.mutex);

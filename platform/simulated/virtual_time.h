@@ -16,6 +16,7 @@ namespace sensorvela::simulated {
 /// time. Otherwise the process aborts. While it exists, only reporter threads may wait in the
 /// service manager or on a `platform::CondVar`. An engine whose thread the system refused does not
 /// exist for virtual time.
+///
 /// Any thread may call any operation, except that an engine's reporter thread must not call one
 /// that waits for its engine.
 class VirtualTime {
@@ -32,7 +33,7 @@ class VirtualTime {
 
   /// The device is suspended for that long: elapsed realtime goes on, while the monotonic clock and
   /// every timed wait stand still. Every engine is settled first. A negative duration counts as 0.
-  void Suspend(Instant duration);
+  void Suspend(std::chrono::nanoseconds duration);
 
   /// Moves the clocks to `instant` and stops at every deadline on the way: the engines that it
   /// wakes run until they are settled before time moves on. Every engine is settled before time
@@ -40,7 +41,7 @@ class VirtualTime {
   void RunTo(Instant instant);
 
   /// `RunTo(Now() + duration)`; a sum past the latest instant means the latest.
-  void RunFor(Instant duration);
+  void RunFor(std::chrono::nanoseconds duration);
 
   /// Moves the clocks in one step and wakes every engine whose deadline has been reached. Does not
   /// wait.

@@ -53,7 +53,7 @@ void Facts::EngineStops(bool follows_recording) {
 
 void Facts::RunEnds() {
   const MutexLock lock(mutex_);
-  while (!waiting_.empty()) TakeOldest(Outcome::kLeft, nullptr);
+  while (!unsent_.empty()) TakeOldest(Outcome::kLeft, nullptr);
   EndAbsence();
   ChangeReporterState(ReporterState::kNotStarted);
   for (auto& [sensor, facts] : sensors_) {
@@ -85,7 +85,7 @@ void Facts::Sample(const std::shared_ptr<const EventInfo>& event, SensorVela::Se
   const MutexLock lock(mutex_);
   const Instant now = time_.Now();
   cause_.at = now;
-  if (cause_.event != event) cause_.event = event;
+  if (cause_.event != event) cause_.event = event;  // Cheaper than to assign for each sample.
   Notify(&RunObserver::OnSample, now, sensor, sensors_[sensor].Sample(now, timestamp_ns));
 }
 
@@ -130,7 +130,7 @@ void Facts::Lookup(LookupStep step) {
   if (is_beyond_recording_) return;
   has_queued_atoms_ = false;
   // The thread takes the queue right before the first step of a lookup.
-  if (reporter_ != ReporterState::kWaiting) batch_ = waiting_.size();
+  if (reporter_ != ReporterState::kWaiting) batch_ = unsent_.size();
   if (step == LookupStep::kWaits) {
     ChangeReporterState(ReporterState::kWaiting);
     return;
@@ -165,13 +165,13 @@ void Facts::Notified() {
   if (is_stopping_) return;  // Also keeps out the thread that destroys the engine.
   if (std::this_thread::get_id() == main_thread_) {
     error_is_blocked_ = false;
-    waiting_.push_back({cause_, std::exchange(disable_, std::nullopt)});
+    unsent_.push_back({cause_, std::exchange(disable_, std::nullopt)});
   } else {
-    // Of itself, the reporter thread queues an upload's atoms only.
-    waiting_.push_back({{time_.Now(), nullptr}, std::nullopt});
+    // In a run, the reporter thread queues only the atoms of an upload.
+    unsent_.push_back({{time_.Now(), nullptr}, std::nullopt});
   }
   has_queued_atoms_ = true;
-  Notify(&RunObserver::OnQueueLength, time_.Now(), waiting_.size());
+  Notify(&RunObserver::OnQueueLength, time_.Now(), unsent_.size());
 }
 
 void Facts::LogLine(int priority, std::string_view tag, std::string_view text) {
@@ -182,8 +182,8 @@ void Facts::LogLine(int priority, std::string_view tag, std::string_view text) {
 }
 
 Facts::QueuedAtom Facts::TakeOldest(Outcome outcome, const SensorVela::VendorAtom* atom) {
-  QueuedAtom oldest = std::move(waiting_.front());
-  waiting_.pop_front();
+  QueuedAtom oldest = std::move(unsent_.front());
+  unsent_.pop_front();
   if (batch_ > 0) --batch_;
   AtomFact fact = {outcome, oldest.cause, atom, std::nullopt, "", std::nullopt};
   if (atom != nullptr) {
@@ -197,7 +197,7 @@ Facts::QueuedAtom Facts::TakeOldest(Outcome outcome, const SensorVela::VendorAto
     if (fact.id) fact.name = testkit::NameOfAtom(*fact.id);
     fact.sensor = oldest.cause.sensor();
   }
-  Notify(&RunObserver::OnQueueLength, time_.Now(), waiting_.size());
+  Notify(&RunObserver::OnQueueLength, time_.Now(), unsent_.size());
   Notify(&RunObserver::OnAtom, time_.Now(), fact);
   return oldest;
 }

@@ -86,7 +86,7 @@ class Facts {
  private:
   using Instant = RunObserver::Instant;
 
-  /// A disable that an atom reports: of this sensor, after so many enables.
+  /// The disable that an atom reports: the sensor, and how often it had been enabled by then.
   struct Disable {
     SensorVela::SensorId sensor;
     std::uint64_t enables;
@@ -121,7 +121,7 @@ class Facts {
   Cause cause_ SENSORVELA_GUARDED_BY(mutex_);
 
   /// The atoms in the queue, and those that the reporter thread has taken.
-  std::deque<QueuedAtom> waiting_ SENSORVELA_GUARDED_BY(mutex_);
+  std::deque<QueuedAtom> unsent_ SENSORVELA_GUARDED_BY(mutex_);
   /// How many of them the reporter thread has taken.
   std::size_t batch_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   /// Atoms have been queued since the last step of a lookup.

@@ -114,8 +114,9 @@ class RunObserver {
 
   virtual void OnLogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
                          std::string_view /*text*/) {}
-  /// The host could not find the stats service; the reason is that at the beginning. In a recording
-  /// it can until a lookup has waited or found none. A run begins without the service.
+  /// The host could not find the stats service from `from` to `to`; `reason` is the one at `from`.
+  /// In a recording it can from a lookup that found the service until one waits or finds none.
+  /// Every run begins without the service.
   virtual void OnServiceAway(Instant /*from*/, Instant /*to*/, AbsenceReason /*reason*/) {}
   /// The device is suspended from `at` on, for `duration`.
   virtual void OnSuspended(Instant /*at*/, std::chrono::nanoseconds /*duration*/) {}

@@ -19,12 +19,13 @@ class Input {
   /// what is kept, the reading fails.
   static Input Open(const std::string& path);
 
-  /// The same for an input that is read once, from its start to its end. Keeps nothing.
+  /// The same for an input that is read once, from its start to its end. Keeps nothing: `ReadAt`
+  /// then gives the next bytes, whatever the offset.
   static Input OpenOnce(const std::string& path);
 
   explicit Input(std::string text) : text_(std::make_shared<const std::string>(std::move(text))) {}
 
-  /// The number of bytes; that of a regular file may change later.
+  /// The number of bytes; that of a regular file may change later. 0 after `OpenOnce`.
   std::size_t size() const { return text_ ? text_->size() : size_; }
 
   /// Copies the bytes from `offset` on into `buffer`, which must not be empty, and returns their

@@ -41,6 +41,7 @@ bool LineReader::Next() {
     }
     searched = left.size();
   } while (Fill());
+  line_ = {buffer_.data() + from_, to_ - from_};
   end_ = EndOf(text_.end());
   if (line_.empty() && end_ == LineEnd::kEndOfText) return false;
   ++number_;
@@ -53,7 +54,6 @@ bool LineReader::Fill() {
   if (to_ > buffer_.size() / 2) buffer_.resize(2 * buffer_.size());
   const std::size_t count = text_.Read(std::span(buffer_).subspan(to_));
   to_ += count;
-  line_ = {buffer_.data(), to_};
   return count > 0;
 }
 

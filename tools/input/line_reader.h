@@ -23,7 +23,7 @@ enum class LineEnd {
   kDamaged,
 };
 
-/// No more of a line is given. Bounds the memory of a reader, and no line of a recording is longer.
+/// The most that is given of a line. No line of a recording is longer.
 inline constexpr std::size_t kMaxLineBytes = std::size_t{1} << 20;
 
 /// Holds a chunk of the text, or one line where that is longer.

@@ -29,11 +29,11 @@ class TextStream {
   TextStream& operator=(const TextStream&) = delete;
 
   /// Copies the next bytes of the text into `buffer`, which has at least two, and returns their
-  /// number; 0 means the end. Throws `std::system_error` if the file cannot be read.
+  /// number; 0 means the end. What came before a cut or damage is given first. Throws
+  /// `std::system_error` if the file cannot be read.
   std::size_t Read(std::span<char> buffer);
 
-  /// How the text ends, once `Read` has returned 0. Gives what came before the cut or the damage
-  /// first.
+  /// How the text ends, once `Read` has returned 0.
   TextEnd end() const { return end_; }
 
   /// The number of the input's bytes that have been read.

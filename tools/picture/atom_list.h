@@ -16,7 +16,7 @@
 namespace sensorvela::tools {
 
 /// Keeps the atoms of each outcome in a list of its own. Equal ones of an instant are kept as one,
-/// with their number; a long list is thinned by what had its atoms queued.
+/// with their number; in a long list, neighbours that events of one kind queued become one.
 class AtomList {
  public:
   using Instant = RunObserver::Instant;

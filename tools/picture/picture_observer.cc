@@ -157,7 +157,7 @@ class PictureObserver : public RunObserver {
 
   Json ToJson(Instant end, const Summary& summary) const {
     const auto offset = [this](Instant at) { return (at - begin_).count(); };
-    const auto band = [&](const Occurrence& o, Json json) {
+    const auto span = [&](const Occurrence& o, Json json) {
       if (o.times > 1) json.push_back(o.times);
       return json;
     };
@@ -166,12 +166,12 @@ class PictureObserver : public RunObserver {
       return json;
     };
     const auto interval = [&](const Occurrence& i) {
-      return band(i, {offset(i.from), offset(i.to)});
+      return span(i, {offset(i.from), offset(i.to)});
     };
     const auto cycle_end = [&](const Occurrence& i) { return offset(i.from); };
     const auto stay = [&](const Stay& s) {
       const char* const state = s.state == ReporterState::kWaiting ? "waiting" : "asleep";
-      return band(s, {offset(s.from), offset(s.to), state, s.atoms});
+      return span(s, {offset(s.from), offset(s.to), state, s.atoms});
     };
     const auto step = [&](const Step& s) {
       return mark(s, {offset(s.from), StepName(s.step), s.atoms});

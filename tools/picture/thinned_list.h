@@ -22,9 +22,9 @@ struct Occurrence {
   Instant to = {};
   std::uint64_t times = 1;
 
-  /// Whether both are of one kind. An item of several kinds has its own.
+  /// Whether both are of one kind. An item type with kinds hides this.
   bool IsLike(const Occurrence& /*other*/) const { return true; }
-  /// Adds what is not in this struct. An item that has such values has its own.
+  /// Merges the item type's own values. A type that has some hides this.
   void Absorb(const Occurrence& /*next*/) {}
 };
 

@@ -32,7 +32,7 @@ namespace {
 using aidl::android::frameworks::stats::VendorAtom;
 using Look = ReportLine::Look;
 
-/// The columns of a line's instant to milliseconds, and of a broken line's further parts.
+/// The width of the column of instants; a broken line's further parts begin after it.
 constexpr std::size_t kTimeWidth = 14;
 constexpr std::size_t kMarkWidth = 9;
 constexpr std::size_t kWideMarkWidth = 11;

@@ -74,7 +74,7 @@ void RecordingFollower::EndLookup(bool found) {
     simulated::ReleaseServiceWaits(kStatsInstance);
   }
   time_.WaitUntilSettled();
-  // An atom that comes before the end of the cycle has been found by the engine that ended it.
+  // The cycle's deadline has passed: an atom that comes now also ends the cycle.
   if (lookup.cycle_follows) time_.ReachDeadlines();
 }
 

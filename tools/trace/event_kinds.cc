@@ -146,16 +146,14 @@ EventContent AnswerReports(FieldReader& fields, const TraceContext&) {
 template <Answer Given>
 EventContent FailedReport(FieldReader& fields, const TraceContext&) {
   const auto report = fields.Integer<std::int64_t>(field::kReport, 1, kMaxReports);
-  return {.action = [](Replay&) {},
-          .plan =
-              [=](RecordingPlan& plan) {
-                if (!plan.failures.empty() && report <= plan.failures.back().report) {
-                  throw EventError("report " + std::to_string(report) + " after report " +
-                                   std::to_string(plan.failures.back().report) +
-                                   ": expected the reports in their order");
-                }
-                plan.failures.push_back({report, Given});
-              }};
+  return {.plan = [=](RecordingPlan& plan) {
+    if (!plan.failures.empty() && report <= plan.failures.back().report) {
+      throw EventError("report " + std::to_string(report) + " after report " +
+                       std::to_string(plan.failures.back().report) +
+                       ": expected the reports in their order");
+    }
+    plan.failures.push_back({report, Given});
+  }};
 }
 
 /// An event of a recording without fields of its own.
@@ -171,9 +169,7 @@ EventContent LookupEnds(FieldReader& fields, const TraceContext&) {
           .plan = [=](RecordingPlan& plan) { plan.lookups.push_back({found, reports}); }};
 }
 
-EventContent Nothing(FieldReader&, const TraceContext&) {
-  return {[](Replay&) {}};
-}
+EventContent Nothing(FieldReader&, const TraceContext&) { return {}; }
 
 constexpr EventKind kEventKinds[] = {
     {event::kEngineStart,
@@ -286,9 +282,9 @@ constexpr EventKind kEventKinds[] = {
      Place::kAnywhere,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto sensor = ReadSensor(fields);
-       return {.action = [](Replay&) {},
-               .sensor_name = [=, name = fields.Text("name")](
-                                  SensorNames& names) { names.Set(sensor, name); }};
+       return {.sensor_name = [=, name = fields.Text("name")](SensorNames& names) {
+         names.Set(sensor, name);
+       }};
      }},
     {"time_passes", "nothing happens but the passing of time", Place::kAnywhere, Nothing},
     {"note", "a line of the story, printed with the output", Place::kAnywhere,
@@ -329,8 +325,7 @@ constexpr EventKind kEventKinds[] = {
     {event::kServiceFoundDeclared, "the engine has found the service declared when it started",
      Place::kInRecording,
      [](FieldReader&, const TraceContext&) -> EventContent {
-       return {.action = [](Replay&) {},
-               .plan = [](RecordingPlan& plan) { plan.service_declared = true; }};
+       return {.plan = [](RecordingPlan& plan) { plan.service_declared = true; }};
      }},
     {event::kLookupWaits, "a lookup of the engine has waited for the service since then",
      Place::kInRecording, FollowRecording<&RecordingFollower::LookupWaits>},

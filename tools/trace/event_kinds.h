@@ -34,7 +34,7 @@ struct TraceContext {
   testkit::SupplierKind supplier = testkit::SupplierKind::kSecondGeneration;
   /// The event's own instant.
   std::int64_t at_ns = 0;
-  /// The whole recording's plan; null while the trace is checked, and for other traces.
+  /// The recording's plan, empty for other traces; null in the first pass, which runs nothing.
   const RecordingPlan* plan = nullptr;
 };
 
@@ -51,14 +51,14 @@ struct TracePlan {
 
 /// The content of an event's fields.
 struct EventContent {
-  Action action;
+  Action action = [](Replay&) {};
   /// The duration of the train that the event starts; 0 if it starts none.
   std::int64_t train_ns = 0;
   /// How long the device is suspended; no event may come before it wakes up.
   std::int64_t suspended_ns = 0;
   /// The supplier of the engine that the event starts.
   std::optional<testkit::SupplierKind> supplier = std::nullopt;
-  /// How long the samples take that the event brings; no event may come before the last of them.
+  /// From the event to its last sample; no event may come before that one.
   std::int64_t samples_ns = 0;
   /// The identifier of the atom that the event brings.
   std::int32_t atom_id = 0;

@@ -93,13 +93,6 @@ Json ToJson(const JsonValue& value) {
   return {};
 }
 
-namespace {
-
-/// More than any event has. Bounds the search for duplicates.
-constexpr std::size_t kMaxFields = 64;
-
-}  // namespace
-
 /// What nlohmann-json calls back, for each value in the order of the line. The names are its own.
 class JsonLine::Parser {
  public:
@@ -167,6 +160,9 @@ class JsonLine::Parser {
   }
 
  private:
+  /// More than any event has. Bounds the search for duplicates.
+  static constexpr std::size_t kMaxFields = 64;
+
   std::string_view Keep(const std::string& text) {
     texts_ += text;
     return std::string_view(texts_).substr(texts_.size() - text.size());
@@ -197,7 +193,7 @@ class JsonLine::Parser {
 };
 
 const JsonValue& JsonLine::Parse(std::string_view line) {
-  // The parser passes over the one and takes the other for the line's end.
+  // The JSON parser skips a byte order mark and takes a NUL byte for the line's end.
   if (line.starts_with("\xef\xbb\xbf")) {
     throw EventError("a byte order mark: expected one JSON object");
   }

@@ -32,7 +32,7 @@ std::string DisplayName(const std::string& path) {
 /// Turns lines into events. Keeps what the earlier lines determine for the next.
 class TraceParser {
  public:
-  /// The second time a recording is read, its `plan` is known.
+  /// `plan` is null in the first pass.
   TraceParser(const RecordingPlan* plan, bool with_fields) : with_fields_(with_fields) {
     context_.plan = plan;
   }
@@ -52,7 +52,12 @@ class TraceParser {
     samples_end_ns_ = at_ns + content.samples_ns;
     CheckPlace(line_number, kind);
     if (run_begin_ns_ < 0) run_begin_ns_ = at_ns;
-    if (content.plan) AddToPlan(name, content.plan);
+    if (content.plan) {
+      if (!recording_) {
+        throw EventError("an end with reports: expected them in recordings only");
+      }
+      content.plan(*recording_);
+    }
     if (content.sensor_name) content.sensor_name(sensor_names_);
     context_.supplier = content.supplier.value_or(context_.supplier);
     run_end_ns_ =
@@ -61,7 +66,6 @@ class TraceParser {
             : std::max({run_end_ns_, awake_at_ns_, samples_end_ns_, at_ns + content.train_ns});
     event.at = std::chrono::nanoseconds(at_ns);
     event.action = std::move(content.action);
-    // The first pass runs nothing.
     if (context_.plan != nullptr) event.info = Info(line_number, line, kind, content.atom_id);
   }
 
@@ -121,13 +125,6 @@ class TraceParser {
     last_line_ = line_number;
   }
 
-  void AddToPlan(const std::string& name, const std::function<void(RecordingPlan&)>& add) {
-    if (!recording_) {
-      throw EventError("an " + name + " with reports: expected them in recordings only");
-    }
-    add(*recording_);
-  }
-
   void CheckPlace(std::size_t line_number, const EventKind& kind) {
     const std::string name(kind.name);
     if (end_line_ != 0) {
@@ -135,12 +132,11 @@ class TraceParser {
                        "): expected end to be the last event");
     }
     if (kind.place == Place::kStartsRecording) {
-      if (is_recording() || last_line_ != line_number || has_events_) {
+      if (run_begin_ns_ >= 0) {
         throw EventError("a " + name + " here: expected it as the first event or not at all");
       }
       recording_.emplace();
     }
-    has_events_ = true;
     if (kind.place == Place::kInRecording && !is_recording()) {
       throw EventError(name +
                        " in a trace that is no recording: expected recording as the first event");
@@ -171,7 +167,6 @@ class TraceParser {
   /// Negative before the first event.
   std::int64_t run_begin_ns_ = -1;
   std::int64_t run_end_ns_ = 0;
-  bool has_events_ = false;
   SensorNames sensor_names_;
   std::optional<RecordingPlan> recording_;
   // Line numbers; 0 while there is no such line.

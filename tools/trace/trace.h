@@ -25,7 +25,7 @@ class TraceError : public std::runtime_error {
 /// again when they are run.
 class Trace {
  public:
-  /// Called after each line with the number of the input's bytes read so far.
+  /// Called after each event with the number of the input's bytes read so far.
   using OnLine = std::function<void(std::uint64_t bytes)>;
 
   /// Reads and checks the whole of `input`, which came from the file `path`, or from standard input
