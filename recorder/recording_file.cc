@@ -18,6 +18,7 @@ namespace {
 
 constexpr int kMaxNumber = 999;
 constexpr unsigned kBufferBytes = 65536;
+constexpr char kNotOurs[] = "the host has closed its file";
 
 std::string ErrorText(int error) { return std::generic_category().message(error); }
 
@@ -46,33 +47,58 @@ std::optional<std::string> RecordingFile::Create(const std::string& path) {
     descriptor = open(name.c_str(), kFlags, S_IRUSR | S_IWUSR);
     if (descriptor >= 0) break;
     const int error = errno;
-    if (error != EEXIST || !IsRegularFile(name) || number > kMaxNumber) return ErrorText(error);
+    if (error != EEXIST) return ErrorText(error);
+    if (!IsRegularFile(name)) return "what has this name is not a regular file";
+    if (number > kMaxNumber) return "too many files have this name";
     name = Numbered(path, number);
   }
+  const auto error = Open(descriptor, path.ends_with(".gz"));
+  if (error && file_ == nullptr) close(descriptor);
+  return error;
+}
+
+std::optional<std::string> RecordingFile::Open(int descriptor, bool is_compressed) {
+  struct stat status = {};
+  // Whatever the process's mask is, the owner can read the file.
+  if (fchmod(descriptor, S_IRUSR | S_IWUSR) != 0 || fstat(descriptor, &status) != 0) {
+    return ErrorText(errno);
+  }
+  descriptor_ = descriptor;
+  device_ = status.st_dev;
+  inode_ = status.st_ino;
   // T: written as it is, without compression.
-  file_ = gzdopen(descriptor, path.ends_with(".gz") ? "wb1" : "wbT");
-  if (file_ != nullptr && gzbuffer(file_, kBufferBytes) == 0) return std::nullopt;
-  if (file_ == nullptr) close(descriptor);
-  return ErrorText(ENOMEM);
+  file_ = gzdopen(descriptor, is_compressed ? "wb1" : "wbT");
+  if (file_ == nullptr || gzbuffer(file_, kBufferBytes) != 0) return ErrorText(ENOMEM);
+  return std::nullopt;
 }
 
 std::optional<std::string> RecordingFile::Write(std::string_view text) {
   if (text.empty()) return std::nullopt;
+  if (!IsOurs()) return kNotOurs;
   const int written = gzwrite(file_, text.data(), static_cast<unsigned>(text.size()));
   if (written > 0) return std::nullopt;
   return Error();
 }
 
 std::optional<std::string> RecordingFile::Flush() {
+  if (!IsOurs()) return kNotOurs;
   if (gzflush(file_, Z_SYNC_FLUSH) == Z_OK) return std::nullopt;
   return Error();
 }
 
 std::optional<std::string> RecordingFile::Close() {
   if (file_ == nullptr) return std::nullopt;
-  const int result = gzclose(std::exchange(file_, nullptr));
+  gzFile const file = std::exchange(file_, nullptr);
+  // zlib would write to the host's file and close it. What zlib holds is given up.
+  if (!IsOurs()) return kNotOurs;
+  const int result = gzclose(file);
   if (result == Z_OK) return std::nullopt;
   return result == Z_ERRNO ? ErrorText(errno) : "zlib fails";
+}
+
+bool RecordingFile::IsOurs() const {
+  struct stat status = {};
+  return fstat(descriptor_, &status) == 0 && status.st_dev == device_ && status.st_ino == inode_;
 }
 
 std::string RecordingFile::Error() const {

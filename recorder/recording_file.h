@@ -1,6 +1,7 @@
 // The file that a recording is written to.
 #pragma once
 
+#include <sys/types.h>
 #include <zlib.h>
 
 #include <optional>
@@ -10,6 +11,9 @@
 namespace sensorvela::recorder {
 
 /// Compressed if its name ends in ".gz". Used by one thread.
+///
+/// A host may close every descriptor that it does not know, and open files of its own, which get
+/// the same numbers. So each write looks whether the descriptor is still that of the file.
 class RecordingFile {
  public:
   RecordingFile() = default;
@@ -29,9 +33,16 @@ class RecordingFile {
   std::optional<std::string> Close();
 
  private:
+  std::optional<std::string> Open(int descriptor, bool is_compressed);
+  /// The descriptor is still that of the file.
+  bool IsOurs() const;
   std::string Error() const;
 
   gzFile file_ = nullptr;
+  int descriptor_ = -1;
+  // Which file it is.
+  dev_t device_ = 0;
+  ino_t inode_ = 0;
 };
 
 }  // namespace sensorvela::recorder
