@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "recorder/event_line.h"
 #include "trace_format/sample.h"
 
 namespace sensorvela::recorder {
@@ -36,7 +37,10 @@ class Batch {
   }
 
   bool Add(std::string_view line) {
-    if (lines_.size() == kMaxLines || text_.size() + line.size() > kMaxTextBytes) return false;
+    if (!CanHold(line) || lines_.size() == kMaxLines ||
+        text_.size() + line.size() > kMaxTextBytes) {
+      return false;
+    }
     text_ += line;
     lines_.push_back({samples_.size(), text_.size()});
     return true;
@@ -44,11 +48,13 @@ class Batch {
 
   /// Whether an empty batch has room for it.
   static bool CanHold(const trace_format::Sample& /*sample*/) { return true; }
-  static bool CanHold(std::string_view line) { return line.size() <= kMaxTextBytes; }
+  static bool CanHold(std::string_view line) { return line.size() <= kMaxLineBytes; }
+
+  bool IsEmpty() const { return samples_.empty() && lines_.empty(); }
 
   bool IsHalfFull() const {
     return samples_.size() >= kMaxSamples / 2 || lines_.size() >= kMaxLines / 2 ||
-           text_.size() >= kMaxTextBytes / 2;
+           text_.size() >= kHalfTextBytes;
   }
 
   void Clear() {
@@ -62,10 +68,12 @@ class Batch {
   std::string_view text() const { return text_; }
 
  private:
-  // A recording has two batches: 3.2 MiB in all.
+  // A recording has two batches: 3.6 MiB in all. A batch that is not half full has room for a line
+  // of any allowed length.
   static constexpr std::size_t kMaxSamples = 49'152;
   static constexpr std::size_t kMaxLines = 4'096;
-  static constexpr std::size_t kMaxTextBytes = 393'216;
+  static constexpr std::size_t kHalfTextBytes = 262'144;
+  static constexpr std::size_t kMaxTextBytes = kHalfTextBytes + kMaxLineBytes;
 
   std::vector<trace_format::Sample> samples_;
   std::vector<Line> lines_;

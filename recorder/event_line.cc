@@ -115,7 +115,8 @@ EventLine& EventLine::Value(bool value) {
 
 EventLine& EventLine::Value(std::string_view value) {
   Separate();
-  AppendQuoted(text_, value);
+  // A text of any size costs the host no more memory than a line.
+  AppendQuoted(text_, value.substr(0, IsTooLong() ? 0 : kMaxLineBytes));
   return *this;
 }
 

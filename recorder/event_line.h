@@ -1,6 +1,7 @@
 // Writes one event of a trace as a line of JSON.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -9,6 +10,9 @@
 #include <sensorvela/engine/sensor_vela.h>
 
 namespace sensorvela::recorder {
+
+/// A longer line is not recorded.
+inline constexpr std::size_t kMaxLineBytes = 393'216;
 
 /// Written here and not by a JSON library: the recorder lives in the host's process, must not
 /// throw, and needs integers, a few floats and an atom's texts only.
@@ -38,10 +42,11 @@ class EventLine {
   /// As an array.
   EventLine& Value(std::span<const std::int32_t> values);
 
-  /// The whole line, with its end.
+  /// The whole line, with its end. Of a line that is too long, some bytes more than are allowed.
   const std::string& Finish();
 
  private:
+  bool IsTooLong() const { return text_.size() > kMaxLineBytes; }
   void Separate();
 
   std::string text_;
