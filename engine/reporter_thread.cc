@@ -33,13 +33,17 @@ void SensorVela::RunReporterThread() {
     }
     if (cycle_ended) {
       deadline = MonotonicClock::now() + kCyclePeriod;
-      {
-        const MutexLock lock(error_counts_mutex_);
-        error_counts_.clear();
-      }
-      UploadDiagnostics();
+      EndCycle();
     }
   }
+}
+
+void SensorVela::EndCycle() {
+  {
+    const MutexLock lock(error_counts_mutex_);
+    error_counts_.clear();
+  }
+  UploadDiagnostics();
 }
 
 bool SensorVela::StopRequested() {

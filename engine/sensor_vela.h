@@ -335,14 +335,18 @@ class [[gnu::visibility("default")]] SensorVela {
   };
   static_assert(sizeof(PerSensorStatus) == 56 && offsetof(PerSensorStatus, gap_threshold_ns) == 32);
 
-  // The next four are called by the reporter thread only.
+  // The next five are called by the reporter thread only. The first three are its steps, which a
+  // library that is loaded in front of this one can take the place of, as the recorder does.
 
   /// The thread's body: waits for the stats service, then sends and sleeps until a stop is
   /// requested.
-  void RunReporterThread() SENSORVELA_NO_LOCK_HELD;
+  [[gnu::noinline]] void RunReporterThread() SENSORVELA_NO_LOCK_HELD;
 
   /// Sends the atoms queued at this moment, or drops them if there is no service.
-  void DrainAtomQueue() SENSORVELA_NO_LOCK_HELD;
+  [[gnu::noinline]] void DrainAtomQueue() SENSORVELA_NO_LOCK_HELD;
+
+  /// Forgets the error counts and uploads the diagnostics.
+  [[gnu::noinline]] void EndCycle() SENSORVELA_NO_LOCK_HELD;
 
   /// Waits until the stats service is up, if the device declares one, and logs the result.
   void WaitForStatsService() const SENSORVELA_NO_LOCK_HELD;

@@ -3,7 +3,6 @@
 #include <android/binder_manager.h>
 #include <android/binder_status.h>
 #include <android/log.h>
-#include <pthread.h>
 #include <utils/SystemClock.h>
 
 #include <array>
@@ -27,16 +26,6 @@ bool IsStatsService(std::string_view instance) {
   return instance == name;
 }
 
-constexpr std::size_t kMaxThreadNameBytes = 16;
-
-/// The engine's first call of the device tells which thread is its reporter thread.
-void IdentifyReporterThread() {
-  std::array<char, kMaxThreadNameBytes> name = {};
-  if (pthread_getname_np(pthread_self(), name.data(), name.size()) != 0) return;
-  if (std::string_view(name.data()) != kReporterThreadName) return;
-  Recordings::Get().IdentifyReporterThread();
-}
-
 }  // namespace
 }  // namespace sensorvela::recorder
 
@@ -48,7 +37,6 @@ using sensorvela::recorder::ThisThread;
 
 [[gnu::visibility("default")]] bool AServiceManager_isDeclared(const char* instance) {
   static const auto next = NextDefinition(&AServiceManager_isDeclared);
-  if (ThisThread().reports_for == nullptr) sensorvela::recorder::IdentifyReporterThread();
   const bool is_declared = next(instance);
   Recording* const recording = IsStatsService(instance) ? RecordingOfCaller() : nullptr;
   if (is_declared && recording != nullptr) recording->ServiceFoundDeclared();

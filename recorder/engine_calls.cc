@@ -22,7 +22,8 @@ namespace {
 /// The recording for a host's call of the engine; null if the call is not recorded: a call that the
 /// engine makes of itself is not.
 Recording* RecordingOf(const SensorVela* engine) {
-  return ThisThread().is_in_engine ? nullptr : Recordings::Get().Find(engine);
+  Recording* const recording = ThisThread().is_in_engine ? nullptr : Recordings::Get().Find(engine);
+  return recording != nullptr && recording->is_active() ? recording : nullptr;
 }
 
 // Each writes an argument of a call. A number takes the next name for its field.

@@ -3,8 +3,8 @@
 // They are functions with the constructors' symbols: a constructor would initialize the engine's
 // members, which is for the library's to do. They return the object because the ABI of 32-bit Arm
 // demands it; other ABIs ignore the result.
-#include <chrono>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include <sensorvela/engine/sensor_vela.h>
@@ -50,21 +50,29 @@ using sensorvela::recorder::NextDefinition;
 using sensorvela::recorder::Recording;
 using sensorvela::recorder::Recordings;
 
-/// Constructs the engine with the supplier that `wrap` makes. If the library's constructor throws,
-/// the recordings learn that there is no engine.
+/// Forgets the engine and ends its recording.
+void EndRecording(void* engine) {
+  const auto recording = Recordings::Get().Remove(static_cast<SensorVela*>(engine));
+  if (recording != nullptr) recording->EngineEnds();
+}
+
+/// Constructs the engine with the supplier. If the library's constructor throws, there is no engine
+/// to record.
 template <typename Supplier>
-void ConstructRecorded(void* engine, const std::shared_ptr<Recording>& recording,
-                       void* (*next)(void*, Supplier&&), Supplier supplier) {
-  struct Announcement {
-    const std::shared_ptr<Recording>& recording;
-    const SensorVela* engine = nullptr;
-    ~Announcement() {
-      Recordings::Get().EngineIsConstructed(recording, engine);
-      if (engine == nullptr) recording->EngineEnds();
+void ConstructRecorded(void* engine, void* (*next)(void*, Supplier&&), Supplier supplier) {
+  struct EndUnlessConstructed {
+    void* engine;
+    ~EndUnlessConstructed() {
+      if (engine != nullptr) EndRecording(engine);
     }
-  } announcement{recording};
+  } guard{engine};
   next(engine, std::move(supplier));
-  announcement.engine = static_cast<SensorVela*>(engine);
+  guard.engine = nullptr;
+}
+
+/// The recording of the engine that is about to be constructed; null if it is not recorded.
+std::shared_ptr<Recording> Begin(void* engine, std::string_view supplier) {
+  return Recordings::Get().Begin(static_cast<SensorVela*>(engine), supplier);
 }
 
 }  // namespace
@@ -72,30 +80,26 @@ void ConstructRecorded(void* engine, const std::shared_ptr<Recording>& recording
 // Both leave `supplier` null, as the library promises.
 void* SensorVelaConstructFirst(void* engine, First&& supplier) {
   static const auto next = NextDefinition(&SensorVelaConstructFirst);
-  const auto recording =
-      Recordings::Get().Begin(supplier == nullptr ? kinds::kNone : kinds::kFirst);
+  const auto recording = Begin(engine, supplier == nullptr ? kinds::kNone : kinds::kFirst);
   if (recording == nullptr) {
     next(engine, std::move(supplier));
   } else if (supplier == nullptr) {
     // An engine of the second generation sends nothing for answers that are absent.
     static const auto next_second = NextDefinition(&SensorVelaConstructSecond);
-    ConstructRecorded(engine, recording, next_second, MakeRecordedSupplier(recording, Second()));
+    ConstructRecorded(engine, next_second, MakeRecordedSupplier(recording, Second()));
   } else {
-    ConstructRecorded(engine, recording, next,
-                      MakeRecordedSupplier(recording, std::move(supplier)));
+    ConstructRecorded(engine, next, MakeRecordedSupplier(recording, std::move(supplier)));
   }
   return engine;
 }
 
 void* SensorVelaConstructSecond(void* engine, Second&& supplier) {
   static const auto next = NextDefinition(&SensorVelaConstructSecond);
-  const auto recording =
-      Recordings::Get().Begin(supplier == nullptr ? kinds::kNone : kinds::kSecond);
+  const auto recording = Begin(engine, supplier == nullptr ? kinds::kNone : kinds::kSecond);
   if (recording == nullptr) {
     next(engine, std::move(supplier));
   } else {
-    ConstructRecorded(engine, recording, next,
-                      MakeRecordedSupplier(recording, std::move(supplier)));
+    ConstructRecorded(engine, next, MakeRecordedSupplier(recording, std::move(supplier)));
   }
   return engine;
 }
@@ -103,8 +107,7 @@ void* SensorVelaConstructSecond(void* engine, Second&& supplier) {
 void* SensorVelaDestroy(void* engine) {
   static const auto next = NextDefinition(&SensorVelaDestroy);
   next(engine);  // Until this returns, the supplier may still call the engine.
-  const auto recording = Recordings::Get().Remove(static_cast<SensorVela*>(engine));
-  if (recording != nullptr) recording->EngineEnds();
+  EndRecording(engine);
   return engine;
 }
 
@@ -118,13 +121,8 @@ void* SensorVelaDestroyBase(void* engine) { return SensorVelaDestroy(engine); }
 
 namespace {
 
-/// At the process's end, waits until what has been recorded is written, for a second at most
-/// unless they wait for the disk.
 struct AtExit {
-  ~AtExit() {
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(1);
-    Recordings::Get().ForEach([&](Recording& recording) { recording.ProcessEnds(deadline); });
-  }
+  ~AtExit() { Recordings::Get().ProcessEnds(); }
 } at_exit;
 
 }  // namespace

@@ -8,12 +8,10 @@
 
 namespace sensorvela::recorder {
 
-/// For a host that is itself a plugin: its libraries do not follow the recorder in the search
-/// order.
-inline void* FindInLibrary(const char* symbol) {
+/// The library, if the process has loaded it.
+inline void* FindLibrary() {
   for (const char* const name : {"libsensorvela.so.1", "libsensorvela.so"}) {
-    void* const library = dlopen(name, RTLD_LAZY | RTLD_NOLOAD);
-    if (library != nullptr) return dlsym(library, symbol);
+    if (void* const library = dlopen(name, RTLD_LAZY | RTLD_NOLOAD)) return library;
   }
   return nullptr;
 }
@@ -30,7 +28,10 @@ Function NextDefinition(Function function) {
   Dl_info own = {};
   if (dladdr(address, &own) == 0 || own.dli_sname == nullptr) std::abort();
   void* next = dlsym(RTLD_NEXT, own.dli_sname);
-  if (next == nullptr) next = FindInLibrary(own.dli_sname);
+  // The libraries of a host that is itself a plugin do not follow the recorder in the search order.
+  if (void* const library = next == nullptr ? FindLibrary() : nullptr) {
+    next = dlsym(library, own.dli_sname);
+  }
   if (next == nullptr) std::abort();
   std::memcpy(static_cast<void*>(&function), static_cast<const void*>(&next), sizeof(next));
   return function;

@@ -41,18 +41,18 @@ void Write(EventLine& line, const std::vector<Record>& records) {
   line.Close(']');
 }
 
-// Whether the engine queues atoms for an answer.
+// Whether the supplier has the item.
 
 template <typename Record>
-bool HasAtoms(const Record& /*record*/) {
+bool IsPresent(const Record& /*record*/) {
   return true;
 }
 template <typename Record>
-bool HasAtoms(const std::unique_ptr<Record>& record) {
+bool IsPresent(const std::unique_ptr<Record>& record) {
   return record != nullptr;
 }
 template <typename Record>
-bool HasAtoms(const std::vector<Record>& records) {
+bool IsPresent(const std::vector<Record>& records) {
   return !records.empty();
 }
 
@@ -80,14 +80,13 @@ class RecordedSupplier : public Supplier {
   /// Asks the host's supplier and records the answer, which a trace calls `name`.
   template <typename Result>
   Result Ask(std::string_view name, Result (Supplier::*operation)()) {
-    recording_->SupplierIsAsked(name == item::kProcessor);
+    recording_->SupplierIsAsked(name == item::kProcessor, hosts_ != nullptr);
     if (hosts_ == nullptr) return {};
     ThisThread().is_in_supplier = true;
     Result answer = ((*hosts_).*operation)();
     ThisThread().is_in_supplier = false;
-    const bool has_atoms = HasAtoms(answer);
-    recording_->SupplierAnswers(has_atoms, [&](EventLine& line) {
-      if (has_atoms) Write(line.Name(name), answer);
+    recording_->SupplierAnswers([&](EventLine& line) {
+      if (IsPresent(answer)) Write(line.Name(name), answer);
     });
     return answer;
   }

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdint>
 #include <exception>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,9 +31,19 @@ namespace {
 
 constexpr char kLogTag[] = "sensor-vela-recorder";
 
-void LogEnd(const std::string& path, const std::string& reason) {
-  __android_log_print(ANDROID_LOG_ERROR, kLogTag, "The recording %s has ended: %s.", path.c_str(),
+/// So much of a path leaves room for the reason in a line of the log.
+constexpr int kMaxPathBytes = 512;
+
+/// A request that is never served: only the writer's end is awaited.
+constexpr int kUntilWritten = std::numeric_limits<int>::max();
+
+void Log(const char* format, const std::string& path, const std::string& reason) {
+  __android_log_print(ANDROID_LOG_ERROR, kLogTag, format, kMaxPathBytes, path.c_str(),
                       reason.c_str());
+}
+
+void LogEnd(const std::string& path, const std::string& reason) {
+  Log("The recording %.*s has ended: %s.", path, reason);
 }
 
 /// No handler of the host's runs on the thread that writes, and a file that reaches its size limit
@@ -54,6 +65,10 @@ class AllSignalsBlocked {
 
 }  // namespace
 
+void LogNoRecording(const std::string& path, const std::string& reason) {
+  Log("There is no recording %.*s: %s.", path, reason);
+}
+
 std::shared_ptr<Recording> Recording::Start(const Options& options, std::string_view supplier) try {
   const auto recording = std::make_shared<Recording>(options);
   recording->EngineStarts(supplier);
@@ -67,7 +82,7 @@ std::shared_ptr<Recording> Recording::Start(const Options& options, std::string_
 }
 
 void Recording::EngineStarts(std::string_view supplier) {
-  const MutexLock lock(mutex_);
+  const Turn turn(*this);
   last_ns_ = std::max<std::int64_t>(NowNs(), 0);
   clock_offset_.TakeSuspension();
   Append(EventLine(last_ns_, event::kRecording).Integer(field::kVersion, 1));
@@ -75,56 +90,75 @@ void Recording::EngineStarts(std::string_view supplier) {
 }
 
 void Recording::EngineEnds() {
-  const MutexLock lock(mutex_);
-  RecordSuspension();
-  Append(EventLine(InOrder(NowNs()), event::kEnd).Integer(field::kReports, reports_));
-  is_finished_ = true;
-  WakeWriter();
-  while (options_.waits_for_disk && !is_written()) changed_.wait(mutex_);
+  {
+    const Turn turn(*this);
+    RecordSuspension();
+    Append(EventLine(InOrder(NowNs()), event::kEnd).Integer(field::kReports, reports_));
+    is_finished_ = true;
+    WakeWriter();
+  }
+  if (options_.waits_for_disk) {
+    AwaitWriter(kUntilWritten, std::nullopt);
+  } else if (process_ends_) {
+    AwaitWriter(kUntilWritten, std::chrono::steady_clock::now() + kExitWait);
+  }
 }
 
 void Recording::Suspended() {
-  const MutexLock lock(mutex_);
+  const Turn turn(*this);
   RecordSuspension();
 }
 
 void Recording::ProcessEnds(std::chrono::steady_clock::time_point deadline) {
-  const MutexLock lock(mutex_);
-  is_finished_ = true;
-  WakeWriter();
-  const auto written = [this] { return is_written(); };
-  if (options_.waits_for_disk) {
-    changed_.wait(mutex_, written);
+  // If this thread ends the process in a call of the engine, the call never returns.
+  if (ThisThread().is_in_engine) EndTurn();
+  // If a signal has interrupted it while it recorded, the writer may wait for it without end.
+  const bool is_bounded = !options_.waits_for_disk || ThisThread().turn_of == this;
+  process_ends_ = true;
+  const int request = ++requests_;
+  changed_.notify_all();
+  AwaitWriter(request, is_bounded ? std::optional(deadline) : std::nullopt);
+}
+
+void Recording::AwaitWriter(int request,
+                            std::optional<std::chrono::steady_clock::time_point> deadline) {
+  const auto is_done = [&] { return is_written() || served_requests_ >= request; };
+  const MutexLock lock(written_mutex_);
+  if (deadline) {
+    written_changed_.wait_until(written_mutex_, *deadline, is_done);
   } else {
-    changed_.wait_until(mutex_, deadline, written);
+    written_changed_.wait(written_mutex_, is_done);
   }
 }
 
 void Recording::ServiceFoundDeclared() {
-  const MutexLock lock(mutex_);
+  const Turn turn(*this);
   EventLine line(InOrder(NowNs()), event::kServiceFoundDeclared);
   Append(line);
 }
 
 void Recording::LookupBegins() {
-  const MutexLock lock(mutex_);
-  ReleaseUpload();
-  RecordSuspension();
-  lookup_began_ns_ = InOrder(NowNs());
+  {
+    const Turn turn(*this);
+    RecordSuspension();
+    lookup_began_ns_ = InOrder(NowNs());
+  }
+  EndTurn();
 }
 
 void Recording::LookupEnds(bool found) {
-  const MutexLock lock(mutex_);
+  const Turn turn(*this);
   lookup_began_ns_.reset();
   found_service_ = found;
   expects_error_line_ = false;
   RecordSuspension();
   Append(EventLine(InOrder(NowNs()), found ? event::kLookupFound : event::kLookupFoundNone)
              .Integer(field::kReports, reports_));
+  recorded_reports_ = reports_;
 }
 
 void Recording::ReportEnds(bool is_ok) {
-  const MutexLock lock(mutex_);
+  const Turn turn(*this);
   ++reports_;
   if (is_ok) return;
   expects_error_line_ = true;
@@ -132,29 +166,24 @@ void Recording::ReportEnds(bool is_ok) {
 }
 
 void Recording::EngineLogsError() {
-  const MutexLock lock(mutex_);
+  const Turn turn(*this);
   // After a lookup that found the service, only a failed report is an error.
   if (!found_service_ || std::exchange(expects_error_line_, false)) return;
   ++reports_;
   Append(EventLine(InOrder(NowNs()), event::kReportSilent).Integer(field::kReport, reports_));
 }
 
-void Recording::SupplierIsAsked(bool is_first) {
-  const MutexLock lock(mutex_);
-  ReleaseUpload();
-  if (!is_first) return;
-  RecordSuspension();
-  EventLine line(InOrder(NowNs()), event::kCycleEnded);
-  Append(line);
+void Recording::SupplierIsAsked(bool is_first, bool waits) {
+  if (is_first) {
+    const Turn turn(*this);
+    RecordSuspension();
+    EventLine line(InOrder(NowNs()), event::kCycleEnded);
+    Append(line);
+  }
+  if (waits) EndTurn();
 }
 
 std::int64_t Recording::NowNs() { return android::elapsedRealtimeNano(); }
-
-void Recording::ReleaseUpload() {
-  if (!upload_holds_) return;
-  upload_holds_ = false;
-  changed_.notify_all();
-}
 
 void Recording::RecordSuspension(std::int64_t until_ns) {
   // No event can have come while the device was suspended.
@@ -185,11 +214,24 @@ void Recording::RecordLookupThatWaits() {
 template <typename Item>
 void Recording::AddToBatch(const Item& item) {
   if (is_finished_ || stopped_ != nullptr) return;
-  if (!batch_->Add(item)) {
+  bool is_added = batch_->Add(item);
+  if (!is_added && options_.waits_for_disk && Batch::CanHold(item)) {
+    WaitForWriter();
+    is_added = batch_->Add(item);
+  }
+  if (!is_added) {
     Stop(Batch::CanHold(item) ? "the host is faster than the disk" : "an event is too large");
   } else if (batch_->IsHalfFull()) {
     WakeWriter();
   }
+}
+
+void Recording::WaitForWriter() {
+  is_interrupted_ = true;
+  WakeWriter();
+  while (!batch_->IsEmpty() && !is_finished_) changed_.wait(mutex_);
+  is_interrupted_ = false;
+  changed_.notify_all();
 }
 
 void Recording::Stop(const char* reason) {
@@ -210,31 +252,51 @@ void Recording::RunWriter() {
   BatchWriter writer;
   std::optional<std::string> wrong = writer.Create(options_.path);
   for (bool is_last = false; !wrong && !is_last;) {
-    {
-      const MutexLock lock(mutex_);
-      changed_.wait_for(mutex_, kWriteEvery,
-                        [this]() SENSORVELA_REQUIRES(mutex_) { return write_now_; });
-      write_now_ = false;
-      is_last = is_finished_ || stopped_ != nullptr;
-      if (stopped_ != nullptr) wrong = stopped_;
-      std::swap(batch_, written_batch_);
-      changed_.notify_all();
-    }
+    const Taken taken = TakeBatch();
+    is_last = taken.is_last;
+    if (taken.stopped != nullptr) wrong = taken.stopped;
     const auto write_error = writer.Write(*written_batch_);
     if (write_error) wrong = write_error;
     written_batch_->Clear();
+    const MutexLock lock(written_mutex_);
+    served_requests_ = taken.requests;
+    written_changed_.notify_all();
   }
   const auto close_error = writer.Close();
   End(wrong ? wrong : close_error);
 }
 
+Recording::Taken Recording::TakeBatch() {
+  const MutexLock lock(mutex_);
+  changed_.wait_for(mutex_, kWriteEvery, [this]() SENSORVELA_REQUIRES(mutex_) {
+    return write_now_ || requests_ != served_requests_;
+  });
+  write_now_ = false;
+  RecordReportsSoFar();
+  const Taken taken = {is_finished_ || stopped_ != nullptr, stopped_, requests_};
+  std::swap(batch_, written_batch_);
+  changed_.notify_all();
+  return taken;
+}
+
+// Nothing else tells what a host that is killed later has reported.
+void Recording::RecordReportsSoFar() {
+  if (is_finished_ || std::exchange(recorded_reports_, reports_) == reports_) return;
+  EventLine line(last_ns_, event::kReportsSoFar);
+  batch_->Add(std::string_view(line.Integer(field::kReports, reports_).Finish()));
+}
+
 void Recording::End(const std::optional<std::string>& wrong) {
   is_active_ = false;
   if (wrong) LogEnd(options_.path, *wrong);
-  const MutexLock lock(mutex_);
-  is_finished_ = true;
+  {
+    const MutexLock lock(mutex_);
+    is_finished_ = true;
+    changed_.notify_all();
+  }
+  const MutexLock lock(written_mutex_);
   is_written_ = true;
-  changed_.notify_all();
+  written_changed_.notify_all();
 }
 
 }  // namespace sensorvela::recorder

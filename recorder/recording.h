@@ -26,19 +26,24 @@
 
 namespace sensorvela::recorder {
 
+/// Says in the log that there is no recording, and why.
+void LogNoRecording(const std::string& path, const std::string& reason);
+
 /// Takes in what happens to an engine, in order, and writes it with a thread of its own. Any thread
 /// may call any method at any time.
 ///
-/// A host's call into the engine is made with the recording's lock held, so that the order of the
-/// events is the order of the queue. The thread that writes holds the lock only while it takes a
-/// batch. When the batches are full or the file cannot be written, the recording ends with one line
-/// in the log, and the host goes on.
+/// Who calls the engine or records has the turn, and one thread has it at a time: a host thread
+/// during its call, and the reporter thread while it takes the queue, forgets the error counts or
+/// queues the atoms of an answer. So the order of the events is the order of the queue and of the
+/// counts. The thread that writes holds the lock only while it takes a batch. When the batches are
+/// full or the file cannot be written, the recording ends with one line in the log, and the host
+/// goes on.
 class Recording {
  public:
   struct Options {
     std::string path;
-    /// A host thread waits while the present batch is half full; the engine's end waits until all
-    /// is written. For hosts in virtual time, which can be faster than any disk.
+    /// Who records waits while the present batch has no room; the engine's end waits until all is
+    /// written. For hosts in virtual time, which can be faster than any disk.
     bool waits_for_disk = false;
   };
 
@@ -63,8 +68,7 @@ class Recording {
   template <typename Call, typename Write>
   void RecordCall(std::string_view kind, const Call& call, const Write& write)
       SENSORVELA_EXCLUDES(mutex_) {
-    const platform::MutexLock lock(mutex_);
-    WaitForTurn();
+    const Turn turn(*this);
     RecordSuspension();
     const std::int64_t at_ns = TimedCall(call);
     EventLine line(InOrder(at_ns), kind);
@@ -77,26 +81,29 @@ class Recording {
   template <typename Call>
   void RecordSample(const Call& call, SensorVela::SensorId sensor, std::int64_t timestamp_ns)
       SENSORVELA_EXCLUDES(mutex_) {
-    const platform::MutexLock lock(mutex_);
-    WaitForTurn();
+    const Turn turn(*this);
     const std::int64_t at_ns = TimedCall(call);
     if (at_ns - last_ns_ > kLongGapNs) RecordSuspension(at_ns);
     Append(trace_format::Sample{sensor, InOrder(at_ns), timestamp_ns});
   }
 
-  /// The engine has been destroyed.
+  /// The engine has been destroyed. Waits until all is written if the recording waits for the disk,
+  /// and for a second at most if the process is ending.
   void EngineEnds() SENSORVELA_EXCLUDES(mutex_);
 
   /// The device has been suspended, perhaps.
   void Suspended() SENSORVELA_EXCLUDES(mutex_);
 
-  /// Writes what there is and waits for that: until the deadline, or without end if the recording
-  /// waits for the disk.
+  /// The process is ending. Waits until what has been taken in is written: until the deadline, or
+  /// without end if the recording waits for the disk. Waits for no other thread's turn. An engine
+  /// that lives on is still recorded.
   void ProcessEnds(std::chrono::steady_clock::time_point deadline) SENSORVELA_EXCLUDES(mutex_);
 
   // Called by the engine's reporter thread.
 
   void ServiceFoundDeclared() SENSORVELA_EXCLUDES(mutex_);
+  /// The thread takes the queue next, and has the turn until its lookup begins.
+  void DrainBegins() SENSORVELA_EXCLUDES(mutex_) { TakeTurn(); }
   void LookupBegins() SENSORVELA_EXCLUDES(mutex_);
   void LookupEnds(bool found) SENSORVELA_EXCLUDES(mutex_);
   /// A report has ended with a status.
@@ -104,24 +111,43 @@ class Recording {
   /// The engine logs an error.
   void EngineLogsError() SENSORVELA_EXCLUDES(mutex_);
 
-  /// The engine asks the supplier. The first question is the sign that a cycle has ended.
-  void SupplierIsAsked(bool is_first) SENSORVELA_EXCLUDES(mutex_);
-  /// The supplier has answered: `write` adds the answer to the line. If it `has_atoms`, no host
-  /// thread calls the engine before it has queued them, which is at its next question or lookup.
+  /// The thread forgets the error counts next, and has the turn until its first question.
+  void CycleEndBegins() SENSORVELA_EXCLUDES(mutex_) { TakeTurn(); }
+  void CycleEndEnds() SENSORVELA_EXCLUDES(mutex_) { EndTurn(); }
+  /// The engine asks the supplier. The first question is the sign that a cycle has ended. The
+  /// thread gives up the turn if it `waits` for an answer.
+  void SupplierIsAsked(bool is_first, bool waits) SENSORVELA_EXCLUDES(mutex_);
+  /// The supplier has answered: `write` adds the answer to the line. The thread has the turn until
+  /// its next question or the end of the cycle, so that the answer's atoms are queued together.
   template <typename Write>
-  void SupplierAnswers(bool has_atoms, const Write& write) SENSORVELA_EXCLUDES(mutex_) {
-    const platform::MutexLock lock(mutex_);
-    EventLine line(InOrder(NowNs()), trace_format::event::kSupplierAnswers);
-    write(line);
-    Append(line);
-    upload_holds_ = has_atoms;
+  void SupplierAnswers(const Write& write) SENSORVELA_EXCLUDES(mutex_) {
+    TakeTurn();
+    RecordAnswer(write);
   }
 
  private:
+  /// Has the turn while it exists. In a thread that has it already, it changes nothing.
+  class SENSORVELA_SCOPED_CAPABILITY Turn {
+   public:
+    explicit Turn(Recording& recording) SENSORVELA_ACQUIRE(recording.mutex_)
+        : recording_(recording), is_taken_(recording.TakeTurn()) {}
+    ~Turn() SENSORVELA_RELEASE() {
+      if (is_taken_) recording_.EndTurn();
+    }
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+
+   private:
+    Recording& recording_;
+    const bool is_taken_;
+  };
+
   /// A gap between samples that is worth a look at the clocks.
   static constexpr std::int64_t kLongGapNs = 100'000'000;
   /// A killed process loses no more than this.
   static constexpr std::chrono::milliseconds kWriteEvery{500};
+  /// An engine that is destroyed while the process ends waits so long for the disk.
+  static constexpr std::chrono::seconds kExitWait{1};
 
   /// Elapsed realtime.
   static std::int64_t NowNs();
@@ -138,6 +164,25 @@ class Recording {
     return thread.has_reading ? thread.reading_ns : NowNs();
   }
 
+  // The turn is the lock, which the reporter thread also holds from one method to the next.
+
+  /// False if the thread has it already.
+  bool TakeTurn() SENSORVELA_NO_THREAD_SAFETY_ANALYSIS {
+    ThreadState& thread = ThisThread();
+    if (thread.turn_of == this) return false;
+    thread.turn_of = this;  // First: a signal's handler may end the process at any instant.
+    mutex_.lock();
+    while (is_interrupted_) changed_.wait(mutex_);
+    return true;
+  }
+  /// Does nothing if the thread has not got it.
+  void EndTurn() SENSORVELA_NO_THREAD_SAFETY_ANALYSIS {
+    ThreadState& thread = ThisThread();
+    if (thread.turn_of != this) return;
+    mutex_.unlock();
+    thread.turn_of = nullptr;
+  }
+
   /// The instant, or the last event's if that is later. The recording stops if a trace cannot have
   /// the instant.
   std::int64_t InOrder(std::int64_t at_ns) SENSORVELA_REQUIRES(mutex_) {
@@ -148,31 +193,50 @@ class Recording {
     return last_ns_;
   }
 
-  void WaitForTurn() SENSORVELA_REQUIRES(mutex_) {
-    while (upload_holds_ || (options_.waits_for_disk && batch_->IsHalfFull() && !is_finished_)) {
-      changed_.wait(mutex_);
-    }
+  template <typename Write>
+  void RecordAnswer(const Write& write) SENSORVELA_EXCLUDES(mutex_) {
+    const Turn turn(*this);
+    EventLine line(InOrder(NowNs()), trace_format::event::kSupplierAnswers);
+    write(line);
+    Append(line);
   }
-  void ReleaseUpload() SENSORVELA_REQUIRES(mutex_);
   void RecordSuspension() SENSORVELA_REQUIRES(mutex_) { RecordSuspension(NowNs()); }
   void RecordSuspension(std::int64_t until_ns) SENSORVELA_REQUIRES(mutex_);
   void Append(EventLine& line) SENSORVELA_REQUIRES(mutex_);
   void Append(const trace_format::Sample& sample) SENSORVELA_REQUIRES(mutex_);
   void RecordLookupThatWaits() SENSORVELA_REQUIRES(mutex_);
+  void RecordReportsSoFar() SENSORVELA_REQUIRES(mutex_);
   template <typename Item>
   void AddToBatch(const Item& item) SENSORVELA_REQUIRES(mutex_);
+  /// Waits until the batch is empty. Nobody else has the turn meanwhile.
+  void WaitForWriter() SENSORVELA_REQUIRES(mutex_);
   void WakeWriter() SENSORVELA_REQUIRES(mutex_);
   /// Takes nothing more in, for this reason.
   void Stop(const char* reason) SENSORVELA_REQUIRES(mutex_);
   void EngineStarts(std::string_view supplier) SENSORVELA_EXCLUDES(mutex_);
 
   void RunWriter() SENSORVELA_EXCLUDES(mutex_);
+  /// What the writer takes.
+  struct Taken {
+    bool is_last;
+    /// Why the recording has stopped; null if it has not.
+    const char* stopped;
+    /// The requests that are served when the batch is written.
+    int requests;
+  };
+  /// Waits for something to write, and exchanges the batches.
+  Taken TakeBatch() SENSORVELA_EXCLUDES(mutex_);
   /// Ends the recording for good, with the line in the log if something is `wrong`.
   void End(const std::optional<std::string>& wrong) SENSORVELA_EXCLUDES(mutex_);
+  /// Returns when the writer has ended or has served the request with that number, or at the
+  /// deadline, if there is one.
+  void AwaitWriter(int request, std::optional<std::chrono::steady_clock::time_point> deadline)
+      SENSORVELA_EXCLUDES(written_mutex_);
 
   const Options options_;
   std::atomic<bool> is_active_ = true;
   std::atomic<bool> is_written_ = false;
+  std::atomic<bool> process_ends_ = false;
 
   platform::Mutex mutex_;
   std::condition_variable_any changed_;
@@ -183,18 +247,30 @@ class Recording {
   /// Why the recording has stopped; null while it has not.
   const char* stopped_ SENSORVELA_GUARDED_BY(mutex_) = nullptr;
   bool is_finished_ SENSORVELA_GUARDED_BY(mutex_) = false;
-  bool write_now_ SENSORVELA_GUARDED_BY(mutex_) = false;
-  bool upload_holds_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  /// At first for the first lines: a host that is killed at once leaves a recording.
+  bool write_now_ SENSORVELA_GUARDED_BY(mutex_) = true;
+  /// The thread that has the turn waits for the writer.
+  bool is_interrupted_ SENSORVELA_GUARDED_BY(mutex_) = false;
 
   ClockOffset clock_offset_ SENSORVELA_GUARDED_BY(mutex_);
   std::int64_t last_ns_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   /// The reports that have ended since the engine's start.
   std::int64_t reports_ SENSORVELA_GUARDED_BY(mutex_) = 0;
+  /// How many of them the recording tells of.
+  std::int64_t recorded_reports_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   /// When the lookup began that has not ended, while nothing has been recorded since.
   std::optional<std::int64_t> lookup_began_ns_ SENSORVELA_GUARDED_BY(mutex_);
   bool found_service_ SENSORVELA_GUARDED_BY(mutex_) = false;
   /// The engine will log the report that has just failed.
   bool expects_error_line_ SENSORVELA_GUARDED_BY(mutex_) = false;
+
+  /// The requests of the process's end to write what there is, and how many of them have been
+  /// served. They are made without `mutex_`, which may never become free then.
+  std::atomic<int> requests_ = 0;
+  std::atomic<int> served_requests_ = 0;
+  /// For those who wait for the writer. No other lock is taken while it is held.
+  platform::Mutex written_mutex_;
+  std::condition_variable_any written_changed_;
 };
 
 }  // namespace sensorvela::recorder

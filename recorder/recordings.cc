@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "recorder/next_definition.h"
+
 #include "platform/thread_annotations.h"
 
 namespace sensorvela::recorder {
@@ -26,6 +28,12 @@ const char* Setting(const char* name) {
   return getauxval(AT_SECURE) == 0 ? std::getenv(name) : nullptr;
 }
 
+/// Where the engines are to be recorded; null if they are not.
+const char* RequestedPath() {
+  const char* const path = Setting("SENSORVELA_RECORDING");
+  return path != nullptr && *path != '\0' ? path : nullptr;
+}
+
 }  // namespace
 
 Recordings::Recordings() {
@@ -38,48 +46,35 @@ Recordings& Recordings::Get() {
   return recordings;
 }
 
-std::shared_ptr<Recording> Recordings::Begin(std::string_view supplier) {
-  const char* const path = Setting("SENSORVELA_RECORDING");
-  if (path == nullptr || *path == '\0' || is_forked_) return nullptr;
+std::shared_ptr<Recording> Recordings::Begin(const SensorVela* engine, std::string_view supplier) {
+  const char* const path = RequestedPath();
+  if (path == nullptr || is_forked_) return nullptr;
+  has_begun_ = true;
   const char* const wait = Setting("SENSORVELA_RECORDING_WAIT");
   const Recording::Options options = {
       .path = path, .waits_for_disk = wait != nullptr && std::string_view(wait) == "1"};
 
   const MutexLock lock(mutex_);
-  AwaitIdentification();
   auto* const slot = std::ranges::find_if(slots_, [](const Slot& s) {
     return s.engine == nullptr && (s.recording == nullptr || s.recording->is_written());
   });
-  if (slot == slots_.end()) return nullptr;
+  if (slot == slots_.end()) {
+    LogNoRecording(path, "eight engines are recorded already");
+    return nullptr;
+  }
   slot->recording = Recording::Start(options, supplier);
-  starting_ = slot->recording.get();
+  if (slot->recording != nullptr) slot->engine.store(engine, std::memory_order_release);
   return slot->recording;
 }
 
-void Recordings::AwaitIdentification() {
-  // Another engine that waits here, too, can be the next one that starts.
-  while (const Recording* const awaited = starting_) {
-    const auto is_over = [&]() SENSORVELA_REQUIRES(mutex_) { return starting_ != awaited; };
-    if (!identified_.wait_for(mutex_, std::chrono::seconds(1), is_over)) starting_ = nullptr;
+void Recordings::ProcessEnds() {
+  if (is_forked_) return;
+  const char* const path = RequestedPath();
+  if (path != nullptr && !has_begun_ && FindLibrary() != nullptr) {
+    LogNoRecording(path, "no engine was constructed through the recorder");
   }
-}
-
-void Recordings::EngineIsConstructed(const std::shared_ptr<Recording>& recording,
-                                     const SensorVela* engine) {
-  const MutexLock lock(mutex_);
-  // A recording that has failed may have lost its slot to another engine already.
-  auto* const slot = std::ranges::find(slots_, recording, &Slot::recording);
-  if (slot != slots_.end()) slot->engine.store(engine, std::memory_order_release);
-  if (engine != nullptr || starting_ != recording.get()) return;
-  starting_ = nullptr;
-  identified_.notify_all();
-}
-
-void Recordings::IdentifyReporterThread() {
-  const MutexLock lock(mutex_);
-  if (starting_ == nullptr) return;
-  ThisThread().reports_for = std::exchange(starting_, nullptr);
-  identified_.notify_all();
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+  ForEach([&](Recording& recording) { recording.ProcessEnds(deadline); });
 }
 
 std::shared_ptr<Recording> Recordings::Remove(const SensorVela* engine) {

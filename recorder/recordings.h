@@ -3,7 +3,6 @@
 
 #include <array>
 #include <atomic>
-#include <condition_variable>
 #include <cstddef>
 #include <memory>
 #include <string_view>
@@ -23,26 +22,17 @@ class Recordings {
  public:
   static Recordings& Get();
 
-  /// The recording of a new engine; null if the environment asks for none, the process runs with
-  /// raised privileges, `kMaxEngines` are recorded already, or the system refuses a thread or the
-  /// memory. Waits until the reporter thread of every earlier engine has been identified, for a
-  /// second at most for each.
-  std::shared_ptr<Recording> Begin(std::string_view supplier) SENSORVELA_EXCLUDES(mutex_);
-
-  /// The engine has been constructed, or not: then `engine` is null.
-  void EngineIsConstructed(const std::shared_ptr<Recording>& recording, const SensorVela* engine)
+  /// The recording of an engine that is about to be constructed; null if the environment asks for
+  /// none or the process runs with raised privileges, and, with a line in the log, if `kMaxEngines`
+  /// are recorded already or the system refuses a thread or the memory.
+  std::shared_ptr<Recording> Begin(const SensorVela* engine, std::string_view supplier)
       SENSORVELA_EXCLUDES(mutex_);
 
-  /// The calling thread is the reporter thread of the engine that was begun last, if that one has
-  /// no reporter thread yet.
-  void IdentifyReporterThread() SENSORVELA_EXCLUDES(mutex_);
-
-  /// The active recording of the engine, or null. Takes no lock. The engine must not be destroyed
-  /// meanwhile.
+  /// The recording of the engine, active or not, or null. Takes no lock. The engine must not be
+  /// destroyed meanwhile.
   Recording* Find(const SensorVela* engine) const {
     for (const Slot& slot : slots_) {
-      if (slot.engine.load(std::memory_order_acquire) != engine) continue;
-      return slot.recording->is_active() ? slot.recording.get() : nullptr;
+      if (slot.engine.load(std::memory_order_acquire) == engine) return slot.recording.get();
     }
     return nullptr;
   }
@@ -50,6 +40,9 @@ class Recordings {
   /// Forgets the engine, and returns its recording, active or not, or null. `ForEach` still has the
   /// recording until it is written.
   std::shared_ptr<Recording> Remove(const SensorVela* engine) SENSORVELA_EXCLUDES(mutex_);
+
+  /// The process is ending. Waits for the writers, as `Recording::ProcessEnds` does.
+  void ProcessEnds() SENSORVELA_EXCLUDES(mutex_);
 
   template <typename Function>
   void ForEach(const Function& function) SENSORVELA_EXCLUDES(mutex_) {
@@ -68,7 +61,6 @@ class Recordings {
 
   Recordings();
 
-  void AwaitIdentification() SENSORVELA_REQUIRES(mutex_);
   std::vector<std::shared_ptr<Recording>> All() SENSORVELA_EXCLUDES(mutex_);
   /// In a process that has been forked off: nothing is recorded there.
   void ForgetAll() {
@@ -77,11 +69,9 @@ class Recordings {
   }
 
   platform::Mutex mutex_;
-  std::condition_variable_any identified_;
   std::array<Slot, kMaxEngines> slots_;
   std::atomic<bool> is_forked_ = false;
-  /// The recording whose engine's reporter thread is not known yet.
-  Recording* starting_ SENSORVELA_GUARDED_BY(mutex_) = nullptr;
+  std::atomic<bool> has_begun_ = false;
 };
 
 }  // namespace sensorvela::recorder

@@ -10,6 +10,8 @@ class Recording;
 struct ThreadState {
   /// The recording of the engine whose reporter thread this is; null for all other threads.
   Recording* reports_for;
+  /// The recording whose turn the thread has; null if it has none.
+  Recording* turn_of;
   /// The thread is in a call of the engine that is recorded already.
   bool is_in_engine;
   /// The engine's reporter thread is in the host's supplier.

@@ -20,6 +20,7 @@
 
 #include "tools/command/file_outputs.h"
 #include "tools/command/options.h"
+#include "tools/command/standard_streams.h"
 #include "tools/command/terminal.h"
 #include "tools/report/json_lines_report.h"
 #include "tools/report/output_file.h"
@@ -36,6 +37,7 @@ namespace tools = sensorvela::tools;
 
 constexpr int kExitFailed = 1;
 constexpr int kExitBadInput = 2;
+constexpr int kExitDiverged = 3;
 
 using tools::Options;
 
@@ -133,6 +135,24 @@ std::optional<tools::TextOptions> ReadTextOptions(const Options& options,
   return std::nullopt;
 }
 
+/// Says where the run differs from the recording, if it does; returns the status to exit with.
+int SayDivergence(const tools::Replay& replay, const tools::Trace& trace) {
+  if (!replay.divergence()) return 0;
+  const auto& [line, what] = *replay.divergence();
+  std::cerr << trace.name() << ':' << line << ": the replay differs from the recording: " << what
+            << '\n';
+  return kExitDiverged;
+}
+
+/// Runs a recording, too: nothing else shows that its numbers fit together.
+int Check(const tools::Trace& trace) {
+  if (!trace.cut().empty()) return kExitBadInput;
+  if (!trace.is_recording()) return 0;
+  tools::Replay replay({}, false);
+  replay.Run(trace.Events(false));
+  return SayDivergence(replay, trace);
+}
+
 int Replay(const Options& options) try {
   if (!CheckOutputFiles(options)) return kExitBadInput;
 
@@ -151,7 +171,7 @@ int Replay(const Options& options) try {
   if (!trace.cut().empty()) std::cerr << trace.cut() << '\n';
   const auto text_options = ReadTextOptions(options, trace.sensor_names());
   if (!text_options) return kExitBadInput;
-  if (options.check) return trace.cut().empty() ? 0 : kExitBadInput;
+  if (options.check) return Check(trace);
 
   tools::OutputFile out(stdout);
   const auto printed =
@@ -172,13 +192,15 @@ int Replay(const Options& options) try {
     return out_has_failed ||
            std::ranges::any_of(files, [](const auto& file) { return file.file.error() != 0; });
   };
-  tools::Replay(observers, options.log).Run(trace.Events(!files.empty()), has_failed);
+  tools::Replay replay(observers, options.log);
+  replay.Run(trace.Events(!files.empty()), has_failed);
   out.Flush();
   for (ObserverFile& file : files) file.file.Flush();
   for (const ObserverFile& file : files) {
     if (file.file.error() != 0) return CannotWrite(file.name, file.file.error());
   }
-  return out.error() == 0 ? 0 : CannotWrite("to standard output", out.error());
+  if (out.error() != 0) return CannotWrite("to standard output", out.error());
+  return SayDivergence(replay, trace);
 } catch (const tools::TraceError& error) {
   std::cerr << error.what() << '\n';
   return kExitBadInput;
@@ -187,6 +209,7 @@ int Replay(const Options& options) try {
 }  // namespace
 
 int main(int argc, char** argv) try {
+  tools::OccupyStandardStreams();
   // Writing to a closed pipe then fails like any other write.
   std::signal(SIGPIPE, SIG_IGN);
   std::ios::sync_with_stdio(false);

@@ -22,6 +22,7 @@ inline constexpr std::string_view kLookupWaits = "lookup_waits";
 inline constexpr std::string_view kRecording = "recording";
 inline constexpr std::string_view kReportFailed = "report_failed";
 inline constexpr std::string_view kReportSilent = "report_silent";
+inline constexpr std::string_view kReportsSoFar = "reports_so_far";
 inline constexpr std::string_view kSampleLists = "sample_lists";
 inline constexpr std::string_view kServiceFoundDeclared = "service_found_declared";
 inline constexpr std::string_view kSupplierAnswers = "supplier_answers";

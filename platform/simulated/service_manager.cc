@@ -107,6 +107,12 @@ void ReleaseServiceWaits(const std::string& instance) {
   services.EndWaits(services.instances[instance], nullptr);
 }
 
+void AnswerServiceWaits(const std::string& instance, const std::shared_ptr<IStats>& service) {
+  const SpAIBinder binder = service->asBinder();
+  const MutexLock lock(services.mutex);
+  services.EndWaits(services.instances[instance], binder);
+}
+
 void ResetServices() {
   std::vector<SpAIBinder> retired;
   const MutexLock lock(services.mutex);

@@ -40,6 +40,11 @@ void UnregisterService(const std::string& instance);
 /// with none.
 void ReleaseServiceWaits(const std::string& instance);
 
+/// Every lookup that waits for the instance at this moment ends with `service` (not null, and made
+/// with `ndk::SharedRefBase::make`), which is not registered.
+void AnswerServiceWaits(const std::string& instance,
+                        const std::shared_ptr<aidl::android::frameworks::stats::IStats>& service);
+
 /// Back to the beginning: every instance is undeclared, absent and allowed, and every lookup that
 /// waits ends with none.
 void ResetServices();

@@ -48,7 +48,7 @@ void Timeline::Notify(const platform::CondVar* condition) {
   if (notification_observer) notification_observer();
   const MutexLock lock(mutex);
   ++notifications;
-  asleep.erase(condition);
+  if (notifications_wake) asleep.erase(condition);
   changed.notify_all();
 }
 

@@ -53,6 +53,7 @@ struct Timeline {
   platform::Mutex mutex;
   /// Notified whenever a thread or a waiting caller of `VirtualTime` may have to go on.
   std::condition_variable_any changed;
+  bool notifications_wake SENSORVELA_GUARDED_BY(mutex) = true;
   std::ptrdiff_t threads SENSORVELA_GUARDED_BY(mutex) = 0;
   std::ptrdiff_t waiting SENSORVELA_GUARDED_BY(mutex) = 0;
   /// The deadline, on the monotonic clock, of each thread that is asleep, by the condition variable

@@ -45,6 +45,7 @@ VirtualTime::~VirtualTime() {
   const MutexLock lock(timeline.mutex);
   Require(timeline.threads == 0, "destroy it after the last engine");
   timeline.is_virtual = false;
+  timeline.notifications_wake = true;
   timeline.notification_observer = nullptr;
 }
 
@@ -83,6 +84,17 @@ void VirtualTime::JumpTo(Instant instant) {
 void VirtualTime::SlipTo(Instant instant) {
   const MutexLock lock(timeline.mutex);
   timeline.Advance(instant);
+}
+
+void VirtualTime::SetNotificationsWake(bool wake) {
+  const MutexLock lock(timeline.mutex);
+  timeline.notifications_wake = wake;
+}
+
+void VirtualTime::WakeAll() {
+  const MutexLock lock(timeline.mutex);
+  timeline.asleep.clear();
+  timeline.changed.notify_all();
 }
 
 void VirtualTime::ReachDeadlines() {

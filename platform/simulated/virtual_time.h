@@ -51,9 +51,17 @@ class VirtualTime {
   /// engine's notification and its next reading of the clock.
   void SlipTo(Instant instant);
 
+  // For a run in which a recording tells when a reporter thread woke up and when a cycle ended, and
+  // not the notifications and the clock.
+
+  /// Whether a notification wakes the engine that sleeps, as it does at first.
+  void SetNotificationsWake(bool wake);
+
+  /// Wakes every engine that sleeps, and does not wait.
+  void WakeAll();
+
   /// The monotonic clock goes on alone until every deadline that an engine sleeps for has been
-  /// reached. Every engine is settled first, and none wakes up: a notification wakes it, or a
-  /// `JumpTo`. For a run in which a recording tells when a cycle ended, and not the clock.
+  /// reached. Every engine is settled first, and none wakes up.
   void ReachDeadlines();
 
   /// Returns once every engine is at rest: its reporter thread is in its timed wait and its queue

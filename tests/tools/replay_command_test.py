@@ -140,6 +140,31 @@ class ReplayCommandTest(CommandTestCase):
                         err="<stdin>:2: the recording was cut after this line\n")
         self.assert_run("-", stdin="nonsense", status=2, err="<stdin>:1: " + malformed)
 
+    def test_says_where_a_replay_differs_from_its_recording(self):
+        recording = """{"at_ns": 0, "event": "recording", "version": 1}
+{"at_ns": 0, "event": "engine_start", "supplier": "none"}
+{"at_ns": 1, "event": "firmware_state", "subject_id": 1, "state": 3, "detail_code": 0}
+{"at_ns": 1, "event": "lookup_found", "reports": 0}
+{"at_ns": 2, "event": "lookup_found_none", "reports": %d}
+{"at_ns": 3, "event": "end", "reports": %d}
+"""
+        for reports, at_end, line in ((1, 1, None), (2, 2, 5), (1, 1000, 6)):
+            expected = {} if line is None else {"status": 3, "err": (
+                f"<stdin>:{line}: the replay differs from the recording: the recorded engine had made "
+                f"{at_end} reports by then, that of the replay 1\n")}
+            self.assert_run("--check", "-", stdin=recording % (reports, at_end), **expected)
+            status, _, complained = self.run_tool("-", stdin=recording % (reports, at_end))
+            self.assertEqual((status, complained), (expected.get("status", 0), expected.get("err", "")))
+
+    def test_starts_without_standard_streams(self):
+        self.write("input", TRACE)
+        for option in ["--trace-out"] + ["--picture"] * self.has_picture:
+            started = subprocess.run(
+                ["sh", "-c", 'exec "$@" 0<&- 1>&- 2>&-', "sh", *self.tool, option, "run", "input"],
+                cwd=self.folder, check=False)
+            self.assertEqual(started.returncode, 1)
+            self.assertNotIn(SUMMARY, self.read("run"))
+
     def test_refuses_what_is_no_trace_file(self):
         for path, why in [("no/such", "No such file or directory"), ("/", "Is a directory")]:
             self.assert_run(path, status=2, err=f"{path}: {why}: expected a readable file\n")

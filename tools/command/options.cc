@@ -32,7 +32,8 @@ constexpr char kExitHelp[] =
     "and\n"
     "     the files are written), or the run failed\n"
     "  2  bad usage, or a trace that is not as described, with one line FILE:LINE: ... that says\n"
-    "     why; with --check also a recording that was cut";
+    "     why; with --check also a recording that was cut\n"
+    "  3  the replay of a recording differs from it, with a line of the same form";
 
 }  // namespace
 
@@ -68,7 +69,7 @@ void AddOptions(CLI::App& app, Options& options) {
   }
   CLI::Option* const check =
       app.add_flag("--check", options.check,
-                   "Run nothing; say what is wrong with the trace, also where a recording was cut");
+                   "Print only what is wrong with the trace, also where a recording was cut");
   for (CLI::Option* const file : files) check->excludes(file);
   AddGenerateOption(app);
   app.footer(kTraceHelp + DescribeEventKinds() + kExitHelp);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <string>
 
 #include <sensorvela/platform/simulated/reporter_wait.h>
 #include <sensorvela/platform/simulated/virtual_time.h>
@@ -22,8 +23,9 @@ namespace sensorvela::tools {
 /// Holds back the engine's lookups, reports and questions until the recording has them, whatever
 /// the clocks say.
 ///
-/// Each lookup of the run waits until the recording says how it ended. So the service is absent but
-/// for the time in which a lookup that found it sends its batch. A report waits while the recorded
+/// The reporter thread sleeps until the recorded one woke up: a notification does not wake it. Each
+/// lookup of the run waits until the recording says how it ended. So the service is absent but for
+/// the time in which a lookup that found it sends its batch. A report waits while the recorded
 /// engine had not made it yet, and a question until it is answered.
 class RecordingFollower {
  public:
@@ -44,6 +46,9 @@ class RecordingFollower {
   /// Nothing waits any more: the engine is about to be destroyed.
   void Stop() SENSORVELA_EXCLUDES(mutex_);
 
+  /// How the run differs from the recording; empty while it does not.
+  const std::string& divergence() const { return divergence_; }
+
   // Called by the reporter thread.
 
   /// Waits until the recorded engine has made this report. False if it did not get to it.
@@ -57,7 +62,15 @@ class RecordingFollower {
  private:
   /// The reports that the recorded engine had made when its next lookup began.
   std::int64_t ReportsBeforeNextLookup() const;
+  /// The run has made all reports that come before the next lookup.
   bool HasReachedLimit() const SENSORVELA_EXCLUDES(mutex_);
+  /// So many reports of the run may end from now on.
+  void LetReportsEnd(std::int64_t limit) SENSORVELA_EXCLUDES(mutex_);
+  void CheckReports() SENSORVELA_EXCLUDES(mutex_);
+  /// The reporter thread goes on to its lookup, if it sleeps.
+  void Wake();
+  /// The lookup that waits, and what it finds, send what the recorded batch had.
+  void SendBatch();
   /// All atoms that are queued are dropped.
   void DropQueuedAtoms();
 
@@ -74,6 +87,7 @@ class RecordingFollower {
   bool lookup_waits_ = false;
   /// The present lookup's atoms have been dropped already.
   bool dropped_early_ = false;
+  std::string divergence_;
 
   mutable platform::Mutex mutex_;
   bool is_stopping_ SENSORVELA_GUARDED_BY(mutex_) = false;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <vector>
 
 #include <sensorvela/testkit/stats_service.h>
@@ -16,8 +15,6 @@ struct RecordingPlan {
     bool found;
     /// The reports that had ended when it began.
     std::int64_t reports;
-    /// A cycle ended before the next lookup.
-    bool cycle_follows = false;
   };
 
   /// A report that did not succeed.
@@ -34,8 +31,12 @@ struct RecordingPlan {
   /// In the order of the reports.
   std::vector<Failure> failures;
   std::int64_t cycles = 0;
-  /// All reports; none if the recording does not have the engine's end.
-  std::optional<std::int64_t> reports;
+  /// The answers of the supplier that can still come before the next cycle ends.
+  int answers_left = 0;
+  /// All reports that are known to have ended. There may have been more if the recording does not
+  /// have the engine's end.
+  std::int64_t reports = 0;
+  bool has_end = false;
 };
 
 }  // namespace sensorvela::tools

@@ -48,11 +48,13 @@ void Replay::Run(const EventSource& next, const std::function<bool()>& is_over) 
     facts_.EventBegins(event_.info);
     event_.action(*this);
     time_.WaitUntilSettled();
+    LookForDivergence();
   }
   DeliverTrains(simulated::VirtualTime::Instant::max(), is_over);
   if (is_over()) return;
   if (engine_ != nullptr) {
     StopEngine();
+    LookForDivergence();
     time_.WaitUntilSettled();  // What the recording had held back goes on to its next wait.
     testkit::DestroyEngine(
         time_, [this] { engine_.reset(); }, [] { simulated::ReleaseServiceWaits(kStatsInstance); });
@@ -172,6 +174,11 @@ void Replay::MoveTo(simulated::VirtualTime::Instant instant) {
 void Replay::StopEngine() {
   facts_.EngineStops(recording_ != nullptr);
   if (recording_ != nullptr) recording_->Stop();
+}
+
+void Replay::LookForDivergence() {
+  if (recording_ == nullptr || divergence_ || recording_->divergence().empty()) return;
+  divergence_ = {event_.info->line, recording_->divergence()};
 }
 
 }  // namespace sensorvela::tools

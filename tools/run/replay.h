@@ -3,10 +3,12 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -40,6 +42,13 @@ class Replay {
   Replay(const Replay&) = delete;
   Replay& operator=(const Replay&) = delete;
 
+  /// Where a run first differs from the recording that it follows.
+  struct Divergence {
+    /// The line of the event.
+    std::size_t line;
+    std::string what;
+  };
+
   /// Runs the events that `next` gives and the sample trains that they start, destroys the engine
   /// and ends the run. Calls `next` while the engine is settled, and lets its exceptions pass: the
   /// run then has no end. May be called once per replay.
@@ -50,6 +59,9 @@ class Replay {
   /// Samples that arrive at or before an instant are delivered before the events of that instant.
   /// When samples of several trains arrive together, the train that began first delivers first.
   void Run(const EventSource& next, const std::function<bool()>& is_over = [] { return false; });
+
+  /// None if the run follows no recording, or does so exactly.
+  const std::optional<Divergence>& divergence() const { return divergence_; }
 
   // The operations of events. The events' actions call them while the engine is settled.
 
@@ -124,6 +136,8 @@ class Replay {
 
   void StopEngine();
 
+  void LookForDivergence();
+
   simulated::VirtualTime time_;
   Facts facts_;
   /// The event that happens now.
@@ -135,6 +149,7 @@ class Replay {
   bool is_refused_ = false;
   /// Null if the run follows no recording.
   std::unique_ptr<RecordingFollower> recording_;
+  std::optional<Divergence> divergence_;
   simulated::ScopedLogSink log_sink_;
   simulated::ScopedLookupObserver lookup_observer_;
   std::unique_ptr<SensorVela> engine_;

@@ -142,16 +142,30 @@ EventContent AnswerReports(FieldReader& fields, const TraceContext&) {
   return {[=](Replay& replay) { replay.AnswerNext(reports, Given); }};
 }
 
+/// So many reports are known to have ended.
+void KnowReports(RecordingPlan& plan, std::int64_t reports) {
+  if (reports < plan.reports) {
+    throw EventError("reports " + std::to_string(reports) + ", while " +
+                     std::to_string(plan.reports) +
+                     " have ended already: expected no number to be less than an earlier one");
+  }
+  plan.reports = reports;
+}
+
 /// A report of a recording that did not succeed.
 template <Answer Given>
 EventContent FailedReport(FieldReader& fields, const TraceContext&) {
   const auto report = fields.Integer<std::int64_t>(field::kReport, 1, kMaxReports);
   return {.plan = [=](RecordingPlan& plan) {
-    if (!plan.failures.empty() && report <= plan.failures.back().report) {
-      throw EventError("report " + std::to_string(report) + " after report " +
-                       std::to_string(plan.failures.back().report) +
-                       ": expected the reports in their order");
+    if (report <= plan.reports) {
+      throw EventError("report " + std::to_string(report) + ", while " +
+                       std::to_string(plan.reports) +
+                       " have ended already: expected the reports in their order");
     }
+    if (plan.lookups.empty() || !plan.lookups.back().found) {
+      throw EventError("a report without the service: expected a lookup_found before it");
+    }
+    plan.reports = report;
     plan.failures.push_back({report, Given});
   }};
 }
@@ -166,7 +180,17 @@ template <bool found>
 EventContent LookupEnds(FieldReader& fields, const TraceContext&) {
   const auto reports = fields.Integer<std::int64_t>(field::kReports, 0, kMaxReports);
   return {.action = [](Replay& replay) { replay.recording().EndLookup(found); },
-          .plan = [=](RecordingPlan& plan) { plan.lookups.push_back({found, reports}); }};
+          .plan =
+              [=](RecordingPlan& plan) {
+                KnowReports(plan, reports);
+                plan.lookups.push_back({found, reports});
+              }};
+}
+
+/// How often an engine asks its supplier at the end of a cycle.
+int Questions(SupplierKind supplier) {
+  if (supplier == SupplierKind::kNone) return 0;
+  return supplier == SupplierKind::kFirstGeneration ? 4 : 10;
 }
 
 EventContent Nothing(FieldReader&, const TraceContext&) { return {}; }
@@ -301,7 +325,10 @@ constexpr EventKind kEventKinds[] = {
            fields.OptionalInteger<std::int64_t>(field::kReports, kAbsent, 0, kMaxReports);
        EventContent content = {[](Replay& replay) { replay.CutTrains(); }};
        if (reports != kAbsent) {
-         content.plan = [=](RecordingPlan& plan) { plan.reports = reports; };
+         content.plan = [=](RecordingPlan& plan) {
+           KnowReports(plan, reports);
+           plan.has_end = true;
+         };
        }
        return content;
      }},
@@ -337,16 +364,23 @@ constexpr EventKind kEventKinds[] = {
      FailedReport<Answer::kError>},
     {event::kReportSilent, "that report has ended without a status", Place::kInRecording,
      FailedReport<Answer::kNoStatus>},
+    {event::kReportsSoFar,
+     "so many reports have ended by then; for a recording that is cut, the rest is not known",
+     Place::kInRecording,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto reports = fields.Integer<std::int64_t>(field::kReports, 0, kMaxReports);
+       return {.plan = [=](RecordingPlan& plan) { KnowReports(plan, reports); }};
+     }},
     {event::kCycleEnded, "a cycle has ended, and the engine asks the supplier", Place::kInRecording,
-     [](FieldReader&, const TraceContext&) -> EventContent {
+     [](FieldReader&, const TraceContext& context) -> EventContent {
        return {.action = [](Replay& replay) { replay.recording().EndCycle(); },
                .plan =
-                   [](RecordingPlan& plan) {
+                   [questions = Questions(context.supplier)](RecordingPlan& plan) {
                      if (++plan.cycles > kMaxCycles) {
                        throw EventError("more cycles than the clock can count: expected at most " +
                                         std::to_string(kMaxCycles));
                      }
-                     if (!plan.lookups.empty()) plan.lookups.back().cycle_follows = true;
+                     plan.answers_left = questions;
                    }};
      }},
     {event::kSupplierAnswers,
@@ -355,7 +389,15 @@ constexpr EventKind kEventKinds[] = {
      Place::kInRecording,
      [](FieldReader& fields, const TraceContext& context) -> EventContent {
        const auto answer = ReadDiagnostics(fields, context.supplier);
-       return {[=](Replay& replay) { replay.recording().Answer(answer); }};
+       return {.action = [=](Replay& replay) { replay.recording().Answer(answer); },
+               .plan =
+                   [](RecordingPlan& plan) {
+                     if (--plan.answers_left < 0) {
+                       throw EventError(
+                           "an answer that the engine has not asked for: expected a cycle_ended "
+                           "before the answers");
+                     }
+                   }};
      }},
 };
 

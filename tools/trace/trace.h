@@ -32,6 +32,11 @@ class Trace {
   /// for "-". Skips blank lines. Throws `TraceError` at the first mistake.
   Trace(const std::string& path, Input input, const OnLine& on_line = nullptr);
 
+  /// The trace's name in messages.
+  const std::string& name() const { return name_; }
+
+  bool is_recording() const { return plan_.recording.has_value(); }
+
   /// The instant of the first event.
   simulated::VirtualTime::Instant run_begin() const { return plan_.run_begin; }
 
