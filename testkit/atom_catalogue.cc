@@ -6,8 +6,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <type_traits>
-#include <utility>
 #include <vector>
 
 #include "atoms/all_records.h"
@@ -21,211 +19,124 @@ using aidl::android::frameworks::stats::VendorAtomValue;
 
 namespace {
 
-using Tag = VendorAtomValue::Tag;
-
-constexpr Tag kInt = Tag::intValue;
-constexpr Tag kLong = Tag::longValue;
-constexpr Tag kFloat = Tag::floatValue;
-constexpr Tag kBool = Tag::boolValue;
-constexpr Tag kInts = Tag::repeatedIntValue;
-
-constexpr ValueInfo kSensorIdHigh = {"sensor_id_high", kInt,
-                                     "the sensor identifier's unsigned half, its bits as they are"};
-constexpr ValueInfo kSensorIdLow = {"sensor_id_low", kInt, "the sensor identifier's signed half"};
-
-constexpr std::array kPositionalInts = {
-    ValueInfo{"value_1", kInt, ""},  ValueInfo{"value_2", kInt, ""},
-    ValueInfo{"value_3", kInt, ""},  ValueInfo{"value_4", kInt, ""},
-    ValueInfo{"value_5", kInt, ""},  ValueInfo{"value_6", kInt, ""},
-    ValueInfo{"value_7", kInt, ""},  ValueInfo{"value_8", kInt, ""},
-    ValueInfo{"value_9", kInt, ""},  ValueInfo{"value_10", kInt, ""},
-    ValueInfo{"value_11", kInt, ""}, ValueInfo{"value_12", kInt, ""},
-    ValueInfo{"value_13", kInt, ""}, ValueInfo{"value_14", kInt, ""},
-    ValueInfo{"value_15", kInt, ""}, ValueInfo{"value_16", kInt, ""},
-    ValueInfo{"value_17", kInt, ""}, ValueInfo{"value_18", kInt, ""},
-    ValueInfo{"value_19", kInt, ""}, ValueInfo{"value_20", kInt, ""},
+/// A value's name and meaning, as in `ValueInfo`.
+struct ValueWords {
+  std::string_view name = "";
+  std::string_view meaning = "";
 };
 
-/// `count` int values, named after their positions.
-std::vector<ValueInfo> PositionalInts(std::size_t count) {
-  return {kPositionalInts.begin(), kPositionalInts.begin() + count};
-}
+constexpr std::size_t kMostValues = 20;
 
-struct Entry {
+struct AtomWords {
+  std::int32_t id;
   std::string_view name;
-  std::vector<ValueInfo> values;
+  /// Those of the atom's first values, in order. The rest are called `value_1`, `value_2`, ...
+  ValueWords values[kMostValues] = {};
 };
 
-/// The catalogue's entry for a record's atom. The catalogue does not compile while a record has
-/// none.
-template <typename Record>
-Entry EntryOf() = delete;
+constexpr std::array<std::string_view, kMostValues> kNumberedNames = {
+    "value_1",  "value_2",  "value_3",  "value_4",  "value_5",  "value_6",  "value_7",
+    "value_8",  "value_9",  "value_10", "value_11", "value_12", "value_13", "value_14",
+    "value_15", "value_16", "value_17", "value_18", "value_19", "value_20"};
 
-template <>
-Entry EntryOf<atoms::SensorHalErrorDetected>() {
-  return {"SensorHalErrorDetected",
-          {
-              kSensorIdHigh,
-              kSensorIdLow,
-              {"hal_call", kInt, "the call that failed"},
-              {"error_code", kInt, "what the call returned"},
-          }};
-}
+constexpr ValueWords kSensorIdHigh = {
+    "sensor_id_high", "the sensor identifier's unsigned half, its bits as they are"};
+constexpr ValueWords kSensorIdLow = {"sensor_id_low", "the sensor identifier's signed half"};
 
-template <>
-Entry EntryOf<atoms::SensorRuntimeErrorDetected>() {
-  return {"SensorRuntimeErrorDetected",
-          {
-              kSensorIdHigh,
-              kSensorIdLow,
-              {"error_type", kInt, "the kind of failure"},
-              {"error_code", kInt, "the failure's code"},
-          }};
-}
-
-template <>
-Entry EntryOf<atoms::SensorProcessorDiagnosticsReported>() {
-  return {"SensorProcessorDiagnosticsReported", PositionalInts(4)};
-}
-
-template <>
-Entry EntryOf<atoms::SensorSystemQueueStressReported>() {
-  std::vector<ValueInfo> values = PositionalInts(6);
-  values.insert(values.begin(), {"queue_type", kInt, "the system queue: 1, 2 or 3"});
-  return {"SensorSystemQueueStressReported", std::move(values)};
-}
-
-template <>
-Entry EntryOf<atoms::SensorIpcErrorRateReported>() {
-  return {"SensorIpcErrorRateReported", PositionalInts(4)};
-}
-
-template <>
-Entry EntryOf<atoms::SensorMemoryPressureReported>() {
-  return {"SensorMemoryPressureReported",
-          {
-              {"shared_value", kInt, ""},
-              {"pressure_value_1", kInt, ""},
-              {"pressure_value_2", kInt, ""},
-              {"pressure_value_3", kInt, ""},
-              {"pressure_value_4", kFloat, ""},
-          }};
-}
-
-template <>
-Entry EntryOf<atoms::HingeAngleStateChanged>() {
-  return {"HingeAngleStateChanged", PositionalInts(2)};
-}
-
-template <>
-Entry EntryOf<atoms::TarnSensorUsageReported>() {
-  return {"TarnSensorUsageReported", PositionalInts(7)};
-}
-
-template <>
-Entry EntryOf<atoms::TarnServerWorkerUsageReported>() {
-  return {"TarnServerWorkerUsageReported", PositionalInts(5)};
-}
-
-template <>
-Entry EntryOf<atoms::SensorGatingContextReported>() {
-  return {"SensorGatingContextReported", PositionalInts(9)};
-}
-
-template <>
-Entry EntryOf<atoms::SensorCoreDramExceptionsReported>() {
-  return {"SensorCoreDramExceptionsReported", PositionalInts(5)};
-}
-
-template <>
-Entry EntryOf<atoms::ProxStatusReported>() {
-  std::vector<ValueInfo> values;
+constexpr AtomWords kProxStatus = [] {
+  AtomWords atom = {atoms::ProxStatusReported::kAtomId, "ProxStatusReported"};
+  ValueWords* value = atom.values;
   const SensorVela::TarnVelaProxEvent event;
-  trace_format::ForEachNamedField(event, [&]<typename Field>(std::string_view name, const Field&) {
-    values.push_back({name, std::is_same_v<Field, float> ? kFloat : kInt, ""});
-  });
-  return {"ProxStatusReported", std::move(values)};
-}
+  trace_format::ForEachNamedField(
+      event, [&](std::string_view name, const auto&) { (value++)->name = name; });
+  return atom;
+}();
 
-template <>
-Entry EntryOf<atoms::HingeHallSensorTriggered>() {
-  return {"HingeHallSensorTriggered", {{"value_1", kBool, ""}}};
-}
+/// In the order of `AllRecords`.
+constexpr AtomWords kAtomWords[] = {
+    {atoms::SensorHalErrorDetected::kAtomId,
+     "SensorHalErrorDetected",
+     {kSensorIdHigh,
+      kSensorIdLow,
+      {"hal_call", "the call that failed"},
+      {"error_code", "what the call returned"}}},
+    {atoms::SensorRuntimeErrorDetected::kAtomId,
+     "SensorRuntimeErrorDetected",
+     {kSensorIdHigh,
+      kSensorIdLow,
+      {"error_type", "the kind of failure"},
+      {"error_code", "the failure's code"}}},
+    {atoms::SensorProcessorDiagnosticsReported::kAtomId, "SensorProcessorDiagnosticsReported"},
+    {atoms::SensorSystemQueueStressReported::kAtomId,
+     "SensorSystemQueueStressReported",
+     {{"queue_type", "the system queue: 1, 2 or 3"}}},
+    {atoms::SensorIpcErrorRateReported::kAtomId, "SensorIpcErrorRateReported"},
+    {atoms::SensorMemoryPressureReported::kAtomId,
+     "SensorMemoryPressureReported",
+     {{"shared_value"},
+      {"pressure_value_1"},
+      {"pressure_value_2"},
+      {"pressure_value_3"},
+      {"pressure_value_4"}}},
+    {atoms::HingeAngleStateChanged::kAtomId, "HingeAngleStateChanged"},
+    {atoms::TarnSensorUsageReported::kAtomId, "TarnSensorUsageReported"},
+    {atoms::TarnServerWorkerUsageReported::kAtomId, "TarnServerWorkerUsageReported"},
+    {atoms::SensorGatingContextReported::kAtomId, "SensorGatingContextReported"},
+    {atoms::SensorCoreDramExceptionsReported::kAtomId, "SensorCoreDramExceptionsReported"},
+    kProxStatus,
+    {atoms::HingeHallSensorTriggered::kAtomId, "HingeHallSensorTriggered"},
+    {atoms::HalSensorStateChanged::kAtomId,
+     "HalSensorStateChanged",
+     {kSensorIdHigh,
+      kSensorIdLow,
+      {"state", "1: disabled, 2: enabled"},
+      {"sampling_period_ns", "nanoseconds; -1 when disabled"},
+      {"sample_count", "samples since the last enable; -1 when enabled"},
+      {"late_sample_count",
+       "of these, samples more than 1.1 sampling periods after the one before, or the enable; "
+       "-1 when enabled"},
+      {"latency_histogram",
+       "samples by latency: up to 2.5 ms, 5 ms, 10 ms, 20 ms, and more; empty when enabled"}}},
+    {atoms::SensorHalLatencyRecorded::kAtomId,
+     "SensorHalLatencyRecorded",
+     {kSensorIdHigh,
+      kSensorIdLow,
+      {"operation", "the operation that was timed"},
+      {"latency_ns", "nanoseconds that it took"}}},
+    {atoms::SensorFirmwareStateChanged::kAtomId,
+     "SensorFirmwareStateChanged",
+     {{"subject_id"}, {"state", "the state that the firmware entered"}, {"detail_code"}}},
+    {atoms::SensorFirstSampleReported::kAtomId,
+     "SensorFirstSampleReported",
+     {kSensorIdHigh,
+      kSensorIdLow,
+      {"first_sample_latency_ns",
+       "nanoseconds from the enable to the first sample's arrival, or from boot without an "
+       "enable"}}},
+    {atoms::AlsLuxLevelDistributionReported::kAtomId, "AlsLuxLevelDistributionReported"},
+    {atoms::SensorMemoryServiceabilityStatsReported::kAtomId,
+     "SensorMemoryServiceabilityStatsReported",
+     {{"bucket_allocation_total", "the sum of bucket_allocation_count"},
+      {"shared_value"},
+      {"serviceability_value_1"},
+      {"serviceability_value_2"},
+      {"bucket_allocation_count", "20 bucket counts"},
+      {"bucket_duration_ms", "20 bucket counts"}}},
+    {atoms::AADProxStatsReported::kAtomId, "AADProxStatsReported"},
+};
+static_assert(std::ranges::equal(kAtomWords, atoms::AllRecords::kAtomIds, {}, &AtomWords::id),
+              "each record needs an entry in its place");
 
-template <>
-Entry EntryOf<atoms::HalSensorStateChanged>() {
-  return {
-      "HalSensorStateChanged",
-      {
-          kSensorIdHigh,
-          kSensorIdLow,
-          {"state", kInt, "1: disabled, 2: enabled"},
-          {"sampling_period_ns", kLong, "nanoseconds; -1 when disabled"},
-          {"sample_count", kInt, "samples since the last enable; -1 when enabled"},
-          {"late_sample_count", kInt,
-           "of these, samples more than 1.1 sampling periods after the one before, or the enable; "
-           "-1 when enabled"},
-          {"latency_histogram", kInts,
-           "samples by latency: up to 2.5 ms, 5 ms, 10 ms, 20 ms, and more; empty when enabled"},
-      }};
-}
-
-template <>
-Entry EntryOf<atoms::SensorHalLatencyRecorded>() {
-  return {"SensorHalLatencyRecorded",
-          {
-              kSensorIdHigh,
-              kSensorIdLow,
-              {"operation", kInt, "the operation that was timed"},
-              {"latency_ns", kLong, "nanoseconds that it took"},
-          }};
-}
-
-template <>
-Entry EntryOf<atoms::SensorFirmwareStateChanged>() {
-  return {"SensorFirmwareStateChanged",
-          {
-              {"subject_id", kInt, ""},
-              {"state", kInt, "the state that the firmware entered"},
-              {"detail_code", kInt, ""},
-          }};
-}
-
-template <>
-Entry EntryOf<atoms::SensorFirstSampleReported>() {
-  return {"SensorFirstSampleReported",
-          {
-              kSensorIdHigh,
-              kSensorIdLow,
-              {"first_sample_latency_ns", kLong,
-               "nanoseconds from the enable to the first sample's arrival, or from boot without an "
-               "enable"},
-          }};
-}
-
-template <>
-Entry EntryOf<atoms::AlsLuxLevelDistributionReported>() {
-  return {"AlsLuxLevelDistributionReported", PositionalInts(16)};
-}
-
-template <>
-Entry EntryOf<atoms::SensorMemoryServiceabilityStatsReported>() {
-  return {"SensorMemoryServiceabilityStatsReported",
-          {
-              {"bucket_allocation_total", kInt, "the sum of bucket_allocation_count"},
-              {"shared_value", kInt, ""},
-              {"serviceability_value_1", kInt, ""},
-              {"serviceability_value_2", kInt, ""},
-              {"bucket_allocation_count", kInts, "20 bucket counts"},
-              {"bucket_duration_ms", kInts, "20 bucket counts"},
-          }};
-}
-
-template <>
-Entry EntryOf<atoms::AADProxStatsReported>() {
-  std::vector<ValueInfo> values = PositionalInts(20);
-  for (std::size_t i = 8; i < 14; ++i) values[i].kind = kFloat;
-  return {"AADProxStatsReported", std::move(values)};
+/// The kinds are those of `atom`, which a builder has made.
+AtomInfo InfoOf(const AtomWords& words, const VendorAtom& atom) {
+  AtomInfo info = {words.id, words.name, {}};
+  std::size_t numbered = 0;
+  for (std::size_t i = 0; i < atom.values.size(); ++i) {
+    const auto [name, meaning] = i < kMostValues ? words.values[i] : ValueWords();
+    info.values.push_back(
+        {name.empty() ? kNumberedNames.at(numbered++) : name, atom.values[i].getTag(), meaning});
+  }
+  return info;
 }
 
 }  // namespace
@@ -234,8 +145,7 @@ const std::vector<AtomInfo>& AtomCatalogue() {
   static const std::vector<AtomInfo> kAtoms = [] {
     std::vector<AtomInfo> all;
     atoms::AllRecords::ForEach([&]<typename Record>() {
-      Entry entry = EntryOf<Record>();
-      all.push_back({Record::kAtomId, entry.name, std::move(entry.values)});
+      all.push_back(InfoOf(kAtomWords[all.size()], createVendorAtom(Record())));
     });
     return all;
   }();
@@ -243,10 +153,9 @@ const std::vector<AtomInfo>& AtomCatalogue() {
 }
 
 const AtomInfo* FindAtom(std::int32_t id) {
-  for (const AtomInfo& atom : AtomCatalogue()) {
-    if (atom.id == id) return &atom;
-  }
-  return nullptr;
+  const std::vector<AtomInfo>& all = AtomCatalogue();
+  const auto atom = std::ranges::find(all, id, &AtomInfo::id);
+  return atom != all.end() ? &*atom : nullptr;
 }
 
 std::string NameOfAtom(std::int32_t id) {

@@ -52,7 +52,7 @@ constexpr std::size_t FieldCount() {
 /// Calls `visit` with the name and the value of each field of a record that is an object in a
 /// trace.
 template <OneOf<SensorVela::MemoryPressure> Record, typename Visit>
-void ForEachNamedField(Record& memory, const Visit& visit) {
+constexpr void ForEachNamedField(Record& memory, const Visit& visit) {
   visit("kind", memory.kind);
   visit("shared_value", memory.shared_value);
   visit("pressure_value_1", memory.pressure_value_1);
@@ -66,7 +66,7 @@ void ForEachNamedField(Record& memory, const Visit& visit) {
 }
 
 template <OneOf<SensorVela::TarnVelaProxEvent> Record, typename Visit>
-void ForEachNamedField(Record& event, const Visit& visit) {
+constexpr void ForEachNamedField(Record& event, const Visit& visit) {
   visit("int_0", event.int_0);
   visit("int_1", event.int_1);
   visit("int_2", event.int_2);
