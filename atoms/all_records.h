@@ -2,8 +2,9 @@
 // to the project.
 #pragma once
 
+#include <algorithm>
 #include <array>
-#include <cstddef>
+#include <functional>
 
 #include "atoms/diagnostics_atoms.h"
 #include "atoms/sensor_event_atoms.h"
@@ -14,13 +15,6 @@ namespace android::hardware::halvard::orrin::vendor::OrrinAtoms {
 template <typename... Records>
 struct RecordList {
   static constexpr std::array kAtomIds = {Records::kAtomId...};
-
-  static constexpr bool IsAscending() {
-    for (std::size_t i = 1; i < kAtomIds.size(); ++i) {
-      if (kAtomIds[i - 1] >= kAtomIds[i]) return false;
-    }
-    return true;
-  }
 
   /// Calls `body.template operator()<Record>()` for each record, in the list's order.
   template <typename Body>
@@ -40,6 +34,7 @@ using AllRecords =
                SensorFirstSampleReported, AlsLuxLevelDistributionReported,
                SensorMemoryServiceabilityStatsReported, AADProxStatsReported>;
 static_assert(AllRecords::kAtomIds.size() == 20);
-static_assert(AllRecords::IsAscending());
+static_assert(std::ranges::adjacent_find(AllRecords::kAtomIds, std::ranges::greater_equal()) ==
+              AllRecords::kAtomIds.end());
 
 }  // namespace android::hardware::halvard::orrin::vendor::OrrinAtoms

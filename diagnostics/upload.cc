@@ -11,14 +11,10 @@ void SensorVela::UploadDiagnostics() {
 }
 
 void SensorVela::UploadFrom(SystemDiagnosticsSupplier& supplier) {
-  const ProcessorDiag processor = supplier.GetProcessorDiagnostics();
-  Enqueue(ProcessorDiagnosticsAtom(processor));
-  const QueueStress queue_1 = supplier.GetQueueStressType1();
-  Enqueue(SystemQueueStressAtom(QueueType::kType1, queue_1));
-  const QueueStress queue_2 = supplier.GetQueueStressType2();
-  Enqueue(SystemQueueStressAtom(QueueType::kType2, queue_2));
-  const QueueStress queue_3 = supplier.GetQueueStressType3();
-  Enqueue(SystemQueueStressAtom(QueueType::kType3, queue_3));
+  Enqueue(ProcessorDiagnosticsAtom(supplier.GetProcessorDiagnostics()));
+  Enqueue(SystemQueueStressAtom(QueueType::kType1, supplier.GetQueueStressType1()));
+  Enqueue(SystemQueueStressAtom(QueueType::kType2, supplier.GetQueueStressType2()));
+  Enqueue(SystemQueueStressAtom(QueueType::kType3, supplier.GetQueueStressType3()));
 }
 
 void SensorVela::UploadFrom(SystemDiagnosticsSupplierV2& supplier) {
