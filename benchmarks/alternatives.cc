@@ -46,7 +46,7 @@ void AsynchronousLogger(benchmark::State& state) {
 
 void DirectCall(benchmark::State& state) {
   using android::hardware::halvard::orrin::vendor::OrrinAtoms::SensorHalErrorDetected;
-  BlockingService service;
+  NoOpService service;
   IStats* stats = &service;
   benchmark::DoNotOptimize(stats);
   std::int32_t errors = 0;

@@ -16,19 +16,13 @@ namespace {
 
 constexpr std::size_t kAtoms = 1'000'000;
 
-/// The queue lengths at which enqueues are timed.
-struct LengthRange {
-  std::size_t begin;
-  std::size_t end;
-};
-
-/// Fills the queue up to the range, then times each enqueue within it.
+/// Fills the queue with `begin` atoms, then times each enqueue until there are `end`.
 template <typename Call>
-void Measure(benchmark::State& state, LengthRange range, const Call& enqueue) {
+void Measure(benchmark::State& state, std::size_t begin, std::size_t end, const Call& enqueue) {
   using Clock = std::chrono::steady_clock;
-  std::vector<std::int64_t> times_ns(range.end - range.begin);
+  std::vector<std::int64_t> times_ns(end - begin);
   for (auto _ : state) {
-    for (std::size_t i = 0; i < range.begin; ++i) enqueue();
+    for (std::size_t i = 0; i < begin; ++i) enqueue();
     for (std::int64_t& time_ns : times_ns) {
       const auto start = Clock::now();
       enqueue();
@@ -54,11 +48,10 @@ void AddBacklog() {
   for (const std::size_t end :
        {std::size_t{1'000}, std::size_t{10'000}, std::size_t{100'000}, kAtoms}) {
     const std::string name = std::to_string(begin) + " to " + std::to_string(end);
-    const LengthRange range = {begin, end};
     AddCounters("An enqueue, by the number of atoms already queued", name,
                 [=](benchmark::State& state) {
                   BlockedEngine engine;
-                  Measure(state, range, [&] {
+                  Measure(state, begin, end, [&] {
                     engine->ReportHalLatency(SensorVela::HalOperation{4}, {0x10, 1}, 1'500'000);
                   });
                 });
@@ -67,7 +60,7 @@ void AddBacklog() {
   AddCounters("An enqueue into a queue in contiguous memory", "0 to 1000000",
               [](benchmark::State& state) {
                 ContiguousQueue queue;
-                Measure(state, {0, kAtoms}, [&] { queue.Enqueue(BaselineAtom(4)); });
+                Measure(state, 0, kAtoms, [&] { queue.Enqueue(BaselineAtom(4)); });
               });
 }
 

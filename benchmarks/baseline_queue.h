@@ -27,8 +27,6 @@ class BasicBaselineQueue {
     full_.release();
     emptier_.join();
   }
-  BasicBaselineQueue(const BasicBaselineQueue&) = delete;
-  BasicBaselineQueue& operator=(const BasicBaselineQueue&) = delete;
 
   void Enqueue(VendorAtom&& atom) {
     const std::lock_guard lock(mutex_);

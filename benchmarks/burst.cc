@@ -48,8 +48,6 @@ class BaselineReporter {
     }
     thread_.join();
   }
-  BaselineReporter(const BaselineReporter&) = delete;
-  BaselineReporter& operator=(const BaselineReporter&) = delete;
 
   void Enqueue(VendorAtom&& atom) {
     const std::lock_guard lock(mutex_);

@@ -35,7 +35,7 @@ MakeSlice Operation(Extent extent) {
 /// Calls the service and checks the status, on another thread than the one that made the atoms.
 MakeSlice Baseline(Extent extent) {
   return [=]() -> Slice {
-    return [=, service = ndk::SharedRefBase::make<BlockingService>()] {
+    return [=, service = BlockedEngine::NewService()] {
       IStats* stats = service.get();
       benchmark::DoNotOptimize(stats);
       std::deque<VendorAtom> batch;
@@ -56,20 +56,20 @@ MakeSlice Baseline(Extent extent) {
   };
 }
 
+void AddRow(const char* name, Extent extent, double goal) {
+  Add({.table = "The reporter thread, per atom of a long batch",
+       .name = name,
+       .operation = Operation(extent),
+       .baseline = Baseline(extent),
+       .goal = goal,
+       .threads = 2});
+}
+
 }  // namespace
 
 void AddDrain() {
-  Add({.table = "The reporter thread, per atom of a long batch",
-       .name = "reported",
-       .operation = Operation(Extent::kReports),
-       .baseline = Baseline(Extent::kReports),
-       .goal = 1.25,
-       .threads = 2});
-  Add({.table = "The reporter thread, per atom of a long batch",
-       .name = "reported and freed",
-       .operation = Operation(Extent::kReportsAndFrees),
-       .baseline = Baseline(Extent::kReportsAndFrees),
-       .threads = 2});
+  AddRow("reported", Extent::kReports, 1.25);
+  AddRow("reported and freed", Extent::kReportsAndFrees, 0);
 }
 
 }  // namespace sensorvela::benchmarks

@@ -50,39 +50,34 @@ class BaselineTable {
   BaselineQueue queue_;
 };
 
+template <typename Queue, typename Operation, typename Baseline>
+void AddRow(const char* name, const Operation& operation, const Baseline& baseline) {
+  Add({.table = "Queueing an atom, reporter thread blocked",
+       .name = name,
+       .operation = Repeat<BlockedEngine>(operation),
+       .baseline = Repeat<Queue>(baseline),
+       .goal = 1.15});
+}
+
 }  // namespace
 
 void AddEnqueue() {
-  constexpr char kTable[] = "Queueing an atom, reporter thread blocked";
-  Add({.table = kTable,
-       .name = "4 values (ReportHalLatency)",
-       .operation = Repeat<BlockedEngine>([](BlockedEngine& engine) {
-         engine->ReportHalLatency(SensorVela::HalOperation{4}, kSensor, 1'500'000);
-       }),
-       .baseline =
-           Repeat<BaselineQueue>([](BaselineQueue& queue) { queue.Enqueue(BaselineAtom(4)); }),
-       .goal = 1.15});
-  Add({.table = kTable,
-       .name = "7 values, one a list (ReportHalSensorDisabled)",
-       .operation = Repeat<BlockedEngine>(
-           [](BlockedEngine& engine) { engine->ReportHalSensorDisabled(kSensor); }),
-       .baseline = Repeat<BaselineQueue>(
-           [](BaselineQueue& queue) { queue.Enqueue(BaselineAtom(6, true)); }),
-       .goal = 1.15});
-  Add({.table = kTable,
-       .name = "the same, baseline also locks and looks up the status",
-       .operation = Repeat<BlockedEngine>(
-           [](BlockedEngine& engine) { engine->ReportHalSensorDisabled(kSensor); }),
-       .baseline = Repeat<BaselineTable>([](BaselineTable& table) { table.Report(); }),
-       .goal = 1.15});
-  Add({.table = kTable,
-       .name = "20 values, copied (ReportVendorAtomAsync)",
-       .operation = Repeat<BlockedEngine>([atom = BaselineAtom(20)](BlockedEngine& engine) {
-         engine->ReportVendorAtomAsync(atom);
-       }),
-       .baseline = Repeat<BaselineQueue>(
-           [atom = BaselineAtom(20)](BaselineQueue& queue) { queue.Enqueue(VendorAtom(atom)); }),
-       .goal = 1.15});
+  const auto disable = [](BlockedEngine& engine) { engine->ReportHalSensorDisabled(kSensor); };
+  const VendorAtom atom = BaselineAtom(20);
+  AddRow<BaselineQueue>(
+      "4 values (ReportHalLatency)",
+      [](BlockedEngine& engine) {
+        engine->ReportHalLatency(SensorVela::HalOperation{4}, kSensor, 1'500'000);
+      },
+      [](BaselineQueue& queue) { queue.Enqueue(BaselineAtom(4)); });
+  AddRow<BaselineQueue>("7 values, one a list (ReportHalSensorDisabled)", disable,
+                        [](BaselineQueue& queue) { queue.Enqueue(BaselineAtom(6, true)); });
+  AddRow<BaselineTable>("the same, baseline also locks and looks up the status", disable,
+                        [](BaselineTable& table) { table.Report(); });
+  AddRow<BaselineQueue>(
+      "20 values, copied (ReportVendorAtomAsync)",
+      [atom](BlockedEngine& engine) { engine->ReportVendorAtomAsync(atom); },
+      [atom](BaselineQueue& queue) { queue.Enqueue(VendorAtom(atom)); });
 }
 
 }  // namespace sensorvela::benchmarks

@@ -1,12 +1,11 @@
 // Counting a value in a histogram of 22 bins.
-#include <sensorvela/histogram/stats_histogram.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
 #include <sensorvela/atoms/memory_serviceability_histograms.h>
+#include <sensorvela/histogram/stats_histogram.h>
 
 #include "benchmarks/comparison.h"
 #include "benchmarks/tables.h"

@@ -1,69 +1,62 @@
 // sensorvela-footprint: prints how much memory an engine, a sensor and a queued atom take, as
 // tables for scripts/print-tables.
-#include <aidl/android/frameworks/stats/BnStats.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include <sensorvela/atoms/diagnostics_atoms.h>
 #include <sensorvela/atoms/sensor_event_atoms.h>
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/platform/simulated/log_sink.h>
-#include <sensorvela/platform/simulated/service_manager.h>
 #include <sensorvela/platform/simulated/virtual_time.h>
+
+#include "benchmarks/engine.h"
 
 namespace {
 
 namespace atoms = android::hardware::halvard::orrin::vendor::OrrinAtoms;
 using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
+using sensorvela::benchmarks::StartEngine;
+
+thread_local std::size_t allocated_bytes = 0;
+
+}  // namespace
+
+// Counts what this program and the libraries allocate.
+void* operator new(std::size_t bytes) {
+  void* block = std::malloc(bytes);  // NOLINT(cppcoreguidelines-no-malloc)
+  if (block == nullptr) std::abort();
+  allocated_bytes += bytes;
+  return block;
+}
+void operator delete(void* block) noexcept {
+  std::free(block);  // NOLINT(cppcoreguidelines-no-malloc)
+}
+void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
+
+namespace {
 
 void Print(const char* what, std::size_t bytes) { std::printf("%s\t%zu\n", what, bytes); }
 
-void PrintAtom(const char* what, const VendorAtom& atom) {
-  std::size_t bytes = sizeof(atom) + atom.values.capacity() * sizeof(VendorAtomValue);
-  for (const VendorAtomValue& value : atom.values) {
-    if (value.getTag() != VendorAtomValue::repeatedIntValue) continue;
-    const auto& list = value.get<VendorAtomValue::repeatedIntValue>();
-    if (list) bytes += list->capacity() * sizeof(std::int32_t);
-  }
-  Print(what, bytes);
+template <typename Record>
+void PrintAtom(const char* what, const Record& record) {
+  const std::size_t before = allocated_bytes;
+  const VendorAtom atom = createVendorAtom(record);
+  Print(what, sizeof(atom) + allocated_bytes - before);
 }
-
-std::size_t allocated_bytes = 0;
-
-template <typename T>
-struct CountingAllocator : std::allocator<T> {
-  template <typename U>
-  struct rebind {  // NOLINT(readability-identifier-naming): the standard's name.
-    using other = CountingAllocator<U>;
-  };
-  CountingAllocator() = default;
-  template <typename U>
-  explicit CountingAllocator(const CountingAllocator<U>&) {}
-
-  T* allocate(std::size_t count) {
-    allocated_bytes += count * sizeof(T);  // NOLINT(bugprone-sizeof-expression)
-    return std::allocator<T>::allocate(count);
-  }
-};
 
 /// What one more sensor allocates, measured with a table like the status table.
 std::size_t TableEntryBytes() {
-  using Status = std::array<std::int64_t, 7>;
-  std::unordered_map<std::uint64_t, Status, std::hash<std::uint64_t>, std::equal_to<>,
-                     CountingAllocator<std::pair<const std::uint64_t, Status>>>
-      table;
+  std::unordered_map<std::uint64_t, std::array<std::int64_t, 7>> table;
   table.reserve(2);
   table[1] = {};
   const std::size_t before = allocated_bytes;
@@ -94,25 +87,12 @@ std::size_t LibraryBytes() {
   return kib * 1024;
 }
 
-class IdleStats : public aidl::android::frameworks::stats::BnStats {
-  ndk::ScopedAStatus reportVendorAtom(
-      const aidl::android::frameworks::stats::VendorAtom& /*atom*/) override {
-    return ndk::ScopedAStatus::ok();
-  }
-};
-
 void PrintResident() {
   sensorvela::simulated::VirtualTime time;
-  const char* const instance = "android.frameworks.stats.IStats/default";
-  sensorvela::simulated::DeclareService(instance);
-  sensorvela::simulated::RegisterService(instance, ndk::SharedRefBase::make<IdleStats>());
   std::vector<std::unique_ptr<SensorVela>> engines;
   const auto start = [&](std::size_t count) {
     const std::size_t before = OwnBytes();
-    for (std::size_t i = 0; i < count; ++i) {
-      engines.push_back(std::make_unique<SensorVela>(
-          std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>(nullptr)));
-    }
+    for (std::size_t i = 0; i < count; ++i) engines.push_back(StartEngine());
     time.WaitUntilAtRest();
     return (OwnBytes() - before) / count;
   };
@@ -133,16 +113,16 @@ int main() {
   Print("an atom's own fields", sizeof(VendorAtom));
   Print("one value", sizeof(VendorAtomValue));
   std::printf("### A queued atom with its values\n\tbytes\n");
-  PrintAtom("SensorHalErrorDetected", createVendorAtom(atoms::SensorHalErrorDetected{}));
-  PrintAtom("SensorRuntimeErrorDetected", createVendorAtom(atoms::SensorRuntimeErrorDetected{}));
-  PrintAtom("HalSensorStateChanged, enabled", createVendorAtom(atoms::HalSensorStateChanged{}));
+  PrintAtom("SensorHalErrorDetected", atoms::SensorHalErrorDetected{});
+  PrintAtom("SensorRuntimeErrorDetected", atoms::SensorRuntimeErrorDetected{});
+  PrintAtom("HalSensorStateChanged, enabled", atoms::HalSensorStateChanged{});
   PrintAtom("HalSensorStateChanged, disabled",
-            createVendorAtom(atoms::HalSensorStateChanged{.latency_histogram = {0, 0, 0, 0, 0}}));
-  PrintAtom("SensorFirstSampleReported", createVendorAtom(atoms::SensorFirstSampleReported{}));
-  PrintAtom("SensorHalLatencyRecorded", createVendorAtom(atoms::SensorHalLatencyRecorded{}));
-  PrintAtom("SensorFirmwareStateChanged", createVendorAtom(atoms::SensorFirmwareStateChanged{}));
-  PrintAtom("ProxStatusReported", createVendorAtom(atoms::ProxStatusReported{}));
-  PrintAtom("AADProxStatsReported", createVendorAtom(atoms::AADProxStatsReported{}));
+            atoms::HalSensorStateChanged{.latency_histogram = {0, 0, 0, 0, 0}});
+  PrintAtom("SensorFirstSampleReported", atoms::SensorFirstSampleReported{});
+  PrintAtom("SensorHalLatencyRecorded", atoms::SensorHalLatencyRecorded{});
+  PrintAtom("SensorFirmwareStateChanged", atoms::SensorFirmwareStateChanged{});
+  PrintAtom("ProxStatusReported", atoms::ProxStatusReported{});
+  PrintAtom("AADProxStatsReported", atoms::AADProxStatsReported{});
   std::printf("### Resident memory\n\tbytes\n");
   PrintResident();
 }

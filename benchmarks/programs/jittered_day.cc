@@ -6,13 +6,13 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
-#include <memory>
 #include <random>
 
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/platform/simulated/service_manager.h>
 #include <sensorvela/platform/simulated/virtual_time.h>
-#include <sensorvela/testkit/stats_service.h>
+
+#include "benchmarks/engine.h"
 
 namespace {
 
@@ -55,15 +55,11 @@ void DeliverSamples(SensorVela& engine, sensorvela::simulated::VirtualTime& time
 }  // namespace
 
 int main() {
-  namespace simulated = sensorvela::simulated;
-  namespace testkit = sensorvela::testkit;
-  simulated::VirtualTime time;
-  simulated::RegisterService(testkit::kStatsInstance,
-                             ndk::SharedRefBase::make<testkit::StatsService>());
+  sensorvela::simulated::VirtualTime time;
   {
-    SensorVela engine{std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>()};
-    DeliverSamples(engine, time);
+    const auto engine = sensorvela::benchmarks::StartEngine();
+    DeliverSamples(*engine, time);
     time.WaitUntilAtRest();
   }
-  simulated::ResetServices();
+  sensorvela::simulated::ResetServices();
 }

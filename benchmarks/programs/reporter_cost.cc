@@ -6,23 +6,17 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <string_view>
 
 #include <sensorvela/platform/simulated/log_sink.h>
-#include <sensorvela/platform/simulated/service_manager.h>
-#include <sensorvela/platform/simulated/virtual_time.h>
-#include <sensorvela/testkit/diagnostics.h>
-#include <sensorvela/testkit/stats_service.h>
 
+#include "benchmarks/engine.h"
 #include "tools/run/replay.h"
 #include "tools/trace/trace.h"
 
 namespace {
 
 namespace tools = sensorvela::tools;
-namespace simulated = sensorvela::simulated;
-namespace testkit = sensorvela::testkit;
 
 constexpr int kBurst = 100'000;
 
@@ -66,28 +60,18 @@ void PrintRun(const char* path) {
 std::size_t HeapBytes() { return mallinfo2().uordblks; }
 
 void PrintBurst() {
-  const simulated::ScopedLogSink to_nowhere([](int, std::string_view, std::string_view) {});
-  simulated::VirtualTime time;
-  const auto service = ndk::SharedRefBase::make<testkit::StatsService>();
-  simulated::RegisterService(testkit::kStatsInstance, service);
-  {
-    const auto engine = testkit::MakeEngine(testkit::SupplierKind::kNone, nullptr);
-    time.WaitUntilAtRest();
-    const std::size_t before = HeapBytes();
-    simulated::UnregisterService(testkit::kStatsInstance);
-    for (int i = 0; i < kBurst; ++i) {
-      engine->ReportHalLatency(SensorVela::HalOperation{4}, {0x10, 1}, i);
-    }
-    std::printf("bytes allocated while a burst of %d events waits\t%zu\n", kBurst,
-                HeapBytes() - before);
-    simulated::RegisterService(testkit::kStatsInstance, service);
-    time.WaitUntilAtRest();
-    service->TakeAtoms();  // Frees the service's copies.
-    const std::size_t after = HeapBytes();
-    std::printf("bytes allocated once it has been sent\t%zu\n",
-                after > before ? after - before : 0);
+  const sensorvela::simulated::ScopedLogSink to_nowhere(
+      [](int, std::string_view, std::string_view) {});
+  sensorvela::benchmarks::BlockedEngine engine;
+  const std::size_t before = HeapBytes();
+  for (int i = 0; i < kBurst; ++i) {
+    engine->ReportHalLatency(SensorVela::HalOperation{4}, {0x10, 1}, i);
   }
-  simulated::ResetServices();
+  std::printf("bytes allocated while a burst of %d events waits\t%zu\n", kBurst,
+              HeapBytes() - before);
+  engine.Empty();
+  const std::size_t after = HeapBytes();
+  std::printf("bytes allocated once it has been sent\t%zu\n", after > before ? after - before : 0);
 }
 
 }  // namespace
