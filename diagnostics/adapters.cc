@@ -16,13 +16,13 @@ constexpr std::int32_t Low32Bits(std::int64_t value) { return static_cast<std::i
 
 }  // namespace
 
+// Where a diagnostics record's fields are numbered, they are the atom's values in the same order.
+// The first member of an atom's record, its domain name, is left empty.
+
 SensorVela::VendorAtom SensorVela::ProcessorDiagnosticsAtom(const ProcessorDiag& diag) {
+  const auto& [v1, v2, v3, v4] = diag;
   return createVendorAtom(atoms::SensorProcessorDiagnosticsReported{
-      .value_1 = Low32Bits(diag.value_1),
-      .value_2 = Low32Bits(diag.value_2),
-      .value_3 = Low32Bits(diag.value_3),
-      .value_4 = Low32Bits(diag.value_4),
-  });
+      {}, Low32Bits(v1), Low32Bits(v2), Low32Bits(v3), Low32Bits(v4)});
 }
 
 SensorVela::VendorAtom SensorVela::SystemQueueStressAtom(QueueType queue_type,
@@ -39,12 +39,8 @@ SensorVela::VendorAtom SensorVela::SystemQueueStressAtom(QueueType queue_type,
 }
 
 SensorVela::VendorAtom SensorVela::IpcErrorRateAtom(const IpcErrorRate& rate) {
-  return createVendorAtom(atoms::SensorIpcErrorRateReported{
-      .value_1 = rate.value_1,
-      .value_2 = rate.value_2,
-      .value_3 = rate.value_3,
-      .value_4 = rate.value_4,
-  });
+  const auto& [v1, v2, v3, v4] = rate;
+  return createVendorAtom(atoms::SensorIpcErrorRateReported{{}, v1, v2, v3, v4});
 }
 
 SensorVela::VendorAtom SensorVela::MemoryPressureAtom(const MemoryPressure& memory) {
@@ -58,64 +54,27 @@ SensorVela::VendorAtom SensorVela::MemoryPressureAtom(const MemoryPressure& memo
 }
 
 SensorVela::VendorAtom SensorVela::SensorUsageAtom(const SensorUsage& usage) {
-  return createVendorAtom(atoms::TarnSensorUsageReported{
-      .value_1 = usage.value_1,
-      .value_2 = usage.value_2,
-      .value_3 = usage.value_3,
-      .value_4 = usage.value_4,
-      .value_5 = usage.value_5,
-      .value_6 = usage.value_6,
-      .value_7 = usage.value_7,
-  });
+  const auto& [v1, v2, v3, v4, v5, v6, v7] = usage;
+  return createVendorAtom(atoms::TarnSensorUsageReported{{}, v1, v2, v3, v4, v5, v6, v7});
 }
 
 SensorVela::VendorAtom SensorVela::GatingContextAtom(const GatingContext& context) {
-  return createVendorAtom(atoms::SensorGatingContextReported{
-      .value_1 = context.value_1,
-      .value_2 = context.value_2,
-      .value_3 = context.value_3,
-      .value_4 = context.value_4,
-      .value_5 = context.value_5,
-      .value_6 = context.value_6,
-      .value_7 = context.value_7,
-      .value_8 = context.value_8,
-      .value_9 = context.value_9,
-  });
+  const auto& [v1, v2, v3, v4, v5, v6, v7, v8, v9] = context;
+  return createVendorAtom(
+      atoms::SensorGatingContextReported{{}, v1, v2, v3, v4, v5, v6, v7, v8, v9});
 }
 
 SensorVela::VendorAtom SensorVela::DramExceptionAtom(const DramException& exception) {
-  return createVendorAtom(atoms::SensorCoreDramExceptionsReported{
-      .value_1 = exception.value_1,
-      .value_2 = exception.value_2,
-      .value_3 = exception.value_3,
-      .value_4 = exception.value_4,
-      .value_5 = exception.value_5,
-  });
+  const auto& [v1, v2, v3, v4, v5] = exception;
+  return createVendorAtom(atoms::SensorCoreDramExceptionsReported{{}, v1, v2, v3, v4, v5});
 }
 
 SensorVela::VendorAtom SensorVela::AadProxStatsAtom(const AadProxStats& stats) {
-  return createVendorAtom(atoms::AADProxStatsReported{
-      .value_1 = stats.value_1,
-      .value_2 = stats.value_2,
-      .value_3 = stats.value_3,
-      .value_4 = stats.value_4,
-      .value_5 = stats.value_5,
-      .value_6 = stats.value_6,
-      .value_7 = stats.value_7,
-      .value_8 = stats.value_8,
-      .value_9 = stats.value_9,
-      .value_10 = stats.value_10,
-      .value_11 = stats.value_11,
-      .value_12 = stats.value_12,
-      .value_13 = stats.value_13,
-      .value_14 = stats.value_14,
-      .value_15 = stats.value_15,
-      .value_16 = stats.value_16,
-      .value_17 = stats.value_17,
-      .value_18 = stats.value_18,
-      .value_19 = stats.value_19,
-      .value_20 = stats.value_20,
-  });
+  const auto& [v1, v2, v3, v4, v5, v6, v7, v8, v9, v10, v11, v12, v13, v14, v15, v16, v17, v18, v19,
+               v20] = stats;
+  return createVendorAtom(atoms::AADProxStatsReported{{},  v1,  v2,  v3,  v4,  v5,  v6,
+                                                      v7,  v8,  v9,  v10, v11, v12, v13,
+                                                      v14, v15, v16, v17, v18, v19, v20});
 }
 
 SensorVela::VendorAtom SensorVela::MemServiceabilityAtom(const MemoryPressure& memory) {
