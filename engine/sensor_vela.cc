@@ -1,25 +1,22 @@
 #include "engine/sensor_vela.h"
 
-#include <aidl/android/frameworks/stats/IStats.h>
-
 #include <cstdint>
 #include <memory>
-#include <string>
 #include <utility>
 
-using aidl::android::frameworks::stats::IStats;
+#include "engine/stats_service.h"
+
 using sensorvela::platform::MutexLock;
 
 static_assert(sizeof(long long) == sizeof(std::int64_t));
 
 SensorVela::SensorVela(std::unique_ptr<SystemDiagnosticsSupplier>&& supplier)
-    : stats_service_name_(std::string(IStats::descriptor) + "/default"),
-      diagnostics_supplier_(std::move(supplier)) {
+    : stats_service_name_(sensorvela::StatsInstance()), diagnostics_supplier_(std::move(supplier)) {
   Start();
 }
 
 SensorVela::SensorVela(std::unique_ptr<SystemDiagnosticsSupplierV2>&& supplier)
-    : stats_service_name_(std::string(IStats::descriptor) + "/default"),
+    : stats_service_name_(sensorvela::StatsInstance()),
       diagnostics_supplier_v2_(std::move(supplier)) {
   Start();
 }

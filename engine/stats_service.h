@@ -1,5 +1,6 @@
-// Calls to the platform's stats service. Only an engine's reporter thread makes them, with no
-// engine lock held: a lookup may wait for the service, and a report for the call's end.
+// The name of the platform's stats service, and the calls to it. Only an engine's reporter thread
+// makes them, with no engine lock held: a lookup may wait for the service, and a report for the
+// call's end.
 #pragma once
 
 #include <aidl/android/frameworks/stats/IStats.h>
@@ -8,6 +9,11 @@
 #include <string>
 
 namespace sensorvela {
+
+/// The name under which the service is registered, as the device's manifest declares it.
+inline std::string StatsInstance() {
+  return std::string(aidl::android::frameworks::stats::IStats::descriptor) + "/default";
+}
 
 /// The interface of the service registered as `instance`. Waits for it to register; null when the
 /// access is refused or the service manager fails. Each drain of the queue looks the service up

@@ -64,6 +64,7 @@ void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
 }
 
 void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
+  static_assert(PerSensorStatus{}.latency_buckets.size() == sensorvela::kLatencyBands);
   const MutexLock lock(status_mutex_);
   PerSensorStatus& status = StatusOf(sensor);
   const std::int64_t now_ns = android::elapsedRealtimeNano();

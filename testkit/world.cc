@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "engine/log_tag.h"
 #include "testkit/atom_text.h"
 #include "testkit/destroy_engine.h"
 
@@ -18,7 +19,7 @@ std::string LineText(int priority, std::string_view tag, std::string_view text) 
   const std::string letter = priority == ANDROID_LOG_INFO    ? "I "
                              : priority == ANDROID_LOG_ERROR ? "E "
                                                              : "? ";
-  const std::string other_tag = tag == "sensor-vela" ? "" : std::string(tag) + ": ";
+  const std::string other_tag = tag == kLogTag ? "" : std::string(tag) + ": ";
   return letter + other_tag + std::string(text);
 }
 
