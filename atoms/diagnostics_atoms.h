@@ -1,6 +1,6 @@
-// The records of the nine atoms that carry the periodic diagnostics, and their builders, which give
-// the same guarantees as those in sensor_event_atoms.h. The supplier defines what the numbered
-// values mean.
+// The records of the atoms that carry the periodic diagnostics, and their builders, which give the
+// same guarantees as those in sensor_event_atoms.h. The supplier defines what the numbered values
+// mean.
 #pragma once
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>

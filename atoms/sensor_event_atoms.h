@@ -1,4 +1,4 @@
-// The records of the seven atoms that the engine's event methods send, and their builders.
+// The records of the atoms that the engine's event methods send, and their builders.
 //
 // A record's `kAtomId` is the atom's identifier. The members after `reverse_domain_name` become the
 // atom's values, in the order of their declaration; a member's type determines the kind of its

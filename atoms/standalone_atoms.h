@@ -1,5 +1,5 @@
-// The records of the four atoms that only callers outside the library send, and their builders,
-// which give the same guarantees as those in sensor_event_atoms.h. A caller builds an atom and
+// The records of the atoms that only callers outside the library send, and their builders, which
+// give the same guarantees as those in sensor_event_atoms.h. A caller builds an atom and
 // queues it with `SensorVela::ReportVendorAtomAsync`; it defines what the numbered values mean.
 #pragma once
 
