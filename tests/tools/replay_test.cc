@@ -324,7 +324,7 @@ std::vector<std::string> ShownOfALongRun(bool shares_terminal) {
   after(std::chrono::milliseconds(1), 2000, read);
   after({}, 1, [&] { progress.DoneReading(std::chrono::hours(6)); });
   after(std::chrono::seconds(1), 2000, run);
-  after({}, 1, [&] { progress.OnAtom({}, {Outcome::kDropped, {}, nullptr, {}, "", {}}); });
+  after({}, 1, [&] { progress.OnAtom({}, {{}, {}, nullptr, {}, "", {}}); });
   after({}, 1, [&] { progress.OnRunEnd({}, {}); });
   return shown;
 }

@@ -12,8 +12,6 @@
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
-#include "tools/facts/sensor_of.h"
-
 namespace sensorvela::tools {
 
 using platform::MutexLock;
@@ -22,9 +20,15 @@ using testkit::Answer;
 
 namespace {
 
-Outcome OutcomeOf(Answer answer) {
-  if (answer == Answer::kOk) return Outcome::kDelivered;
-  return answer == Answer::kError ? Outcome::kFailed : Outcome::kNoStatus;
+/// The sensor that the atom is about; none if its values do not say it.
+std::optional<SensorVela::SensorId> SensorOf(const SensorVela::VendorAtom& atom) {
+  using Tag = aidl::android::frameworks::stats::VendorAtomValue::Tag;
+  const auto* const high = testkit::FindValue(atom, "sensor_id_high");
+  const auto* const low = testkit::FindValue(atom, "sensor_id_low");
+  if (high == nullptr || low == nullptr) return std::nullopt;
+  if (high->getTag() != Tag::intValue || low->getTag() != Tag::intValue) return std::nullopt;
+  return SensorVela::SensorId{static_cast<std::uint32_t>(high->get<Tag::intValue>()),
+                              low->get<Tag::intValue>()};
 }
 
 }  // namespace
@@ -53,7 +57,7 @@ void Facts::EngineStops(bool follows_recording) {
 
 void Facts::RunEnds() {
   const MutexLock lock(mutex_);
-  while (!unsent_.empty()) TakeOldest(Outcome::kLeft, nullptr);
+  while (!unsent_.empty()) TakeOldest();
   EndAbsence();
   ChangeReporterState(ReporterState::kNotStarted);
   for (auto& [sensor, facts] : sensors_) {
@@ -140,13 +144,13 @@ void Facts::Lookup(LookupStep step) {
   const bool sends = step == LookupStep::kFinds;
   Notify(&RunObserver::OnReporterStep, time_.Now(),
          sends ? ReporterStep::kSends : ReporterStep::kDrops, batch_);
-  while (!sends && batch_ > 0) TakeOldest(Outcome::kDropped, nullptr);
+  while (!sends && batch_ > 0) TakeOldest();
 }
 
 void Facts::Reported(const SensorVela::VendorAtom& atom, Answer answer) {
   const MutexLock lock(mutex_);
   if (is_beyond_recording_) return;
-  const std::optional<Disable> disable = TakeOldest(OutcomeOf(answer), &atom).disable;
+  const std::optional<Disable> disable = TakeOldest(&atom, answer).disable;
   if (disable && answer == Answer::kOk) {
     sensors_[disable->sensor].CountReport(disable->enables, atom);
   }
@@ -181,13 +185,14 @@ void Facts::LogLine(int priority, std::string_view tag, std::string_view text) {
   if (observe_log_) Notify(&RunObserver::OnLogLine, time_.Now(), priority, tag, text);
 }
 
-Facts::QueuedAtom Facts::TakeOldest(Outcome outcome, const SensorVela::VendorAtom* atom) {
+Facts::QueuedAtom Facts::TakeOldest(const SensorVela::VendorAtom* atom,
+                                    std::optional<Answer> answer) {
   QueuedAtom oldest = std::move(unsent_.front());
   unsent_.pop_front();
   if (batch_ > 0) --batch_;
-  AtomFact fact = {outcome, oldest.cause, atom, std::nullopt, "", std::nullopt};
+  AtomFact fact = {answer, oldest.cause, atom, std::nullopt, "", std::nullopt};
   if (atom != nullptr) {
-    ++(outcome == Outcome::kDelivered ? summary_.delivered : summary_.failed);
+    ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
     fact.id = atom->atomId;
     fact.name = testkit::AtomName(*atom);
     fact.sensor = SensorOf(*atom);

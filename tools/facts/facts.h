@@ -103,8 +103,9 @@ class Facts {
     for (RunObserver* observer : observers_) (observer->*method)(arguments...);
   }
 
-  /// The oldest atom leaves the queue. `atom` is null if it never reached the service.
-  QueuedAtom TakeOldest(Outcome outcome, const SensorVela::VendorAtom* atom)
+  /// The oldest atom leaves the queue. There are no arguments if it never reached the service.
+  QueuedAtom TakeOldest(const SensorVela::VendorAtom* atom = nullptr,
+                        std::optional<testkit::Answer> answer = std::nullopt)
       SENSORVELA_REQUIRES(mutex_);
   void ChangeReporterState(ReporterState state) SENSORVELA_REQUIRES(mutex_);
   void EndAbsence() SENSORVELA_REQUIRES(mutex_);

@@ -11,15 +11,16 @@
 
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/platform/simulated/virtual_time.h>
+#include <sensorvela/testkit/stats_service.h>
 
 #include "tools/facts/cause.h"
-#include "tools/facts/outcome.h"
 #include "tools/facts/sensor_facts.h"
 
 namespace sensorvela::tools {
 
 struct AtomFact {
-  Outcome outcome;
+  /// None if the atom never reached the stats service.
+  std::optional<testkit::Answer> answer;
   const Cause& cause;
   /// Null if it never reached the stats service.
   const SensorVela::VendorAtom* atom;

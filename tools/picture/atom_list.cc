@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include <sensorvela/testkit/stats_service.h>
+
 #include "tools/picture/short_text.h"
 #include "tools/report/value_text.h"
 
@@ -38,11 +40,13 @@ void AtomList::Add(Instant at, const AtomFact& atom) {
     AddLost(kDropped, at, atom.name, atom.cause);
     return;
   }
-  ThinnedList<Entry>& list = lists_.at(atom.outcome == Outcome::kDelivered ? kDelivered : kFailed);
+  ThinnedList<Entry>& list = lists_.at(atom.answer == testkit::Answer::kOk ? kDelivered : kFailed);
   Entry entry = {{at, at}, atom.name, "", {atom.cause.at, atom.cause.what(), atom.cause.line()}};
   if (list.Merge(entry)) return;
-  entry.values = FoldedValues(*atom.atom, names_);
-  if (atom.outcome == Outcome::kNoStatus) entry.values += " (the report ended without a status)";
+  entry.values = FoldedValues(atom, names_);
+  if (atom.answer == testkit::Answer::kNoStatus) {
+    entry.values += " (the report ended without a status)";
+  }
   entry.values = ShortText(entry.values);
   const Entry* const last = list.last();
   if (last != nullptr && last->from == at && last->name == entry.name &&

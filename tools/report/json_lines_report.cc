@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include <sensorvela/testkit/stats_service.h>
+
 #include "tools/text/atom_json.h"
 #include "tools/text/names.h"
 
@@ -19,46 +21,39 @@ class JsonLinesReport : public RunObserver {
   }
 
   void OnAtom(Instant at, const AtomFact& atom) override {
-    const bool is_lost = atom.atom == nullptr;
-    Json object = {{"kind", is_lost ? "dropped" : "atom"}, {"at_ns", at.count()}};
-    if (!is_lost) object["answer"] = AnswerName(atom.outcome);
-    if (atom.id) object["atom_id"] = *atom.id;
-    if (!atom.name.empty()) object["name"] = atom.name;
-    if (is_lost) {
-      if (atom.sensor) AddSensor(*atom.sensor, object);
-      object.update(ToJson(atom.cause));
-    } else {
-      if (!atom.atom->reverseDomainName.empty()) object["domain"] = atom.atom->reverseDomainName;
-      if (atom.sensor) AddName(*atom.sensor, object);
-      if (atom.outcome != Outcome::kDelivered) object.update(ToJson(atom.cause));
-      object["values"] = NamedValues(*atom.atom);
+    Json fields;
+    if (atom.answer) fields["answer"] = AnswerName(*atom.answer);
+    if (atom.id) fields["atom_id"] = *atom.id;
+    if (!atom.name.empty()) fields["name"] = atom.name;
+    if (!atom.answer) {
+      if (atom.sensor) AddSensor(*atom.sensor, fields);
+      fields.update(ToJson(atom.cause));
+      Line("dropped", at, fields);
+      return;
     }
-    Line(object);
+    if (!atom.atom->reverseDomainName.empty()) fields["domain"] = atom.atom->reverseDomainName;
+    if (atom.sensor) AddName(*atom.sensor, fields);
+    if (*atom.answer != testkit::Answer::kOk) fields.update(ToJson(atom.cause));
+    fields["values"] = NamedValues(*atom.atom);
+    Line("atom", at, fields);
   }
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override {
-    Json object = {{"kind", "blocked"}, {"at_ns", at.count()}, {"event", cause.what()}};
-    if (cause.sensor()) AddSensor(*cause.sensor(), object);
-    object["trace_line"] = cause.line();
-    object["log"] = text;
-    Line(object);
+    Json fields = {{"event", cause.what()}};
+    if (cause.sensor()) AddSensor(*cause.sensor(), fields);
+    fields.update({{"trace_line", cause.line()}, {"log", text}});
+    Line("blocked", at, fields);
   }
 
   void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override {
-    Line({{"kind", "log"},
-          {"at_ns", at.count()},
-          {"priority", PriorityLetter(priority)},
-          {"tag", tag},
-          {"text", text}});
+    Line("log", at, {{"priority", PriorityLetter(priority)}, {"tag", tag}, {"text", text}});
   }
 
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
-    Line({{"kind", "suspended"}, {"at_ns", at.count()}, {"for_ns", duration.count()}});
+    Line("suspended", at, {{"for_ns", duration.count()}});
   }
 
-  void OnNote(Instant at, std::string_view text) override {
-    Line({{"kind", "note"}, {"at_ns", at.count()}, {"text", text}});
-  }
+  void OnNote(Instant at, std::string_view text) override { Line("note", at, {{"text", text}}); }
 
   void OnRunEnd(Instant /*at*/, const Summary& summary) override {
     for (const SensorSummary& sensor : summary.sensors) Sensor(sensor);
@@ -74,11 +69,11 @@ class JsonLinesReport : public RunObserver {
   void Sensor(const SensorSummary& summary) {
     Json object = {{"kind", "sensor"}};
     AddSensor(summary.sensor, object);
-    object["samples"] = summary.arrived.samples;
-    object["reported_samples"] = summary.reported.samples;
-    object["not_reported_samples"] = summary.NotReported();
-    object["late_samples"] = summary.reported.late;
-    object["latency_histogram"] = summary.reported.bands;
+    object.update({{"samples", summary.arrived.samples},
+                   {"reported_samples", summary.reported.samples},
+                   {"not_reported_samples", summary.NotReported()},
+                   {"late_samples", summary.reported.late},
+                   {"latency_histogram", summary.reported.bands}});
     Line(object);
   }
 
@@ -91,6 +86,12 @@ class JsonLinesReport : public RunObserver {
   void AddName(SensorVela::SensorId sensor, Json& object) const {
     const std::string_view name = names_.NameOf(sensor);
     if (!name.empty()) object["sensor_name"] = name;
+  }
+
+  void Line(const char* kind, Instant at, const Json& fields) {
+    Json object = {{"kind", kind}, {"at_ns", at.count()}};
+    object.update(fields);
+    Line(object);
   }
 
   void Line(const Json& object) { out_ << Dump(object, false) << '\n'; }

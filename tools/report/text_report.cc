@@ -15,6 +15,7 @@
 #include <vector>
 
 #include <sensorvela/testkit/atom_catalogue.h>
+#include <sensorvela/testkit/stats_service.h>
 
 #include "tools/facts/captions.h"
 #include "tools/report/latency_bars.h"
@@ -29,7 +30,7 @@
 namespace sensorvela::tools {
 namespace {
 
-using aidl::android::frameworks::stats::VendorAtom;
+using testkit::Answer;
 using Look = ReportLine::Look;
 
 /// The width of the column of instants; a broken line's further parts begin after it.
@@ -51,19 +52,10 @@ std::string WithoutEnd(const std::string& text) {
   return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
-std::string Mark(Outcome outcome) {
-  switch (outcome) {
-    case Outcome::kDelivered:
-      return "atom";
-    case Outcome::kFailed:
-      return "FAILED";
-    case Outcome::kNoStatus:
-      return "NO STATUS";
-    case Outcome::kDropped:
-    case Outcome::kLeft:
-      return "DROPPED";
-  }
-  return "?";
+std::string Mark(std::optional<Answer> answer) {
+  if (!answer) return "DROPPED";
+  if (*answer == Answer::kOk) return "atom";
+  return *answer == Answer::kError ? "FAILED" : "NO STATUS";
 }
 
 /// The log line without the count that each error past the cap has of its own.
@@ -82,27 +74,26 @@ class TextReport : public RunObserver {
 
   void OnAtom(Instant at, const AtomFact& fact) override {
     if (options_.summary_only || !options_.only.Has(fact.id, fact.sensor)) return;
-    std::string start = Marked(Mark(fact.outcome));
+    std::string start = Marked(Mark(fact.answer));
     if (fact.atom == nullptr) {
       const std::string name = fact.name.empty() ? "an atom" : fact.name;
       Lost(at, start + name + (fact.sensor ? "  " + names_.Label(*fact.sensor) : ""), fact.cause);
       return;
     }
-    const VendorAtom& atom = *fact.atom;
     if (options_.wide) {
-      const bool is_known = testkit::FindAtom(atom.atomId) != nullptr;
-      const std::string id = is_known ? " (" + std::to_string(atom.atomId) + ")" : "";
-      start += Padded(fact.name + id, kAtomWidth) + AllValues(atom, names_);
+      const bool is_known = testkit::FindAtom(*fact.id) != nullptr;
+      const std::string id = is_known ? " (" + std::to_string(*fact.id) + ")" : "";
+      start += Padded(fact.name + id, kAtomWidth) + AllValues(fact, names_);
     } else {
       start += fact.name + "  ";
     }
-    const std::string text = WithoutEnd(start + (options_.wide ? "" : FoldedValues(atom, names_)));
-    if (fact.outcome != Outcome::kDelivered) {
+    const std::string text = WithoutEnd(start + (options_.wide ? "" : FoldedValues(fact, names_)));
+    if (*fact.answer != Answer::kOk) {
       Lost(at, text, fact.cause);
     } else if (options_.wide || text.find('[') == std::string::npos) {
       Line({.at = at, .text = text});
     } else {
-      const std::string short_text = WithoutEnd(start + FoldedValues(atom, names_, false));
+      const std::string short_text = WithoutEnd(start + FoldedValues(fact, names_, false));
       Line({.at = at, .text = text, .short_text = short_text});
     }
   }

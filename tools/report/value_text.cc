@@ -6,7 +6,6 @@
 
 #include <sensorvela/testkit/atom_catalogue.h>
 
-#include "tools/facts/sensor_of.h"
 #include "tools/text/atom_json.h"
 
 namespace sensorvela::tools {
@@ -48,27 +47,28 @@ void AppendWord(std::string& text, const std::string& word) {
 
 }  // namespace
 
-std::string AllValues(const SensorVela::VendorAtom& atom, const SensorNames& names) {
-  const auto sensor = SensorOf(atom);
+std::string AllValues(const AtomFact& fact, const SensorNames& names) {
+  const SensorVela::VendorAtom& atom = *fact.atom;
   std::string text = Domain(atom);
-  if (sensor && !names.NameOf(*sensor).empty()) AppendWord(text, names.Label(*sensor));
+  if (fact.sensor && !names.NameOf(*fact.sensor).empty()) {
+    AppendWord(text, names.Label(*fact.sensor));
+  }
   for (std::size_t i = 0; i < atom.values.size(); ++i) {
     AppendWord(text, testkit::ValueName(atom, i) + '=' + ValueText(atom.values[i], ","));
   }
   return text;
 }
 
-std::string FoldedValues(const SensorVela::VendorAtom& atom, const SensorNames& names,
-                         bool has_lists) {
-  const auto sensor = SensorOf(atom);
+std::string FoldedValues(const AtomFact& fact, const SensorNames& names, bool has_lists) {
+  const SensorVela::VendorAtom& atom = *fact.atom;
   const bool is_state = testkit::FindValue(atom, "sampling_period_ns") != nullptr;
   std::string text = Domain(atom);
-  if (sensor) AppendWord(text, names.Label(*sensor));
+  if (fact.sensor) AppendWord(text, names.Label(*fact.sensor));
   bool lacks_lists = false;
   std::string last_stem;
   for (std::size_t i = 0; i < atom.values.size(); ++i) {
     const std::string name = testkit::ValueName(atom, i);
-    const bool is_in_label = sensor && (name == "sensor_id_high" || name == "sensor_id_low");
+    const bool is_in_label = fact.sensor && (name == "sensor_id_high" || name == "sensor_id_low");
     const Json value = ToJson(atom.values[i]);
     if (is_in_label || SaysNothing(value, is_state)) continue;
     if (value.is_array() && !has_lists) {

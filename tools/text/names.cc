@@ -31,6 +31,11 @@ std::string SensorNames::Label(SensorVela::SensorId sensor) const {
   return name.empty() ? "sensor " + id : Printable(name) + " (" + id + ')';
 }
 
+std::string_view AnswerName(testkit::Answer answer) {
+  if (answer == testkit::Answer::kOk) return "ok";
+  return answer == testkit::Answer::kError ? "error" : "no_status";
+}
+
 std::string_view PriorityLetter(int priority) {
   if (priority == ANDROID_LOG_INFO) return "I";
   if (priority == ANDROID_LOG_ERROR) return "E";

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <sensorvela/engine/sensor_vela.h>
+#include <sensorvela/testkit/stats_service.h>
 
 #include "tools/text/sensor_order.h"
 
@@ -31,6 +32,9 @@ class SensorNames {
  private:
   std::map<SensorVela::SensorId, std::string, SensorOrder> names_;
 };
+
+/// "ok", "error" or "no_status".
+std::string_view AnswerName(testkit::Answer answer);
 
 /// The letter of a log priority: "I", "E", or "?" for one that the library does not use.
 std::string_view PriorityLetter(int priority);

@@ -8,6 +8,8 @@
 #include <ostream>
 #include <string>
 
+#include <sensorvela/testkit/stats_service.h>
+
 #include "tools/text/names.h"
 #include "tools/text/sensor_order.h"
 #include "tools/viewer/sensor_track.h"
@@ -58,10 +60,10 @@ class ViewerObserver : public RunObserver {
     if (!fact.atom->reverseDomainName.empty()) arguments["domain"] = fact.atom->reverseDomainName;
     arguments.update(NamedValues(*fact.atom));
     arguments.update(ToJson(fact.cause));
-    if (fact.outcome == Outcome::kDelivered) {
+    if (*fact.answer == testkit::Answer::kOk) {
       out_.Mark(kDelivered, at, "delivered", fact.name, arguments);
     } else {
-      arguments["answer"] = AnswerName(fact.outcome);
+      arguments["answer"] = AnswerName(*fact.answer);
       out_.Mark(kFailed, at, "failed", fact.name, arguments);
     }
   }
