@@ -12,8 +12,7 @@
 
 #include "tools/text/names.h"
 #include "tools/text/sensor_order.h"
-#include "tools/viewer/sensor_track.h"
-#include "tools/viewer/step_counter.h"
+#include "tools/viewer/counters.h"
 #include "tools/viewer/viewer_writer.h"
 
 namespace sensorvela::tools {
@@ -92,19 +91,28 @@ class ViewerObserver : public RunObserver {
   }
 
   // A sensor has its track from its first event on, which need not be a sample.
-  void OnSensorEnabled(Instant /*at*/, SensorVela::SensorId sensor) override { TrackOf(sensor); }
+  void OnSensorEnabled(Instant /*at*/, SensorVela::SensorId sensor) override { SensorOf(sensor); }
 
   void OnSensorDisabled(Instant at, SensorVela::SensorId sensor,
                         std::uint64_t samples_since_enable) override {
-    TrackOf(sensor).Disable(at, samples_since_enable);
+    out_.Mark(SensorOf(sensor).track, at, "sensor", "disabled",
+              {{"samples_since_enable", samples_since_enable}});
   }
 
+  // The span and then the first sample in it: in the order of their starts.
   void OnSensorSpan(SensorVela::SensorId sensor, const SensorSpan& span) override {
-    TrackOf(sensor).WriteSpan(span);
+    const Track track = SensorOf(sensor).track;
+    if (span.enabled_at) {
+      out_.Span(track, *span.enabled_at, span.end, "enabled",
+                {{"sampling_period_ns", span.period_ns}, {"samples", span.samples}});
+    }
+    if (span.first_sample) {
+      out_.Mark(track, span.first_sample->at, "sensor", "first sample", Json::object());
+    }
   }
 
   void OnSample(Instant at, SensorVela::SensorId sensor, const SampleFact& /*sample*/) override {
-    TrackOf(sensor).Sample(at);
+    SensorOf(sensor).samples_per_minute.Count(at);
   }
 
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
@@ -118,19 +126,26 @@ class ViewerObserver : public RunObserver {
   void OnRunEnd(Instant at, const Summary& summary) override {
     queue_length_.Flush();
     for (const SensorSummary& sensor : summary.sensors) {
-      SensorTrack& track = TrackOf(sensor.sensor);
-      if (sensor.last_span) track.WriteSpan(*sensor.last_span);
-      track.Finish(at);
+      if (sensor.last_span) OnSensorSpan(sensor.sensor, *sensor.last_span);
+      SensorOf(sensor.sensor).samples_per_minute.Finish(at);
     }
     out_.Finish();
   }
 
  private:
-  SensorTrack& TrackOf(SensorVela::SensorId sensor) {
-    const auto found = sensors_.find(sensor);
+  struct Sensor {
+    Track track;
+    MinuteCounter samples_per_minute;
+  };
+
+  Sensor& SensorOf(SensorVela::SensorId id) {
+    const auto found = sensors_.find(id);
     if (found != sensors_.end()) return found->second;
-    const Track next = {kSensors, static_cast<int>(sensors_.size()) + 1};
-    return sensors_.try_emplace(sensor, out_, names_.Label(sensor), next).first->second;
+    const std::string label = names_.Label(id);
+    const Track track = {kSensors, static_cast<int>(sensors_.size()) + 1};
+    out_.NameTrack(track, label);
+    const MinuteCounter counter(out_, kSensors, label + ": samples per minute");
+    return sensors_.emplace(id, Sensor{track, counter}).first->second;
   }
 
   ViewerWriter out_;
@@ -138,7 +153,7 @@ class ViewerObserver : public RunObserver {
 
   StepCounter queue_length_{out_, kEngine, "atoms waiting"};
 
-  std::map<SensorVela::SensorId, SensorTrack, SensorOrder> sensors_;
+  std::map<SensorVela::SensorId, Sensor, SensorOrder> sensors_;
 };
 
 }  // namespace
