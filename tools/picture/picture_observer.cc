@@ -34,33 +34,22 @@ using Instant = RunObserver::Instant;
 std::string WithoutMarkup(const std::string& json) {
   std::string safe;
   for (const char character : json) {
-    switch (character) {
-      case '<':
-        safe += "\\u003c";
-        break;
-      case '>':
-        safe += "\\u003e";
-        break;
-      case '&':
-        safe += "\\u0026";
-        break;
-      default:
-        safe += character;
+    if (character == '<') {
+      safe += "\\u003c";
+    } else if (character == '>') {
+      safe += "\\u003e";
+    } else if (character == '&') {
+      safe += "\\u0026";
+    } else {
+      safe += character;
     }
   }
   return safe;
 }
 
 std::string_view StepName(ReporterStep step) {
-  switch (step) {
-    case ReporterStep::kSends:
-      return "sends";
-    case ReporterStep::kDrops:
-      return "drops";
-    case ReporterStep::kUploads:
-      return "uploads diagnostics";
-  }
-  return "?";
+  if (step == ReporterStep::kUploads) return "uploads diagnostics";
+  return step == ReporterStep::kSends ? "sends" : "drops";
 }
 
 class PictureObserver : public RunObserver {
@@ -82,11 +71,12 @@ class PictureObserver : public RunObserver {
 
   void OnReporterStep(Instant at, ReporterStep step, std::size_t atoms) override {
     if (step == ReporterStep::kUploads) cycle_ends_.Add({at, at});
-    steps_.Add({{at, at}, step, atoms});
+    steps_.Add({{at, at}, StepName(step), atoms});
   }
 
   void OnReporterStay(Instant from, Instant to, ReporterState state, std::size_t atoms) override {
-    if (to > from) stays_.Add({{from, to}, state, atoms});
+    if (to == from) return;
+    stays_.Add({{from, to}, state == ReporterState::kWaiting ? "waiting" : "asleep", atoms});
   }
 
   // A sensor has its lane from its first event on, which need not be a sample.
@@ -126,23 +116,6 @@ class PictureObserver : public RunObserver {
   }
 
  private:
-  /// A state in which the reporter thread was. It holds the atoms while it waits.
-  struct Stay : Occurrence {
-    ReporterState state = {};
-    std::size_t atoms = 0;
-
-    bool IsLike(const Stay& other) const { return state == other.state; }
-    void Absorb(const Stay& next) { atoms += next.atoms; }
-  };
-
-  struct Step : Occurrence {
-    ReporterStep step = {};
-    std::size_t atoms = 0;
-
-    bool IsLike(const Step& other) const { return step == other.step; }
-    void Absorb(const Step& next) { atoms += next.atoms; }
-  };
-
   struct Note : Occurrence {
     std::string text;
   };
@@ -157,26 +130,11 @@ class PictureObserver : public RunObserver {
 
   Json ToJson(Instant end, const Summary& summary) const {
     const auto offset = [this](Instant at) { return (at - begin_).count(); };
-    const auto span = [&](const Occurrence& o, Json json) {
-      if (o.times > 1) json.push_back(o.times);
-      return json;
-    };
-    const auto mark = [&](const Occurrence& o, Json json) {
-      if (o.times > 1) json.insert(json.end(), {o.times, offset(o.to)});
-      return json;
-    };
-    const auto interval = [&](const Occurrence& i) {
-      return span(i, {offset(i.from), offset(i.to)});
-    };
-    const auto cycle_end = [&](const Occurrence& i) { return offset(i.from); };
-    const auto stay = [&](const Stay& s) {
-      const char* const state = s.state == ReporterState::kWaiting ? "waiting" : "asleep";
-      return span(s, {offset(s.from), offset(s.to), state, s.atoms});
-    };
-    const auto step = [&](const Step& s) {
-      return mark(s, {offset(s.from), StepName(s.step), s.atoms});
-    };
-    const auto note = [&](const Note& n) { return mark(n, {offset(n.from), n.text}); };
+    const auto interval = [this](const Occurrence& i) { return i.SpanToJson(begin_); };
+    const auto cycle_end = [&](const Occurrence& c) { return offset(c.from); };
+    const auto stay = [this](const Counted& s) { return s.SpanToJson(begin_, {s.kind, s.number}); };
+    const auto step = [this](const Counted& s) { return s.MarkToJson(begin_, {s.kind, s.number}); };
+    const auto note = [this](const Note& n) { return n.MarkToJson(begin_, {n.text}); };
     return {{"title", ShortText(Printable(title_))},
             {"begin_ns", std::to_string(begin_.count())},
             {"length_ns", offset(end)},
@@ -238,8 +196,9 @@ class PictureObserver : public RunObserver {
 
   AtomList atoms_;
 
-  ThinnedList<Stay> stays_{kMaxItems};
-  ThinnedList<Step> steps_{kMaxItems};
+  /// Their numbers are the atoms that the reporter thread held while it waited, or sent or dropped.
+  ThinnedList<Counted> stays_{kMaxItems};
+  ThinnedList<Counted> steps_{kMaxItems};
   ThinnedList<Occurrence> cycle_ends_{kMaxItems};
 
   ThinnedList<Occurrence> absences_{kMaxItems};

@@ -3,7 +3,6 @@
 
 #include <memory>
 #include <ostream>
-#include <string>
 #include <string_view>
 
 #include "tools/facts/run_observer.h"

@@ -18,7 +18,7 @@ void SensorLane::AddSpan(const SensorSpan& span) {
 }
 
 void SensorLane::Disable(Instant at, std::uint64_t samples_since_enable) {
-  disables_.Add({{at, at}, samples_since_enable});
+  disables_.Add({{at, at}, "", samples_since_enable});
 }
 
 void SensorLane::Sample(Instant at, const SampleFact& sample) {
@@ -36,21 +36,14 @@ void SensorLane::Finish(std::size_t lanes) {
 }
 
 Json SensorLane::ToJson(Instant begin) const {
-  const auto offset = [begin](Instant at) { return (at - begin).count(); };
-  const auto mark = [&](const Occurrence& m, Json value) {
-    Json json = {offset(m.from), std::move(value)};
-    if (m.times > 1) json.insert(json.end(), {m.times, offset(m.to)});
-    return json;
+  const auto span = [begin](const Span& s) {
+    return s.SpanToJson(begin, {s.period_ns ? Json(*s.period_ns) : Json(), s.samples});
   };
-  const auto span = [&](const Span& s) {
-    Json json = {offset(s.from), offset(s.to), s.period_ns ? Json(*s.period_ns) : Json(),
-                 s.samples};
-    if (s.times > 1) json.push_back(s.times);
-    return json;
-  };
+  const auto first = [begin](const First& f) { return f.MarkToJson(begin, {f.since_ns}); };
+  const auto disable = [begin](const Counted& d) { return d.MarkToJson(begin, {d.number}); };
   return {{"spans", spans_.ToJson(span)},
-          {"firsts", firsts_.ToJson([&](const First& f) { return mark(f, f.since_ns); })},
-          {"disables", disables_.ToJson([&](const End& e) { return mark(e, e.samples); })},
+          {"firsts", firsts_.ToJson(first)},
+          {"disables", disables_.ToJson(disable)},
           {"bins", BinRuns()}};
 }
 

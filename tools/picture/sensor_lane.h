@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -63,13 +62,6 @@ class SensorLane {
     void Absorb(const First& next) { since_ns = std::max(since_ns, next.since_ns); }
   };
 
-  /// How many samples a disable ends.
-  struct End : Occurrence {
-    std::uint64_t samples = 0;
-
-    void Absorb(const End& next) { samples += next.samples; }
-  };
-
   Json BinRuns() const;
 
   static constexpr std::size_t kMaxSpans = 2000;
@@ -80,7 +72,8 @@ class SensorLane {
   std::vector<Bin> bins_;
   ThinnedList<Span> spans_{kMaxSpans};
   ThinnedList<First> firsts_{kMaxSpans};
-  ThinnedList<End> disables_{kMaxSpans};
+  /// Their numbers are the samples that they end.
+  ThinnedList<Counted> disables_{kMaxSpans};
 };
 
 }  // namespace sensorvela::tools

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <algorithm>
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -26,6 +26,32 @@ struct Occurrence {
   bool IsLike(const Occurrence& /*other*/) const { return true; }
   /// Merges the item type's own values. A type that has some hides this.
   void Absorb(const Occurrence& /*next*/) {}
+
+  /// For the file: the instant from `begin` on, `values` and, for several, their number and the
+  /// last one's instant.
+  Json MarkToJson(Instant begin, const std::vector<Json>& values) const {
+    Json json = {(from - begin).count()};
+    for (const Json& value : values) json.push_back(value);
+    if (times > 1) json.insert(json.end(), {times, (to - begin).count()});
+    return json;
+  }
+
+  /// For the file: both ends from `begin` on, `values` and, for several, their number.
+  Json SpanToJson(Instant begin, const std::vector<Json>& values = {}) const {
+    Json json = {(from - begin).count(), (to - begin).count()};
+    for (const Json& value : values) json.push_back(value);
+    if (times > 1) json.push_back(times);
+    return json;
+  }
+};
+
+/// An occurrence of that kind, with a number, which is the sum where several are one.
+struct Counted : Occurrence {
+  std::string_view kind;
+  std::uint64_t number = 0;
+
+  bool IsLike(const Counted& other) const { return kind == other.kind; }
+  void Absorb(const Counted& next) { number += next.number; }
 };
 
 /// Keeps at most `limit` items. Where more are added, items of one kind that begin in the same slot
@@ -46,10 +72,8 @@ class ThinnedList {
 
   /// Adds the item if it becomes part of one that is there.
   bool Merge(const Item& item) {
-    Item* const other = Neighbour(item);
-    if (other == nullptr) return false;
+    if (!Join(item)) return false;
     total_ += item.times;
-    Join(*other, item);
     return true;
   }
 
@@ -78,29 +102,23 @@ class ThinnedList {
   }
 
  private:
-  /// The last item of the kind in the slot of `item`.
-  Item* Neighbour(const Item& item) {
-    if (slot_ns_ == 0) return nullptr;
-    const std::int64_t slot = item.from.count() / slot_ns_;
-    for (auto other = items_.rbegin(); other != items_.rend(); ++other) {
-      if (other->from.count() / slot_ns_ != slot) return nullptr;
-      if (other->IsLike(item)) return &*other;
+  /// Makes `next` a part of the last item of its kind in its slot; false if there is none.
+  bool Join(const Item& next) {
+    if (slot_ns_ == 0) return false;
+    const std::int64_t slot = next.from.count() / slot_ns_;
+    for (auto item = items_.rbegin(); item != items_.rend(); ++item) {
+      if (item->from.count() / slot_ns_ != slot) return false;
+      if (!item->IsLike(next)) continue;
+      item->to = std::max(item->to, next.to);
+      item->times += next.times;
+      item->Absorb(next);
+      return true;
     }
-    return nullptr;
+    return false;
   }
 
   void Put(Item item) {
-    if (Item* const other = Neighbour(item)) {
-      Join(*other, item);
-    } else {
-      items_.push_back(std::move(item));
-    }
-  }
-
-  static void Join(Item& item, const Item& next) {
-    item.to = std::max(item.to, next.to);
-    item.times += next.times;
-    item.Absorb(next);
+    if (!Join(item)) items_.push_back(std::move(item));
   }
 
   static constexpr std::int64_t kMaxSlotNs = std::int64_t{1} << 62;
