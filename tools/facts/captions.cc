@@ -11,6 +11,19 @@
 #include "engine/counting_rules.h"
 
 namespace sensorvela::tools {
+namespace {
+
+std::string Share(std::uint64_t count, std::uint64_t total) {
+  if (count == 0) return "";
+  const double percent = 100 * static_cast<double>(count) / static_cast<double>(total);
+  if (percent < 0.1) return "<0.1 %";
+  if (percent >= 99.95 && count < total) return ">99.9 %";
+  std::array<char, 16> text;
+  std::snprintf(text.data(), text.size(), "%.1f %%", percent);
+  return text.data();
+}
+
+}  // namespace
 
 std::array<SummaryCount, 5> CountsOf(const Summary& summary) {
   return {{
@@ -32,20 +45,21 @@ std::string BandLimitMs(std::size_t band) {
   return text.data();
 }
 
-std::string BandCaption(std::size_t band) {
-  return (IsLastBand(band) ? "over " : "up to ") + BandLimitMs(band) + " ms";
+std::array<std::string, kLatencyBands> BandCaptions() {
+  std::array<std::string, kLatencyBands> captions;
+  for (std::size_t i = 0; i < captions.size(); ++i) {
+    captions[i] = (IsLastBand(i) ? "over " : "up to ") + BandLimitMs(i) + " ms";
+  }
+  return captions;
 }
 
-std::string Share(const std::array<std::uint64_t, kLatencyBands>& bands, std::size_t band) {
-  const std::uint64_t count = bands.at(band);
-  if (count == 0) return "";
+std::array<std::string, kLatencyBands> Shares(
+    const std::array<std::uint64_t, kLatencyBands>& bands) {
   const auto total = std::accumulate(bands.begin(), bands.end(), std::uint64_t{0});
-  const double percent = 100 * static_cast<double>(count) / static_cast<double>(total);
-  if (percent < 0.1) return "<0.1 %";
-  if (percent >= 99.95 && count < total) return ">99.9 %";
-  std::array<char, 16> text;
-  std::snprintf(text.data(), text.size(), "%.1f %%", percent);
-  return text.data();
+  std::array<std::string, kLatencyBands> shares;
+  std::ranges::transform(bands, shares.begin(),
+                         [total](std::uint64_t count) { return Share(count, total); });
+  return shares;
 }
 
 }  // namespace sensorvela::tools

@@ -31,12 +31,13 @@ std::string BandLimitMs(std::size_t band);
 /// Whether the band is the last one, which has no limit.
 inline bool IsLastBand(std::size_t band) { return band == kLatencyBands - 1; }
 
-/// "up to 2.5 ms", "over 20 ms".
-std::string BandCaption(std::size_t band);
+/// "up to 2.5 ms", and for the last one "over 20 ms".
+std::array<std::string, kLatencyBands> BandCaptions();
 
-/// The share of a band in all of them, with one decimal: "12.3 %"; "<0.1 %" where that would be 0,
-/// ">99.9 %" where it would be 100 although the band has not all, and empty for an empty band. The
-/// page of the picture rounds by the same rule (picture/page/readout.js).
-std::string Share(const std::array<std::uint64_t, kLatencyBands>& bands, std::size_t band);
+/// The share of each band in all of them, with one decimal: "12.3 %"; "<0.1 %" where that would be
+/// 0, ">99.9 %" where it would be 100 although the band has not all, and empty for an empty band.
+/// The page of the picture rounds by the same rule (picture/page/readout.js).
+std::array<std::string, kLatencyBands> Shares(
+    const std::array<std::uint64_t, kLatencyBands>& bands);
 
 }  // namespace sensorvela::tools

@@ -157,16 +157,12 @@ class PictureObserver : public RunObserver {
     for (const SensorSummary& sensor : summary.sensors) {
       const auto lane = lanes_.find(sensor.sensor);
       if (lane == lanes_.end()) continue;
-      Json shares = Json::array();
-      for (std::size_t i = 0; i < sensor.reported.bands.size(); ++i) {
-        shares.push_back(Share(sensor.reported.bands, i));
-      }
       Json json = {{"label", ShortText(names_.Label(sensor.sensor))},
                    {"samples", sensor.arrived.samples},
                    {"not_reported", sensor.NotReported()},
                    {"late", sensor.reported.late},
                    {"bands", sensor.reported.bands},
-                   {"shares", std::move(shares)}};
+                   {"shares", Shares(sensor.reported.bands)}};
       json.update(lane->second.ToJson(begin_));
       sensors.push_back(std::move(json));
     }
@@ -180,12 +176,6 @@ class PictureObserver : public RunObserver {
       counts.push_back({what, count ? Json(*count) : Json(), meaning, is_loss});
     }
     return counts;
-  }
-
-  static Json BandCaptions() {
-    Json captions = Json::array();
-    for (std::size_t i = 0; i < kLatencyBands; ++i) captions.push_back(BandCaption(i));
-    return captions;
   }
 
   std::ostream& out_;

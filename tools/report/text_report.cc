@@ -18,9 +18,8 @@
 #include <sensorvela/testkit/stats_service.h>
 
 #include "tools/facts/captions.h"
-#include "tools/report/latency_bars.h"
 #include "tools/report/repeat_folder.h"
-#include "tools/report/sensor_table.h"
+#include "tools/report/samples_by_latency.h"
 #include "tools/report/value_text.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/clock_time.h"
@@ -46,10 +45,6 @@ std::string Padded(std::string text, std::size_t width) {
   text += "  ";
   if (text.size() < width) text.resize(width, ' ');
   return text;
-}
-
-std::string WithoutEnd(const std::string& text) {
-  return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
 std::string Mark(std::optional<Answer> answer) {
@@ -137,7 +132,6 @@ class TextReport : public RunObserver {
     });
     if (!options_.summary_only) out_ << '\n';
     if (!sensors.empty()) Samples(sensors);
-    if (!sensors.empty()) out_ << '\n';
     Counts(summary);
   }
 
@@ -194,14 +188,14 @@ class TextReport : public RunObserver {
   }
 
   void Samples(const std::vector<SensorSummary>& sensors) {
-    std::vector<std::string> table;
-    if (!options_.wide && !options_.summary_only) {
-      table = SensorTable(sensors, names_, options_.width);
+    const bool has_bars = options_.wide || options_.summary_only;
+    const std::string table = has_bars ? "" : LatencyTable(sensors, names_, options_.width);
+    out_ << table;
+    if (table.empty()) {
+      out_ << "Samples by latency, as the engine's reports say\n";
+      for (const SensorSummary& sensor : sensors) Bars(sensor);
     }
-    for (const std::string& row : table) out_ << row << '\n';
-    if (!table.empty()) return;
-    out_ << "Samples by latency, as the engine's reports say\n";
-    for (const SensorSummary& sensor : sensors) Bars(sensor);
+    out_ << '\n';
   }
 
   void Bars(const SensorSummary& summary) {

@@ -37,6 +37,10 @@ std::size_t Columns(std::string_view text) {
   return text.size() - static_cast<std::size_t>(std::ranges::count_if(text, ContinuesCharacter));
 }
 
+std::string WithoutEnd(std::string_view text) {
+  return std::string(text.substr(0, text.find_last_not_of(' ') + 1));
+}
+
 std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent,
                     std::size_t taken) {
   std::string lines;
@@ -46,9 +50,7 @@ std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent
     const std::size_t space =
         IndexOf(columns, text) < text.size() ? LastSpace(text, columns) : std::string_view::npos;
     if (space == std::string_view::npos) return lines.append(text) + '\n';
-    const std::string_view line = text.substr(0, space);
-    lines.append(line.substr(0, line.find_last_not_of(' ') + 1)) += '\n';
-    lines.append(indent, ' ');
+    lines += WithoutEnd(text.substr(0, space)) + '\n' + std::string(indent, ' ');
     text.remove_prefix(std::min(text.find_first_not_of(' ', space), text.size()));
   }
 }

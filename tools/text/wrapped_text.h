@@ -10,6 +10,9 @@ namespace sensorvela::tools {
 /// The columns of a text in UTF-8 on a terminal that gives each character one.
 std::size_t Columns(std::string_view text);
 
+/// `text` without the spaces at its end.
+std::string WithoutEnd(std::string_view text);
+
 /// `text` in lines of at most `width` columns, broken at spaces; a longer word has a line of its
 /// own. The first line begins after `taken` columns, every other with `indent` spaces, and each
 /// ends with a line feed.
