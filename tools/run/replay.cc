@@ -93,11 +93,12 @@ void Replay::DeliverSamples(const std::vector<trace_format::Sample>& samples) {
 
 void Replay::DeliverTrains(simulated::VirtualTime::Instant until,
                            const std::function<bool()>& is_over) {
-  while (trains_.HasSampleBy(until) && !is_over()) {
-    const SampleTrains::Sample sample = trains_.TakeNext();
-    MoveTo(sample.arrival);  // Settles first, so each sample is complete before the next.
-    facts_.Sample(sample.event, sample.sensor, sample.timestamp_ns);
-    engine_->LogSensorLatency(sample.sensor, sample.timestamp_ns);
+  while (const SampleTrains::Running* const next = trains_.NextBy(until)) {
+    if (is_over()) break;
+    MoveTo(next->Arrival());  // Settles first, so each sample is complete before the next.
+    facts_.Sample(next->event, next->train.sensor, next->timestamp_ns);
+    engine_->LogSensorLatency(next->train.sensor, next->timestamp_ns);
+    trains_.Advance();
   }
   time_.WaitUntilSettled();
 }
@@ -154,13 +155,10 @@ testkit::Diagnostics Replay::AnswerOf(testkit::DiagnosticsItem asked) {
 }
 
 void Replay::TellOfService() {
-  if (is_refused_) {
-    facts_.ServiceChanges(AbsenceReason::kRefused);
-  } else if (!is_registered_) {
-    facts_.ServiceChanges(AbsenceReason::kNotRegistered);
-  } else {
-    facts_.ServiceChanges(std::nullopt);
-  }
+  std::optional<AbsenceReason> absence;
+  if (!is_registered_) absence = AbsenceReason::kNotRegistered;
+  if (is_refused_) absence = AbsenceReason::kRefused;
+  facts_.ServiceChanges(absence);
 }
 
 void Replay::MoveTo(simulated::VirtualTime::Instant instant) {

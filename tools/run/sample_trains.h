@@ -3,11 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <list>
+#include <map>
 #include <memory>
-#include <queue>
-#include <vector>
+#include <utility>
 
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/platform/simulated/virtual_time.h>
@@ -29,61 +27,64 @@ struct SampleTrain {
   std::int64_t gap_ns;
 
   /// From the first sample's timestamp to the last one's arrival.
-  std::int64_t DurationNs() const;
+  std::int64_t DurationNs() const {
+    const std::int64_t steps = count - 1;
+    const std::int64_t gaps = gap_every == 0 ? 0 : steps / gap_every;
+    return steps * interval_ns + gaps * gap_ns + latency_ns;
+  }
 };
 
-/// The running trains, merged: returns their samples in the order of arrival.
+/// The running trains, merged: gives their samples in the order of arrival. When several arrive
+/// together, that of the train that was started first is the next.
 class SampleTrains {
  public:
   using Instant = simulated::VirtualTime::Instant;
 
-  struct Sample {
-    /// The event that started the train. Valid until the next call of `TakeNext` or `Cut`.
-    const std::shared_ptr<const EventInfo>& event;
-    SensorVela::SensorId sensor;
+  /// A train, at one of its samples.
+  struct Running {
+    SampleTrain train;
+    /// The event that started it.
+    std::shared_ptr<const EventInfo> event;
     std::int64_t timestamp_ns;
-    Instant arrival;
+    /// The samples before this one.
+    std::int64_t delivered = 0;
+
+    Instant Arrival() const { return Instant(timestamp_ns + train.latency_ns); }
   };
 
   /// The timestamp of the train's first sample is `start`.
-  void Start(const SampleTrain& train, Instant start, std::shared_ptr<const EventInfo> event);
+  void Start(const SampleTrain& train, Instant start, std::shared_ptr<const EventInfo> event) {
+    const Running running = {train, std::move(event), start.count()};
+    running_.try_emplace({running.Arrival(), started_++}, running);
+  }
 
   /// Drops all samples that are left.
-  void Cut();
+  void Cut() { running_.clear(); }
 
-  /// Whether a sample arrives by `instant`.
-  bool HasSampleBy(Instant instant) const;
+  /// The train whose sample arrives next; null if none arrives by `instant`. Valid until the next
+  /// call of `Advance` or `Cut`.
+  const Running* NextBy(Instant instant) const {
+    if (running_.empty() || running_.begin()->first.first > instant) return nullptr;
+    return &running_.begin()->second;
+  }
 
-  /// Returns the sample that arrives next. When several arrive together, returns that of the train
-  /// that was started first. There must be a sample left.
-  Sample TakeNext();
+  /// That train goes on to its next sample. There must be one.
+  void Advance() {
+    auto node = running_.extract(running_.begin());
+    Running& running = node.mapped();
+    const SampleTrain& train = running.train;
+    if (++running.delivered == train.count) return;
+    running.timestamp_ns += train.interval_ns;
+    if (train.gap_every > 0 && running.delivered % train.gap_every == 0) {
+      running.timestamp_ns += train.gap_ns;
+    }
+    node.key().first = running.Arrival();
+    running_.insert(std::move(node));
+  }
 
  private:
-  struct Running {
-    SampleTrain train;
-    std::shared_ptr<const EventInfo> event;
-    std::int64_t timestamp_ns;
-    std::int64_t taken = 0;
-  };
-  /// A list, in which a train stays where it is.
-  using Trains = std::list<Running>;
-
-  /// A train's next sample.
-  struct Turn {
-    std::int64_t arrival_ns;
-    std::size_t order;
-    Trains::iterator train;
-
-    bool operator>(const Turn& other) const {
-      if (arrival_ns != other.arrival_ns) return arrival_ns > other.arrival_ns;
-      return order > other.order;
-    }
-  };
-
-  std::priority_queue<Turn, std::vector<Turn>, std::greater<>> turns_;
-  Trains running_;
-  /// The train whose last sample was taken last.
-  Trains ended_;
+  /// By the arrival of the next sample, and then by the order in which they were started.
+  std::map<std::pair<Instant, std::size_t>, Running> running_;
   std::size_t started_ = 0;
 };
 
