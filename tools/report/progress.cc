@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <ostream>
 #include <string>
-#include <string_view>
 #include <utility>
 
 #include "tools/text/clock_time.h"
@@ -41,20 +40,6 @@ void Progress::DoneReading(Instant run_end) {
   Erase();
   run_end_ = run_end;
 }
-
-void Progress::OnErrorBlocked(Instant at, const Cause& /*cause*/, std::string_view /*text*/) {
-  Tick(at);
-  MakeRoom();
-}
-
-void Progress::OnLogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
-                         std::string_view /*text*/) {
-  MakeRoom();
-}
-
-void Progress::OnNote(Instant /*at*/, std::string_view /*text*/) { MakeRoom(); }
-
-void Progress::OnRunEnd(Instant /*at*/, const Summary& /*summary*/) { Erase(); }
 
 void Progress::Tick(Instant at) {
   if (IsDue()) Show("replayed to " + ClockTime(at) + " of " + ClockTime(run_end_));

@@ -6,6 +6,7 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 #include "tools/facts/run_observer.h"
 
@@ -43,11 +44,17 @@ class Progress : public RunObserver {
   }
 
   void OnAtom(Instant /*at*/, const AtomFact& /*atom*/) override { MakeRoom(); }
-  void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override;
-  void OnLogLine(Instant at, int priority, std::string_view tag, std::string_view text) override;
+  void OnErrorBlocked(Instant at, const Cause& /*cause*/, std::string_view /*text*/) override {
+    Tick(at);
+    MakeRoom();
+  }
+  void OnLogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
+                 std::string_view /*text*/) override {
+    MakeRoom();
+  }
   void OnSuspended(Instant /*at*/, std::chrono::nanoseconds /*duration*/) override { MakeRoom(); }
-  void OnNote(Instant at, std::string_view text) override;
-  void OnRunEnd(Instant at, const Summary& summary) override;
+  void OnNote(Instant /*at*/, std::string_view /*text*/) override { MakeRoom(); }
+  void OnRunEnd(Instant /*at*/, const Summary& /*summary*/) override { Erase(); }
 
  private:
   void Tick(Instant at);

@@ -14,17 +14,18 @@ constexpr std::size_t kMaxPeriod = 4;
 
 }  // namespace
 
-void RepeatFolder::Add(const ReportLine& line) {
-  std::string key = line.key.empty() ? line.text : line.key;
-  if (present_ && present_->key == key) {
+void RepeatFolder::Add(ReportLine line) {
+  if (line.key.empty()) line.key = line.text;
+  if (present_ && present_->line.key == line.key) {
     ++present_->times;
     present_->last = line.at;
     present_->last_trace_line = line.trace_line;
     return;
   }
   if (present_) AddRun(*present_);
-  present_ =
-      Run{.line = line, .key = std::move(key), .last = line.at, .last_trace_line = line.trace_line};
+  const Instant at = line.at;
+  const std::size_t trace_line = line.trace_line;
+  present_ = Run{.line = std::move(line), .last = at, .last_trace_line = trace_line};
 }
 
 void RepeatFolder::Flush() {

@@ -42,7 +42,7 @@ class RepeatFolder {
 
   explicit RepeatFolder(Print print) : print_(std::move(print)) {}
 
-  void Add(const ReportLine& line);
+  void Add(ReportLine line);
 
   /// Passes on what is held back.
   void Flush();
@@ -53,12 +53,13 @@ class RepeatFolder {
   /// A line and its repeats in a row.
   struct Run {
     ReportLine line;
-    std::string key;
     std::uint64_t times = 1;
     Instant last = {};
     std::size_t last_trace_line = 0;
 
-    bool operator==(const Run& other) const { return key == other.key && times == other.times; }
+    bool operator==(const Run& other) const {
+      return line.key == other.line.key && times == other.times;
+    }
   };
 
   void AddRun(const Run& run);

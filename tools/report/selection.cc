@@ -62,7 +62,7 @@ bool Selection::Has(std::optional<std::int32_t> atom_id,
                     const std::optional<SensorVela::SensorId>& sensor) const {
   if (!is_limited()) return true;
   const bool has_atom = atom_id ? atoms_.contains(*atom_id) : !atoms_.empty();
-  return has_atom || (sensor && HasSensor(*sensor));
+  return has_atom || (sensor && sensors_.contains(*sensor));
 }
 
 }  // namespace sensorvela::tools

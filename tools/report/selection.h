@@ -29,12 +29,10 @@ class Selection {
 
   /// Whether the summary has the sensor: it has all of them where no sensor has been added.
   bool Summarizes(SensorVela::SensorId sensor) const {
-    return sensors_.empty() || HasSensor(sensor);
+    return sensors_.empty() || sensors_.contains(sensor);
   }
 
  private:
-  bool HasSensor(SensorVela::SensorId sensor) const { return sensors_.contains(sensor); }
-
   std::set<SensorVela::SensorId, SensorOrder> sensors_;
   std::set<std::int32_t> atoms_;
 };
