@@ -14,6 +14,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -50,18 +51,21 @@ int CannotWrite(const std::string& what, int error) {
   return kExitFailed;
 }
 
-/// Says why, and returns false, when the option's file cannot be that one.
-bool CheckOutputFile(const std::string& trace, const std::string& option, const std::string& file) {
+/// What is wrong with the options.
+struct BadUsage : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+/// Throws `BadUsage` when the option's file cannot be that one.
+void CheckOutputFile(const std::string& trace, const std::string& option, const std::string& file) {
   if (file.empty() || file == "-") {
-    std::cerr << "sensorvela-replay: " << option << ' ' << file
-              << ": expected the name of a file\n";
-    return false;
+    throw BadUsage(option + ' ' + file + ": expected the name of a file");
   }
   std::error_code no_such_file;
   const std::string trace_file = trace == "-" ? "/dev/stdin" : trace;
-  if (!std::filesystem::equivalent(trace_file, file, no_such_file)) return true;
-  std::cerr << "sensorvela-replay: " << option << " would overwrite the trace\n";
-  return false;
+  if (std::filesystem::equivalent(trace_file, file, no_such_file)) {
+    throw BadUsage(option + " would overwrite the trace");
+  }
 }
 
 /// Whether both name one file, which need not exist.
@@ -74,24 +78,21 @@ bool AreOneFile(const std::string& a, const std::string& b) {
   return !path(a).empty() && path(a) == path(b);
 }
 
-/// Says why, and returns false, when the run cannot be written to these files.
-bool CheckOutputFiles(const Options& options) {
+/// Throws `BadUsage` when the run cannot be written to these files.
+void CheckOutputFiles(const Options& options) {
   for (const auto& [kind, file] : options.files) {
     const tools::FileOutput& output = tools::FileOutputs()[kind];
+    const std::string option = output.option;
     if (const std::string why = output.missing(); !why.empty()) {
-      std::cerr << "sensorvela-replay: " << output.option << ": this build has none, " << why
-                << '\n';
-      return false;
+      throw BadUsage(option + ": this build has none, " + why);
     }
     for (const auto& [other_kind, other_file] : options.files) {
       if (other_kind >= kind || !AreOneFile(file, other_file)) continue;
-      std::cerr << "sensorvela-replay: " << output.option << " and "
-                << tools::FileOutputs()[other_kind].option << ": expected two files\n";
-      return false;
+      throw BadUsage(option + " and " + tools::FileOutputs()[other_kind].option +
+                     ": expected two files");
     }
-    if (!CheckOutputFile(options.trace, output.option, file)) return false;
+    CheckOutputFile(options.trace, option, file);
   }
-  return true;
 }
 
 /// A file that an observer writes.
@@ -116,23 +117,21 @@ std::deque<ObserverFile> OpenFiles(const Options& options, const tools::Trace& t
   return files;
 }
 
-/// How to print columns; none, and says why, if the options are wrong.
-std::optional<tools::TextOptions> ReadTextOptions(const Options& options,
-                                                  const tools::SensorNames& names) {
+/// How to print columns. Throws `BadUsage` if the options are wrong.
+tools::TextOptions ReadTextOptions(const Options& options, const tools::SensorNames& names) {
   tools::TextOptions text = {
       .wide = options.wide, .summary_only = options.summary, .color = tools::ShowsColor()};
   text.width = tools::TerminalWidth().value_or(text.width);
   for (const std::string& what : options.only) {
     if (text.only.Add(what, names)) continue;
-    std::cerr << "sensorvela-replay: --only " << tools::Printable(what)
-              << ": expected a sensor's name or HIGH/LOW, or an atom's name or identifier\n";
-    return std::nullopt;
+    throw BadUsage("--only " + tools::Printable(what) +
+                   ": expected a sensor's name or HIGH/LOW, or an atom's name or identifier");
   }
-  if (options.format == "text" || !(text.wide || text.summary_only || text.only.is_limited())) {
-    return text;
+  const bool has_any = text.wide || text.summary_only || text.only.is_limited();
+  if (has_any && options.format != "text") {
+    throw BadUsage("--wide, --summary and --only: expected with --format text");
   }
-  std::cerr << "sensorvela-replay: --wide, --summary and --only: expected with --format text\n";
-  return std::nullopt;
+  return text;
 }
 
 /// Says where the run differs from the recording, if it does; returns the status to exit with.
@@ -154,7 +153,7 @@ int Check(const tools::Trace& trace) {
 }
 
 int Replay(const Options& options) try {
-  if (!CheckOutputFiles(options)) return kExitBadInput;
+  CheckOutputFiles(options);
 
   std::optional<tools::Progress> progress;
   std::vector<tools::RunObserver*> observers;
@@ -169,15 +168,14 @@ int Replay(const Options& options) try {
   });
   if (progress) progress->DoneReading(trace.run_end());
   if (!trace.cut().empty()) std::cerr << trace.cut() << '\n';
-  const auto text_options = ReadTextOptions(options, trace.sensor_names());
-  if (!text_options) return kExitBadInput;
+  const tools::TextOptions text_options = ReadTextOptions(options, trace.sensor_names());
   if (options.check) return Check(trace);
 
   tools::OutputFile out(stdout);
   const auto printed =
       options.format == "jsonl"
           ? tools::MakeJsonLinesReport(out.stream(), trace.sensor_names())
-          : tools::MakeTextReport(out.stream(), trace.sensor_names(), *text_options);
+          : tools::MakeTextReport(out.stream(), trace.sensor_names(), text_options);
   observers.push_back(printed.get());
 
   std::deque<ObserverFile> files = OpenFiles(options, trace);
@@ -201,6 +199,9 @@ int Replay(const Options& options) try {
   }
   if (out.error() != 0) return CannotWrite("to standard output", out.error());
   return SayDivergence(replay, trace);
+} catch (const BadUsage& error) {
+  std::cerr << "sensorvela-replay: " << error.what() << '\n';
+  return kExitBadInput;
 } catch (const tools::TraceError& error) {
   std::cerr << error.what() << '\n';
   return kExitBadInput;
