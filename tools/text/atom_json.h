@@ -3,7 +3,6 @@
 
 #include <aidl/android/frameworks/stats/VendorAtom.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
