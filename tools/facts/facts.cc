@@ -124,15 +124,9 @@ void Facts::Note(std::string_view text) {
   Notify(&RunObserver::OnNote, time_.Now(), text);
 }
 
-bool Facts::HasQueuedAtoms() const {
-  const MutexLock lock(mutex_);
-  return has_queued_atoms_;
-}
-
 void Facts::Lookup(LookupStep step) {
   const MutexLock lock(mutex_);
   if (is_beyond_recording_) return;
-  has_queued_atoms_ = false;
   // The thread takes the queue right before the first step of a lookup.
   if (reporter_ != ReporterState::kWaiting) batch_ = unsent_.size();
   if (step == LookupStep::kWaits) {
@@ -174,7 +168,6 @@ void Facts::Notified() {
     // In a run, the reporter thread queues only the atoms of an upload.
     unsent_.push_back({{time_.Now(), nullptr}, std::nullopt});
   }
-  has_queued_atoms_ = true;
   Notify(&RunObserver::OnQueueLength, time_.Now(), unsent_.size());
 }
 

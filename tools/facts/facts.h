@@ -65,9 +65,6 @@ class Facts {
   void Suspended(std::chrono::nanoseconds duration) SENSORVELA_EXCLUDES(mutex_);
   void Note(std::string_view text) SENSORVELA_EXCLUDES(mutex_);
 
-  /// Whether atoms are queued that the reporter thread has not taken.
-  bool HasQueuedAtoms() const SENSORVELA_EXCLUDES(mutex_);
-
   // Called by the reporter thread.
 
   void Lookup(simulated::LookupStep step) SENSORVELA_EXCLUDES(mutex_);
@@ -116,7 +113,7 @@ class Facts {
   const simulated::VirtualTime& time_;
   const std::thread::id main_thread_ = std::this_thread::get_id();
 
-  mutable platform::Mutex mutex_;
+  platform::Mutex mutex_;
   Summary summary_ SENSORVELA_GUARDED_BY(mutex_);
   /// Of what the main thread does.
   Cause cause_ SENSORVELA_GUARDED_BY(mutex_);
@@ -125,8 +122,6 @@ class Facts {
   std::deque<QueuedAtom> unsent_ SENSORVELA_GUARDED_BY(mutex_);
   /// How many of them the reporter thread has taken.
   std::size_t batch_ SENSORVELA_GUARDED_BY(mutex_) = 0;
-  /// Atoms have been queued since the last step of a lookup.
-  bool has_queued_atoms_ SENSORVELA_GUARDED_BY(mutex_) = false;
   /// The disable that is reported next.
   std::optional<Disable> disable_ SENSORVELA_GUARDED_BY(mutex_);
   /// The call in progress reports an error and has queued no atom.

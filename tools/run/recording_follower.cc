@@ -39,13 +39,10 @@ RecordingFollower::RecordingFollower(const RecordingPlan& plan, simulated::Virtu
 void RecordingFollower::EndCycle() {
   CheckReports();
   // A cycle ends only after the last batch was sent, also where no number of reports follows.
-  const bool is_cut = lookups_ended_ == plan_.lookups.size() && !plan_.has_end;
-  if (is_cut && !plan_.lookups.empty() && plan_.lookups.back().found) {
-    LetReportsEnd(kNoLimit);
-    SendBatch();
-  }
+  if (lookups_ended_ == plan_.lookups.size() && !plan_.has_end) LetReportsEnd(kNoLimit);
   time_.ReachDeadlines();
-  Wake();
+  time_.WakeAll();
+  time_.WaitUntilSettled();
 }
 
 void RecordingFollower::Answer(const testkit::Diagnostics& answer) {
@@ -57,30 +54,19 @@ void RecordingFollower::Answer(const testkit::Diagnostics& answer) {
 void RecordingFollower::LookupWaits() {
   lookup_waits_ = true;
   facts_.ServiceChanges(AbsenceReason::kUnknown);
-  Wake();
-  // If the lookup will find none, all atoms that are queued now are dropped with it, and those that
-  // come while it waits are not. The run's lookup may have been made with a part of them only.
-  if (lookups_ended_ < plan_.lookups.size() && !plan_.lookups[lookups_ended_].found &&
-      facts_.HasQueuedAtoms()) {
-    DropQueuedAtoms();
-    dropped_early_ = true;
-  }
+  BeginLookup();
 }
 
 void RecordingFollower::EndLookup(bool found) {
   if (lookups_ended_ == plan_.lookups.size()) return;  // The file has been changed since.
   CheckReports();
+  if (!std::exchange(lookup_waits_, false)) BeginLookup();
   ++lookups_ended_;
-  const bool waited = std::exchange(lookup_waits_, false);
-  const bool dropped_early = std::exchange(dropped_early_, false);
-  if (!dropped_early) Wake();
   facts_.ServiceChanges(found ? std::nullopt : std::optional(AbsenceReason::kUnknown));
   LetReportsEnd(ReportsBeforeNextLookup());
   if (found) {
-    SendBatch();
-  } else if (!waited && facts_.HasQueuedAtoms()) {
-    DropQueuedAtoms();
-  } else if (!dropped_early) {
+    simulated::AnswerServiceWaits(kStatsInstance, service_);
+  } else {
     simulated::ReleaseServiceWaits(kStatsInstance);
   }
   time_.WaitUntilSettled();
@@ -91,6 +77,7 @@ void RecordingFollower::Stop() {
   time_.SetNotificationsWake(true);
   const MutexLock lock(mutex_);
   is_stopping_ = true;
+  wait_for_drain_.End(mutex_);
   wait_for_limit_.End(mutex_);
   wait_for_answer_.End(mutex_);
 }
@@ -102,11 +89,8 @@ bool RecordingFollower::AwaitReport() {
 }
 
 void RecordingFollower::ReportEnds() {
-  {
-    const MutexLock lock(mutex_);
-    if (++reports_ != report_limit_) return;
-  }
-  simulated::UnregisterService(kStatsInstance);
+  const MutexLock lock(mutex_);
+  ++reports_;
 }
 
 void RecordingFollower::CycleEnds() {
@@ -123,21 +107,29 @@ testkit::Diagnostics RecordingFollower::AwaitAnswer() {
   return answer;
 }
 
+void RecordingFollower::AwaitDrain() {
+  const MutexLock lock(mutex_);
+  while (!may_drain_ && !is_stopping_) wait_for_drain_.Wait(mutex_);
+  may_drain_ = false;
+}
+
+void RecordingFollower::BeginLookup() {
+  if (IsAtStart()) return;
+  {
+    const MutexLock lock(mutex_);
+    may_drain_ = true;
+    wait_for_drain_.End(mutex_);
+  }
+  time_.WakeAll();
+  time_.WaitUntilSettled();
+  // Where the run differs from the recording, the thread may be elsewhere.
+  const MutexLock lock(mutex_);
+  may_drain_ = false;
+}
+
 std::int64_t RecordingFollower::ReportsBeforeNextLookup() const {
-  if (lookups_ended_ < plan_.lookups.size()) return plan_.lookups[lookups_ended_].reports;
-  return plan_.reports;
-}
-
-bool RecordingFollower::HasReachedLimit() const {
-  const MutexLock lock(mutex_);
-  return reports_ >= report_limit_;
-}
-
-void RecordingFollower::CheckReports() {
-  const MutexLock lock(mutex_);
-  if (!divergence_.empty() || reports_ == report_limit_ || report_limit_ == kNoLimit) return;
-  divergence_ = "the recorded engine had made " + std::to_string(report_limit_) +
-                " reports by then, that of the replay " + std::to_string(reports_);
+  return lookups_ended_ < plan_.lookups.size() ? plan_.lookups[lookups_ended_].reports
+                                               : plan_.reports;
 }
 
 void RecordingFollower::LetReportsEnd(std::int64_t limit) {
@@ -146,26 +138,11 @@ void RecordingFollower::LetReportsEnd(std::int64_t limit) {
   wait_for_limit_.End(mutex_);
 }
 
-void RecordingFollower::Wake() {
-  time_.WakeAll();
-  time_.WaitUntilSettled();
-}
-
-void RecordingFollower::SendBatch() {
-  if (HasReachedLimit()) {
-    simulated::AnswerServiceWaits(kStatsInstance, service_);
-    return;
-  }
-  // The recorded batch may be more than one of the run's.
-  simulated::RegisterService(kStatsInstance, service_);
-  time_.WaitUntilSettled();
-  simulated::UnregisterService(kStatsInstance);
-}
-
-void RecordingFollower::DropQueuedAtoms() {
-  simulated::RefuseService(kStatsInstance);
-  time_.WaitUntilSettled();
-  simulated::AllowService(kStatsInstance);
+void RecordingFollower::CheckReports() {
+  const MutexLock lock(mutex_);
+  if (!divergence_.empty() || reports_ == report_limit_ || report_limit_ == kNoLimit) return;
+  divergence_ = "the recorded engine had made " + std::to_string(report_limit_) +
+                " reports by then, that of the replay " + std::to_string(reports_);
 }
 
 }  // namespace sensorvela::tools

@@ -14,19 +14,19 @@
 
 #include "platform/sync.h"
 #include "tools/facts/facts.h"
+#include "tools/run/drain_observer.h"
 #include "tools/run/recording_plan.h"
 
 #include "platform/thread_annotations.h"
 
 namespace sensorvela::tools {
 
-/// Holds back the engine's lookups, reports and questions until the recording has them, whatever
-/// the clocks say.
+/// Holds back the engine's steps until the recording has them, whatever the clocks say.
 ///
-/// The reporter thread sleeps until the recorded one woke up: a notification does not wake it. Each
-/// lookup of the run waits until the recording says how it ended. So the service is absent but for
-/// the time in which a lookup that found it sends its batch. A report waits while the recorded
-/// engine had not made it yet, and a question until it is answered.
+/// The reporter thread sleeps until the recorded one woke up: a notification does not wake it. It
+/// takes the queue when the recorded one did, and its lookup waits until the recording says how it
+/// ended: the service is never registered. A report waits while the recorded engine had not made
+/// it yet, and a question until it is answered.
 class RecordingFollower {
  public:
   /// All arguments outlive the follower.
@@ -53,44 +53,44 @@ class RecordingFollower {
 
   /// Waits until the recorded engine has made this report. False if it did not get to it.
   bool AwaitReport() SENSORVELA_EXCLUDES(mutex_);
-  /// The report has ended. Withdraws the service after the last report of the batch.
   void ReportEnds() SENSORVELA_EXCLUDES(mutex_);
   /// The first question of a cycle: answers that nobody has waited for are forgotten.
   void CycleEnds() SENSORVELA_EXCLUDES(mutex_);
   testkit::Diagnostics AwaitAnswer() SENSORVELA_EXCLUDES(mutex_);
 
  private:
+  /// Waits until the recorded engine has taken the queue.
+  void AwaitDrain() SENSORVELA_EXCLUDES(mutex_);
+
+  /// The reporter thread goes on to its lookup, if it has not.
+  void BeginLookup() SENSORVELA_EXCLUDES(mutex_);
+  /// The present lookup is that at the engine's start, for which the queue is not taken.
+  bool IsAtStart() const { return lookups_ended_ == 0 && plan_.service_declared; }
   /// The reports that the recorded engine had made when its next lookup began.
   std::int64_t ReportsBeforeNextLookup() const;
-  /// The run has made all reports that come before the next lookup.
-  bool HasReachedLimit() const SENSORVELA_EXCLUDES(mutex_);
   /// So many reports of the run may end from now on.
   void LetReportsEnd(std::int64_t limit) SENSORVELA_EXCLUDES(mutex_);
   void CheckReports() SENSORVELA_EXCLUDES(mutex_);
-  /// The reporter thread goes on to its lookup, if it sleeps.
-  void Wake();
-  /// The lookup that waits, and what it finds, send what the recorded batch had.
-  void SendBatch();
-  /// All atoms that are queued are dropped.
-  void DropQueuedAtoms();
 
   const RecordingPlan& plan_;
   simulated::VirtualTime& time_;
   Facts& facts_;
   const std::shared_ptr<testkit::StatsService> service_;
+  const ScopedDrainObserver drain_observer_{[this] { AwaitDrain(); }};
 
   // Used by the main thread.
 
   /// The lookups of the recording that have ended.
   std::size_t lookups_ended_ = 0;
-  /// Something has happened while the present lookup waits.
+  /// The present lookup has begun.
   bool lookup_waits_ = false;
-  /// The present lookup's atoms have been dropped already.
-  bool dropped_early_ = false;
   std::string divergence_;
 
-  mutable platform::Mutex mutex_;
+  platform::Mutex mutex_;
   bool is_stopping_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  /// The queue may be taken once.
+  bool may_drain_ SENSORVELA_GUARDED_BY(mutex_) = false;
+  simulated::ReporterWait wait_for_drain_ SENSORVELA_GUARDED_BY(mutex_);
   std::int64_t reports_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   /// So many reports may end.
   std::int64_t report_limit_ SENSORVELA_GUARDED_BY(mutex_);
