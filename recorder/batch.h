@@ -22,23 +22,32 @@ class Batch {
     std::size_t text_end;
   };
 
-  Batch() {
-    samples_.reserve(kMaxSamples);
-    lines_.reserve(kMaxLines);
-    text_.reserve(kMaxTextBytes);
+  /// How much a batch holds. A recording has two: 3.6 MiB in all.
+  struct Limits {
+    std::size_t samples = 49'152;
+    std::size_t lines = 4'096;
+    /// From so many bytes on it is half full. It has room for a line of any allowed length more.
+    std::size_t half_text_bytes = 262'144;
+    std::size_t line_bytes = kMaxLineBytes;
+  };
+
+  explicit Batch(const Limits& limits) : limits_(limits) {
+    samples_.reserve(limits.samples);
+    lines_.reserve(limits.lines);
+    text_.reserve(MaxTextBytes());
   }
 
   // Return false, and add nothing, if there is no room.
 
   bool Add(const trace_format::Sample& sample) {
-    if (samples_.size() == kMaxSamples) return false;
+    if (samples_.size() == limits_.samples) return false;
     samples_.push_back(sample);
     return true;
   }
 
   bool Add(std::string_view line) {
-    if (!CanHold(line) || lines_.size() == kMaxLines ||
-        text_.size() + line.size() > kMaxTextBytes) {
+    if (!CanHold(line) || lines_.size() == limits_.lines ||
+        text_.size() + line.size() > MaxTextBytes()) {
       return false;
     }
     text_ += line;
@@ -47,14 +56,14 @@ class Batch {
   }
 
   /// Whether an empty batch has room for it.
-  static bool CanHold(const trace_format::Sample& /*sample*/) { return true; }
-  static bool CanHold(std::string_view line) { return line.size() <= kMaxLineBytes; }
+  bool CanHold(const trace_format::Sample& /*sample*/) const { return true; }
+  bool CanHold(std::string_view line) const { return line.size() <= limits_.line_bytes; }
 
   bool IsEmpty() const { return samples_.empty() && lines_.empty(); }
 
   bool IsHalfFull() const {
-    return samples_.size() >= kMaxSamples / 2 || lines_.size() >= kMaxLines / 2 ||
-           text_.size() >= kHalfTextBytes;
+    return samples_.size() >= limits_.samples / 2 || lines_.size() >= limits_.lines / 2 ||
+           text_.size() >= limits_.half_text_bytes;
   }
 
   void Clear() {
@@ -68,13 +77,9 @@ class Batch {
   std::string_view text() const { return text_; }
 
  private:
-  // A recording has two batches: 3.6 MiB in all. A batch that is not half full has room for a line
-  // of any allowed length.
-  static constexpr std::size_t kMaxSamples = 49'152;
-  static constexpr std::size_t kMaxLines = 4'096;
-  static constexpr std::size_t kHalfTextBytes = 262'144;
-  static constexpr std::size_t kMaxTextBytes = kHalfTextBytes + kMaxLineBytes;
+  std::size_t MaxTextBytes() const { return limits_.half_text_bytes + limits_.line_bytes; }
 
+  const Limits limits_;
   std::vector<trace_format::Sample> samples_;
   std::vector<Line> lines_;
   std::string text_;

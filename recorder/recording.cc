@@ -215,12 +215,12 @@ template <typename Item>
 void Recording::AddToBatch(const Item& item) {
   if (is_finished_ || stopped_ != nullptr) return;
   bool is_added = batch_->Add(item);
-  if (!is_added && options_.waits_for_disk && Batch::CanHold(item)) {
+  if (!is_added && options_.waits_for_disk && batch_->CanHold(item)) {
     WaitForWriter();
     is_added = batch_->Add(item);
   }
   if (!is_added) {
-    Stop(Batch::CanHold(item) ? "the host is faster than the disk" : "an event is too large");
+    Stop(batch_->CanHold(item) ? "the host is faster than the disk" : "an event is too large");
   } else if (batch_->IsHalfFull()) {
     WakeWriter();
   }

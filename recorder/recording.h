@@ -45,6 +45,7 @@ class Recording {
     /// Who records waits while the present batch has no room; the engine's end waits until all is
     /// written. For hosts in virtual time, which can be faster than any disk.
     bool waits_for_disk = false;
+    Batch::Limits limits = {};
   };
 
   /// Starts the recording of an engine, and the thread that writes it; null, with a line in the
@@ -241,9 +242,10 @@ class Recording {
   platform::Mutex mutex_;
   std::condition_variable_any changed_;
   /// The batch that is filled; the writer has another.
-  std::unique_ptr<Batch> batch_ SENSORVELA_GUARDED_BY(mutex_) = std::make_unique<Batch>();
+  std::unique_ptr<Batch> batch_ SENSORVELA_GUARDED_BY(mutex_) =
+      std::make_unique<Batch>(options_.limits);
   /// The batch that is written. Used by the writer alone, who exchanges it.
-  std::unique_ptr<Batch> written_batch_ = std::make_unique<Batch>();
+  std::unique_ptr<Batch> written_batch_ = std::make_unique<Batch>(options_.limits);
   /// Why the recording has stopped; null while it has not.
   const char* stopped_ SENSORVELA_GUARDED_BY(mutex_) = nullptr;
   bool is_finished_ SENSORVELA_GUARDED_BY(mutex_) = false;

@@ -139,6 +139,7 @@ void GoOn() {
   }
   Thread& before = ThreadOf(current);
   if (chosen == current) return;
+  if (run.environment->switched) run.environment->switched(current, chosen);
   current = chosen;
   before.fiber.SwitchTo(ThreadOf(chosen).fiber);
 }
@@ -247,6 +248,8 @@ Report Explore(const Scenario& scenario, Environment& environment,
   Report report;
   run.environment = &environment;
   run.printing = choices.has_value();
+  // What the libraries initialize once is initialized before the schedules are compared.
+  if (!choices) RunOnce(scenario);
   run.path.clear();
   for (const char choice : choices.value_or("")) run.path.push_back({.chosen = choice - '0'});
   do {

@@ -87,6 +87,8 @@ struct Environment {
   std::vector<EnvironmentStep> steps;
   /// Before each run.
   std::function<void()> reset;
+  /// When another thread goes on; empty if nothing belongs to a thread.
+  std::function<void(int from, int to)> switched = {};
   /// What the run has recorded.
   std::function<std::string()> outcome;
 };

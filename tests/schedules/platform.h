@@ -20,7 +20,7 @@ namespace sensorvela::schedules {
 ///     p q      of processor and queue diagnostics       U u  the supplier's first and last calls
 ///     N F      the log: not registered, no service at the start
 ///     D X      atoms are dropped, failed to report      C c  an error past the cap, the next ones
-///     T        six hours have passed
+///     T        six hours have passed              E      a recording has ended
 class Platform {
  public:
   enum class Service : std::uint8_t { kUp, kAbsent, kRefused };
@@ -33,6 +33,11 @@ class Platform {
   bool declared = true;
   Service service = Service::kUp;
   bool report_of_a_fails = false;
+  /// Whether the rules below hold. The recorder has a lock of its own around the engine's calls and
+  /// in its reports.
+  bool has_rules = true;
+  /// Whether each reading of elapsed realtime is later than the one before.
+  bool elapses = true;
   int suppliers = 0;
   /// Threads that wait on a condition variable, and how often they all have woken without a cause.
   int waiting = 0;
@@ -51,6 +56,7 @@ class Platform {
   /// Elapsed realtime, which is a nanosecond later at each reading.
   std::int64_t ReadElapsedRealtime();
   void Record(char letter);
+  const std::string& record() const { return record_; }
   /// Empties the record.
   void Forget() { record_.clear(); }
 

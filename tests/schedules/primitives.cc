@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <ctime>
 #include <functional>
+#include <limits>
 
 #include "tests/schedules/explorer.h"
 #include "tests/schedules/memory.h"
@@ -68,6 +69,8 @@ int pthread_join(pthread_t th, void**) {
   return 0;
 }
 
+int pthread_detach(pthread_t) noexcept { return 0; }
+
 int pthread_setname_np(pthread_t, const char*) noexcept { return 0; }
 int pthread_setspecific(pthread_key_t, const void*) noexcept { return 0; }
 
@@ -91,6 +94,12 @@ int pthread_cond_broadcast(pthread_cond_t* cond) noexcept {
   Step({.name = "notify", .uses = {{{cond, true}}}});
   Access(cond, sizeof(int), false);
   ++NotificationsOf(cond);
+  return 0;
+}
+
+int pthread_cond_wait(pthread_cond_t* cond, pthread_mutex_t* mutex) {
+  const timespec never = {.tv_sec = std::numeric_limits<std::int32_t>::max(), .tv_nsec = 0};
+  pthread_cond_clockwait(cond, mutex, CLOCK_MONOTONIC, &never);
   return 0;
 }
 
