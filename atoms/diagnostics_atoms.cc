@@ -11,12 +11,13 @@ using aidl::android::frameworks::stats::VendorAtom;
 
 namespace {
 
-/// Moves the lists of a record that is an rvalue, and copies those of an lvalue.
-template <typename Record>
-VendorAtom BuildMemoryServiceability(Record&& r) {
+/// The lists are the record's; an rvalue is moved, an lvalue copied.
+template <typename List>
+VendorAtom BuildMemoryServiceability(const SensorMemoryServiceabilityStatsReported& r,
+                                     List&& bucket_allocation_count, List&& bucket_duration_ms) {
   return BuildVendorAtom(r, r.bucket_allocation_total, r.shared_value, r.serviceability_value_1,
-                         r.serviceability_value_2, std::forward<Record>(r).bucket_allocation_count,
-                         std::forward<Record>(r).bucket_duration_ms);
+                         r.serviceability_value_2, std::forward<List>(bucket_allocation_count),
+                         std::forward<List>(bucket_duration_ms));
 }
 
 }  // namespace
@@ -54,11 +55,12 @@ VendorAtom createVendorAtom(const SensorCoreDramExceptionsReported& r) {
 }
 
 VendorAtom createVendorAtom(const SensorMemoryServiceabilityStatsReported& r) {
-  return BuildMemoryServiceability(r);
+  return BuildMemoryServiceability(r, r.bucket_allocation_count, r.bucket_duration_ms);
 }
 
 VendorAtom MoveIntoVendorAtom(SensorMemoryServiceabilityStatsReported r) {
-  return BuildMemoryServiceability(std::move(r));
+  return BuildMemoryServiceability(r, std::move(r.bucket_allocation_count),
+                                   std::move(r.bucket_duration_ms));
 }
 
 VendorAtom createVendorAtom(const AADProxStatsReported& r) {

@@ -11,12 +11,12 @@ using aidl::android::frameworks::stats::VendorAtom;
 
 namespace {
 
-/// Moves the list of a record that is an rvalue, and copies that of an lvalue.
-template <typename Record>
-VendorAtom BuildStateChange(Record&& r) {
+/// `latency_histogram` is the record's; an rvalue is moved, an lvalue copied.
+template <typename List>
+VendorAtom BuildStateChange(const HalSensorStateChanged& r, List&& latency_histogram) {
   return BuildVendorAtom(r, r.sensor_id_high, r.sensor_id_low, r.state, r.sampling_period_ns,
                          r.sample_count, r.late_sample_count,
-                         std::forward<Record>(r).latency_histogram);
+                         std::forward<List>(latency_histogram));
 }
 
 }  // namespace
@@ -35,9 +35,13 @@ VendorAtom createVendorAtom(const ProxStatusReported& r) {
                          r.float_5, r.float_6);
 }
 
-VendorAtom createVendorAtom(const HalSensorStateChanged& r) { return BuildStateChange(r); }
+VendorAtom createVendorAtom(const HalSensorStateChanged& r) {
+  return BuildStateChange(r, r.latency_histogram);
+}
 
-VendorAtom MoveIntoVendorAtom(HalSensorStateChanged r) { return BuildStateChange(std::move(r)); }
+VendorAtom MoveIntoVendorAtom(HalSensorStateChanged r) {
+  return BuildStateChange(r, std::move(r.latency_histogram));
+}
 
 VendorAtom createVendorAtom(const SensorHalLatencyRecorded& r) {
   return BuildVendorAtom(r, r.sensor_id_high, r.sensor_id_low, r.operation, r.latency_ns);

@@ -45,8 +45,7 @@ using ContiguousQueue = BasicBaselineQueue<std::vector<VendorAtom>>;
 
 void AddBacklog() {
   std::size_t begin = 0;
-  for (const std::size_t end :
-       {std::size_t{1'000}, std::size_t{10'000}, std::size_t{100'000}, kAtoms}) {
+  for (std::size_t end = 1'000; end <= kAtoms; end *= 10) {
     const std::string name = std::to_string(begin) + " to " + std::to_string(end);
     AddCounters("An enqueue, by the number of atoms already queued", name,
                 [=](benchmark::State& state) {

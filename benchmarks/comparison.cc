@@ -1,6 +1,5 @@
 #include "benchmarks/comparison.h"
 
-#include <functional>
 #include <string>
 
 namespace sensorvela::benchmarks {
@@ -11,7 +10,7 @@ constexpr int kCounterRepetitions = 2;
 constexpr double kSeconds = 0.02;
 
 benchmark::internal::Benchmark* Register(const std::string& table, const std::string& row,
-                                         const std::function<void(benchmark::State&)>& body) {
+                                         const Body& body) {
   return benchmark::RegisterBenchmark((table + ": " + row).c_str(), body);
 }
 
@@ -45,13 +44,11 @@ void Add(const Comparison& comparison) {
       ->Repetitions(comparison.repetitions);
 }
 
-void Add(const std::string& table, const std::string& name,
-         const std::function<void(benchmark::State&)>& body) {
+void Add(const std::string& table, const std::string& name, const Body& body) {
   Register(table, name, body)->UseRealTime()->MinTime(kSeconds)->Repetitions(kRepetitions);
 }
 
-void AddCounters(const std::string& table, const std::string& name,
-                 const std::function<void(benchmark::State&)>& body) {
+void AddCounters(const std::string& table, const std::string& name, const Body& body) {
   Register(table, name, body)->Iterations(1)->Repetitions(kCounterRepetitions);
 }
 

@@ -42,12 +42,13 @@ struct Comparison {
 /// Adds a row that compares the two. Each repetition sets both up anew, and gives one ratio.
 void Add(const Comparison& comparison);
 
+/// A benchmark as Google Benchmark has it.
+using Body = std::function<void(benchmark::State&)>;
+
 /// Adds a row for an operation that has no baseline.
-void Add(const std::string& table, const std::string& name,
-         const std::function<void(benchmark::State&)>& body);
+void Add(const std::string& table, const std::string& name, const Body& body);
 
 /// Adds a row with a column for each counter that `body` sets: its median over some runs.
-void AddCounters(const std::string& table, const std::string& name,
-                 const std::function<void(benchmark::State&)>& body);
+void AddCounters(const std::string& table, const std::string& name, const Body& body);
 
 }  // namespace sensorvela::benchmarks

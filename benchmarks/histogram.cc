@@ -4,7 +4,6 @@
 #include <memory>
 #include <vector>
 
-#include <sensorvela/atoms/memory_serviceability_histograms.h>
 #include <sensorvela/histogram/stats_histogram.h>
 
 #include "benchmarks/comparison.h"
@@ -26,8 +25,7 @@ double TimeOf(const Add& add) {
 }
 
 auto NewHistogram() {
-  return android::hardware::halvard::orrin::vendor::OrrinAtoms::
-      create_sensor_memory_serviceability_stats_reported__bucket_duration_ms_histogram();
+  return android::util::statslogapigen::StatsHistogram::createLinearBins(0, 100, 20);
 }
 
 Slice Operation() {

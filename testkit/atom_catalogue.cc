@@ -21,8 +21,8 @@ namespace {
 
 /// A value's name and meaning, as in `ValueInfo`.
 struct ValueWords {
-  std::string_view name = "";
-  std::string_view meaning = "";
+  std::string_view name{};
+  std::string_view meaning{};
 };
 
 constexpr std::size_t kMostValues = 20;

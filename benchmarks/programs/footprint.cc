@@ -32,16 +32,16 @@ thread_local std::size_t allocated_bytes = 0;
 }  // namespace
 
 // Counts what this program and the libraries allocate.
-void* operator new(std::size_t bytes) {
-  void* block = std::malloc(bytes);  // NOLINT(cppcoreguidelines-no-malloc)
+void* operator new(std::size_t sz) {
+  void* block = std::malloc(sz);  // NOLINT(cppcoreguidelines-no-malloc)
   if (block == nullptr) std::abort();
-  allocated_bytes += bytes;
+  allocated_bytes += sz;
   return block;
 }
-void operator delete(void* block) noexcept {
-  std::free(block);  // NOLINT(cppcoreguidelines-no-malloc)
+void operator delete(void* p) noexcept {
+  std::free(p);  // NOLINT(cppcoreguidelines-no-malloc)
 }
-void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
+void operator delete(void* p, std::size_t) noexcept { operator delete(p); }
 
 namespace {
 
