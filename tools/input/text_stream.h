@@ -5,8 +5,11 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <vector>
 
 #include "tools/input/input.h"
+
+struct z_stream_s;
 
 namespace sensorvela::tools {
 
@@ -24,9 +27,6 @@ enum class TextEnd {
 class TextStream {
  public:
   explicit TextStream(Input input);
-  ~TextStream();
-  TextStream(const TextStream&) = delete;
-  TextStream& operator=(const TextStream&) = delete;
 
   /// Copies the next bytes of the text into `buffer`, which has at least two, and returns their
   /// number; 0 means the end. What came before a cut or damage is given first. Throws
@@ -40,18 +40,32 @@ class TextStream {
   std::uint64_t bytes_read() const { return bytes_read_; }
 
  private:
-  class Inflater;
+  struct EndInflation {
+    void operator()(z_stream_s* zlib) const;
+  };
 
   std::size_t ReadInput(std::span<char> buffer);
   /// The first read, which finds out whether the input is gzip data.
   std::size_t ReadStart(std::span<char> buffer);
 
+  // For gzip data.
+  std::size_t ReadInflated(std::span<char> buffer);
+  /// Zeros may follow a member, as where a file was copied in blocks.
+  void SkipPadding();
+  void Inflate();
+  void End(TextEnd end);
+
   Input input_;
   bool has_begun_ = false;
   std::uint64_t bytes_read_ = 0;
   TextEnd end_ = TextEnd::kWhole;
-  /// None for a plain text, and before the first read.
-  std::unique_ptr<Inflater> inflater_;
+
+  /// Null for a plain text, and before the first read.
+  std::unique_ptr<z_stream_s, EndInflation> zlib_;
+  /// What zlib takes its input from.
+  std::vector<char> chunk_;
+  bool is_between_members_ = false;
+  bool has_ended_ = false;
 };
 
 }  // namespace sensorvela::tools
