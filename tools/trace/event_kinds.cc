@@ -19,10 +19,8 @@
 #include "tools/run/replay.h"
 #include "tools/text/printable_text.h"
 #include "tools/text/wrapped_text.h"
-#include "tools/trace/diagnostics_reader.h"
-#include "tools/trace/outside_atom.h"
-#include "tools/trace/sample_lists_reader.h"
-#include "tools/trace/sample_train_reader.h"
+#include "tools/trace/record_readers.h"
+#include "tools/trace/sample_readers.h"
 #include "trace_format/engine_call.h"
 #include "trace_format/record_fields.h"
 #include "trace_format/words.h"
@@ -49,10 +47,13 @@ constexpr std::size_t kLineWidth = 100;
 
 SupplierKind ReadSupplier(FieldReader& fields) {
   namespace kinds = trace_format::supplier;
-  constexpr std::array kNames = {kinds::kNone, kinds::kFirst, kinds::kSecond};
-  constexpr std::array kKinds = {SupplierKind::kNone, SupplierKind::kFirstGeneration,
-                                 SupplierKind::kSecondGeneration};
-  return kKinds.at(fields.OptionalChoice(field::kSupplier, kNames, 2));
+  constexpr std::string_view kExpected = "one of none, first, second";
+  const JsonValue* const supplier = fields.OptionalValue(field::kSupplier, kExpected);
+  const std::string_view kind = supplier != nullptr ? supplier->Text() : kinds::kSecond;
+  if (kind == kinds::kNone) return SupplierKind::kNone;
+  if (kind == kinds::kFirst) return SupplierKind::kFirstGeneration;
+  if (kind == kinds::kSecond) return SupplierKind::kSecondGeneration;
+  supplier->Reject("is " + Quoted(kind), kExpected);
 }
 
 // Each reads an argument of a call. A number takes the next name for its field.
@@ -67,33 +68,18 @@ void Read(FieldReader& fields, const std::string_view*& name, Number& number) {
 }
 
 void Read(FieldReader& fields, const std::string_view*& /*name*/, SensorVela::SensorId& sensor) {
-  sensor.high = fields.Integer<std::uint32_t>(field::kSensorHigh);
-  sensor.low = fields.Integer<std::int32_t>(field::kSensorLow);
+  sensor = fields.Sensor();
 }
 
 void Read(FieldReader& fields, const std::string_view*& /*name*/,
           SensorVela::TarnVelaProxEvent& event) {
-  trace_format::ForEachNamedField(event,
-                                  [&]<typename Number>(std::string_view name, Number& number) {
-                                    if constexpr (std::is_same_v<Number, float>) {
-                                      number = fields.OptionalFloat(name);
-                                    } else {
-                                      number = fields.OptionalInteger<Number>(name, 0);
-                                    }
-                                  });
-}
-
-SensorVela::SensorId ReadSensor(FieldReader& fields) {
-  const std::string_view* no_name = nullptr;
-  SensorVela::SensorId sensor = {};
-  Read(fields, no_name, sensor);
-  return sensor;
+  trace_format::ForEachNamedField(
+      event, [&](std::string_view name, auto& number) { fields.OptionalNumber(name, number); });
 }
 
 /// The call, with the arguments that the fields have, of a method of the engine or the replay.
-template <const trace_format::EngineCall& call, typename Class, typename... Parameters>
+template <const auto& call, typename Class, typename... Parameters>
 auto ReadCall(FieldReader& fields, void (Class::*method)(Parameters...)) {
-  static_assert(trace_format::kNamesNumbers<call, std::remove_cvref_t<Parameters>...>);
   std::tuple<std::remove_cvref_t<Parameters>...> arguments;
   const std::string_view* name = call.fields.data();
   std::apply([&](auto&... argument) { (Read(fields, name, argument), ...); }, arguments);
@@ -103,23 +89,23 @@ auto ReadCall(FieldReader& fields, void (Class::*method)(Parameters...)) {
 }
 
 /// A call of the engine, which the replay makes.
-template <const trace_format::EngineCall& call, auto method>
+template <const auto& call>
 EventContent CallEngine(FieldReader& fields, const TraceContext&) {
-  return {[call_once = ReadCall<call>(fields, method)](Replay& replay) {
+  return {[call_once = ReadCall<call>(fields, call.method)](Replay& replay) {
     replay.CallEngine(call_once);
   }};
 }
 
 /// A call of the engine of which the replay does more.
-template <const trace_format::EngineCall& call, auto method>
+template <const auto& call, auto method>
 EventContent CallReplay(FieldReader& fields, const TraceContext&) {
   return {ReadCall<call>(fields, method)};
 }
 
 /// An error, reported as often as the event says.
-template <const trace_format::EngineCall& call, auto method>
+template <const auto& call>
 EventContent ReportErrors(FieldReader& fields, const TraceContext&) {
-  const auto report = ReadCall<call>(fields, method);
+  const auto report = ReadCall<call>(fields, call.method);
   const auto count = fields.OptionalInteger<std::int32_t>("count", 1, 1, kMaxCount);
   return {[=](Replay& replay) { replay.ReportErrors(count, report); }};
 }
@@ -146,13 +132,14 @@ EventContent AnswerReports(FieldReader& fields, const TraceContext&) {
 template <Answer Given>
 EventContent FailedReport(FieldReader& fields, const TraceContext&) {
   const auto report = fields.Integer<std::int64_t>(field::kReport, 1, kMaxReports);
-  return {.plan = [=](RecordingPlan& plan) {
-    if (!plan.failures.empty() && report <= plan.failures.back().report) {
+  return {.plan = [=](TracePlan& plan) {
+    auto& failures = plan.recording->failures;
+    if (!failures.empty() && report <= failures.back().report) {
       throw EventError("report " + std::to_string(report) + " after report " +
-                       std::to_string(plan.failures.back().report) +
+                       std::to_string(failures.back().report) +
                        ": expected the reports in their order");
     }
-    plan.failures.push_back({report, Given});
+    failures.push_back({report, Given});
   }};
 }
 
@@ -166,7 +153,7 @@ template <bool found>
 EventContent LookupEnds(FieldReader& fields, const TraceContext&) {
   const auto reports = fields.Integer<std::int64_t>(field::kReports, 0, kMaxReports);
   return {.action = [](Replay& replay) { replay.recording().EndLookup(found); },
-          .plan = [=](RecordingPlan& plan) { plan.lookups.push_back({found, reports}); }};
+          .plan = [=](TracePlan& plan) { plan.recording->lookups.push_back({found, reports}); }};
 }
 
 EventContent Nothing(FieldReader&, const TraceContext&) { return {}; }
@@ -181,11 +168,10 @@ constexpr EventKind kEventKinds[] = {
                .supplier = supplier};
      }},
     {trace_format::kHalError.event, "a call into the sensors HAL fails, count times",
-     Place::kNeedsEngine, ReportErrors<trace_format::kHalError, &SensorVela::LogSensorHalError>,
+     Place::kNeedsEngine, ReportErrors<trace_format::kHalError>,
      atoms::SensorHalErrorDetected::kAtomId},
     {trace_format::kRuntimeError.event, "a sensor fails while it runs, count times",
-     Place::kNeedsEngine,
-     ReportErrors<trace_format::kRuntimeError, &SensorVela::LogSensorRuntimeError>,
+     Place::kNeedsEngine, ReportErrors<trace_format::kRuntimeError>,
      atoms::SensorRuntimeErrorDetected::kAtomId},
     {trace_format::kSensorEnabled.event, "a sensor is enabled with that sampling period",
      Place::kNeedsEngine, CallReplay<trace_format::kSensorEnabled, &Replay::EnableSensor>,
@@ -202,25 +188,21 @@ constexpr EventKind kEventKinds[] = {
      "latency_ns after its timestamp",
      Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto sensor = ReadSensor(fields);
-       const auto train = ReadSampleTrain(fields, sensor);
+       const auto train = ReadSampleTrain(fields);
        return {.action = [=](Replay& replay) { replay.StartTrain(train); },
                .train_ns = train.DurationNs()};
      },
      atoms::SensorFirstSampleReported::kAtomId},
     {trace_format::kFirstSample.event,
      "the host reports a first sample beside the one that the engine reports", Place::kNeedsEngine,
-     CallEngine<trace_format::kFirstSample, &SensorVela::ReportFirstSample>,
-     atoms::SensorFirstSampleReported::kAtomId},
+     CallEngine<trace_format::kFirstSample>, atoms::SensorFirstSampleReported::kAtomId},
     {trace_format::kProx.event, "a proximity status report; fields left out are 0",
-     Place::kNeedsEngine, CallEngine<trace_format::kProx, &SensorVela::LogSensorProxEvent>,
-     atoms::ProxStatusReported::kAtomId},
+     Place::kNeedsEngine, CallEngine<trace_format::kProx>, atoms::ProxStatusReported::kAtomId},
     {trace_format::kHalLatency.event, "an operation of the sensors HAL took that long",
-     Place::kNeedsEngine, CallEngine<trace_format::kHalLatency, &SensorVela::ReportHalLatency>,
+     Place::kNeedsEngine, CallEngine<trace_format::kHalLatency>,
      atoms::SensorHalLatencyRecorded::kAtomId},
     {trace_format::kFirmwareState.event, "a sensor firmware changes its state", Place::kNeedsEngine,
-     CallEngine<trace_format::kFirmwareState, &SensorVela::ReportFirmwareState>,
-     atoms::SensorFirmwareStateChanged::kAtomId},
+     CallEngine<trace_format::kFirmwareState>, atoms::SensorFirmwareStateChanged::kAtomId},
     {trace_format::kAtom.event,
      "an atom that is not of the engine's making; each of the values is an object of one field, "
      "named after its kind: int, long, float, string, bool, ints, longs, floats, strings, bools or "
@@ -281,15 +263,15 @@ constexpr EventKind kEventKinds[] = {
      "all output calls the sensor by that name; the last one holds for the whole run",
      Place::kAnywhere,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto sensor = ReadSensor(fields);
-       return {.sensor_name = [=, name = fields.Text("name")](SensorNames& names) {
-         names.Set(sensor, name);
+       const auto sensor = fields.Sensor();
+       return {.plan = [=, name = std::string(fields.Text("name"))](TracePlan& plan) {
+         plan.sensor_names.Set(sensor, name);
        }};
      }},
     {"time_passes", "nothing happens but the passing of time", Place::kAnywhere, Nothing},
     {"note", "a line of the story, printed with the output", Place::kAnywhere,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
-       return {[text = fields.Text("text")](Replay& replay) { replay.Note(text); }};
+       return {[text = std::string(fields.Text("text"))](Replay& replay) { replay.Note(text); }};
      }},
     {event::kEnd,
      "the host destroys the engine, and trains under way are cut; must be last; without it the run "
@@ -301,7 +283,12 @@ constexpr EventKind kEventKinds[] = {
            fields.OptionalInteger<std::int64_t>(field::kReports, kAbsent, 0, kMaxReports);
        EventContent content = {[](Replay& replay) { replay.CutTrains(); }};
        if (reports != kAbsent) {
-         content.plan = [=](RecordingPlan& plan) { plan.reports = reports; };
+         content.plan = [=](TracePlan& plan) {
+           if (!plan.recording) {
+             throw EventError("an end with reports: expected them in recordings only");
+           }
+           plan.recording->reports = reports;
+         };
        }
        return content;
      }},
@@ -325,7 +312,7 @@ constexpr EventKind kEventKinds[] = {
     {event::kServiceFoundDeclared, "the engine has found the service declared when it started",
      Place::kInRecording,
      [](FieldReader&, const TraceContext&) -> EventContent {
-       return {.plan = [](RecordingPlan& plan) { plan.service_declared = true; }};
+       return {.plan = [](TracePlan& plan) { plan.recording->service_declared = true; }};
      }},
     {event::kLookupWaits, "a lookup of the engine has waited for the service since then",
      Place::kInRecording, FollowRecording<&RecordingFollower::LookupWaits>},
@@ -341,7 +328,8 @@ constexpr EventKind kEventKinds[] = {
      [](FieldReader&, const TraceContext&) -> EventContent {
        return {.action = [](Replay& replay) { replay.recording().EndCycle(); },
                .plan =
-                   [](RecordingPlan& plan) {
+                   [](TracePlan& trace_plan) {
+                     RecordingPlan& plan = *trace_plan.recording;
                      if (++plan.cycles > kMaxCycles) {
                        throw EventError("more cycles than the clock can count: expected at most " +
                                         std::to_string(kMaxCycles));

@@ -62,10 +62,8 @@ struct EventContent {
   std::int64_t samples_ns = 0;
   /// The identifier of the atom that the event brings.
   std::int32_t atom_id = 0;
-  /// Adds what the event says about the whole recording to the plan.
-  std::function<void(RecordingPlan& plan)> plan = nullptr;
-  /// Adds the name that the event gives a sensor.
-  std::function<void(SensorNames& names)> sensor_name = nullptr;
+  /// Adds what the event says about the whole run to the plan.
+  std::function<void(TracePlan& plan)> plan = nullptr;
 };
 
 /// One kind of event. A new kind needs only an entry in the table in event_kinds.cc.

@@ -1,9 +1,7 @@
 #include "tools/trace/json_line.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -15,130 +13,30 @@
 namespace sensorvela::tools {
 
 using nlohmann::json;
-using Type = JsonValue::Type;
-
-const JsonValue* JsonValue::Find(std::string_view name) const {
-  for (const JsonValue* field = begin(); field != end(); field = field->next()) {
-    if (field->key == name) return field;
-  }
-  return nullptr;
-}
-
-std::string_view JsonValue::TypeName() const {
-  switch (type) {
-    case Type::kNull:
-      return "null";
-    case Type::kBool:
-      return "boolean";
-    case Type::kInteger:
-    case Type::kUnsigned:
-    case Type::kFloat:
-      return "number";
-    case Type::kString:
-      return "string";
-    case Type::kArray:
-      return "array";
-    case Type::kObject:
-      return "object";
-  }
-  return "?";
-}
-
-float NearestFloat(double number) {
-  using Limits = std::numeric_limits<float>;
-  return static_cast<float>(std::clamp(number, double{Limits::lowest()}, double{Limits::max()}));
-}
-
-namespace {
-
-Json ArrayToJson(const JsonValue& value) {
-  Json::array_t array;
-  array.reserve(value.size);
-  for (const JsonValue* inner = value.begin(); inner != value.end(); inner = inner->next()) {
-    array.push_back(ToJson(*inner));
-  }
-  return array;
-}
-
-Json ObjectToJson(const JsonValue& value) {
-  Json::object_t object;
-  object.reserve(value.size);
-  for (const JsonValue* inner = value.begin(); inner != value.end(); inner = inner->next()) {
-    object.emplace_back(std::string(inner->key), ToJson(*inner));
-  }
-  return object;
-}
-
-}  // namespace
-
-Json ToJson(const JsonValue& value) {
-  switch (value.type) {
-    case Type::kNull:
-      break;
-    case Type::kBool:
-      return value.integer != 0;
-    case Type::kInteger:
-      return value.integer;
-    case Type::kUnsigned:
-      return static_cast<std::uint64_t>(value.integer);
-    case Type::kFloat:
-      return NearestFloat(value.number);
-    case Type::kString:
-      return value.text;
-    case Type::kArray:
-      return ArrayToJson(value);
-    case Type::kObject:
-      return ObjectToJson(value);
-  }
-  return {};
-}
 
 /// What nlohmann-json calls back, for each value in the order of the line. The names are its own.
 class JsonLine::Parser {
  public:
-  explicit Parser(JsonLine& line) : values_(line.values_), texts_(line.texts_), open_(line.open_) {}
+  explicit Parser(JsonLine& line) : values_(line.values_), texts_(line.texts_) {}
 
-  bool null() {
-    Add(Type::kNull);
-    return true;
-  }
-
-  bool boolean(bool value) {
-    Add(Type::kBool).integer = value ? 1 : 0;
-    return true;
-  }
-
-  bool number_integer(std::int64_t value) {
-    Add(Type::kInteger).integer = value;
-    return true;
-  }
-
+  bool null() { return Add(nullptr); }
+  bool boolean(bool value) { return Add(value); }
+  bool number_integer(std::int64_t value) { return Add(value); }
   bool number_unsigned(std::uint64_t value) {
-    const auto integer = static_cast<std::int64_t>(value);
-    Add(integer < 0 ? Type::kUnsigned : Type::kInteger).integer = integer;
-    return true;
+    return std::in_range<std::int64_t>(value) ? Add(static_cast<std::int64_t>(value)) : Add(value);
   }
-
-  bool number_float(double value, const std::string& /*text*/) {
-    Add(Type::kFloat).number = value;
-    return true;
-  }
-
-  bool string(const std::string& text) {
-    Add(Type::kString).text = Keep(text);
-    return true;
-  }
-
+  bool number_float(double value, const std::string& /*text*/) { return Add(value); }
+  bool string(const std::string& text) { return Add(Keep(text)); }
   bool binary(const json::binary_t& /*bytes*/) { return false; }  // JSON text has none.
 
-  bool start_object(std::size_t /*size*/) { return Open(Type::kObject); }
-  bool start_array(std::size_t /*size*/) { return Open(Type::kArray); }
+  bool start_object(std::size_t /*size*/) { return Open(JsonValue::Object()); }
+  bool start_array(std::size_t /*size*/) { return Open(JsonValue::Array()); }
   bool end_object() { return Close(); }
   bool end_array() { return Close(); }
 
   bool key(const std::string& name) {
-    JsonValue& object = values_[open_.back()];
-    object.extent = values_.size() - open_.back();
+    JsonValue& object = values_[open_];
+    object.extent = values_.size() - open_;
     if (object.Find(name) != nullptr) {
       throw EventError("duplicate field " + Quoted(name) + ": expected each field once");
     }
@@ -168,26 +66,30 @@ class JsonLine::Parser {
     return std::string_view(texts_).substr(texts_.size() - text.size());
   }
 
-  JsonValue& Add(Type type) {
-    if (!open_.empty()) ++values_[open_.back()].size;
-    return values_.emplace_back(JsonValue{.type = type, .key = std::exchange(key_, {})});
+  bool Add(JsonValue::Content content) {
+    if (!values_.empty()) ++values_[open_].size;
+    values_.push_back(
+        {.content = content, .key = std::exchange(key_, {}), .offset = values_.size() - open_});
+    return true;
   }
 
-  bool Open(Type type) {
-    Add(type);
-    open_.push_back(values_.size() - 1);
+  bool Open(JsonValue::Content content) {
+    Add(content);
+    open_ = values_.size() - 1;
     return true;
   }
 
   bool Close() {
-    values_[open_.back()].extent = values_.size() - open_.back();
-    open_.pop_back();
+    JsonValue& closed = values_[open_];
+    closed.extent = values_.size() - open_;
+    open_ -= closed.offset;
     return true;
   }
 
   std::vector<JsonValue>& values_;
   std::string& texts_;
-  std::vector<std::size_t>& open_;
+  /// The position of the innermost array or object that has not been closed.
+  std::size_t open_ = 0;
   /// The name of the field whose value comes next.
   std::string_view key_;
 };
@@ -204,11 +106,10 @@ const JsonValue& JsonLine::Parse(std::string_view line) {
   values_.clear();
   texts_.clear();
   texts_.reserve(line.size());  // No escape is shorter than what it stands for.
-  open_.clear();
   Parser parser(*this);
   json::sax_parse(line.data(), line.data() + line.size(), &parser);
   const JsonValue& whole = values_.front();
-  if (whole.type != Type::kObject) {
+  if (!whole.Is<JsonValue::Object>()) {
     throw EventError("a JSON value of type " + std::string(whole.TypeName()) +
                      ": expected an object");
   }

@@ -40,89 +40,77 @@ class TraceParser {
   void Parse(std::size_t line_number, std::string_view text, Event& event) {
     const JsonValue& line = json_.Parse(text);
     FieldReader fields(line);
-    const std::string name = fields.Text(trace_format::field::kEvent);
-    const EventKind& kind = FindEventKind(name);
+    const EventKind& kind = FindEventKind(fields.Text(trace_format::field::kEvent));
     const auto at_ns =
         fields.Integer<std::int64_t>(trace_format::field::kAtNs, 0, trace_format::kMaxTimeNs);
     context_.at_ns = at_ns;
     EventContent content = kind.read(fields, context_);
     fields.RejectOtherFields();
     CheckTime(line_number, at_ns);
-    awake_at_ns_ = at_ns + content.suspended_ns;
-    samples_end_ns_ = at_ns + content.samples_ns;
     CheckPlace(line_number, kind);
-    if (run_begin_ns_ < 0) run_begin_ns_ = at_ns;
-    if (content.plan) {
-      if (!recording_) {
-        throw EventError("an end with reports: expected them in recordings only");
-      }
-      content.plan(*recording_);
-    }
-    if (content.sensor_name) content.sensor_name(sensor_names_);
-    context_.supplier = content.supplier.value_or(context_.supplier);
-    run_end_ns_ =
-        kind.place == Place::kLast
-            ? at_ns
-            : std::max({run_end_ns_, awake_at_ns_, samples_end_ns_, at_ns + content.train_ns});
+    AddToPlan(kind, at_ns, content);
     event.at = std::chrono::nanoseconds(at_ns);
     event.action = std::move(content.action);
-    if (context_.plan != nullptr) event.info = Info(line_number, line, kind, content.atom_id);
+    if (context_.plan == nullptr) return;
+    event.info = std::make_shared<EventInfo>(
+        EventInfo{.kind = kind.name,
+                  .line = line_number,
+                  .atom_id = content.atom_id != 0 ? content.atom_id : kind.atom_id,
+                  .sensor = fields.sensor(),
+                  .fields = with_fields_ ? OwnFields(line) : Json()});
   }
 
   /// What the events so far determine.
-  TracePlan plan() const {
-    return {sensor_names_, std::chrono::nanoseconds(run_begin_ns_),
-            std::chrono::nanoseconds(run_end_ns_), last_line_, recording_};
-  }
+  const TracePlan& plan() const { return plan_; }
 
-  bool is_recording() const { return recording_.has_value(); }
+  bool is_recording() const { return plan_.recording.has_value(); }
   bool has_end() const { return end_line_ != 0; }
-  std::size_t last_line() const { return last_line_; }
 
   void CheckWhole() const {
-    if (last_line_ == 0) throw EventError("the trace is empty: expected one event a line");
+    if (plan_.last_line == 0) throw EventError("the trace is empty: expected one event a line");
     if (engine_line_ == 0) throw EventError("the trace ends here: expected an engine_start in it");
   }
 
  private:
-  /// What the outputs need of an event that has been checked.
-  std::shared_ptr<const EventInfo> Info(std::size_t line_number, const JsonValue& line,
-                                        const EventKind& kind, std::int32_t atom_id) const {
-    auto info = std::make_shared<EventInfo>();
-    info->kind = kind.name;
-    info->line = line_number;
-    info->atom_id = atom_id != 0 ? atom_id : kind.atom_id;
-    const JsonValue* const high = line.Find(trace_format::field::kSensorHigh);
-    const JsonValue* const low = line.Find(trace_format::field::kSensorLow);
-    if (high != nullptr && low != nullptr) {
-      info->sensor = {static_cast<std::uint32_t>(high->integer),
-                      static_cast<std::int32_t>(low->integer)};
-    }
-    if (!with_fields_) return info;
-    info->fields = ToJson(line);
-    info->fields.erase(trace_format::field::kAtNs);
-    info->fields.erase(trace_format::field::kEvent);
-    return info;
+  /// The line's fields but for those that every event has.
+  static Json OwnFields(const JsonValue& line) {
+    Json fields = ToJson(line);
+    fields.erase(trace_format::field::kAtNs);
+    fields.erase(trace_format::field::kEvent);
+    return fields;
   }
 
   void CheckTime(std::size_t line_number, std::int64_t at_ns) {
     if (at_ns < last_at_ns_) {
       throw EventError("time goes back from " + std::to_string(last_at_ns_) + " (line " +
-                       std::to_string(last_line_) + ") to " + std::to_string(at_ns) +
+                       std::to_string(plan_.last_line) + ") to " + std::to_string(at_ns) +
                        ": expected no earlier instant");
     }
     if (at_ns < awake_at_ns_) {
       throw EventError("an event at " + std::to_string(at_ns) + ", while the device is suspended" +
-                       " (line " + std::to_string(last_line_) + "): expected none before " +
+                       " (line " + std::to_string(plan_.last_line) + "): expected none before " +
                        std::to_string(awake_at_ns_));
     }
     if (at_ns < samples_end_ns_) {
       throw EventError("an event at " + std::to_string(at_ns) +
-                       ", before the last sample of line " + std::to_string(last_line_) +
+                       ", before the last sample of line " + std::to_string(plan_.last_line) +
                        ": expected none before " + std::to_string(samples_end_ns_));
     }
     last_at_ns_ = at_ns;
-    last_line_ = line_number;
+    plan_.last_line = line_number;
+  }
+
+  /// Adds a checked event.
+  void AddToPlan(const EventKind& kind, std::int64_t at_ns, const EventContent& content) {
+    awake_at_ns_ = at_ns + content.suspended_ns;
+    samples_end_ns_ = at_ns + content.samples_ns;
+    const std::chrono::nanoseconds at(at_ns);
+    if (plan_.run_begin < at.zero()) plan_.run_begin = at;
+    const std::chrono::nanoseconds done(
+        std::max({awake_at_ns_, samples_end_ns_, at_ns + content.train_ns}));
+    plan_.run_end = kind.place == Place::kLast ? at : std::max(plan_.run_end, done);
+    if (content.plan) content.plan(plan_);
+    context_.supplier = content.supplier.value_or(context_.supplier);
   }
 
   void CheckPlace(std::size_t line_number, const EventKind& kind) {
@@ -132,10 +120,10 @@ class TraceParser {
                        "): expected end to be the last event");
     }
     if (kind.place == Place::kStartsRecording) {
-      if (run_begin_ns_ >= 0) {
+      if (plan_.run_begin >= plan_.run_begin.zero()) {
         throw EventError("a " + name + " here: expected it as the first event or not at all");
       }
-      recording_.emplace();
+      plan_.recording.emplace();
     }
     if (kind.place == Place::kInRecording && !is_recording()) {
       throw EventError(name +
@@ -164,15 +152,11 @@ class TraceParser {
   std::int64_t awake_at_ns_ = 0;
   /// When the last sample of the last event arrives, or else the last event's instant.
   std::int64_t samples_end_ns_ = 0;
-  /// Negative before the first event.
-  std::int64_t run_begin_ns_ = -1;
-  std::int64_t run_end_ns_ = 0;
-  SensorNames sensor_names_;
-  std::optional<RecordingPlan> recording_;
   // Line numbers; 0 while there is no such line.
-  std::size_t last_line_ = 0;
   std::size_t engine_line_ = 0;
   std::size_t end_line_ = 0;
+  /// `run_begin` is negative before the first event.
+  TracePlan plan_ = {.run_begin = std::chrono::nanoseconds(-1)};
 };
 
 bool IsBlank(std::string_view line) {
@@ -214,12 +198,12 @@ class TracePass {
 
   std::uint64_t bytes_read() const { return lines_.bytes_read(); }
 
-  TracePlan plan() const { return parser_.plan(); }
+  const TracePlan& plan() const { return parser_.plan(); }
 
   /// Where a recording has been cut; empty for other traces.
   std::string Cut() const {
     if (!parser_.is_recording() || parser_.has_end()) return "";
-    return name_ + ":" + std::to_string(parser_.last_line()) +
+    return name_ + ":" + std::to_string(parser_.plan().last_line) +
            ": the recording was cut after this line";
   }
 
