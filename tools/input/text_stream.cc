@@ -32,7 +32,7 @@ void TextStream::EndInflation::operator()(z_stream_s* zlib) const {
 TextStream::TextStream(Input input) : input_(std::move(input)) {}
 
 std::size_t TextStream::Read(std::span<char> buffer) {
-  if (!std::exchange(has_begun_, true)) return ReadStart(buffer);
+  if (bytes_read_ == 0) return ReadStart(buffer);
   return zlib_ ? ReadInflated(buffer) : ReadInput(buffer);
 }
 
@@ -57,20 +57,19 @@ std::size_t TextStream::ReadInput(std::span<char> buffer) {
 
 std::size_t TextStream::ReadInflated(std::span<char> buffer) {
   Give(buffer, zlib_->next_out, zlib_->avail_out);
-  while (zlib_->avail_out == buffer.size() && !has_ended_) {
+  while (zlib_->avail_out == buffer.size() && !end_) {
     if (zlib_->avail_in == 0) {
       const std::size_t count = ReadInput(chunk_);
       Give(std::span(chunk_).first(count), zlib_->next_in, zlib_->avail_in);
-      if (count == 0) End(is_between_members_ ? TextEnd::kWhole : TextEnd::kCut);
+      if (count == 0) end_ = is_between_members_ ? TextEnd::kWhole : TextEnd::kCut;
     }
-    if (is_between_members_) SkipPadding();
-    if (!has_ended_ && zlib_->avail_in > 0) Inflate();
+    // Zeros may follow a member, as where a file was copied in blocks.
+    for (; is_between_members_ && zlib_->avail_in > 0 && *zlib_->next_in == 0; --zlib_->avail_in) {
+      ++zlib_->next_in;
+    }
+    if (zlib_->avail_in > 0) Inflate();
   }
   return buffer.size() - zlib_->avail_out;
-}
-
-void TextStream::SkipPadding() {
-  for (; zlib_->avail_in > 0 && *zlib_->next_in == 0; --zlib_->avail_in) ++zlib_->next_in;
 }
 
 void TextStream::Inflate() {
@@ -81,13 +80,8 @@ void TextStream::Inflate() {
     is_between_members_ = true;
     inflateReset(zlib_.get());
   } else if (result != Z_OK && result != Z_BUF_ERROR) {
-    End(TextEnd::kDamaged);
+    end_ = TextEnd::kDamaged;
   }
-}
-
-void TextStream::End(TextEnd end) {
-  has_ended_ = true;
-  end_ = end;
 }
 
 }  // namespace sensorvela::tools

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -34,7 +35,7 @@ class TextStream {
   std::size_t Read(std::span<char> buffer);
 
   /// How the text ends, once `Read` has returned 0.
-  TextEnd end() const { return end_; }
+  TextEnd end() const { return end_.value_or(TextEnd::kWhole); }
 
   /// The number of the input's bytes that have been read.
   std::uint64_t bytes_read() const { return bytes_read_; }
@@ -50,22 +51,17 @@ class TextStream {
 
   // For gzip data.
   std::size_t ReadInflated(std::span<char> buffer);
-  /// Zeros may follow a member, as where a file was copied in blocks.
-  void SkipPadding();
   void Inflate();
-  void End(TextEnd end);
 
   Input input_;
-  bool has_begun_ = false;
   std::uint64_t bytes_read_ = 0;
-  TextEnd end_ = TextEnd::kWhole;
 
   /// Null for a plain text, and before the first read.
   std::unique_ptr<z_stream_s, EndInflation> zlib_;
   /// What zlib takes its input from.
   std::vector<char> chunk_;
   bool is_between_members_ = false;
-  bool has_ended_ = false;
+  std::optional<TextEnd> end_;
 };
 
 }  // namespace sensorvela::tools

@@ -19,8 +19,7 @@
 #include "tools/run/replay.h"
 #include "tools/text/printable_text.h"
 #include "tools/text/wrapped_text.h"
-#include "tools/trace/record_readers.h"
-#include "tools/trace/sample_readers.h"
+#include "tools/trace/content_readers.h"
 #include "trace_format/engine_call.h"
 #include "trace_format/record_fields.h"
 #include "trace_format/words.h"
@@ -56,33 +55,30 @@ SupplierKind ReadSupplier(FieldReader& fields) {
   supplier->Reject("is " + Quoted(kind), kExpected);
 }
 
-// Each reads an argument of a call. A number takes the next name for its field.
-
-template <trace_format::Number Number>
-void Read(FieldReader& fields, const std::string_view*& name, Number& number) {
-  if constexpr (std::is_enum_v<Number>) {
-    number = Number{fields.Integer<std::int32_t>(*name++)};
+/// Reads an argument of a call. A number takes the next name for its field.
+template <typename Argument>
+Argument ReadArgument(FieldReader& fields, const std::string_view*& name) {
+  if constexpr (std::is_enum_v<Argument>) {
+    return Argument{fields.Integer<std::int32_t>(*name++)};
+  } else if constexpr (trace_format::Number<Argument>) {
+    return fields.Integer<Argument>(*name++);
+  } else if constexpr (std::is_same_v<Argument, SensorVela::SensorId>) {
+    return fields.Sensor();
   } else {
-    number = fields.Integer<Number>(*name++);
+    Argument record;
+    trace_format::ForEachNamedField(record, [&](std::string_view field_name, auto& number) {
+      fields.OptionalNumber(field_name, number);
+    });
+    return record;
   }
-}
-
-void Read(FieldReader& fields, const std::string_view*& /*name*/, SensorVela::SensorId& sensor) {
-  sensor = fields.Sensor();
-}
-
-void Read(FieldReader& fields, const std::string_view*& /*name*/,
-          SensorVela::TarnVelaProxEvent& event) {
-  trace_format::ForEachNamedField(
-      event, [&](std::string_view name, auto& number) { fields.OptionalNumber(name, number); });
 }
 
 /// The call, with the arguments that the fields have, of a method of the engine or the replay.
 template <const auto& call, typename Class, typename... Parameters>
 auto ReadCall(FieldReader& fields, void (Class::*method)(Parameters...)) {
-  std::tuple<std::remove_cvref_t<Parameters>...> arguments;
   const std::string_view* name = call.fields.data();
-  std::apply([&](auto&... argument) { (Read(fields, name, argument), ...); }, arguments);
+  const std::tuple<std::remove_cvref_t<Parameters>...> arguments = {
+      ReadArgument<std::remove_cvref_t<Parameters>>(fields, name)...};
   return [=](Class& object) {
     std::apply([&](const auto&... argument) { (object.*method)(argument...); }, arguments);
   };
@@ -133,7 +129,7 @@ template <Answer Given>
 EventContent FailedReport(FieldReader& fields, const TraceContext&) {
   const auto report = fields.Integer<std::int64_t>(field::kReport, 1, kMaxReports);
   return {.plan = [=](TracePlan& plan) {
-    auto& failures = plan.recording->failures;
+    auto& failures = plan.recording.failures;
     if (!failures.empty() && report <= failures.back().report) {
       throw EventError("report " + std::to_string(report) + " after report " +
                        std::to_string(failures.back().report) +
@@ -143,20 +139,12 @@ EventContent FailedReport(FieldReader& fields, const TraceContext&) {
   }};
 }
 
-/// An event of a recording without fields of its own.
-template <void (RecordingFollower::*Step)()>
-EventContent FollowRecording(FieldReader&, const TraceContext&) {
-  return {[](Replay& replay) { (replay.recording().*Step)(); }};
-}
-
 template <bool found>
 EventContent LookupEnds(FieldReader& fields, const TraceContext&) {
   const auto reports = fields.Integer<std::int64_t>(field::kReports, 0, kMaxReports);
   return {.action = [](Replay& replay) { replay.recording().EndLookup(found); },
-          .plan = [=](TracePlan& plan) { plan.recording->lookups.push_back({found, reports}); }};
+          .plan = [=](TracePlan& plan) { plan.recording.lookups.push_back({found, reports}); }};
 }
-
-EventContent Nothing(FieldReader&, const TraceContext&) { return {}; }
 
 constexpr EventKind kEventKinds[] = {
     {event::kEngineStart,
@@ -165,7 +153,7 @@ constexpr EventKind kEventKinds[] = {
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto supplier = ReadSupplier(fields);
        return {.action = [=](Replay& replay) { replay.StartEngine(supplier); },
-               .supplier = supplier};
+               .plan = [=](TracePlan& plan) { plan.supplier = supplier; }};
      }},
     {trace_format::kHalError.event, "a call into the sensors HAL fails, count times",
      Place::kNeedsEngine, ReportErrors<trace_format::kHalError>,
@@ -257,7 +245,7 @@ constexpr EventKind kEventKinds[] = {
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto for_ns = fields.Integer<std::int64_t>(field::kForNs, 0, trace_format::kMaxTimeNs);
        return {.action = [=](Replay& replay) { replay.Suspend(std::chrono::nanoseconds(for_ns)); },
-               .suspended_ns = for_ns};
+               .lasts_ns = for_ns};
      }},
     {"sensor_name",
      "all output calls the sensor by that name; the last one holds for the whole run",
@@ -268,7 +256,8 @@ constexpr EventKind kEventKinds[] = {
          plan.sensor_names.Set(sensor, name);
        }};
      }},
-    {"time_passes", "nothing happens but the passing of time", Place::kAnywhere, Nothing},
+    {"time_passes", "nothing happens but the passing of time", Place::kAnywhere,
+     [](FieldReader&, const TraceContext&) { return EventContent(); }},
     {"note", "a line of the story, printed with the output", Place::kAnywhere,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        return {[text = std::string(fields.Text("text"))](Replay& replay) { replay.Note(text); }};
@@ -284,10 +273,10 @@ constexpr EventKind kEventKinds[] = {
        EventContent content = {[](Replay& replay) { replay.CutTrains(); }};
        if (reports != kAbsent) {
          content.plan = [=](TracePlan& plan) {
-           if (!plan.recording) {
+           if (!plan.is_recording) {
              throw EventError("an end with reports: expected them in recordings only");
            }
-           plan.recording->reports = reports;
+           plan.recording.reports = reports;
          };
        }
        return content;
@@ -297,7 +286,7 @@ constexpr EventKind kEventKinds[] = {
      Place::kStartsRecording,
      [](FieldReader& fields, const TraceContext& context) -> EventContent {
        fields.Integer<std::int32_t>(field::kVersion, 1, 1);
-       return {[plan = context.plan](Replay& replay) { replay.FollowRecording(*plan); }};
+       return {[plan = context.recording](Replay& replay) { replay.FollowRecording(*plan); }};
      }},
     {event::kSampleLists, "samples of several sensors: a list for each, as the document says",
      Place::kInRecording,
@@ -306,16 +295,19 @@ constexpr EventKind kEventKinds[] = {
        const std::int64_t last_ns = samples.empty() ? context.at_ns : samples.back().arrival_ns;
        return {.action = [samples = std::move(samples)](
                              Replay& replay) { replay.DeliverSamples(samples); },
-               .samples_ns = last_ns - context.at_ns};
+               .lasts_ns = last_ns - context.at_ns};
      },
      atoms::SensorFirstSampleReported::kAtomId},
     {event::kServiceFoundDeclared, "the engine has found the service declared when it started",
      Place::kInRecording,
      [](FieldReader&, const TraceContext&) -> EventContent {
-       return {.plan = [](TracePlan& plan) { plan.recording->service_declared = true; }};
+       return {.plan = [](TracePlan& plan) { plan.recording.service_declared = true; }};
      }},
     {event::kLookupWaits, "a lookup of the engine has waited for the service since then",
-     Place::kInRecording, FollowRecording<&RecordingFollower::LookupWaits>},
+     Place::kInRecording,
+     [](FieldReader&, const TraceContext&) -> EventContent {
+       return {[](Replay& replay) { replay.recording().LookupWaits(); }};
+     }},
     {event::kLookupFound, "it has found the service, after that many reports in all",
      Place::kInRecording, LookupEnds<true>},
     {event::kLookupFoundNone, "it has found none, and its atoms are dropped", Place::kInRecording,
@@ -329,7 +321,7 @@ constexpr EventKind kEventKinds[] = {
        return {.action = [](Replay& replay) { replay.recording().EndCycle(); },
                .plan =
                    [](TracePlan& trace_plan) {
-                     RecordingPlan& plan = *trace_plan.recording;
+                     RecordingPlan& plan = trace_plan.recording;
                      if (++plan.cycles > kMaxCycles) {
                        throw EventError("more cycles than the clock can count: expected at most " +
                                         std::to_string(kMaxCycles));

@@ -13,7 +13,7 @@
 
 #include <sensorvela/engine/sensor_vela.h>
 
-#include "tools/trace/json_value.h"
+#include "tools/trace/json_line.h"
 
 namespace sensorvela::tools {
 

@@ -1,5 +1,6 @@
-#include "tools/trace/record_readers.h"
+#include "tools/trace/content_readers.h"
 
+#include <algorithm>
 #include <array>
 #include <concepts>
 #include <cstdint>
@@ -14,6 +15,7 @@
 #include "tools/text/printable_text.h"
 #include "trace_format/atom_value.h"
 #include "trace_format/record_fields.h"
+#include "trace_format/sample_list.h"
 #include "trace_format/words.h"
 
 namespace sensorvela::tools {
@@ -21,11 +23,20 @@ namespace sensorvela::tools {
 namespace field = trace_format::field;
 namespace item = trace_format::item;
 using testkit::SupplierKind;
+using trace_format::kMaxTimeNs;
+using trace_format::Sample;
 
 namespace {
 
 using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
+
+constexpr std::int64_t kMaxSamples = 1'000'000'000;
+constexpr std::int64_t kHourNs = 3'600'000'000'000;
+constexpr std::int64_t kDayNs = 24 * kHourNs;
+
+constexpr std::string_view kExpectedList =
+    "base-64 variable-length quantities, two for each sample, of instants that do not go back";
 
 // Each reads what has the type of its second argument.
 
@@ -103,6 +114,29 @@ VendorAtomValue ReadValue(const JsonValue& value) {
   return result;
 }
 
+/// Needed because the product of two fields within their bounds can exceed 64 bits.
+bool LastsTooLong(const SampleTrain& train) {
+  const std::int64_t steps = train.count - 1;
+  if (steps == 0) return false;
+  if (train.interval_ns > kMaxTimeNs / steps) return true;
+  const std::int64_t gaps = train.gap_every == 0 ? 0 : steps / train.gap_every;
+  return gaps > 0 && train.gap_ns > (kMaxTimeNs - steps * train.interval_ns) / gaps;
+}
+
+/// Appends the samples of one list.
+void AppendList(const JsonValue& list, const JsonValue& sensor, std::int64_t at_ns,
+                std::vector<Sample>& samples) {
+  std::string_view text = list.Text();
+  auto half = sensor.AsList(2).begin();
+  Sample sample = {};
+  sample.sensor.high = half->Integer<std::uint32_t>();
+  ++half;
+  sample.sensor.low = half->Integer<std::int32_t>();
+  for (trace_format::SampleListCodec codec(at_ns); !text.empty(); samples.push_back(sample)) {
+    if (!codec.Take(text, sample)) list.Reject("is no list of samples", kExpectedList);
+  }
+}
+
 }  // namespace
 
 VendorAtom ReadOutsideAtom(FieldReader& fields) {
@@ -120,31 +154,70 @@ testkit::Diagnostics ReadDiagnostics(FieldReader& fields, SupplierKind supplier)
   if (supplier == SupplierKind::kNone) {
     throw EventError("diagnostics without a supplier: expected an engine_start with one");
   }
-  const auto read = [&](std::string_view name, std::string_view expected, auto& answer) {
-    const JsonValue* const value = fields.OptionalValue(name, expected);
-    if (value != nullptr) Read(*value, answer);
-  };
-  const auto read_second = [&](std::string_view name, std::string_view expected, auto& answer) {
+  const auto read = [&](std::string_view name, std::string_view expected, auto& answer,
+                        bool first_generation_has_it = false) {
     const JsonValue* const value = fields.OptionalValue(name, expected);
     if (value == nullptr) return;
-    if (supplier == SupplierKind::kFirstGeneration) {
+    if (supplier == SupplierKind::kFirstGeneration && !first_generation_has_it) {
       value->Reject("is no item of a first-generation supplier",
                     "only processor, queue_1, queue_2 and queue_3");
     }
     Read(*value, answer);
   };
   testkit::Diagnostics all;
-  read(item::kProcessor, "an array of 4 integers", all.processor);
-  read(item::kQueue1, "an array of 6 integers", all.queues[0]);
-  read(item::kQueue2, "an array of 6 integers", all.queues[1]);
-  read(item::kQueue3, "an array of 6 integers", all.queues[2]);
-  read_second(item::kIpcErrorRates, "an array of arrays of 4 integers", all.ipc_error_rates);
-  read_second(item::kMemory, "an array of objects", all.memory);
-  read_second(item::kSensorUsages, "an array of arrays of 7 integers", all.sensor_usages);
-  read_second(item::kGatingContexts, "an array of arrays of 9 integers", all.gating_contexts);
-  read_second(item::kDramException, "an array of 5 integers", all.dram_exception);
-  read_second(item::kProxStats, "an array of 20 numbers", all.prox_stats);
+  read(item::kProcessor, "an array of 4 integers", all.processor, true);
+  read(item::kQueue1, "an array of 6 integers", all.queues[0], true);
+  read(item::kQueue2, "an array of 6 integers", all.queues[1], true);
+  read(item::kQueue3, "an array of 6 integers", all.queues[2], true);
+  read(item::kIpcErrorRates, "an array of arrays of 4 integers", all.ipc_error_rates);
+  read(item::kMemory, "an array of objects", all.memory);
+  read(item::kSensorUsages, "an array of arrays of 7 integers", all.sensor_usages);
+  read(item::kGatingContexts, "an array of arrays of 9 integers", all.gating_contexts);
+  read(item::kDramException, "an array of 5 integers", all.dram_exception);
+  read(item::kProxStats, "an array of 20 numbers", all.prox_stats);
   return all;
+}
+
+SampleTrain ReadSampleTrain(FieldReader& fields) {
+  constexpr std::int64_t kAbsent = -1;
+  SampleTrain train = {};
+  train.sensor = fields.Sensor();
+  train.count = fields.Integer<std::int64_t>("count", 1, kMaxSamples);
+  train.interval_ns = fields.Integer<std::int64_t>("interval_ns", 0, kDayNs);
+  train.latency_ns = fields.Integer<std::int64_t>("latency_ns", 0, kHourNs);
+  const auto gap_every = fields.OptionalInteger<std::int64_t>("gap_every", kAbsent, 1, kMaxSamples);
+  const auto gap_ns = fields.OptionalInteger<std::int64_t>("gap_ns", kAbsent, 0, kDayNs);
+  if ((gap_every == kAbsent) != (gap_ns == kAbsent)) {
+    throw EventError("one of gap_every and gap_ns without the other: expected both or neither");
+  }
+  if (gap_every != kAbsent) {
+    train.gap_every = gap_every;
+    train.gap_ns = gap_ns;
+  }
+  if (LastsTooLong(train)) {
+    throw EventError("a train of samples that lasts too long: expected at most " +
+                     std::to_string(kMaxTimeNs) + " ns from its first sample to its last");
+  }
+  return train;
+}
+
+std::vector<Sample> ReadSampleLists(FieldReader& fields, std::int64_t at_ns) {
+  const JsonValue& sensors = fields.List(field::kSensors);
+  const JsonValue& lists = fields.List(field::kLists);
+  if (sensors.size != lists.size) {
+    throw EventError(
+        "the fields \"sensors\" and \"lists\" have different lengths: expected a list "
+        "for each sensor");
+  }
+  std::vector<Sample> samples;
+  auto sensor = sensors.begin();
+  for (const JsonValue& list : lists) {
+    AppendList(list, *sensor, at_ns, samples);
+    ++sensor;
+  }
+  // By the arrivals, and where those are the same in the order of the lists.
+  std::ranges::stable_sort(samples, {}, &Sample::arrival_ns);
+  return samples;
 }
 
 }  // namespace sensorvela::tools
