@@ -11,6 +11,7 @@
 #include "trace_format/record_fields.h"
 
 namespace trace_format = sensorvela::trace_format;
+namespace call = trace_format::call;
 using sensorvela::recorder::EventLine;
 using sensorvela::recorder::NextDefinition;
 using sensorvela::recorder::Recording;
@@ -62,23 +63,23 @@ void CallAndRecord(SensorVela* engine, const Arguments&... arguments) {
 }  // namespace
 
 void SensorVela::ReportVendorAtomAsync(const VendorAtom& atom) {
-  CallAndRecord<trace_format::kAtom>(this, atom);
+  CallAndRecord<call::kAtom>(this, atom);
 }
 
 void SensorVela::LogSensorHalError(SensorId sensor, HalCall call, int error) {
-  CallAndRecord<trace_format::kHalError>(this, sensor, call, error);
+  CallAndRecord<call::kHalError>(this, sensor, call, error);
 }
 
 void SensorVela::LogSensorRuntimeError(SensorId sensor, ErrorType type, int code) {
-  CallAndRecord<trace_format::kRuntimeError>(this, sensor, type, code);
+  CallAndRecord<call::kRuntimeError>(this, sensor, type, code);
 }
 
 void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns) {
-  CallAndRecord<trace_format::kSensorEnabled>(this, sensor, sampling_period_ns);
+  CallAndRecord<call::kSensorEnabled>(this, sensor, sampling_period_ns);
 }
 
 void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
-  CallAndRecord<trace_format::kSensorDisabled>(this, sensor);
+  CallAndRecord<call::kSensorDisabled>(this, sensor);
 }
 
 void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
@@ -93,17 +94,17 @@ void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
 }
 
 void SensorVela::ReportFirstSample(SensorId sensor, long long latency_ns) {
-  CallAndRecord<trace_format::kFirstSample>(this, sensor, latency_ns);
+  CallAndRecord<call::kFirstSample>(this, sensor, latency_ns);
 }
 
 void SensorVela::LogSensorProxEvent(const TarnVelaProxEvent& event) {
-  CallAndRecord<trace_format::kProx>(this, event);
+  CallAndRecord<call::kProx>(this, event);
 }
 
 void SensorVela::ReportHalLatency(HalOperation operation, SensorId sensor, long long latency_ns) {
-  CallAndRecord<trace_format::kHalLatency>(this, operation, sensor, latency_ns);
+  CallAndRecord<call::kHalLatency>(this, operation, sensor, latency_ns);
 }
 
 void SensorVela::ReportFirmwareState(int subject_id, FirmwareState state, int detail_code) {
-  CallAndRecord<trace_format::kFirmwareState>(this, subject_id, state, detail_code);
+  CallAndRecord<call::kFirmwareState>(this, subject_id, state, detail_code);
 }

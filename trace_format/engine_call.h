@@ -22,6 +22,8 @@ struct EngineCall {
   std::array<std::string_view, (std::size_t{0} + ... + std::size_t{Number<Arguments>})> fields = {};
 };
 
+namespace call {
+
 inline constexpr EngineCall kAtom = {"atom", &SensorVela::ReportVendorAtomAsync};
 inline constexpr EngineCall kFirmwareState = {
     "firmware_state", &SensorVela::ReportFirmwareState, {"subject_id", "state", "detail_code"}};
@@ -40,5 +42,7 @@ inline constexpr EngineCall kSensorDisabled = {"sensor_disabled",
                                                &SensorVela::ReportHalSensorDisabled};
 inline constexpr EngineCall kSensorEnabled = {
     "sensor_enabled", &SensorVela::ReportHalSensorEnabled, {"period_ns"}};
+
+}  // namespace call
 
 }  // namespace sensorvela::trace_format

@@ -11,11 +11,6 @@ namespace {
 
 constexpr std::size_t kChunkBytes = 262'144;
 
-LineEnd EndOf(TextEnd end) {
-  if (end == TextEnd::kCut) return LineEnd::kCut;
-  return end == TextEnd::kDamaged ? LineEnd::kDamaged : LineEnd::kEndOfText;
-}
-
 }  // namespace
 
 LineReader::LineReader(Input input) : text_(std::move(input)), buffer_(kChunkBytes) {}
@@ -37,7 +32,7 @@ bool LineReader::Next() {
   } else if (newline != std::string_view::npos) {
     from_ += newline + 1;
   } else {
-    end_ = EndOf(text_.end());
+    end_ = text_.end();
   }
   if (line_.empty() && end_ == LineEnd::kEndOfText) return false;
   ++number_;
@@ -63,7 +58,7 @@ void LineReader::SkipLine() {
       return;
     }
   } while (Fill());
-  end_ = EndOf(text_.end());
+  end_ = text_.end();
 }
 
 }  // namespace sensorvela::tools

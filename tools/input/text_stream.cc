@@ -32,14 +32,11 @@ void TextStream::EndInflation::operator()(z_stream_s* zlib) const {
 TextStream::TextStream(Input input) : input_(std::move(input)) {}
 
 std::size_t TextStream::Read(std::span<char> buffer) {
-  if (bytes_read_ == 0) return ReadStart(buffer);
-  return zlib_ ? ReadInflated(buffer) : ReadInput(buffer);
-}
-
-std::size_t TextStream::ReadStart(std::span<char> buffer) {
+  if (zlib_) return ReadInflated(buffer);
+  const bool starts = bytes_read_ == 0;
   std::size_t count = ReadInput(buffer);
-  if (count == 1) count += ReadInput(buffer.subspan(1));  // A pipe may give one byte.
-  if (!std::string_view(buffer.data(), count).starts_with(kGzipMagic)) return count;
+  if (starts && count == 1) count += ReadInput(buffer.subspan(1));  // A pipe may give one byte.
+  if (!starts || !std::string_view(buffer.data(), count).starts_with(kGzipMagic)) return count;
   chunk_.resize(std::max(kChunkBytes, count));
   std::ranges::copy(buffer.first(count), chunk_.begin());
   zlib_.reset(new z_stream());
@@ -61,7 +58,7 @@ std::size_t TextStream::ReadInflated(std::span<char> buffer) {
     if (zlib_->avail_in == 0) {
       const std::size_t count = ReadInput(chunk_);
       Give(std::span(chunk_).first(count), zlib_->next_in, zlib_->avail_in);
-      if (count == 0) end_ = is_between_members_ ? TextEnd::kWhole : TextEnd::kCut;
+      if (count == 0) end_ = is_between_members_ ? LineEnd::kEndOfText : LineEnd::kCut;
     }
     // Zeros may follow a member, as where a file was copied in blocks.
     for (; is_between_members_ && zlib_->avail_in > 0 && *zlib_->next_in == 0; --zlib_->avail_in) {
@@ -80,7 +77,7 @@ void TextStream::Inflate() {
     is_between_members_ = true;
     inflateReset(zlib_.get());
   } else if (result != Z_OK && result != Z_BUF_ERROR) {
-    end_ = TextEnd::kDamaged;
+    end_ = LineEnd::kDamaged;
   }
 }
 

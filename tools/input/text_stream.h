@@ -14,12 +14,16 @@ struct z_stream_s;
 
 namespace sensorvela::tools {
 
-/// How a text ends.
-enum class TextEnd {
-  kWhole,
-  /// Its gzip data ends too early.
+/// How a line ends. A text ends as its last line does, in one of the last three ways.
+enum class LineEnd {
+  kNewline,
+  /// The line is longer than the limit: what follows its first part has been skipped.
+  kTooLong,
+  /// The text ends without a newline.
+  kEndOfText,
+  /// The line has been cut, perhaps before its first byte: the input's gzip data ends too early.
   kCut,
-  /// Its gzip data is damaged.
+  /// The same, because the gzip data is damaged there.
   kDamaged,
 };
 
@@ -35,7 +39,7 @@ class TextStream {
   std::size_t Read(std::span<char> buffer);
 
   /// How the text ends, once `Read` has returned 0.
-  TextEnd end() const { return end_.value_or(TextEnd::kWhole); }
+  LineEnd end() const { return end_.value_or(LineEnd::kEndOfText); }
 
   /// The number of the input's bytes that have been read.
   std::uint64_t bytes_read() const { return bytes_read_; }
@@ -46,8 +50,6 @@ class TextStream {
   };
 
   std::size_t ReadInput(std::span<char> buffer);
-  /// The first read, which finds out whether the input is gzip data.
-  std::size_t ReadStart(std::span<char> buffer);
 
   // For gzip data.
   std::size_t ReadInflated(std::span<char> buffer);
@@ -61,7 +63,7 @@ class TextStream {
   /// What zlib takes its input from.
   std::vector<char> chunk_;
   bool is_between_members_ = false;
-  std::optional<TextEnd> end_;
+  std::optional<LineEnd> end_;
 };
 
 }  // namespace sensorvela::tools

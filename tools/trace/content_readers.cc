@@ -35,9 +35,6 @@ constexpr std::int64_t kMaxSamples = 1'000'000'000;
 constexpr std::int64_t kHourNs = 3'600'000'000'000;
 constexpr std::int64_t kDayNs = 24 * kHourNs;
 
-constexpr std::string_view kExpectedList =
-    "base-64 variable-length quantities, two for each sample, of instants that do not go back";
-
 // Each reads what has the type of its second argument.
 
 void Read(const JsonValue& value, bool& content) { content = value.Bool(); }
@@ -81,6 +78,7 @@ void Read(const JsonValue& object, SensorVela::MemoryPressure& memory) {
   fields.RejectOtherFields();
 }
 
+void Read(const JsonValue& value, VendorAtomValue& result);
 template <typename Element>
 void Read(const JsonValue& list, std::vector<Element>& content);
 template <typename Content>
@@ -96,7 +94,7 @@ void Read(const JsonValue& list, std::vector<Element>& content) {
   }
 }
 
-VendorAtomValue ReadValue(const JsonValue& value) {
+void Read(const JsonValue& value, VendorAtomValue& result) {
   using Kind = trace_format::ValueKind;
   const JsonValue& object = value.AsObject();
   const std::string expected = "one field, named after its kind: " + testkit::KindNames();
@@ -106,12 +104,10 @@ VendorAtomValue ReadValue(const JsonValue& value) {
   const JsonValue& content = *object.begin();
   const std::optional<Kind> kind = testkit::FindKind(content.key);
   if (!kind) value.Reject("has the unknown field " + Quoted(content.key), expected);
-  VendorAtomValue result;
   trace_format::WithKind(*kind, [&]<Kind known_kind>() {
     result.set<known_kind>();
     Read(content, result.get<known_kind>());
   });
-  return result;
 }
 
 /// Needed because the product of two fields within their bounds can exceed 64 bits.
@@ -132,8 +128,14 @@ void AppendList(const JsonValue& list, const JsonValue& sensor, std::int64_t at_
   sample.sensor.high = half->Integer<std::uint32_t>();
   ++half;
   sample.sensor.low = half->Integer<std::int32_t>();
-  for (trace_format::SampleListCodec codec(at_ns); !text.empty(); samples.push_back(sample)) {
-    if (!codec.Take(text, sample)) list.Reject("is no list of samples", kExpectedList);
+  trace_format::SampleListCodec codec(at_ns);
+  while (!text.empty()) {
+    if (!codec.Take(text, sample)) {
+      list.Reject("is no list of samples",
+                  "base-64 variable-length quantities, two for each sample, of instants that do "
+                  "not go back");
+    }
+    samples.push_back(sample);
   }
 }
 
@@ -144,9 +146,7 @@ VendorAtom ReadOutsideAtom(FieldReader& fields) {
   atom.atomId = fields.Integer<std::int32_t>(field::kId);
   const JsonValue* const domain = fields.OptionalValue(field::kDomain, "a string");
   if (domain != nullptr) atom.reverseDomainName = domain->Text();
-  for (const JsonValue& value : fields.List(field::kValues)) {
-    atom.values.push_back(ReadValue(value));
-  }
+  Read(fields.List(field::kValues), atom.values);
   return atom;
 }
 

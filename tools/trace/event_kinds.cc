@@ -1,6 +1,5 @@
 #include "tools/trace/event_kinds.h"
 
-#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -26,6 +25,7 @@
 
 namespace sensorvela::tools {
 
+namespace call = trace_format::call;
 namespace event = trace_format::event;
 namespace field = trace_format::field;
 
@@ -74,9 +74,9 @@ Argument ReadArgument(FieldReader& fields, const std::string_view*& name) {
 }
 
 /// The call, with the arguments that the fields have, of a method of the engine or the replay.
-template <const auto& call, typename Class, typename... Parameters>
+template <const auto& engine_call, typename Class, typename... Parameters>
 auto ReadCall(FieldReader& fields, void (Class::*method)(Parameters...)) {
-  const std::string_view* name = call.fields.data();
+  const std::string_view* name = engine_call.fields.data();
   const std::tuple<std::remove_cvref_t<Parameters>...> arguments = {
       ReadArgument<std::remove_cvref_t<Parameters>>(fields, name)...};
   return [=](Class& object) {
@@ -85,23 +85,23 @@ auto ReadCall(FieldReader& fields, void (Class::*method)(Parameters...)) {
 }
 
 /// A call of the engine, which the replay makes.
-template <const auto& call>
+template <const auto& engine_call>
 EventContent CallEngine(FieldReader& fields, const TraceContext&) {
-  return {[call_once = ReadCall<call>(fields, call.method)](Replay& replay) {
+  return {[call_once = ReadCall<engine_call>(fields, engine_call.method)](Replay& replay) {
     replay.CallEngine(call_once);
   }};
 }
 
 /// A call of the engine of which the replay does more.
-template <const auto& call, auto method>
+template <const auto& engine_call, auto method>
 EventContent CallReplay(FieldReader& fields, const TraceContext&) {
-  return {ReadCall<call>(fields, method)};
+  return {ReadCall<engine_call>(fields, method)};
 }
 
 /// An error, reported as often as the event says.
-template <const auto& call>
+template <const auto& engine_call>
 EventContent ReportErrors(FieldReader& fields, const TraceContext&) {
-  const auto report = ReadCall<call>(fields, call.method);
+  const auto report = ReadCall<engine_call>(fields, engine_call.method);
   const auto count = fields.OptionalInteger<std::int32_t>("count", 1, 1, kMaxCount);
   return {[=](Replay& replay) { replay.ReportErrors(count, report); }};
 }
@@ -130,10 +130,10 @@ EventContent FailedReport(FieldReader& fields, const TraceContext&) {
   const auto report = fields.Integer<std::int64_t>(field::kReport, 1, kMaxReports);
   return {.plan = [=](TracePlan& plan) {
     auto& failures = plan.recording.failures;
-    if (!failures.empty() && report <= failures.back().report) {
+    const std::int64_t last = failures.empty() ? 0 : failures.back().report;
+    if (report <= last) {
       throw EventError("report " + std::to_string(report) + " after report " +
-                       std::to_string(failures.back().report) +
-                       ": expected the reports in their order");
+                       std::to_string(last) + ": expected the reports in their order");
     }
     failures.push_back({report, Given});
   }};
@@ -155,20 +155,18 @@ constexpr EventKind kEventKinds[] = {
        return {.action = [=](Replay& replay) { replay.StartEngine(supplier); },
                .plan = [=](TracePlan& plan) { plan.supplier = supplier; }};
      }},
-    {trace_format::kHalError.event, "a call into the sensors HAL fails, count times",
-     Place::kNeedsEngine, ReportErrors<trace_format::kHalError>,
-     atoms::SensorHalErrorDetected::kAtomId},
-    {trace_format::kRuntimeError.event, "a sensor fails while it runs, count times",
-     Place::kNeedsEngine, ReportErrors<trace_format::kRuntimeError>,
-     atoms::SensorRuntimeErrorDetected::kAtomId},
-    {trace_format::kSensorEnabled.event, "a sensor is enabled with that sampling period",
-     Place::kNeedsEngine, CallReplay<trace_format::kSensorEnabled, &Replay::EnableSensor>,
+    {call::kHalError.event, "a call into the sensors HAL fails, count times", Place::kNeedsEngine,
+     ReportErrors<call::kHalError>, atoms::SensorHalErrorDetected::kAtomId},
+    {call::kRuntimeError.event, "a sensor fails while it runs, count times", Place::kNeedsEngine,
+     ReportErrors<call::kRuntimeError>, atoms::SensorRuntimeErrorDetected::kAtomId},
+    {call::kSensorEnabled.event, "a sensor is enabled with that sampling period",
+     Place::kNeedsEngine, CallReplay<call::kSensorEnabled, &Replay::EnableSensor>,
      atoms::HalSensorStateChanged::kAtomId},
-    {trace_format::kSensorDisabled.event, "a sensor is disabled", Place::kNeedsEngine,
-     CallReplay<trace_format::kSensorDisabled, &Replay::DisableSensor>,
+    {call::kSensorDisabled.event, "a sensor is disabled", Place::kNeedsEngine,
+     CallReplay<call::kSensorDisabled, &Replay::DisableSensor>,
      atoms::HalSensorStateChanged::kAtomId},
-    {trace_format::kSample.event, "a sample that bears that timestamp arrives at at_ns",
-     Place::kNeedsEngine, CallReplay<trace_format::kSample, &Replay::DeliverSample>,
+    {call::kSample.event, "a sample that bears that timestamp arrives at at_ns",
+     Place::kNeedsEngine, CallReplay<call::kSample, &Replay::DeliverSample>,
      atoms::SensorFirstSampleReported::kAtomId},
     {"samples",
      "a train of count samples: the first bears the timestamp at_ns, each next one that of the one "
@@ -181,17 +179,16 @@ constexpr EventKind kEventKinds[] = {
                .train_ns = train.DurationNs()};
      },
      atoms::SensorFirstSampleReported::kAtomId},
-    {trace_format::kFirstSample.event,
+    {call::kFirstSample.event,
      "the host reports a first sample beside the one that the engine reports", Place::kNeedsEngine,
-     CallEngine<trace_format::kFirstSample>, atoms::SensorFirstSampleReported::kAtomId},
-    {trace_format::kProx.event, "a proximity status report; fields left out are 0",
-     Place::kNeedsEngine, CallEngine<trace_format::kProx>, atoms::ProxStatusReported::kAtomId},
-    {trace_format::kHalLatency.event, "an operation of the sensors HAL took that long",
-     Place::kNeedsEngine, CallEngine<trace_format::kHalLatency>,
-     atoms::SensorHalLatencyRecorded::kAtomId},
-    {trace_format::kFirmwareState.event, "a sensor firmware changes its state", Place::kNeedsEngine,
-     CallEngine<trace_format::kFirmwareState>, atoms::SensorFirmwareStateChanged::kAtomId},
-    {trace_format::kAtom.event,
+     CallEngine<call::kFirstSample>, atoms::SensorFirstSampleReported::kAtomId},
+    {call::kProx.event, "a proximity status report; fields left out are 0", Place::kNeedsEngine,
+     CallEngine<call::kProx>, atoms::ProxStatusReported::kAtomId},
+    {call::kHalLatency.event, "an operation of the sensors HAL took that long", Place::kNeedsEngine,
+     CallEngine<call::kHalLatency>, atoms::SensorHalLatencyRecorded::kAtomId},
+    {call::kFirmwareState.event, "a sensor firmware changes its state", Place::kNeedsEngine,
+     CallEngine<call::kFirmwareState>, atoms::SensorFirmwareStateChanged::kAtomId},
+    {call::kAtom.event,
      "an atom that is not of the engine's making; each of the values is an object of one field, "
      "named after its kind: int, long, float, string, bool, ints, longs, floats, strings, bools or "
      "bytes",
@@ -270,16 +267,15 @@ constexpr EventKind kEventKinds[] = {
        constexpr std::int64_t kAbsent = -1;
        const auto reports =
            fields.OptionalInteger<std::int64_t>(field::kReports, kAbsent, 0, kMaxReports);
-       EventContent content = {[](Replay& replay) { replay.CutTrains(); }};
-       if (reports != kAbsent) {
-         content.plan = [=](TracePlan& plan) {
-           if (!plan.is_recording) {
-             throw EventError("an end with reports: expected them in recordings only");
-           }
-           plan.recording.reports = reports;
-         };
-       }
-       return content;
+       return {.action = [](Replay& replay) { replay.CutTrains(); },
+               .plan =
+                   [=](TracePlan& plan) {
+                     if (reports == kAbsent) return;
+                     if (!plan.is_recording) {
+                       throw EventError("an end with reports: expected them in recordings only");
+                     }
+                     plan.recording.reports = reports;
+                   }};
      }},
     {event::kRecording,
      "the trace is a recording: what follows happened to an engine in a real process",
@@ -320,8 +316,8 @@ constexpr EventKind kEventKinds[] = {
      [](FieldReader&, const TraceContext&) -> EventContent {
        return {.action = [](Replay& replay) { replay.recording().EndCycle(); },
                .plan =
-                   [](TracePlan& trace_plan) {
-                     RecordingPlan& plan = trace_plan.recording;
+                   [](TracePlan& trace) {
+                     RecordingPlan& plan = trace.recording;
                      if (++plan.cycles > kMaxCycles) {
                        throw EventError("more cycles than the clock can count: expected at most " +
                                         std::to_string(kMaxCycles));
@@ -338,11 +334,6 @@ constexpr EventKind kEventKinds[] = {
        return {[=](Replay& replay) { replay.recording().Answer(answer); }};
      }},
 };
-
-/// `text` in the description's right column.
-std::string InRightColumn(std::string_view text) {
-  return Wrapped(text, kLineWidth, kNameWidth, kNameWidth);
-}
 
 }  // namespace
 
@@ -361,15 +352,18 @@ const EventKind& FindEventKind(std::string_view name) {
 }
 
 std::string DescribeEventKinds() {
+  const auto in_right_column = [](std::string_view text) {
+    return Wrapped(text, kLineWidth, kNameWidth, kNameWidth);
+  };
   std::string description;
   for (const EventKind& kind : kEventKinds) {
     FieldReader fields;
     kind.read(fields, {});
     std::string name = "  " + std::string(kind.name);
     name.resize(kNameWidth, ' ');
-    description += name + InRightColumn(kind.help);
+    description += name + in_right_column(kind.help);
     if (const std::string list = fields.FieldList(); !list.empty()) {
-      description += std::string(kNameWidth, ' ') + InRightColumn("fields: " + list);
+      description += std::string(kNameWidth, ' ') + in_right_column("fields: " + list);
     }
   }
   return description;

@@ -30,24 +30,22 @@ static_assert(std::size(kTypeNames) == std::variant_size_v<JsonValue::Content>);
 /// The NaN that a text like "NaN(0x7fc00001)" names by its bits; none for any other text.
 std::optional<float> NanOfBits(std::string_view text) {
   constexpr std::string_view kBegin = "NaN(0x";
-  constexpr std::size_t kDigits = 8;
-  if (!text.starts_with(kBegin) || text.size() != kBegin.size() + kDigits + 1 ||
-      text.back() != ')') {
+  constexpr std::size_t kEnd = kBegin.size() + 8;
+  if (text.size() <= kEnd || !text.starts_with(kBegin) || text.substr(kEnd) != ")")
     return std::nullopt;
-  }
-  const char* const first = text.data() + kBegin.size();
   std::uint32_t bits = 0;
-  if (std::from_chars(first, first + kDigits, bits, 16).ptr != first + kDigits) return std::nullopt;
+  const char* const end = text.data() + kEnd;
+  if (std::from_chars(text.data() + kBegin.size(), end, bits, 16).ptr != end) return std::nullopt;
   const auto number = std::bit_cast<float>(bits);
   return std::isnan(number) ? std::optional(number) : std::nullopt;
 }
 
-/// The number in the content, if it is one.
-std::optional<json> NumberIn(const JsonValue::Content& content) {
+/// What the content is if it is no array and no object.
+json Scalar(const JsonValue::Content& content) {
   return std::visit(
-      []<typename Type>(const Type& value) -> std::optional<json> {
-        if constexpr (std::is_arithmetic_v<Type> && !std::is_same_v<Type, bool>) return value;
-        return std::nullopt;
+      []<typename Type>(const Type& value) -> json {
+        if constexpr (!std::is_empty_v<Type>) return value;
+        return nullptr;
       },
       content);
 }
@@ -68,10 +66,10 @@ const JsonValue* JsonValue::Find(std::string_view name) const {
 std::int64_t JsonValue::IntegerIn(IntegerRange range) const {
   const auto* const integer = std::get_if<std::int64_t>(&content);
   if (integer != nullptr && *integer >= range.min && *integer <= range.max) return *integer;
-  const auto number = NumberIn(content);
-  if (!number) RejectType(range.Description());
+  const json number = Scalar(content);
+  if (!number.is_number()) RejectType(range.Description());
   if (Is<double>()) Reject("is not a plain 64-bit integer", range.Description());
-  Reject("is " + number->dump(), range.Description());
+  Reject("is " + number.dump(), range.Description());
 }
 
 float JsonValue::Float() const {
@@ -84,14 +82,14 @@ float JsonValue::Float() const {
     if (const auto nan = NanOfBits(text)) return *nan;
     Reject("is " + Quoted(text), kFloatDescription);
   }
-  const auto number = NumberIn(content);
-  if (!number) RejectType(kFloatDescription);
+  const json number = Scalar(content);
+  if (!number.is_number()) RejectType(kFloatDescription);
   // The largest float is printed rounded up, as 3.4028235e+38. What rounds to it is read as it.
   constexpr double kRoundsToInfinity = 3.4028235677973366e38;
-  if (std::abs(number->get<double>()) >= kRoundsToInfinity) {
-    Reject("is " + number->dump(), kFloatDescription);
+  if (std::abs(number.get<double>()) >= kRoundsToInfinity) {
+    Reject("is " + number.dump(), kFloatDescription);
   }
-  return static_cast<float>(number->get<double>());
+  return static_cast<float>(number.get<double>());
 }
 
 const JsonValue& JsonValue::AsObject() const {
@@ -133,21 +131,17 @@ std::string JsonValue::Name() const {
 }
 
 Json ToJson(const JsonValue& value) {
-  Json json;
+  Json result;
   if (value.Is<JsonValue::Array>()) {
-    json = Json::array();
-    for (const JsonValue& element : value) json.push_back(ToJson(element));
+    result = Json::array();
+    for (const JsonValue& element : value) result.push_back(ToJson(element));
   } else if (value.Is<JsonValue::Object>()) {
-    json = Json::object();
-    for (const JsonValue& field : value) json[std::string(field.key)] = ToJson(field);
+    result = Json::object();
+    for (const JsonValue& field : value) result[std::string(field.key)] = ToJson(field);
   } else {
-    std::visit(
-        [&]<typename Type>(const Type& scalar) {
-          if constexpr (!std::is_empty_v<Type>) json = scalar;
-        },
-        value.content);
+    result = Scalar(value.content);
   }
-  return json;
+  return result;
 }
 
 /// What nlohmann-json calls back, for each value in the order of the line. The names are its own.

@@ -42,15 +42,13 @@ Json OwnFields(const JsonValue& line) {
 /// Reads and checks a trace once, from the first event to the last.
 class TracePass {
  public:
-  /// The first pass.
-  TracePass(std::string name, Input input) : name_(std::move(name)), lines_(std::move(input)) {}
-
-  /// A later one, which ends where the first did and has found `whole`.
-  TracePass(std::string name, Input input, const TracePlan& whole, bool with_fields)
-      : TracePass(std::move(name), std::move(input)) {
-    whole_ = &whole;
-    with_fields_ = with_fields;
-  }
+  /// A pass after the first ends where that did, and knows the `whole` trace's plan.
+  TracePass(std::string name, Input input, const TracePlan* whole = nullptr,
+            bool with_fields = false)
+      : name_(std::move(name)),
+        lines_(std::move(input)),
+        whole_(whole),
+        with_fields_(with_fields) {}
 
   /// Returns false, and checks the trace as a whole, at its end.
   bool Next(Event& event) try {
@@ -138,11 +136,8 @@ class TracePass {
       throw EventError(name + " after the end (line " + std::to_string(end_line_) +
                        "): expected end to be the last event");
     }
-    if (kind.place == Place::kStartsRecording) {
-      if (plan_.run_begin >= plan_.run_begin.zero()) {
-        throw EventError("a " + name + " here: expected it as the first event or not at all");
-      }
-      plan_.is_recording = true;
+    if (kind.place == Place::kStartsRecording && plan_.run_begin >= plan_.run_begin.zero()) {
+      throw EventError("a " + name + " here: expected it as the first event or not at all");
     }
     if (kind.place == Place::kInRecording && !plan_.is_recording) {
       throw EventError(name +
@@ -153,13 +148,12 @@ class TracePass {
     if (needs_engine && engine_line_ == 0) {
       throw EventError(name + " without an engine: expected an engine_start before it");
     }
-    if (kind.place == Place::kStartsEngine) {
-      if (engine_line_ != 0) {
-        throw EventError("a second " + name + " (the first: line " + std::to_string(engine_line_) +
-                         "): expected one");
-      }
-      engine_line_ = lines_.number();
+    if (kind.place == Place::kStartsEngine && engine_line_ != 0) {
+      throw EventError("a second " + name + " (the first: line " + std::to_string(engine_line_) +
+                       "): expected one");
     }
+    if (kind.place == Place::kStartsRecording) plan_.is_recording = true;
+    if (kind.place == Place::kStartsEngine) engine_line_ = lines_.number();
     if (kind.place == Place::kLast) end_line_ = lines_.number();
   }
 
@@ -194,9 +188,9 @@ class TracePass {
   std::string name_;
   LineReader lines_;
   JsonLine json_;
-  /// The whole trace's plan; null in the first pass.
-  const TracePlan* whole_ = nullptr;
-  bool with_fields_ = false;
+  /// Null in the first pass.
+  const TracePlan* const whole_;
+  const bool with_fields_;
 
   TracePlan plan_;
   // Of the last event: its instant, when it is over, and its place.
@@ -227,7 +221,7 @@ Trace::Trace(const std::string& path, Input input, const OnLine& on_line)
 }
 
 EventSource Trace::Events(bool with_fields) const {
-  auto pass = std::make_shared<TracePass>(name_, input_, plan_, with_fields);
+  auto pass = std::make_shared<TracePass>(name_, input_, &plan_, with_fields);
   return [pass = std::move(pass)](Event& event) { return pass->Next(event); };
 }
 
