@@ -24,11 +24,6 @@ void Give(std::span<char> bytes, Bytef*& next, uInt& available) {
 
 }  // namespace
 
-void TextStream::EndInflation::operator()(z_stream_s* zlib) const {
-  inflateEnd(zlib);
-  delete zlib;
-}
-
 TextStream::TextStream(Input input) : input_(std::move(input)) {}
 
 std::size_t TextStream::Read(std::span<char> buffer) {
@@ -39,7 +34,10 @@ std::size_t TextStream::Read(std::span<char> buffer) {
   if (!starts || !std::string_view(buffer.data(), count).starts_with(kGzipMagic)) return count;
   chunk_.resize(std::max(kChunkBytes, count));
   std::ranges::copy(buffer.first(count), chunk_.begin());
-  zlib_.reset(new z_stream());
+  zlib_ = {new z_stream(), [](z_stream* zlib) {
+             inflateEnd(zlib);
+             delete zlib;
+           }};
   Give(std::span(chunk_).first(count), zlib_->next_in, zlib_->avail_in);
   constexpr int kGzipOnly = 16;
   if (inflateInit2(zlib_.get(), kGzipOnly + MAX_WBITS) != Z_OK) throw std::bad_alloc();

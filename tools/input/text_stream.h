@@ -45,10 +45,6 @@ class TextStream {
   std::uint64_t bytes_read() const { return bytes_read_; }
 
  private:
-  struct EndInflation {
-    void operator()(z_stream_s* zlib) const;
-  };
-
   std::size_t ReadInput(std::span<char> buffer);
 
   // For gzip data.
@@ -59,7 +55,7 @@ class TextStream {
   std::uint64_t bytes_read_ = 0;
 
   /// Null for a plain text, and before the first read.
-  std::unique_ptr<z_stream_s, EndInflation> zlib_;
+  std::unique_ptr<z_stream_s, void (*)(z_stream_s*)> zlib_ = {nullptr, nullptr};
   /// What zlib takes its input from.
   std::vector<char> chunk_;
   bool is_between_members_ = false;

@@ -23,10 +23,6 @@ using nlohmann::json;
 
 namespace {
 
-constexpr std::string_view kTypeNames[] = {"null",   "boolean", "number", "number",
-                                           "number", "string",  "array",  "object"};
-static_assert(std::size(kTypeNames) == std::variant_size_v<JsonValue::Content>);
-
 /// The NaN that a text like "NaN(0x7fc00001)" names by its bits; none for any other text.
 std::optional<float> NanOfBits(std::string_view text) {
   constexpr std::string_view kBegin = "NaN(0x";
@@ -40,14 +36,16 @@ std::optional<float> NanOfBits(std::string_view text) {
   return std::isnan(number) ? std::optional(number) : std::nullopt;
 }
 
-/// What the content is if it is no array and no object.
-json Scalar(const JsonValue::Content& content) {
+/// The value without what is in it.
+json Shallow(const JsonValue& value) {
+  if (value.Is<JsonValue::Array>()) return json::array();
+  if (value.Is<JsonValue::Object>()) return json::object();
   return std::visit(
-      []<typename Type>(const Type& value) -> json {
-        if constexpr (!std::is_empty_v<Type>) return value;
+      []<typename Type>(const Type& scalar) -> json {
+        if constexpr (!std::is_empty_v<Type>) return scalar;
         return nullptr;
       },
-      content);
+      value.content);
 }
 
 }  // namespace
@@ -66,7 +64,7 @@ const JsonValue* JsonValue::Find(std::string_view name) const {
 std::int64_t JsonValue::IntegerIn(IntegerRange range) const {
   const auto* const integer = std::get_if<std::int64_t>(&content);
   if (integer != nullptr && *integer >= range.min && *integer <= range.max) return *integer;
-  const json number = Scalar(content);
+  const json number = Shallow(*this);
   if (!number.is_number()) RejectType(range.Description());
   if (Is<double>()) Reject("is not a plain 64-bit integer", range.Description());
   Reject("is " + number.dump(), range.Description());
@@ -82,7 +80,7 @@ float JsonValue::Float() const {
     if (const auto nan = NanOfBits(text)) return *nan;
     Reject("is " + Quoted(text), kFloatDescription);
   }
-  const json number = Scalar(content);
+  const json number = Shallow(*this);
   if (!number.is_number()) RejectType(kFloatDescription);
   // The largest float is printed rounded up, as 3.4028235e+38. What rounds to it is read as it.
   constexpr double kRoundsToInfinity = 3.4028235677973366e38;
@@ -114,7 +112,7 @@ void JsonValue::RejectType(std::string_view expected) const {
   Reject("has type " + std::string(TypeName()), expected);
 }
 
-std::string_view JsonValue::TypeName() const { return kTypeNames[content.index()]; }
+std::string_view JsonValue::TypeName() const { return Shallow(*this).type_name(); }
 
 std::string JsonValue::NameOf(std::string_view field) const {
   const std::string name = Name();
@@ -131,15 +129,13 @@ std::string JsonValue::Name() const {
 }
 
 Json ToJson(const JsonValue& value) {
-  Json result;
-  if (value.Is<JsonValue::Array>()) {
-    result = Json::array();
-    for (const JsonValue& element : value) result.push_back(ToJson(element));
-  } else if (value.Is<JsonValue::Object>()) {
-    result = Json::object();
-    for (const JsonValue& field : value) result[std::string(field.key)] = ToJson(field);
-  } else {
-    result = Scalar(value.content);
+  Json result = Shallow(value);
+  for (const JsonValue& inner : value) {
+    if (result.is_array()) {
+      result.push_back(ToJson(inner));
+    } else {
+      result[std::string(inner.key)] = ToJson(inner);
+    }
   }
   return result;
 }
