@@ -10,7 +10,7 @@
 
 #include "tools/input/input.h"
 
-struct z_stream_s;
+struct z_stream_s;  // NOLINT(readability-identifier-naming): zlib's.
 
 namespace sensorvela::tools {
 

@@ -27,8 +27,8 @@ namespace {
 std::optional<float> NanOfBits(std::string_view text) {
   constexpr std::string_view kBegin = "NaN(0x";
   constexpr std::size_t kEnd = kBegin.size() + 8;
-  if (text.size() <= kEnd || !text.starts_with(kBegin) || text.substr(kEnd) != ")")
-    return std::nullopt;
+  const bool is_form = text.size() == kEnd + 1 && text.starts_with(kBegin) && text.ends_with(')');
+  if (!is_form) return std::nullopt;
   std::uint32_t bits = 0;
   const char* const end = text.data() + kEnd;
   if (std::from_chars(text.data() + kBegin.size(), end, bits, 16).ptr != end) return std::nullopt;

@@ -136,7 +136,7 @@ class TracePass {
       throw EventError(name + " after the end (line " + std::to_string(end_line_) +
                        "): expected end to be the last event");
     }
-    if (kind.place == Place::kStartsRecording && plan_.run_begin >= plan_.run_begin.zero()) {
+    if (kind.place == Place::kStartsRecording && plan_.run_begin.count() >= 0) {
       throw EventError("a " + name + " here: expected it as the first event or not at all");
     }
     if (kind.place == Place::kInRecording && !plan_.is_recording) {
@@ -162,7 +162,7 @@ class TracePass {
     last_place_ = kind.place;
     last_over_at_ns_ = at_ns + content.lasts_ns;
     const std::chrono::nanoseconds at(at_ns);
-    if (plan_.run_begin < at.zero()) plan_.run_begin = at;
+    if (plan_.run_begin.count() < 0) plan_.run_begin = at;
     const std::chrono::nanoseconds done(at_ns + std::max(content.lasts_ns, content.train_ns));
     plan_.run_end = kind.place == Place::kLast ? at : std::max(plan_.run_end, done);
     if (content.plan) content.plan(plan_);
