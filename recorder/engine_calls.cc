@@ -11,6 +11,7 @@
 #include "trace_format/record_fields.h"
 
 namespace trace_format = sensorvela::trace_format;
+namespace call = trace_format::call;
 using sensorvela::recorder::EventLine;
 using sensorvela::recorder::NextDefinition;
 using sensorvela::recorder::Recording;
@@ -45,10 +46,9 @@ void Write(EventLine& line, const std::string_view*& /*name*/,
 }
 
 /// Calls the engine's next method and records it.
-template <const trace_format::EngineCall& recorded, typename... Parameters, typename... Arguments>
-void CallAndRecord(SensorVela* engine, void (SensorVela::*next)(Parameters...),
-                   const Arguments&... arguments) {
-  static_assert(trace_format::kNamesNumbers<recorded, Arguments...>);
+template <const auto& recorded, typename... Arguments>
+void CallAndRecord(SensorVela* engine, const Arguments&... arguments) {
+  static const auto next = NextDefinition(recorded.method);
   const auto call = [&] { (engine->*next)(arguments...); };
   Recording* const recording = RecordingOf(engine);
   if (recording == nullptr) {
@@ -64,28 +64,23 @@ void CallAndRecord(SensorVela* engine, void (SensorVela::*next)(Parameters...),
 }  // namespace
 
 void SensorVela::ReportVendorAtomAsync(const VendorAtom& atom) {
-  static const auto next = NextDefinition(&SensorVela::ReportVendorAtomAsync);
-  CallAndRecord<trace_format::kAtom>(this, next, atom);
+  CallAndRecord<call::kAtom>(this, atom);
 }
 
 void SensorVela::LogSensorHalError(SensorId sensor, HalCall call, int error) {
-  static const auto next = NextDefinition(&SensorVela::LogSensorHalError);
-  CallAndRecord<trace_format::kHalError>(this, next, sensor, call, error);
+  CallAndRecord<call::kHalError>(this, sensor, call, error);
 }
 
 void SensorVela::LogSensorRuntimeError(SensorId sensor, ErrorType type, int code) {
-  static const auto next = NextDefinition(&SensorVela::LogSensorRuntimeError);
-  CallAndRecord<trace_format::kRuntimeError>(this, next, sensor, type, code);
+  CallAndRecord<call::kRuntimeError>(this, sensor, type, code);
 }
 
 void SensorVela::ReportHalSensorEnabled(SensorId sensor, long long sampling_period_ns) {
-  static const auto next = NextDefinition(&SensorVela::ReportHalSensorEnabled);
-  CallAndRecord<trace_format::kSensorEnabled>(this, next, sensor, sampling_period_ns);
+  CallAndRecord<call::kSensorEnabled>(this, sensor, sampling_period_ns);
 }
 
 void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
-  static const auto next = NextDefinition(&SensorVela::ReportHalSensorDisabled);
-  CallAndRecord<trace_format::kSensorDisabled>(this, next, sensor);
+  CallAndRecord<call::kSensorDisabled>(this, sensor);
 }
 
 void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
@@ -100,21 +95,17 @@ void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
 }
 
 void SensorVela::ReportFirstSample(SensorId sensor, long long latency_ns) {
-  static const auto next = NextDefinition(&SensorVela::ReportFirstSample);
-  CallAndRecord<trace_format::kFirstSample>(this, next, sensor, latency_ns);
+  CallAndRecord<call::kFirstSample>(this, sensor, latency_ns);
 }
 
 void SensorVela::LogSensorProxEvent(const TarnVelaProxEvent& event) {
-  static const auto next = NextDefinition(&SensorVela::LogSensorProxEvent);
-  CallAndRecord<trace_format::kProx>(this, next, event);
+  CallAndRecord<call::kProx>(this, event);
 }
 
 void SensorVela::ReportHalLatency(HalOperation operation, SensorId sensor, long long latency_ns) {
-  static const auto next = NextDefinition(&SensorVela::ReportHalLatency);
-  CallAndRecord<trace_format::kHalLatency>(this, next, operation, sensor, latency_ns);
+  CallAndRecord<call::kHalLatency>(this, operation, sensor, latency_ns);
 }
 
 void SensorVela::ReportFirmwareState(int subject_id, FirmwareState state, int detail_code) {
-  static const auto next = NextDefinition(&SensorVela::ReportFirmwareState);
-  CallAndRecord<trace_format::kFirmwareState>(this, next, subject_id, state, detail_code);
+  CallAndRecord<call::kFirmwareState>(this, subject_id, state, detail_code);
 }

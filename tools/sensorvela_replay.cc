@@ -84,7 +84,7 @@ void CheckOutputFiles(const Options& options) {
     const tools::FileOutput& output = tools::FileOutputs()[kind];
     const std::string option = output.option;
     if (const std::string why = output.missing(); !why.empty()) {
-      throw BadUsage(option + ": this build has none, " + why);
+      throw BadUsage((option + ": this build has none, ").append(why));
     }
     for (const auto& [other_kind, other_file] : options.files) {
       if (other_kind >= kind || !AreOneFile(file, other_file)) continue;

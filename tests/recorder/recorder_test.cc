@@ -137,7 +137,7 @@ class RecorderTest : public ::testing::Test {
     World world;
     world.StartEngine();
     for (int i = 0; i < 4; ++i) {
-      CallEveryMethod(world.engine());
+      CallMethodsOfEveryKind(world.engine());
       world.time.RunFor(std::chrono::hours(3));
     }
     const Texts atoms = world.TakeAtomTexts();
@@ -222,7 +222,7 @@ TEST_F(RecorderTest, FollowsEightThreadsOnTheRealClocks) {
     std::vector<std::thread> threads;
     for (int i = 0; i < kThreads; ++i) {
       threads.emplace_back([&engine] {
-        for (int round = 0; round < kRounds; ++round) CallEveryMethod(engine);
+        for (int round = 0; round < kRounds; ++round) CallMethodsOfEveryKind(engine);
       });
     }
     // The service comes and goes meanwhile.

@@ -14,7 +14,7 @@ int main() {
   simulated::RegisterService(testkit::kStatsInstance,
                              ndk::SharedRefBase::make<testkit::StatsService>());
   SensorVela engine{std::unique_ptr<SensorVela::SystemDiagnosticsSupplier>()};
-  sensorvela::testing::CallEveryMethod(engine);
+  sensorvela::testing::CallMethodsOfEveryKind(engine);
   char byte = 0;
   while (read(STDIN_FILENO, &byte, 1) > 0) continue;
 }

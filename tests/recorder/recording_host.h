@@ -10,8 +10,9 @@
 
 namespace sensorvela::testing {
 
-/// Calls every method that queues an atom or counts a sample, the state of a firmware last.
-inline void CallEveryMethod(SensorVela& engine) {
+/// Calls methods with arguments of every type, the state of a firmware last. The recorded
+/// simulation calls them all.
+inline void CallMethodsOfEveryKind(SensorVela& engine) {
   using aidl::android::frameworks::stats::VendorAtomValue;
   using Tag = VendorAtomValue::Tag;
   const SensorVela::SensorId sensor = {0xFFFFFFFF, -1};

@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "tests/library/test_support.h"
+#include "tests/simulation/expected_atom.h"
 #include "tests/simulation/simulation.h"
 #include "tests/simulation/simulation_model.h"
 
@@ -204,6 +205,26 @@ Step Tell(const std::string& text, Call call, int times = 1) {
           }};
 }
 
+/// A call of a method that only queues this atom.
+template <typename Call>
+Step TellOnce(const std::string& text, const VendorAtom& atom, Call call) {
+  return {text,
+          [=](World& world) {
+            call(world.engine());
+            world.time.WaitUntilSettled();
+          },
+          [=](Model& model) { model.Enqueue(atom); }};
+}
+
+VendorAtom ProxAtom(const V::TarnVelaProxEvent& event) {
+  VendorAtom atom = Atom(100133);
+  AddInts(atom, event, 0, 8);
+  AddFloats(atom, event, 8, 12);
+  AddInts(atom, event, 12, 14);
+  AddFloats(atom, event, 14, 17);
+  return atom;
+}
+
 Step EventStep(Dice& dice, Model& now) {
   const V::SensorId sensor = dice.Sensor();
   const int32_t a = dice.Int();
@@ -211,18 +232,21 @@ Step EventStep(Dice& dice, Model& now) {
   const int64_t time = dice.Long();
   switch (dice.UpTo(9)) {
     case 0:
-      return Tell(Text("outside atom", {a}),
-                  [=](auto& engine) { engine.ReportVendorAtomAsync(Marker(a)); });
+      return TellOnce(Text("outside atom", {a}), Marker(a),
+                      [=](V& engine) { engine.ReportVendorAtomAsync(Marker(a)); });
     case 1:
-      return Tell(Text("firmware", {a, b, a}),
-                  [=](auto& engine) { engine.ReportFirmwareState(a, V::FirmwareState{b}, a); });
-    case 2:
-      return Tell("prox", [event = dice.Words<V::TarnVelaProxEvent>()](auto& engine) {
-        engine.LogSensorProxEvent(event);
-      });
+      return TellOnce(Text("firmware", {a, b, a}), Atom(100244, a, b, a),
+                      [=](V& engine) { engine.ReportFirmwareState(a, V::FirmwareState{b}, a); });
+    case 2: {
+      const auto event = dice.Words<V::TarnVelaProxEvent>();
+      return TellOnce("prox", ProxAtom(event),
+                      [=](V& engine) { engine.LogSensorProxEvent(event); });
+    }
     case 3:
-      return Tell(Text("hal latency", {a, sensor.high, sensor.low, time}),
-                  [=](auto& engine) { engine.ReportHalLatency(V::HalOperation{a}, sensor, time); });
+      return TellOnce(Text("hal latency", {a, sensor.high, sensor.low, time}),
+                      SensorAtom(100243, sensor, a, time), [=](V& engine) {
+                        engine.ReportHalLatency(V::HalOperation{a}, sensor, time);
+                      });
     case 4: {
       const int64_t period =
           dice.OneOf<int64_t>({20'000'000, 66'666'666, time, dice.UpTo(1'000'000'000)});
@@ -244,8 +268,9 @@ Step EventStep(Dice& dice, Model& now) {
                   [=](auto& engine) { engine.LogSensorLatency(sensor, timestamp); });
     }
     case 8:
-      return Tell(Text("first sample", {sensor.high, sensor.low, time}),
-                  [=](auto& engine) { engine.ReportFirstSample(sensor, time); });
+      return TellOnce(Text("first sample", {sensor.high, sensor.low, time}),
+                      SensorAtom(100245, sensor, time),
+                      [=](V& engine) { engine.ReportFirstSample(sensor, time); });
     default: {
       const bool hal = dice.OneIn(2);
       const int32_t enumerator = dice.OneOf({0, 1, -1, INT32_MIN});

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -10,48 +9,12 @@
 #include <utility>
 #include <vector>
 
+#include "tests/simulation/expected_atom.h"
+
 namespace sensorvela::testing {
 namespace {
 
 constexpr std::int64_t kSixHoursNs = 21'600'000'000'000;
-
-using Value = aidl::android::frameworks::stats::VendorAtomValue;
-
-Value ToValue(std::int32_t value) { return Value::make<Value::intValue>(value); }
-Value ToValue(std::int64_t value) { return Value::make<Value::longValue>(value); }
-
-template <typename List>
-Value ToList(const List& list) {
-  return Value::make<Value::repeatedIntValue>(std::vector<std::int32_t>(list.begin(), list.end()));
-}
-
-template <typename... Integers>
-VendorAtom Atom(int id, Integers... integers) {
-  VendorAtom atom = Marker(id);
-  (atom.values.push_back(ToValue(integers)), ...);
-  return atom;
-}
-
-VendorAtom SensorAtom(int id, SensorVela::SensorId sensor) {
-  return Atom(id, static_cast<std::int32_t>(sensor.high), sensor.low);
-}
-
-/// Adds the 32-bit fields of a record, from index `from` up to `to`, as ints.
-template <typename Record>
-void AddInts(VendorAtom& atom, const Record& record, std::size_t from = 0,
-             std::size_t to = sizeof(Record) / 4) {
-  const auto words = std::bit_cast<std::array<std::int32_t, sizeof(Record) / 4>>(record);
-  for (std::size_t i = from; i < to; ++i) atom.values.push_back(ToValue(words[i]));
-}
-
-/// Like `AddInts`, for floats.
-template <typename Record>
-void AddFloats(VendorAtom& atom, const Record& record, std::size_t from, std::size_t to) {
-  const auto words = std::bit_cast<std::array<float, sizeof(Record) / 4>>(record);
-  for (std::size_t i = from; i < to; ++i) {
-    atom.values.push_back(Value::make<Value::floatValue>(words[i]));
-  }
-}
 
 std::int32_t Low(std::int64_t value) { return static_cast<std::int32_t>(value & 0xFFFFFFFF); }
 
@@ -245,15 +208,12 @@ void Model::CountError(bool hal, SensorVela::SensorId sensor, int enumerator, in
                 hal ? "HAL call" : "runtime time error", enumerator, hal ? "error" : "code", code,
                 sensor.high);
   Log('I', line);
-  VendorAtom atom = SensorAtom(hal ? 100024 : 100025, sensor);
-  atom.values.insert(atom.values.end(), {ToValue(enumerator), ToValue(code)});
-  Enqueue(atom);
+  Enqueue(SensorAtom(hal ? 100024 : 100025, sensor, enumerator, code));
 }
 
 void Model::ReportHalSensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns) {
-  VendorAtom atom = SensorAtom(100242, sensor);
-  atom.values.insert(atom.values.end(), {ToValue(2), ToValue(period_ns), ToValue(-1), ToValue(-1),
-                                         ToList(std::vector<std::int32_t>())});
+  VendorAtom atom = SensorAtom(100242, sensor, 2, period_ns, -1, -1);
+  atom.values.push_back(ToList(std::vector<std::int32_t>()));
   Enqueue(atom);
   const float threshold = static_cast<float>(period_ns) * 1.1F;
   Status& status = status_[{sensor.high, sensor.low}] = {};
@@ -266,11 +226,10 @@ void Model::ReportHalSensorEnabled(SensorVela::SensorId sensor, std::int64_t per
 
 void Model::ReportHalSensorDisabled(SensorVela::SensorId sensor) {
   const Status& status = status_[{sensor.high, sensor.low}];
-  VendorAtom atom = SensorAtom(100242, sensor);
-  atom.values.insert(
-      atom.values.end(),
-      {ToValue(1), ToValue(std::int64_t{-1}), ToValue(static_cast<std::int32_t>(status.samples)),
-       ToValue(static_cast<std::int32_t>(status.late)), ToList(status.bands)});
+  VendorAtom atom =
+      SensorAtom(100242, sensor, 1, std::int64_t{-1}, static_cast<std::int32_t>(status.samples),
+                 static_cast<std::int32_t>(status.late));
+  atom.values.push_back(ToList(status.bands));
   Enqueue(atom);
 }
 
@@ -284,30 +243,9 @@ void Model::LogSensorLatency(SensorVela::SensorId sensor, std::int64_t timestamp
                                             : 4];
   if (Minus(timestamp_ns, status.last_ns) > status.threshold_ns) ++status.late;
   status.last_ns = timestamp_ns;
-  if (++status.samples == 1) ReportFirstSample(sensor, Minus(now_ns_, status.enabled_ns));
-}
-
-void Model::ReportFirstSample(SensorVela::SensorId sensor, std::int64_t latency_ns) {
-  Enqueue(Atom(100245, static_cast<std::int32_t>(sensor.high), sensor.low, latency_ns));
-}
-
-void Model::LogSensorProxEvent(const SensorVela::TarnVelaProxEvent& event) {
-  VendorAtom atom = Atom(100133);
-  AddInts(atom, event, 0, 8);
-  AddFloats(atom, event, 8, 12);
-  AddInts(atom, event, 12, 14);
-  AddFloats(atom, event, 14, 17);
-  Enqueue(atom);
-}
-
-void Model::ReportHalLatency(SensorVela::HalOperation operation, SensorVela::SensorId sensor,
-                             std::int64_t latency_ns) {
-  Enqueue(Atom(100243, static_cast<std::int32_t>(sensor.high), sensor.low,
-               static_cast<std::int32_t>(operation), latency_ns));
-}
-
-void Model::ReportFirmwareState(int subject, SensorVela::FirmwareState state, int detail) {
-  Enqueue(Atom(100244, subject, static_cast<int>(state), detail));
+  if (++status.samples == 1) {
+    Enqueue(SensorAtom(100245, sensor, Minus(now_ns_, status.enabled_ns)));
+  }
 }
 
 std::int64_t Model::LastInTime(SensorVela::SensorId sensor) {

@@ -54,8 +54,10 @@ class Model {
   void Create(SupplierKind supplier);
   void Destroy(bool comes_up);
 
-  // The event methods, with the names that they have in `SensorVela`.
-  void ReportVendorAtomAsync(const VendorAtom& atom) { Enqueue(atom); }
+  /// What a method does that only queues this atom.
+  void Enqueue(const VendorAtom& atom);
+
+  // The other event methods, with the names that they have in `SensorVela`.
   void LogSensorHalError(SensorVela::SensorId sensor, SensorVela::HalCall call, int error) {
     CountError(true, sensor, static_cast<int>(call), error);
   }
@@ -65,11 +67,6 @@ class Model {
   void ReportHalSensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns);
   void ReportHalSensorDisabled(SensorVela::SensorId sensor);
   void LogSensorLatency(SensorVela::SensorId sensor, std::int64_t timestamp_ns);
-  void ReportFirstSample(SensorVela::SensorId sensor, std::int64_t latency_ns);
-  void LogSensorProxEvent(const SensorVela::TarnVelaProxEvent& event);
-  void ReportHalLatency(SensorVela::HalOperation operation, SensorVela::SensorId sensor,
-                        std::int64_t latency_ns);
-  void ReportFirmwareState(int subject, SensorVela::FirmwareState state, int detail);
 
   /// The latest timestamp at which a sample of the sensor would not be late.
   std::int64_t LastInTime(SensorVela::SensorId sensor);
@@ -93,7 +90,6 @@ class Model {
   bool IsFound() const { return registered_ && !refused_; }
   bool IsAwaited() const { return !registered_ && !refused_; }
   void CountError(bool hal, SensorVela::SensorId sensor, int enumerator, int code);
-  void Enqueue(const VendorAtom& atom);
   void WakeUp();
   void Pump();
   bool GoesOn();

@@ -20,16 +20,6 @@ namespace {
 
 [[noreturn]] void ThrowErrno() { throw std::system_error(errno, std::generic_category()); }
 
-/// The result of `read`, which is repeated while a signal interrupts it.
-template <typename Read>
-std::size_t Checked(const Read& read) {
-  for (;;) {
-    const ssize_t count = read();
-    if (count >= 0) return static_cast<std::size_t>(count);
-    if (errno != EINTR) ThrowErrno();
-  }
-}
-
 std::shared_ptr<const int> OpenDescriptor(const std::string& path) {
   if (path == "-") return std::make_shared<const int>(STDIN_FILENO);
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -40,11 +30,11 @@ std::shared_ptr<const int> OpenDescriptor(const std::string& path) {
           }};
 }
 
-std::string ReadAll(int descriptor) {
+std::string ReadAll(const Input& input) {
   std::string text;
   std::array<char, 65536> chunk;
   for (;;) {
-    const std::size_t count = Checked([&] { return read(descriptor, chunk.data(), chunk.size()); });
+    const std::size_t count = input.ReadAt(0, chunk);
     if (count == 0) return text;
     text.append(chunk.data(), count);
   }
@@ -53,14 +43,13 @@ std::string ReadAll(int descriptor) {
 }  // namespace
 
 Input Input::Open(const std::string& path) {
-  const auto descriptor = OpenDescriptor(path);
+  Input input = OpenOnce(path);
   struct stat status = {};
-  if (fstat(*descriptor, &status) != 0) ThrowErrno();
-  if (!S_ISREG(status.st_mode)) return Input(ReadAll(*descriptor));
-  const off_t start = lseek(*descriptor, 0, SEEK_CUR);
+  if (fstat(*input.descriptor_, &status) != 0) ThrowErrno();
+  if (!S_ISREG(status.st_mode)) return Input(ReadAll(input));
+  const off_t start = lseek(*input.descriptor_, 0, SEEK_CUR);
   if (start < 0) ThrowErrno();
-  Input input;
-  input.descriptor_ = descriptor;
+  input.reads_once_ = false;
   input.start_ = static_cast<std::uint64_t>(start);
   input.size_ = static_cast<std::size_t>(std::max<off_t>(status.st_size - start, 0));
   return input;
@@ -74,15 +63,17 @@ Input Input::OpenOnce(const std::string& path) {
 }
 
 std::size_t Input::ReadAt(std::uint64_t offset, std::span<char> buffer) const {
-  if (reads_once_) {
-    return Checked([&] { return read(*descriptor_, buffer.data(), buffer.size()); });
+  if (text_ != nullptr) {
+    if (offset >= text_->size()) return 0;
+    return text_->copy(buffer.data(), buffer.size(), static_cast<std::size_t>(offset));
   }
-  if (text_ == nullptr) {
-    const auto from = static_cast<off_t>(start_ + offset);
-    return Checked([&] { return pread(*descriptor_, buffer.data(), buffer.size(), from); });
+  const auto from = static_cast<off_t>(start_ + offset);
+  for (;;) {
+    const ssize_t count = reads_once_ ? read(*descriptor_, buffer.data(), buffer.size())
+                                      : pread(*descriptor_, buffer.data(), buffer.size(), from);
+    if (count >= 0) return static_cast<std::size_t>(count);
+    if (errno != EINTR) ThrowErrno();
   }
-  if (offset >= text_->size()) return 0;
-  return text_->copy(buffer.data(), buffer.size(), static_cast<std::size_t>(offset));
 }
 
 }  // namespace sensorvela::tools

@@ -11,11 +11,6 @@ namespace {
 
 constexpr std::size_t kChunkBytes = 262'144;
 
-LineEnd EndOf(TextEnd end) {
-  if (end == TextEnd::kCut) return LineEnd::kCut;
-  return end == TextEnd::kDamaged ? LineEnd::kDamaged : LineEnd::kEndOfText;
-}
-
 }  // namespace
 
 LineReader::LineReader(Input input) : text_(std::move(input)), buffer_(kChunkBytes) {}
@@ -23,26 +18,22 @@ LineReader::LineReader(Input input) : text_(std::move(input)), buffer_(kChunkByt
 bool LineReader::Next() {
   if (end_ == LineEnd::kTooLong) SkipLine();
   if (end_ != LineEnd::kNewline) return false;
-  std::size_t searched = 0;
-  do {
-    const std::string_view left(buffer_.data() + from_, to_ - from_);
-    const std::size_t newline = left.find('\n', searched);
-    line_ = left.substr(0, newline);
-    if (line_.size() > kMaxLineBytes) {
-      line_ = line_.substr(0, kMaxLineBytes);
-      end_ = LineEnd::kTooLong;
-      ++number_;
-      return true;
-    }
-    if (newline != std::string_view::npos) {
-      from_ += newline + 1;
-      ++number_;
-      return true;
-    }
-    searched = left.size();
-  } while (Fill());
-  line_ = {buffer_.data() + from_, to_ - from_};
-  end_ = EndOf(text_.end());
+  const auto left = [&] { return std::string_view(buffer_.data() + from_, to_ - from_); };
+  std::size_t newline = left().find('\n');
+  while (newline == std::string_view::npos && left().size() <= kMaxLineBytes) {
+    const std::size_t searched = left().size();
+    if (!Fill()) break;
+    newline = left().find('\n', searched);
+  }
+  line_ = left().substr(0, newline);
+  if (line_.size() > kMaxLineBytes) {
+    line_ = line_.substr(0, kMaxLineBytes);
+    end_ = LineEnd::kTooLong;
+  } else if (newline != std::string_view::npos) {
+    from_ += newline + 1;
+  } else {
+    end_ = text_.end();
+  }
   if (line_.empty() && end_ == LineEnd::kEndOfText) return false;
   ++number_;
   return true;
@@ -67,7 +58,7 @@ void LineReader::SkipLine() {
       return;
     }
   } while (Fill());
-  end_ = EndOf(text_.end());
+  end_ = text_.end();
 }
 
 }  // namespace sensorvela::tools

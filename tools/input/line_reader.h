@@ -11,18 +11,6 @@
 
 namespace sensorvela::tools {
 
-enum class LineEnd {
-  kNewline,
-  /// The line is longer than the limit: what follows its first part has been skipped.
-  kTooLong,
-  /// The text ends without a newline.
-  kEndOfText,
-  /// The line has been cut, perhaps before its first byte: the input's gzip data ends too early.
-  kCut,
-  /// The same, because the gzip data is damaged there.
-  kDamaged,
-};
-
 /// The most that is given of a line. No line of a recording is longer.
 inline constexpr std::size_t kMaxLineBytes = std::size_t{1} << 20;
 

@@ -4,18 +4,26 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
+#include <vector>
 
 #include "tools/input/input.h"
 
+struct z_stream_s;  // NOLINT(readability-identifier-naming): zlib's.
+
 namespace sensorvela::tools {
 
-/// How a text ends.
-enum class TextEnd {
-  kWhole,
-  /// Its gzip data ends too early.
+/// How a line ends. A text ends as its last line does, in one of the last three ways.
+enum class LineEnd {
+  kNewline,
+  /// The line is longer than the limit: what follows its first part has been skipped.
+  kTooLong,
+  /// The text ends without a newline.
+  kEndOfText,
+  /// The line has been cut, perhaps before its first byte: the input's gzip data ends too early.
   kCut,
-  /// Its gzip data is damaged.
+  /// The same, because the gzip data is damaged there.
   kDamaged,
 };
 
@@ -24,9 +32,6 @@ enum class TextEnd {
 class TextStream {
  public:
   explicit TextStream(Input input);
-  ~TextStream();
-  TextStream(const TextStream&) = delete;
-  TextStream& operator=(const TextStream&) = delete;
 
   /// Copies the next bytes of the text into `buffer`, which has at least two, and returns their
   /// number; 0 means the end. What came before a cut or damage is given first. Throws
@@ -34,24 +39,27 @@ class TextStream {
   std::size_t Read(std::span<char> buffer);
 
   /// How the text ends, once `Read` has returned 0.
-  TextEnd end() const { return end_; }
+  LineEnd end() const { return end_.value_or(LineEnd::kEndOfText); }
 
   /// The number of the input's bytes that have been read.
   std::uint64_t bytes_read() const { return bytes_read_; }
 
  private:
-  class Inflater;
-
   std::size_t ReadInput(std::span<char> buffer);
-  /// The first read, which finds out whether the input is gzip data.
-  std::size_t ReadStart(std::span<char> buffer);
+
+  // For gzip data.
+  std::size_t ReadInflated(std::span<char> buffer);
+  void Inflate();
 
   Input input_;
-  bool has_begun_ = false;
   std::uint64_t bytes_read_ = 0;
-  TextEnd end_ = TextEnd::kWhole;
-  /// None for a plain text, and before the first read.
-  std::unique_ptr<Inflater> inflater_;
+
+  /// Null for a plain text, and before the first read.
+  std::unique_ptr<z_stream_s, void (*)(z_stream_s*)> zlib_ = {nullptr, nullptr};
+  /// What zlib takes its input from.
+  std::vector<char> chunk_;
+  bool is_between_members_ = false;
+  std::optional<LineEnd> end_;
 };
 
 }  // namespace sensorvela::tools

@@ -70,14 +70,15 @@ class TextReport : public RunObserver {
   void OnAtom(Instant at, const AtomFact& fact) override {
     if (options_.summary_only || !options_.only.Has(fact.id, fact.sensor)) return;
     std::string start = Marked(Mark(fact.answer));
-    if (fact.atom == nullptr) {
+    if (!fact.answer) {
       const std::string name = fact.name.empty() ? "an atom" : fact.name;
       Lost(at, start + name + (fact.sensor ? "  " + names_.Label(*fact.sensor) : ""), fact.cause);
       return;
     }
     if (options_.wide) {
-      const bool is_known = testkit::FindAtom(*fact.id) != nullptr;
-      const std::string id = is_known ? " (" + std::to_string(*fact.id) + ")" : "";
+      const std::int32_t atom_id = fact.atom->atomId;
+      const bool is_known = testkit::FindAtom(atom_id) != nullptr;
+      const std::string id = is_known ? " (" + std::to_string(atom_id) + ")" : "";
       start += Padded(fact.name + id, kAtomWidth) + AllValues(fact, names_);
     } else {
       start += fact.name + "  ";

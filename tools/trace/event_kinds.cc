@@ -1,6 +1,5 @@
 #include "tools/trace/event_kinds.h"
 
-#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -19,16 +18,14 @@
 #include "tools/run/replay.h"
 #include "tools/text/printable_text.h"
 #include "tools/text/wrapped_text.h"
-#include "tools/trace/diagnostics_reader.h"
-#include "tools/trace/outside_atom.h"
-#include "tools/trace/sample_lists_reader.h"
-#include "tools/trace/sample_train_reader.h"
+#include "tools/trace/content_readers.h"
 #include "trace_format/engine_call.h"
 #include "trace_format/record_fields.h"
 #include "trace_format/words.h"
 
 namespace sensorvela::tools {
 
+namespace call = trace_format::call;
 namespace event = trace_format::event;
 namespace field = trace_format::field;
 
@@ -49,77 +46,62 @@ constexpr std::size_t kLineWidth = 100;
 
 SupplierKind ReadSupplier(FieldReader& fields) {
   namespace kinds = trace_format::supplier;
-  constexpr std::array kNames = {kinds::kNone, kinds::kFirst, kinds::kSecond};
-  constexpr std::array kKinds = {SupplierKind::kNone, SupplierKind::kFirstGeneration,
-                                 SupplierKind::kSecondGeneration};
-  return kKinds.at(fields.OptionalChoice(field::kSupplier, kNames, 2));
+  constexpr std::string_view kExpected = "one of none, first, second";
+  const JsonValue* const supplier = fields.OptionalValue(field::kSupplier, kExpected);
+  const std::string_view kind = supplier != nullptr ? supplier->Text() : kinds::kSecond;
+  if (kind == kinds::kNone) return SupplierKind::kNone;
+  if (kind == kinds::kFirst) return SupplierKind::kFirstGeneration;
+  if (kind == kinds::kSecond) return SupplierKind::kSecondGeneration;
+  supplier->Reject("is " + Quoted(kind), kExpected);
 }
 
-// Each reads an argument of a call. A number takes the next name for its field.
-
-template <trace_format::Number Number>
-void Read(FieldReader& fields, const std::string_view*& name, Number& number) {
-  if constexpr (std::is_enum_v<Number>) {
-    number = Number{fields.Integer<std::int32_t>(*name++)};
+/// Reads an argument of a call. A number takes the next name for its field.
+template <typename Argument>
+Argument ReadArgument(FieldReader& fields, const std::string_view*& name) {
+  if constexpr (std::is_enum_v<Argument>) {
+    return Argument{fields.Integer<std::int32_t>(*name++)};
+  } else if constexpr (trace_format::Number<Argument>) {
+    return fields.Integer<Argument>(*name++);
+  } else if constexpr (std::is_same_v<Argument, SensorVela::SensorId>) {
+    return fields.Sensor();
   } else {
-    number = fields.Integer<Number>(*name++);
+    Argument record;
+    trace_format::ForEachNamedField(record, [&](std::string_view field_name, auto& number) {
+      fields.OptionalNumber(field_name, number);
+    });
+    return record;
   }
 }
 
-void Read(FieldReader& fields, const std::string_view*& /*name*/, SensorVela::SensorId& sensor) {
-  sensor.high = fields.Integer<std::uint32_t>(field::kSensorHigh);
-  sensor.low = fields.Integer<std::int32_t>(field::kSensorLow);
-}
-
-void Read(FieldReader& fields, const std::string_view*& /*name*/,
-          SensorVela::TarnVelaProxEvent& event) {
-  trace_format::ForEachNamedField(event,
-                                  [&]<typename Number>(std::string_view name, Number& number) {
-                                    if constexpr (std::is_same_v<Number, float>) {
-                                      number = fields.OptionalFloat(name);
-                                    } else {
-                                      number = fields.OptionalInteger<Number>(name, 0);
-                                    }
-                                  });
-}
-
-SensorVela::SensorId ReadSensor(FieldReader& fields) {
-  const std::string_view* no_name = nullptr;
-  SensorVela::SensorId sensor = {};
-  Read(fields, no_name, sensor);
-  return sensor;
-}
-
 /// The call, with the arguments that the fields have, of a method of the engine or the replay.
-template <const trace_format::EngineCall& call, typename Class, typename... Parameters>
+template <const auto& engine_call, typename Class, typename... Parameters>
 auto ReadCall(FieldReader& fields, void (Class::*method)(Parameters...)) {
-  static_assert(trace_format::kNamesNumbers<call, std::remove_cvref_t<Parameters>...>);
-  std::tuple<std::remove_cvref_t<Parameters>...> arguments;
-  const std::string_view* name = call.fields.data();
-  std::apply([&](auto&... argument) { (Read(fields, name, argument), ...); }, arguments);
+  const std::string_view* name = engine_call.fields.data();
+  const std::tuple<std::remove_cvref_t<Parameters>...> arguments = {
+      ReadArgument<std::remove_cvref_t<Parameters>>(fields, name)...};
   return [=](Class& object) {
     std::apply([&](const auto&... argument) { (object.*method)(argument...); }, arguments);
   };
 }
 
 /// A call of the engine, which the replay makes.
-template <const trace_format::EngineCall& call, auto method>
+template <const auto& engine_call>
 EventContent CallEngine(FieldReader& fields, const TraceContext&) {
-  return {[call_once = ReadCall<call>(fields, method)](Replay& replay) {
+  return {[call_once = ReadCall<engine_call>(fields, engine_call.method)](Replay& replay) {
     replay.CallEngine(call_once);
   }};
 }
 
 /// A call of the engine of which the replay does more.
-template <const trace_format::EngineCall& call, auto method>
+template <const auto& engine_call, auto method>
 EventContent CallReplay(FieldReader& fields, const TraceContext&) {
-  return {ReadCall<call>(fields, method)};
+  return {ReadCall<engine_call>(fields, method)};
 }
 
 /// An error, reported as often as the event says.
-template <const trace_format::EngineCall& call, auto method>
+template <const auto& engine_call>
 EventContent ReportErrors(FieldReader& fields, const TraceContext&) {
-  const auto report = ReadCall<call>(fields, method);
+  const auto report = ReadCall<engine_call>(fields, engine_call.method);
   const auto count = fields.OptionalInteger<std::int32_t>("count", 1, 1, kMaxCount);
   return {[=](Replay& replay) { replay.ReportErrors(count, report); }};
 }
@@ -156,7 +138,8 @@ void KnowReports(RecordingPlan& plan, std::int64_t reports) {
 template <Answer Given>
 EventContent FailedReport(FieldReader& fields, const TraceContext&) {
   const auto report = fields.Integer<std::int64_t>(field::kReport, 1, kMaxReports);
-  return {.plan = [=](RecordingPlan& plan) {
+  return {.plan = [=](TracePlan& trace) {
+    RecordingPlan& plan = trace.recording;
     if (report <= plan.reports) {
       throw EventError("report " + std::to_string(report) + ", while " +
                        std::to_string(plan.reports) +
@@ -170,20 +153,14 @@ EventContent FailedReport(FieldReader& fields, const TraceContext&) {
   }};
 }
 
-/// An event of a recording without fields of its own.
-template <void (RecordingFollower::*Step)()>
-EventContent FollowRecording(FieldReader&, const TraceContext&) {
-  return {[](Replay& replay) { (replay.recording().*Step)(); }};
-}
-
 template <bool found>
 EventContent LookupEnds(FieldReader& fields, const TraceContext&) {
   const auto reports = fields.Integer<std::int64_t>(field::kReports, 0, kMaxReports);
   return {.action = [](Replay& replay) { replay.recording().EndLookup(found); },
           .plan =
-              [=](RecordingPlan& plan) {
-                KnowReports(plan, reports);
-                plan.lookups.push_back({found, reports});
+              [=](TracePlan& trace) {
+                KnowReports(trace.recording, reports);
+                trace.recording.lookups.push_back({found, reports});
               }};
 }
 
@@ -193,8 +170,6 @@ int Questions(SupplierKind supplier) {
   return supplier == SupplierKind::kFirstGeneration ? 4 : 10;
 }
 
-EventContent Nothing(FieldReader&, const TraceContext&) { return {}; }
-
 constexpr EventKind kEventKinds[] = {
     {event::kEngineStart,
      "the host constructs the engine; supplier: none, first or second generation",
@@ -202,23 +177,20 @@ constexpr EventKind kEventKinds[] = {
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto supplier = ReadSupplier(fields);
        return {.action = [=](Replay& replay) { replay.StartEngine(supplier); },
-               .supplier = supplier};
+               .plan = [=](TracePlan& plan) { plan.supplier = supplier; }};
      }},
-    {trace_format::kHalError.event, "a call into the sensors HAL fails, count times",
-     Place::kNeedsEngine, ReportErrors<trace_format::kHalError, &SensorVela::LogSensorHalError>,
-     atoms::SensorHalErrorDetected::kAtomId},
-    {trace_format::kRuntimeError.event, "a sensor fails while it runs, count times",
-     Place::kNeedsEngine,
-     ReportErrors<trace_format::kRuntimeError, &SensorVela::LogSensorRuntimeError>,
-     atoms::SensorRuntimeErrorDetected::kAtomId},
-    {trace_format::kSensorEnabled.event, "a sensor is enabled with that sampling period",
-     Place::kNeedsEngine, CallReplay<trace_format::kSensorEnabled, &Replay::EnableSensor>,
+    {call::kHalError.event, "a call into the sensors HAL fails, count times", Place::kNeedsEngine,
+     ReportErrors<call::kHalError>, atoms::SensorHalErrorDetected::kAtomId},
+    {call::kRuntimeError.event, "a sensor fails while it runs, count times", Place::kNeedsEngine,
+     ReportErrors<call::kRuntimeError>, atoms::SensorRuntimeErrorDetected::kAtomId},
+    {call::kSensorEnabled.event, "a sensor is enabled with that sampling period",
+     Place::kNeedsEngine, CallReplay<call::kSensorEnabled, &Replay::EnableSensor>,
      atoms::HalSensorStateChanged::kAtomId},
-    {trace_format::kSensorDisabled.event, "a sensor is disabled", Place::kNeedsEngine,
-     CallReplay<trace_format::kSensorDisabled, &Replay::DisableSensor>,
+    {call::kSensorDisabled.event, "a sensor is disabled", Place::kNeedsEngine,
+     CallReplay<call::kSensorDisabled, &Replay::DisableSensor>,
      atoms::HalSensorStateChanged::kAtomId},
-    {trace_format::kSample.event, "a sample that bears that timestamp arrives at at_ns",
-     Place::kNeedsEngine, CallReplay<trace_format::kSample, &Replay::DeliverSample>,
+    {call::kSample.event, "a sample that bears that timestamp arrives at at_ns",
+     Place::kNeedsEngine, CallReplay<call::kSample, &Replay::DeliverSample>,
      atoms::SensorFirstSampleReported::kAtomId},
     {"samples",
      "a train of count samples: the first bears the timestamp at_ns, each next one that of the one "
@@ -226,26 +198,21 @@ constexpr EventKind kEventKinds[] = {
      "latency_ns after its timestamp",
      Place::kNeedsEngine,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto sensor = ReadSensor(fields);
-       const auto train = ReadSampleTrain(fields, sensor);
+       const auto train = ReadSampleTrain(fields);
        return {.action = [=](Replay& replay) { replay.StartTrain(train); },
                .train_ns = train.DurationNs()};
      },
      atoms::SensorFirstSampleReported::kAtomId},
-    {trace_format::kFirstSample.event,
+    {call::kFirstSample.event,
      "the host reports a first sample beside the one that the engine reports", Place::kNeedsEngine,
-     CallEngine<trace_format::kFirstSample, &SensorVela::ReportFirstSample>,
-     atoms::SensorFirstSampleReported::kAtomId},
-    {trace_format::kProx.event, "a proximity status report; fields left out are 0",
-     Place::kNeedsEngine, CallEngine<trace_format::kProx, &SensorVela::LogSensorProxEvent>,
-     atoms::ProxStatusReported::kAtomId},
-    {trace_format::kHalLatency.event, "an operation of the sensors HAL took that long",
-     Place::kNeedsEngine, CallEngine<trace_format::kHalLatency, &SensorVela::ReportHalLatency>,
-     atoms::SensorHalLatencyRecorded::kAtomId},
-    {trace_format::kFirmwareState.event, "a sensor firmware changes its state", Place::kNeedsEngine,
-     CallEngine<trace_format::kFirmwareState, &SensorVela::ReportFirmwareState>,
-     atoms::SensorFirmwareStateChanged::kAtomId},
-    {trace_format::kAtom.event,
+     CallEngine<call::kFirstSample>, atoms::SensorFirstSampleReported::kAtomId},
+    {call::kProx.event, "a proximity status report; fields left out are 0", Place::kNeedsEngine,
+     CallEngine<call::kProx>, atoms::ProxStatusReported::kAtomId},
+    {call::kHalLatency.event, "an operation of the sensors HAL took that long", Place::kNeedsEngine,
+     CallEngine<call::kHalLatency>, atoms::SensorHalLatencyRecorded::kAtomId},
+    {call::kFirmwareState.event, "a sensor firmware changes its state", Place::kNeedsEngine,
+     CallEngine<call::kFirmwareState>, atoms::SensorFirmwareStateChanged::kAtomId},
+    {call::kAtom.event,
      "an atom that is not of the engine's making; each of the values is an object of one field, "
      "named after its kind: int, long, float, string, bool, ints, longs, floats, strings, bools or "
      "bytes",
@@ -299,21 +266,22 @@ constexpr EventKind kEventKinds[] = {
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto for_ns = fields.Integer<std::int64_t>(field::kForNs, 0, trace_format::kMaxTimeNs);
        return {.action = [=](Replay& replay) { replay.Suspend(std::chrono::nanoseconds(for_ns)); },
-               .suspended_ns = for_ns};
+               .lasts_ns = for_ns};
      }},
     {"sensor_name",
      "all output calls the sensor by that name; the last one holds for the whole run",
      Place::kAnywhere,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
-       const auto sensor = ReadSensor(fields);
-       return {.sensor_name = [=, name = fields.Text("name")](SensorNames& names) {
-         names.Set(sensor, name);
+       const auto sensor = fields.Sensor();
+       return {.plan = [=, name = std::string(fields.Text("name"))](TracePlan& plan) {
+         plan.sensor_names.Set(sensor, name);
        }};
      }},
-    {"time_passes", "nothing happens but the passing of time", Place::kAnywhere, Nothing},
+    {"time_passes", "nothing happens but the passing of time", Place::kAnywhere,
+     [](FieldReader&, const TraceContext&) { return EventContent(); }},
     {"note", "a line of the story, printed with the output", Place::kAnywhere,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
-       return {[text = fields.Text("text")](Replay& replay) { replay.Note(text); }};
+       return {[text = std::string(fields.Text("text"))](Replay& replay) { replay.Note(text); }};
      }},
     {event::kEnd,
      "the host destroys the engine, and trains under way are cut; must be last; without it the run "
@@ -323,21 +291,23 @@ constexpr EventKind kEventKinds[] = {
        constexpr std::int64_t kAbsent = -1;
        const auto reports =
            fields.OptionalInteger<std::int64_t>(field::kReports, kAbsent, 0, kMaxReports);
-       EventContent content = {[](Replay& replay) { replay.CutTrains(); }};
-       if (reports != kAbsent) {
-         content.plan = [=](RecordingPlan& plan) {
-           KnowReports(plan, reports);
-           plan.has_end = true;
-         };
-       }
-       return content;
+       return {.action = [](Replay& replay) { replay.CutTrains(); },
+               .plan =
+                   [=](TracePlan& plan) {
+                     if (reports == kAbsent) return;
+                     if (!plan.is_recording) {
+                       throw EventError("an end with reports: expected them in recordings only");
+                     }
+                     KnowReports(plan.recording, reports);
+                     plan.recording.has_end = true;
+                   }};
      }},
     {event::kRecording,
      "the trace is a recording: what follows happened to an engine in a real process",
      Place::kStartsRecording,
      [](FieldReader& fields, const TraceContext& context) -> EventContent {
        fields.Integer<std::int32_t>(field::kVersion, 1, 1);
-       return {[plan = context.plan](Replay& replay) { replay.FollowRecording(*plan); }};
+       return {[plan = context.recording](Replay& replay) { replay.FollowRecording(*plan); }};
      }},
     {event::kSampleLists, "samples of several sensors: a list for each, as the document says",
      Place::kInRecording,
@@ -346,16 +316,19 @@ constexpr EventKind kEventKinds[] = {
        const std::int64_t last_ns = samples.empty() ? context.at_ns : samples.back().arrival_ns;
        return {.action = [samples = std::move(samples)](
                              Replay& replay) { replay.DeliverSamples(samples); },
-               .samples_ns = last_ns - context.at_ns};
+               .lasts_ns = last_ns - context.at_ns};
      },
      atoms::SensorFirstSampleReported::kAtomId},
     {event::kServiceFoundDeclared, "the engine has found the service declared when it started",
      Place::kInRecording,
      [](FieldReader&, const TraceContext&) -> EventContent {
-       return {.plan = [](RecordingPlan& plan) { plan.service_declared = true; }};
+       return {.plan = [](TracePlan& plan) { plan.recording.service_declared = true; }};
      }},
     {event::kLookupWaits, "a lookup of the engine has waited for the service since then",
-     Place::kInRecording, FollowRecording<&RecordingFollower::LookupWaits>},
+     Place::kInRecording,
+     [](FieldReader&, const TraceContext&) -> EventContent {
+       return {[](Replay& replay) { replay.recording().LookupWaits(); }};
+     }},
     {event::kLookupFound, "it has found the service, after that many reports in all",
      Place::kInRecording, LookupEnds<true>},
     {event::kLookupFoundNone, "it has found none, and its atoms are dropped", Place::kInRecording,
@@ -369,13 +342,14 @@ constexpr EventKind kEventKinds[] = {
      Place::kInRecording,
      [](FieldReader& fields, const TraceContext&) -> EventContent {
        const auto reports = fields.Integer<std::int64_t>(field::kReports, 0, kMaxReports);
-       return {.plan = [=](RecordingPlan& plan) { KnowReports(plan, reports); }};
+       return {.plan = [=](TracePlan& plan) { KnowReports(plan.recording, reports); }};
      }},
     {event::kCycleEnded, "a cycle has ended, and the engine asks the supplier", Place::kInRecording,
      [](FieldReader&, const TraceContext& context) -> EventContent {
        return {.action = [](Replay& replay) { replay.recording().EndCycle(); },
                .plan =
-                   [questions = Questions(context.supplier)](RecordingPlan& plan) {
+                   [questions = Questions(context.supplier)](TracePlan& trace) {
+                     RecordingPlan& plan = trace.recording;
                      if (++plan.cycles > kMaxCycles) {
                        throw EventError("more cycles than the clock can count: expected at most " +
                                         std::to_string(kMaxCycles));
@@ -391,8 +365,8 @@ constexpr EventKind kEventKinds[] = {
        const auto answer = ReadDiagnostics(fields, context.supplier);
        return {.action = [=](Replay& replay) { replay.recording().Answer(answer); },
                .plan =
-                   [](RecordingPlan& plan) {
-                     if (--plan.answers_left < 0) {
+                   [](TracePlan& plan) {
+                     if (--plan.recording.answers_left < 0) {
                        throw EventError(
                            "an answer that the engine has not asked for: expected a cycle_ended "
                            "before the answers");
@@ -400,11 +374,6 @@ constexpr EventKind kEventKinds[] = {
                    }};
      }},
 };
-
-/// `text` in the description's right column.
-std::string InRightColumn(std::string_view text) {
-  return Wrapped(text, kLineWidth, kNameWidth, kNameWidth);
-}
 
 }  // namespace
 
@@ -423,15 +392,18 @@ const EventKind& FindEventKind(std::string_view name) {
 }
 
 std::string DescribeEventKinds() {
+  const auto in_right_column = [](std::string_view text) {
+    return Wrapped(text, kLineWidth, kNameWidth, kNameWidth);
+  };
   std::string description;
   for (const EventKind& kind : kEventKinds) {
     FieldReader fields;
     kind.read(fields, {});
     std::string name = "  " + std::string(kind.name);
     name.resize(kNameWidth, ' ');
-    description += name + InRightColumn(kind.help);
+    description += name + in_right_column(kind.help);
     if (const std::string list = fields.FieldList(); !list.empty()) {
-      description += std::string(kNameWidth, ' ') + InRightColumn("fields: " + list);
+      description += std::string(kNameWidth, ' ') + in_right_column("fields: " + list);
     }
   }
   return description;

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -29,24 +28,27 @@ enum class Place {
   kInRecording,      // Like `kNeedsEngine`, and in no other trace than a recording.
 };
 
-/// What the earlier events determine for the next one.
-struct TraceContext {
-  testkit::SupplierKind supplier = testkit::SupplierKind::kSecondGeneration;
-  /// The event's own instant.
-  std::int64_t at_ns = 0;
-  /// The recording's plan, empty for other traces; null in the first pass, which runs nothing.
-  const RecordingPlan* plan = nullptr;
-};
-
-/// What the whole trace determines for its run.
+/// What the events so far determine, or all of them for the run.
 struct TracePlan {
   SensorNames sensor_names = {};
-  simulated::VirtualTime::Instant run_begin = {};
+  /// Negative before the first event.
+  simulated::VirtualTime::Instant run_begin{-1};
   simulated::VirtualTime::Instant run_end = {};
   /// The line of the last event.
   std::size_t last_line = 0;
-  /// None if the trace is no recording.
-  std::optional<RecordingPlan> recording = std::nullopt;
+  /// The supplier of the engine.
+  testkit::SupplierKind supplier = testkit::SupplierKind::kSecondGeneration;
+  bool is_recording = false;
+  /// Empty if the trace is no recording.
+  RecordingPlan recording = {};
+};
+
+/// What an event's content depends on besides its fields.
+struct TraceContext {
+  std::int64_t at_ns = 0;
+  testkit::SupplierKind supplier = testkit::SupplierKind::kSecondGeneration;
+  /// Of the whole trace; null in the first pass, which runs nothing.
+  const RecordingPlan* recording = nullptr;
 };
 
 /// The content of an event's fields.
@@ -54,18 +56,13 @@ struct EventContent {
   Action action = [](Replay&) {};
   /// The duration of the train that the event starts; 0 if it starts none.
   std::int64_t train_ns = 0;
-  /// How long the device is suspended; no event may come before it wakes up.
-  std::int64_t suspended_ns = 0;
-  /// The supplier of the engine that the event starts.
-  std::optional<testkit::SupplierKind> supplier = std::nullopt;
-  /// From the event to its last sample; no event may come before that one.
-  std::int64_t samples_ns = 0;
+  /// How long the event lasts; no other may come before it is over. It is a suspension of the
+  /// device or, in a recording, a list of samples.
+  std::int64_t lasts_ns = 0;
   /// The identifier of the atom that the event brings.
   std::int32_t atom_id = 0;
-  /// Adds what the event says about the whole recording to the plan.
-  std::function<void(RecordingPlan& plan)> plan = nullptr;
-  /// Adds the name that the event gives a sensor.
-  std::function<void(SensorNames& names)> sensor_name = nullptr;
+  /// Adds what the event says about the whole run to the plan.
+  std::function<void(TracePlan& plan)> plan = nullptr;
 };
 
 /// One kind of event. A new kind needs only an entry in the table in event_kinds.cc.

@@ -2,16 +2,18 @@
 // there are no others.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "tools/trace/checked_value.h"
+#include <sensorvela/engine/sensor_vela.h>
+
+#include "tools/trace/json_line.h"
 
 namespace sensorvela::tools {
 
@@ -26,11 +28,8 @@ class FieldReader {
     std::string expected;
   };
 
-  /// Reads the fields of an event, a JSON object that must outlive the reader.
-  explicit FieldReader(const JsonValue& event) : FieldReader(event, event) {}
-
-  /// Reads the fields of an object inside of an event.
-  explicit FieldReader(const CheckedValue& nested) : FieldReader(nested.Object(), nested.line()) {}
+  /// Reads the fields of `object`, which must be one and outlive the reader.
+  explicit FieldReader(const JsonValue& object);
 
   /// A reader without an object: records the fields that are requested and returns arbitrary
   /// values.
@@ -51,26 +50,31 @@ class FieldReader {
     return static_cast<Int>(ReadInteger(name, {min, max}, fallback));
   }
 
-  /// Returns 0 when there is no such field.
-  float OptionalFloat(std::string_view name);
+  // Set `number` to the field's, or leave it when there is no such field.
+  template <std::integral Int>
+  void OptionalNumber(std::string_view name, Int& number) {
+    number = OptionalInteger<Int>(name, number);
+  }
+  void OptionalNumber(std::string_view name, float& number);
 
-  std::string Text(std::string_view name);
+  /// The integers `sensor_high` and `sensor_low`.
+  SensorVela::SensorId Sensor();
 
-  /// Returns an empty text when there is no such field.
-  std::string OptionalText(std::string_view name);
+  /// Valid as long as the line.
+  std::string_view Text(std::string_view name);
 
-  /// The position of the field's text in `choices`; `fallback` when there is no such field.
-  std::size_t OptionalChoice(std::string_view name, std::span<const std::string_view> choices,
-                             std::size_t fallback);
+  /// The elements of an array.
+  const JsonValue& List(std::string_view name);
 
-  std::vector<CheckedValue> List(std::string_view name);
-
-  /// For a field that none of the other operations can read. The caller checks that it is as
-  /// `expected`.
-  std::optional<CheckedValue> OptionalValue(std::string_view name, std::string_view expected);
+  /// For a field that none of the other operations can read; null when there is none. The caller
+  /// checks that it is as `expected`.
+  const JsonValue* OptionalValue(std::string_view name, std::string_view expected);
 
   /// Throws when the object has a field that was not read.
   void RejectOtherFields() const;
+
+  /// The sensor that has been read, if any.
+  const std::optional<SensorVela::SensorId>& sensor() const { return sensor_; }
 
   /// The fields read so far, in order.
   const std::vector<Field>& fields() const { return fields_; }
@@ -79,28 +83,19 @@ class FieldReader {
   std::string FieldList() const;
 
  private:
-  FieldReader(const JsonValue& object, const JsonValue& line);
-
   std::int64_t ReadInteger(std::string_view name, IntegerRange range,
                            std::optional<std::int64_t> fallback);
 
-  /// The field's value; none in a reader without an object. `expected` describes the value when
+  /// The field's value; null in a reader without an object. `expected` describes the value when
   /// that is needed.
   template <typename Description>
-  std::optional<CheckedValue> Value(std::string_view name, bool optional,
-                                    const Description& expected);
-
-  [[noreturn]] void RejectMissing(std::string_view name, const std::string& expected) const;
-
-  /// The name of a field of this object, for messages.
-  std::string FullName(std::string_view name) const;
+  const JsonValue* Value(std::string_view name, bool optional, const Description& expected);
 
   const JsonValue* object_ = nullptr;
-  /// The whole line's object.
-  const JsonValue* line_ = nullptr;
   std::vector<Field> fields_;
   /// How many of the fields were there.
   std::size_t found_ = 0;
+  std::optional<SensorVela::SensorId> sensor_;
 };
 
 }  // namespace sensorvela::tools

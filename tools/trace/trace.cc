@@ -4,9 +4,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -29,115 +27,119 @@ std::string DisplayName(const std::string& path) {
   throw TraceError(name + ": " + error.code().message() + ": expected a readable file");
 }
 
-/// Turns lines into events. Keeps what the earlier lines determine for the next.
-class TraceParser {
+bool IsBlank(std::string_view line) {
+  return line.find_first_not_of(" \t\r") == std::string_view::npos;
+}
+
+/// The line's fields but for those that every event has.
+Json OwnFields(const JsonValue& line) {
+  Json fields = ToJson(line);
+  fields.erase(trace_format::field::kAtNs);
+  fields.erase(trace_format::field::kEvent);
+  return fields;
+}
+
+/// Reads and checks a trace once, from the first event to the last.
+class TracePass {
  public:
-  /// `plan` is null in the first pass.
-  TraceParser(const RecordingPlan* plan, bool with_fields) : with_fields_(with_fields) {
-    context_.plan = plan;
+  /// A pass after the first ends where that did, and knows the `whole` trace's plan.
+  TracePass(std::string name, Input input, const TracePlan* whole = nullptr,
+            bool with_fields = false)
+      : name_(std::move(name)),
+        lines_(std::move(input)),
+        whole_(whole),
+        with_fields_(with_fields) {}
+
+  /// Returns false, and checks the trace as a whole, at its end.
+  bool Next(Event& event) try {
+    // A recording that is still written has grown since the first pass.
+    while ((whole_ == nullptr || lines_.number() < whole_->last_line) && lines_.Next()) {
+      if (lines_.end() == LineEnd::kTooLong) {
+        throw EventError("a line of more than " + std::to_string(kMaxLineBytes) +
+                         " bytes: expected one event a line");
+      }
+      // A recording's last line is whole if it ends with a newline.
+      if (plan_.is_recording && lines_.end() != LineEnd::kNewline) break;
+      CheckEnd();
+      if (IsBlank(lines_.line())) continue;
+      Parse(event);
+      return true;
+    }
+    if (plan_.last_line == 0) throw EventError("the trace is empty: expected one event a line");
+    if (engine_line_ == 0) throw EventError("the trace ends here: expected an engine_start in it");
+    return false;
+  } catch (const EventError& error) {
+    const std::size_t line_number = std::max<std::size_t>(lines_.number(), 1);
+    if (plan_.is_recording && IsDamagedFurtherOn()) return false;
+    throw TraceError(name_ + ":" + std::to_string(line_number) + ": " + error.what());
+  } catch (const std::system_error& error) {
+    ThrowUnreadable(name_, error);
   }
 
-  void Parse(std::size_t line_number, std::string_view text, Event& event) {
-    const JsonValue& line = json_.Parse(text);
-    FieldReader fields(line);
-    const std::string name = fields.Text(trace_format::field::kEvent);
-    const EventKind& kind = FindEventKind(name);
-    const auto at_ns =
-        fields.Integer<std::int64_t>(trace_format::field::kAtNs, 0, trace_format::kMaxTimeNs);
-    context_.at_ns = at_ns;
-    EventContent content = kind.read(fields, context_);
-    fields.RejectOtherFields();
-    CheckTime(line_number, at_ns);
-    awake_at_ns_ = at_ns + content.suspended_ns;
-    samples_end_ns_ = at_ns + content.samples_ns;
-    CheckPlace(line_number, kind);
-    if (run_begin_ns_ < 0) run_begin_ns_ = at_ns;
-    if (content.plan) {
-      if (!recording_) {
-        throw EventError("an end with reports: expected them in recordings only");
-      }
-      content.plan(*recording_);
-    }
-    if (content.sensor_name) content.sensor_name(sensor_names_);
-    context_.supplier = content.supplier.value_or(context_.supplier);
-    run_end_ns_ =
-        kind.place == Place::kLast
-            ? at_ns
-            : std::max({run_end_ns_, awake_at_ns_, samples_end_ns_, at_ns + content.train_ns});
-    event.at = std::chrono::nanoseconds(at_ns);
-    event.action = std::move(content.action);
-    if (context_.plan != nullptr) event.info = Info(line_number, line, kind, content.atom_id);
-  }
+  std::uint64_t bytes_read() const { return lines_.bytes_read(); }
 
   /// What the events so far determine.
-  TracePlan plan() const {
-    return {sensor_names_, std::chrono::nanoseconds(run_begin_ns_),
-            std::chrono::nanoseconds(run_end_ns_), last_line_, recording_};
-  }
+  const TracePlan& plan() const { return plan_; }
 
-  bool is_recording() const { return recording_.has_value(); }
-  bool has_end() const { return end_line_ != 0; }
-  std::size_t last_line() const { return last_line_; }
-
-  void CheckWhole() const {
-    if (last_line_ == 0) throw EventError("the trace is empty: expected one event a line");
-    if (engine_line_ == 0) throw EventError("the trace ends here: expected an engine_start in it");
+  /// Where a recording has been cut; empty for other traces.
+  std::string Cut() const {
+    if (!plan_.is_recording || end_line_ != 0) return "";
+    return name_ + ":" + std::to_string(plan_.last_line) +
+           ": the recording was cut after this line";
   }
 
  private:
-  /// What the outputs need of an event that has been checked.
-  std::shared_ptr<const EventInfo> Info(std::size_t line_number, const JsonValue& line,
-                                        const EventKind& kind, std::int32_t atom_id) const {
-    auto info = std::make_shared<EventInfo>();
-    info->kind = kind.name;
-    info->line = line_number;
-    info->atom_id = atom_id != 0 ? atom_id : kind.atom_id;
-    const JsonValue* const high = line.Find(trace_format::field::kSensorHigh);
-    const JsonValue* const low = line.Find(trace_format::field::kSensorLow);
-    if (high != nullptr && low != nullptr) {
-      info->sensor = {static_cast<std::uint32_t>(high->integer),
-                      static_cast<std::int32_t>(low->integer)};
-    }
-    if (!with_fields_) return info;
-    info->fields = ToJson(line);
-    info->fields.erase(trace_format::field::kAtNs);
-    info->fields.erase(trace_format::field::kEvent);
-    return info;
+  /// Turns the present line into an event.
+  void Parse(Event& event) {
+    const JsonValue& line = json_.Parse(lines_.line());
+    FieldReader fields(line);
+    const EventKind& kind = FindEventKind(fields.Text(trace_format::field::kEvent));
+    const auto at_ns =
+        fields.Integer<std::int64_t>(trace_format::field::kAtNs, 0, trace_format::kMaxTimeNs);
+    const RecordingPlan* const recording = whole_ != nullptr ? &whole_->recording : nullptr;
+    EventContent content = kind.read(fields, {at_ns, plan_.supplier, recording});
+    fields.RejectOtherFields();
+    CheckTime(at_ns);
+    CheckPlace(kind);
+    AddToPlan(kind, at_ns, content);
+    event.at = std::chrono::nanoseconds(at_ns);
+    event.action = std::move(content.action);
+    if (whole_ == nullptr) return;
+    event.info = std::make_shared<EventInfo>(
+        EventInfo{.kind = kind.name,
+                  .line = lines_.number(),
+                  .atom_id = content.atom_id != 0 ? content.atom_id : kind.atom_id,
+                  .sensor = fields.sensor(),
+                  .fields = with_fields_ ? OwnFields(line) : Json()});
   }
 
-  void CheckTime(std::size_t line_number, std::int64_t at_ns) {
+  void CheckTime(std::int64_t at_ns) {
+    const auto last_line = [&] { return "line " + std::to_string(plan_.last_line); };
     if (at_ns < last_at_ns_) {
-      throw EventError("time goes back from " + std::to_string(last_at_ns_) + " (line " +
-                       std::to_string(last_line_) + ") to " + std::to_string(at_ns) +
-                       ": expected no earlier instant");
+      throw EventError("time goes back from " + std::to_string(last_at_ns_) + " (" + last_line() +
+                       ") to " + std::to_string(at_ns) + ": expected no earlier instant");
     }
-    if (at_ns < awake_at_ns_) {
-      throw EventError("an event at " + std::to_string(at_ns) + ", while the device is suspended" +
-                       " (line " + std::to_string(last_line_) + "): expected none before " +
-                       std::to_string(awake_at_ns_));
-    }
-    if (at_ns < samples_end_ns_) {
+    if (at_ns < last_over_at_ns_) {
       throw EventError("an event at " + std::to_string(at_ns) +
-                       ", before the last sample of line " + std::to_string(last_line_) +
-                       ": expected none before " + std::to_string(samples_end_ns_));
+                       (last_place_ == Place::kInRecording
+                            ? ", before the last sample of " + last_line()
+                            : ", while the device is suspended (" + last_line() + ")") +
+                       ": expected none before " + std::to_string(last_over_at_ns_));
     }
     last_at_ns_ = at_ns;
-    last_line_ = line_number;
+    plan_.last_line = lines_.number();
   }
 
-  void CheckPlace(std::size_t line_number, const EventKind& kind) {
+  void CheckPlace(const EventKind& kind) {
     const std::string name(kind.name);
     if (end_line_ != 0) {
       throw EventError(name + " after the end (line " + std::to_string(end_line_) +
                        "): expected end to be the last event");
     }
-    if (kind.place == Place::kStartsRecording) {
-      if (run_begin_ns_ >= 0) {
-        throw EventError("a " + name + " here: expected it as the first event or not at all");
-      }
-      recording_.emplace();
+    if (kind.place == Place::kStartsRecording && plan_.run_begin.count() >= 0) {
+      throw EventError("a " + name + " here: expected it as the first event or not at all");
     }
-    if (kind.place == Place::kInRecording && !is_recording()) {
+    if (kind.place == Place::kInRecording && !plan_.is_recording) {
       throw EventError(name +
                        " in a trace that is no recording: expected recording as the first event");
     }
@@ -146,84 +148,26 @@ class TraceParser {
     if (needs_engine && engine_line_ == 0) {
       throw EventError(name + " without an engine: expected an engine_start before it");
     }
-    if (kind.place == Place::kStartsEngine) {
-      if (engine_line_ != 0) {
-        throw EventError("a second " + name + " (the first: line " + std::to_string(engine_line_) +
-                         "): expected one");
-      }
-      engine_line_ = line_number;
+    if (kind.place == Place::kStartsEngine && engine_line_ != 0) {
+      throw EventError("a second " + name + " (the first: line " + std::to_string(engine_line_) +
+                       "): expected one");
     }
-    if (kind.place == Place::kLast) end_line_ = line_number;
+    if (kind.place == Place::kStartsRecording) plan_.is_recording = true;
+    if (kind.place == Place::kStartsEngine) engine_line_ = lines_.number();
+    if (kind.place == Place::kLast) end_line_ = lines_.number();
   }
 
-  const bool with_fields_;
-  JsonLine json_;
-  TraceContext context_;
-  std::int64_t last_at_ns_ = 0;
-  /// When the suspension ends that the last event began, or else the last event's instant.
-  std::int64_t awake_at_ns_ = 0;
-  /// When the last sample of the last event arrives, or else the last event's instant.
-  std::int64_t samples_end_ns_ = 0;
-  /// Negative before the first event.
-  std::int64_t run_begin_ns_ = -1;
-  std::int64_t run_end_ns_ = 0;
-  SensorNames sensor_names_;
-  std::optional<RecordingPlan> recording_;
-  // Line numbers; 0 while there is no such line.
-  std::size_t last_line_ = 0;
-  std::size_t engine_line_ = 0;
-  std::size_t end_line_ = 0;
-};
-
-bool IsBlank(std::string_view line) {
-  return line.find_first_not_of(" \t\r") == std::string_view::npos;
-}
-
-/// Reads and checks a trace once, from the first event to the last.
-class TracePass {
- public:
-  /// A second pass ends with the line `last`, and knows the `plan`.
-  TracePass(std::string name, Input input, std::size_t last = 0,
-            const RecordingPlan* plan = nullptr, bool with_fields = false)
-      : name_(std::move(name)), lines_(std::move(input)), parser_(plan, with_fields), last_(last) {}
-
-  /// Returns false, and checks the trace as a whole, at its end.
-  bool Next(Event& event) try {
-    // A recording that is still written has grown since the first pass.
-    while ((last_ == 0 || lines_.number() < last_) && lines_.Next()) {
-      if (lines_.end() == LineEnd::kTooLong) {
-        throw EventError("a line of more than " + std::to_string(kMaxLineBytes) +
-                         " bytes: expected one event a line");
-      }
-      // A recording's last line is whole if it ends with a newline.
-      if (parser_.is_recording() && lines_.end() != LineEnd::kNewline) break;
-      CheckEnd();
-      if (IsBlank(lines_.line())) continue;
-      parser_.Parse(lines_.number(), lines_.line(), event);
-      return true;
-    }
-    parser_.CheckWhole();
-    return false;
-  } catch (const EventError& error) {
-    const std::size_t line_number = std::max<std::size_t>(lines_.number(), 1);
-    if (parser_.is_recording() && IsDamagedFurtherOn()) return false;
-    throw TraceError(name_ + ":" + std::to_string(line_number) + ": " + error.what());
-  } catch (const std::system_error& error) {
-    ThrowUnreadable(name_, error);
+  /// Adds a checked event.
+  void AddToPlan(const EventKind& kind, std::int64_t at_ns, const EventContent& content) {
+    last_place_ = kind.place;
+    last_over_at_ns_ = at_ns + content.lasts_ns;
+    const std::chrono::nanoseconds at(at_ns);
+    if (plan_.run_begin.count() < 0) plan_.run_begin = at;
+    const std::chrono::nanoseconds done(at_ns + std::max(content.lasts_ns, content.train_ns));
+    plan_.run_end = kind.place == Place::kLast ? at : std::max(plan_.run_end, done);
+    if (content.plan) content.plan(plan_);
   }
 
-  std::uint64_t bytes_read() const { return lines_.bytes_read(); }
-
-  TracePlan plan() const { return parser_.plan(); }
-
-  /// Where a recording has been cut; empty for other traces.
-  std::string Cut() const {
-    if (!parser_.is_recording() || parser_.has_end()) return "";
-    return name_ + ":" + std::to_string(parser_.last_line()) +
-           ": the recording was cut after this line";
-  }
-
- private:
   /// Where gzip data is damaged, it can give some lines of rubbish before that is noticed.
   bool IsDamagedFurtherOn() {
     while (lines_.Next()) continue;
@@ -243,9 +187,19 @@ class TracePass {
 
   std::string name_;
   LineReader lines_;
-  TraceParser parser_;
-  /// 0 for none.
-  std::size_t last_;
+  JsonLine json_;
+  /// Null in the first pass.
+  const TracePlan* const whole_;
+  const bool with_fields_;
+
+  TracePlan plan_;
+  // Of the last event: its instant, when it is over, and its place.
+  std::int64_t last_at_ns_ = 0;
+  std::int64_t last_over_at_ns_ = 0;
+  Place last_place_ = Place::kAnywhere;
+  // Line numbers; 0 while there is no such line.
+  std::size_t engine_line_ = 0;
+  std::size_t end_line_ = 0;
 };
 
 }  // namespace
@@ -267,10 +221,7 @@ Trace::Trace(const std::string& path, Input input, const OnLine& on_line)
 }
 
 EventSource Trace::Events(bool with_fields) const {
-  // A trace that has become a recording since has nothing planned.
-  static const RecordingPlan kNothing;
-  const RecordingPlan* const plan = plan_.recording ? &*plan_.recording : &kNothing;
-  auto pass = std::make_shared<TracePass>(name_, input_, plan_.last_line, plan, with_fields);
+  auto pass = std::make_shared<TracePass>(name_, input_, &plan_, with_fields);
   return [pass = std::move(pass)](Event& event) { return pass->Next(event); };
 }
 

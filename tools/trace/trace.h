@@ -35,7 +35,7 @@ class Trace {
   /// The trace's name in messages.
   const std::string& name() const { return name_; }
 
-  bool is_recording() const { return plan_.recording.has_value(); }
+  bool is_recording() const { return plan_.is_recording; }
 
   /// The instant of the first event.
   simulated::VirtualTime::Instant run_begin() const { return plan_.run_begin; }

@@ -47,7 +47,7 @@ class ViewerObserver : public RunObserver {
 
   void OnAtom(Instant at, const AtomFact& fact) override {
     Json arguments = Json::object();
-    if (fact.atom == nullptr) {
+    if (!fact.answer) {
       arguments.update(ToJson(fact.cause));
       // In the place of the values that the atom would have had.
       if (fact.cause.event) arguments["event"] = fact.cause.event->fields;
