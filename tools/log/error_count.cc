@@ -31,12 +31,13 @@ std::optional<LogPosition> ErrorCount::Reported(const LogPosition& counted_after
   counted_after_.insert(place, counted_after);
   if (counted_after_.size() > kErrorCapPerCycle + 1) counted_after_.erase(counted_after_.begin());
 
-  const bool is_past_cap = counted_after_.size() > kErrorCapPerCycle;
+  std::optional<LogPosition> ended_after;
+  if (counted_after_.size() > kErrorCapPerCycle) ended_after = counted_after_.front();
   const bool follows_blocked = blocked_count_ > 0 && blocked_.line <= counted_after.line;
-  if (follows_blocked && !(is_past_cap && counted_after_.front().line > blocked_.line)) {
-    return blocked_;
+  if (follows_blocked && (!ended_after || ended_after->line < blocked_.line)) {
+    ended_after = blocked_;
   }
-  return is_past_cap ? std::optional(counted_after_.front()) : std::nullopt;
+  return ended_after;
 }
 
 std::optional<LogPosition> ErrorCount::Blocked(const LogPosition& position, std::uint32_t count) {
