@@ -231,8 +231,8 @@ void LogSummary::AddCycleEnd(const Pid& pid, const LogPosition& after, const Log
   if (process == nullptr) return;
   // An engine ends no cycle before it logs its start.
   const Interval between = {after.line > 0 ? after : process->first, before};
-  // Several counts show the same end. The present line is later than all others, so the intervals
-  // that are kept are as many as have no line in common.
+  // Several counts show the same end. An interval that overlaps the last one may have no further
+  // end. Since intervals come in the order in which they end, as many as possible are kept.
   if (between.after.line < process->last_end) return;
   process->last_end = before.line;
   if (!process->ends.Full()) process->ends.rows.push_back(between);
