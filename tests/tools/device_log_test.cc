@@ -13,6 +13,7 @@
 
 #include <sensorvela/testkit/world.h>
 
+#include "tests/tools/gzipped.h"
 #include "tests/tools/trace_files.h"
 #include "tools/log/library_line.h"
 #include "tools/log/log_report.h"
@@ -24,6 +25,7 @@ namespace sensorvela::tools {
 namespace {
 
 using testing::Content;
+using testing::Gzipped;
 using testing::SourcePath;
 
 /// Reads the log as the tool does.
@@ -133,6 +135,31 @@ TEST(DeviceLogTest, DoesNotCountWhatOnlyLooksLikeTheLibrarysLines) {
     EXPECT_EQ(Summarize(log + '\n').library_lines, 0u) << log;
   }
   EXPECT_GT(count, 30);
+}
+
+// A changed bit is reported, or changes no line: one in a header's time, say.
+TEST(DeviceLogTest, SeesDamageAnywhereInGzipData) {
+  const std::string member = Gzipped(Blocked(3, "11") + Blocked(3, "12"));
+  const std::string whole = member + Gzipped(Blocked(4, "11"));
+  const auto read = [](const std::string& data, std::string& lines) {
+    return ReadLines(Input(data), [&](std::string_view line) { lines.append(line) += '\n'; });
+  };
+  std::string lines;
+  ASSERT_EQ(read(whole, lines), "");
+  std::size_t unseen = 0;
+  for (std::size_t bit = 0; bit < 8 * whole.size(); ++bit) {
+    std::string changed = whole;
+    changed[bit / 8] = static_cast<char>(changed[bit / 8] ^ (1 << bit % 8));
+    std::string changed_lines;
+    if (!read(changed, changed_lines).empty()) continue;
+    ++unseen;
+    EXPECT_EQ(changed_lines, lines) << "byte " << bit / 8 << ", bit " << bit % 8;
+  }
+  EXPECT_LT(unseen, 150u);  // Each header has 49 bits that say nothing of the lines.
+  for (std::size_t size = 1; size < whole.size(); ++size) {
+    std::string start;
+    EXPECT_EQ(read(whole.substr(0, size), start).empty(), size == member.size()) << size;
+  }
 }
 
 /// The log of a process. In `lines`, `s` is an engine's start, `r` a reported error, a number a
