@@ -33,14 +33,23 @@ constexpr char kAbout[] =
 constexpr char kFooter[] =
     "The lines may have any of logcat's forms brief, tag, process, time, threadtime and long, "
     "with\n"
-    "the modifiers of time and uid. Several files are read as one log, in the given order. Where "
-    "a\n"
-    "form has no time, the line's number is printed, counted over all files.\n"
+    "the modifiers of time, uid and color; gzip may have compressed a file. Several files are "
+    "read\n"
+    "as one log, in the given order. Where a form has no time, the line's number is printed, "
+    "counted\n"
+    "over all files.\n"
+    "\n"
+    "Only what follows from the lines is printed: of lost errors and ended cycles there may be "
+    "more.\n"
+    "The form threadtime tells the most, because the lines have their threads.\n"
     "\n"
     "Exit status:\n"
     "  0  the log was read\n"
-    "  1  a file could not be read, or is a zip archive, UTF-16 or damaged gzip data; the output\n"
-    "     could not be written; or the reader of a pipe has gone (nothing is said then)\n"
+    "  1  a file could not be read, or is no text: a zip archive, UTF-16, bzip2, xz, zstd or "
+    "other\n"
+    "     data, damaged gzip data, or gzip data beside a text in one file; the output could not "
+    "be\n"
+    "     written; or the reader of a pipe has gone (nothing is said then)\n"
     "  2  bad usage";
 
 struct Options {
@@ -77,6 +86,7 @@ int Summarize(const Options& options) {
       return kExitFailed;
     }
   }
+  summary.EndLog();
   if (options.format == "jsonl") {
     tools::PrintJsonLines(summary, std::cout);
   } else {

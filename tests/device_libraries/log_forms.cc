@@ -18,7 +18,8 @@ using sensorvela::tools::LogLine;
 using sensorvela::tools::LogLines;
 
 constexpr std::array kForms = {"brief", "process", "tag", "time", "threadtime", "long"};
-constexpr std::array kModifiers = {"year", "usec", "nsec", "zone", "uid", "epoch", "monotonic"};
+constexpr std::array kModifiers = {"year", "usec",  "nsec",      "zone",
+                                   "uid",  "epoch", "monotonic", "color"};
 constexpr unsigned kCombinations = 1u << kModifiers.size();
 
 std::string Print(const char* form, unsigned modifiers) {

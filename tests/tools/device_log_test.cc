@@ -13,6 +13,7 @@
 
 #include <sensorvela/testkit/world.h>
 
+#include "tests/tools/gzipped.h"
 #include "tests/tools/trace_files.h"
 #include "tools/log/library_line.h"
 #include "tools/log/log_report.h"
@@ -24,6 +25,7 @@ namespace sensorvela::tools {
 namespace {
 
 using testing::Content;
+using testing::Gzipped;
 using testing::SourcePath;
 
 /// Reads the log as the tool does.
@@ -32,6 +34,7 @@ LogSummary Summarize(std::string_view log) {
   EXPECT_EQ(
       ReadLines(Input(std::string(log)), [&](std::string_view line) { summary.AddLine(line); }),
       "");
+  summary.EndLog();
   return summary;
 }
 
@@ -96,6 +99,11 @@ TEST(DeviceLogTest, ReadsTheSameFactsFromEveryForm) {
       {"[ %1   812:  830 %2/sensor-vela ]\n%3\n", "11-23 08:00:01.000", "11-23 08:00:02.204", true},
       {"[ %1  1000:  812:  830 %2/sensor-vela ]\r\n%3\r\n\r", "2026-11-23 08:00:01.000000 -0500",
        "2026-11-23 08:00:02.204000 -0500", true},
+      {"\x1b[38;5;40m%1   812   830 %2 sensor-vela: %3\x1b[0m", "11-23 08:00:01.000",
+       "11-23 08:00:02.204", true},
+      {"\x1b[31m%2(  812) %3\x1b[0m  (sensor-vela)", "", "", false},
+      {"\x1b[38;5;40m[ %1   812:  830 %2/sensor-vela ]\n%3\x1b[0m\n", "11-23 08:00:01.000",
+       "11-23 08:00:02.204", true},
   };
   for (const auto& [line, time_1, time_2, has_tid] : forms) {
     const LogSummary summary = Summarize(
@@ -129,59 +137,123 @@ TEST(DeviceLogTest, DoesNotCountWhatOnlyLooksLikeTheLibrarysLines) {
   EXPECT_GT(count, 30);
 }
 
+// A changed bit is reported, or changes no line: one in a header's time, say.
+TEST(DeviceLogTest, SeesDamageAnywhereInGzipData) {
+  const std::string member = Gzipped(Blocked(3, "11") + Blocked(3, "12"));
+  const std::string whole = member + Gzipped(Blocked(4, "11"));
+  const auto read = [](const std::string& data, std::string& lines) {
+    return ReadLines(Input(data), [&](std::string_view line) { lines.append(line) += '\n'; });
+  };
+  std::string lines;
+  ASSERT_EQ(read(whole, lines), "");
+  std::size_t unseen = 0;
+  for (std::size_t bit = 0; bit < 8 * whole.size(); ++bit) {
+    std::string changed = whole;
+    changed[bit / 8] = static_cast<char>(changed[bit / 8] ^ (1 << bit % 8));
+    std::string changed_lines;
+    if (!read(changed, changed_lines).empty()) continue;
+    ++unseen;
+    EXPECT_EQ(changed_lines, lines) << "byte " << bit / 8 << ", bit " << bit % 8;
+  }
+  EXPECT_LT(unseen, 150u);  // Each header has 49 bits that say nothing of the lines.
+  for (std::size_t size = 1; size < whole.size(); ++size) {
+    std::string start;
+    EXPECT_EQ(read(whole.substr(0, size), start).empty(), size == member.size()) << size;
+  }
+}
+
+/// The log of a process. In `lines`, `s` is an engine's start, `r` a reported error, a number a
+/// blocked one with this count, and what follows a `/` the thread, 1 unless given.
+std::string LogOf(const std::string& lines, bool has_threads) {
+  std::ostringstream log;
+  std::istringstream words(lines);
+  for (std::string word; words >> word;) {
+    const std::size_t slash = word.find('/');
+    const std::string thread = slash == std::string::npos ? "1" : word.substr(slash + 1);
+    word.resize(std::min(slash, word.size()));
+    std::string line = word == "s"   ? "E/sensor-vela( 1): IStats service is not registered.\n"
+                       : word == "r" ? "I/sensor-vela( 1): Reporting HAL call [3] error [0] on "
+                                       "sensor [0x00000001].\n"
+                                     : Blocked(3, word);
+    if (has_threads) {
+      const std::string header = "11-23 08:00:00.000 1 " + thread + ' ' + line[0] + " sensor-vela";
+      line.replace(0, line.find(':'), header);
+    }
+    log << line;
+  }
+  return log.str();
+}
+
 TEST(DeviceLogTest, TellsWhatTheLogLostAndWhereACycleEnded) {
   struct Case {
-    // `s`: an engine's start. `r`: a reported error. A number: a blocked one with this count. After
-    // `@` the day.
-    std::string lines;
-    std::string facts;  // Reported, blocked and missing ones, and the ends: between which lines.
+    std::string lines;  // After a start, which is line 1.
+    // Reported, blocked and missing ones, and the ends: between which lines. Without the lines'
+    // threads, and with them.
+    std::string facts;
+    std::string facts_with_threads;
   };
-  const std::string started = "E/sensor-vela( 1): IStats service is not registered.\n";
-  const std::string reported =
-      "I/sensor-vela( 1): Reporting HAL call [3] error [0] on sensor [0x00000001].\n";
   const std::string ten = "r r r r r r r r r r ";
   const Case cases[] = {
-      {ten + "11 12", "10 2 0"},
-      {ten + "11 15", "10 5 3"},
-      {ten + "13", "10 3 2"},
-      {"r r r 11", "10 1 7"},
-      {"5000", "10 4990 4999"},
-      // Two lines that a blocked one has overtaken.
-      {"r r r r r r r r 11 r r 12", "10 2 0"},
-      {ten + "11 r", "11 1 0 11-12"},
-      {ten + "11 12 11", "20 3 10 12-13"},
-      {ten + "11 " + ten + "11", "20 2 0 11-12"},
-      // The second engine counts from zero; the first may log errors before its start.
-      {"r r s r r s r r r r r r r 11", "14 1 3"},
-      {"r r s r r r r r r r r 11 s r", "11 1 0"},
-      // Without a blocked line the end is only known to be between the first and the last.
-      {ten + "r", "11 0 0 1-11"},
-      {ten + "r r r", "13 0 0 3-11"},
-      {ten + ten + "r", "21 0 0 10-11 11-21"},
-      // The blocked line tells which ten were reported in its cycle.
-      {"r r r r " + ten + "11", "14 1 0 4-5"},
-      // New Year, in a log without the year.
-      {"15@12-31 r@01-01 r@01-01", "12 5 14 1-2"},
-      // Errors long before the start that the log has are another engine's.
-      {"r@11-22 r@11-22 s@11-23 11@11-23", "12 1 10"},
+      {ten + "11 12", "10 2 0", "10 2 0"},
+      {ten + "11 15", "10 5 3", "10 5 3"},
+      {ten + "13", "10 3 2", "10 3 2"},
+      {"r r r 11", "10 1 7", "10 1 7"},
+      {"5000", "10 4990 4999", "10 4990 4999"},
+      // Blocked lines overtake reported ones, which do not end a cycle and are not missing.
+      {"r r r r r r r r 11 r/2 r/3 12", "10 2 0", "10 2 0"},
+      {"11 r/2 r/3 r/4 r/5 r/6 r/7 r/8 r/9 r/10 r/11", "10 1 0", "10 1 0"},
+      // A thread's line after its blocked one is of a later cycle.
+      {ten + "11 r", "11 1 0 1-13", "11 1 0 12-13"},
+      {"r r r 11 r", "10 1 6", "11 1 7 5-6"},
+      {ten + "11 12 11", "20 3 10 13-14", "20 3 10 13-14"},
+      {ten + "11 " + ten + "11", "20 2 0 1-13", "20 2 0 12-13"},
+      {"11 11", "20 2 20 2-3", "20 2 20 2-3"},
+      // Blocked lines of two cycles whose counts rise: no more is missing than of one.
+      {"11 13", "10 3 11", "10 3 11"},
+      // Eleven errors that were counted after a line are not all of one cycle.
+      {ten + "r", "11 0 0 1-12", "11 0 0 1-12"},
+      {ten + ten + "r r", "22 0 0 1-12", "22 0 0 1-12 12-23"},
+      // Intervals that overlap: each has an end, and their intersection may have none.
+      {ten + "r r r", "13 0 0 1-12", "13 0 0 1-12"},
   };
   for (const Case& test : cases) {
+    for (const bool has_threads : {false, true}) {
+      const LogSummary summary = Summarize(LogOf("s/9 " + test.lines, has_threads));
+      const ErrorTally& tally = summary.hal_errors.by_enumerator.rows.at(3);
+      std::ostringstream facts;
+      facts << tally.reported << ' ' << tally.blocked << ' ' << tally.missing;
+      for (const auto& [pid, between] : summary.cycle_ends.rows) {
+        facts << ' ' << between.after.line << '-' << between.before.line;
+      }
+      EXPECT_EQ(facts.str(), has_threads ? test.facts_with_threads : test.facts) << test.lines;
+    }
+  }
+}
+
+// The counts of several engines look like ends of cycles. No more errors are missing than if there
+// were one cycle for each count that starts afresh.
+TEST(DeviceLogTest, TellsNoEndsWhereThereMayBeSeveralEngines) {
+  const std::string errors = "11 12 11 13 12 13";
+  const std::string drain =
+      "11-23 08:00:00.000 1 8 E sensor-vela: Failed to report atom [id = 1].\n";
+  const struct {
     std::string log;
-    std::istringstream lines(test.lines);
-    for (std::string line; lines >> line;) {
-      const std::size_t at = line.find('@');
-      if (at != std::string::npos) log += line.substr(at + 1) + " 08:00:00.000 ";
-      line.resize(std::min(at, line.size()));
-      log += line == "s" ? started : line == "r" ? reported : Blocked(3, line);
-    }
+    std::string_view why;
+  } cases[] = {
+      {LogOf("s " + errors, false), ""},
+      {LogOf(errors, false), "no_start"},
+      {LogOf("s " + errors + " s", false), "several_engines"},
+      {LogOf("s/9 s/8 " + errors, true), "several_engines"},
+      {LogOf("s/9 " + errors, true) + drain, "several_engines"},
+      {std::regex_replace(LogOf("s " + errors, false), std::regex("\\( 1\\)"), ""), "no_process"},
+  };
+  for (const auto& [log, why] : cases) {
     const LogSummary summary = Summarize(log);
-    const ErrorTally& tally = summary.hal_errors.by_enumerator.rows.at(3);
-    std::ostringstream facts;
-    facts << tally.reported << ' ' << tally.blocked << ' ' << tally.missing;
-    for (const auto& [pid, between] : summary.cycle_ends.rows) {
-      facts << ' ' << between.after.line << '-' << between.before.line;
-    }
-    EXPECT_EQ(facts.str(), test.facts) << test.lines;
+    EXPECT_EQ(summary.hal_errors.total.reported, 20u) << log;
+    EXPECT_EQ(summary.hal_errors.total.blocked, 6u) << log;
+    EXPECT_EQ(summary.cycle_ends.rows.size(), why.empty() ? 2u : 0u) << log;
+    const std::string untold = R"(,"why":")" + std::string(why) + R"("})";
+    EXPECT_EQ(JsonLinesOf(summary).find(untold) != std::string::npos, !why.empty()) << log;
   }
 }
 
@@ -203,7 +275,11 @@ void Fail(testkit::World& world, int times, std::string& log) {
     if (i % 2 == 0) world.engine().LogSensorHalError({0x10, 1}, SensorVela::HalCall{3}, -22);
     if (i % 2 == 1) world.engine().LogSensorRuntimeError({0x20, 1}, SensorVela::ErrorType{1}, 7);
     for (const std::string& entry : world.TakeHistory()) {
-      if (entry[1] == ' ') log += entry[0] + ("/sensor-vela( 1): " + entry.substr(2)) + '\n';
+      if (entry[1] != ' ') continue;
+      const bool is_reporter_thread = entry.find("IStats") != std::string::npos;
+      log += "11-23 08:00:00.000 1 ";
+      log += is_reporter_thread ? "2 " : "1 ";
+      log += entry.substr(0, 2) + "sensor-vela: " + entry.substr(2) + '\n';
     }
   }
 }
@@ -211,26 +287,28 @@ void Fail(testkit::World& world, int times, std::string& log) {
 TEST(DeviceLogTest, UnderstandsWhatAnEngineWrites) {
   testkit::World world;
   world.StartEngine();
+  world.time.WaitUntilSettled();
   std::string log;
   Fail(world, 13, log);
   world.time.RunFor(std::chrono::hours(6));
   world.RefuseService();
   Fail(world, 1, log);
   EXPECT_EQ(FactsOf(Summarize(log)), R"({"library_lines":32,"unknown_lines":0}
-{"kind":"engine_start","pid":1,"tid":null,"service":"online","wait_ms":null}
-{"kind":"service_away","pid":1,"lost_drains":2}
+{"kind":"engine_start","pid":1,"tid":2,"service":"online","wait_ms":0}
+{"kind":"service_away","pid":1,"tid":2,"lost_drains":2}
 {"kind":"hal_errors","call":3,"reported":11,"blocked":3,"not_in_log":0}
 {"kind":"hal_errors_of_sensor","sensor_high":16,"call":3,"error":-22,"lines":11}
 {"kind":"runtime_errors","type":1,"reported":11,"blocked":3,"not_in_log":0}
 {"kind":"runtime_errors_of_sensor","sensor_high":32,"type":1,"code":7,"lines":11}
-{"kind":"cycle_end","pid":1,"after":{"line":28,"time":null},"before":{"line":29,"time":null}}
+{"kind":"cycle_end","pid":1,"after":{"line":27,"time":"11-23 08:00:00.000"},"before":{"line":29,"time":"11-23 08:00:00.000"}}
 )");
 }
 
 TEST(DeviceLogTest, LimitsItsTables) {
   std::ostringstream log;
+  log << "E/sensor-vela( 1): IStats service is not registered.\n";
   for (int i = 0; i < 3000; ++i) {
-    const std::string tag = "/sensor-vela(" + std::to_string(i) + "): ";
+    const std::string tag = "/sensor-vela(" + std::to_string(i + 2) + "): ";
     log << 'I' << tag << "Waiting for IStats service to come up.\n"
         << 'E' << tag << "Failed to get IStats service. Atoms are dropped.\n"
         << 'E' << tag << "Failed to report atom [id = " << i << "].\n"
@@ -244,7 +322,7 @@ TEST(DeviceLogTest, LimitsItsTables) {
     if (line.starts_with(R"({"kind":"more",)")) limits += line.substr(15) + '\n';
   }
   // Of the ends, only those of the first thousand kinds of error are followed.
-  EXPECT_EQ(limits, R"("of":"engine_start","lines":2900}
+  EXPECT_EQ(limits, R"("of":"engine_start","lines":2901}
 "of":"service_away","lines":2900}
 "of":"failed_reports","lines":2900}
 "of":"hal_errors","lines":8700}
@@ -252,8 +330,8 @@ TEST(DeviceLogTest, LimitsItsTables) {
 "of":"cycle_end","lines":400}
 )");
   EXPECT_EQ(summary.engines.rows.size(), kMaxRows);
-  EXPECT_EQ(summary.starts, 3000u);
-  EXPECT_NE(TextOf(summary).find("\n  and 2900 more that are not listed\n"), std::string::npos);
+  EXPECT_EQ(summary.starts, 3001u);
+  EXPECT_NE(TextOf(summary).find("\n  and 2901 more that are not listed\n"), std::string::npos);
 
   LogSummary without_starts;
   for (int i = 0; i < 105; ++i) {

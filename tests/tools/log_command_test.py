@@ -3,7 +3,10 @@
 For the usage see command_test_case.py.
 """
 
+import bz2
 import gzip
+import lzma
+import random
 
 from command_test_case import CommandTestCase, closed_pipe, full_device, main
 
@@ -66,13 +69,44 @@ class LogCommandTest(CommandTestCase):
                 with self.subTest(content=content, is_piped=is_piped):
                     self.assert_run(log, stdin=content, is_piped=is_piped, out=text_report(lines=1))
 
+    def test_reads_files_that_were_put_together(self):
+        compressed = gzip.compress(ONLINE.encode(), mtime=0)
+        self.assert_run("-", stdin=compressed * 2, out=text_report(lines=2))
+        self.assert_run("-", stdin=f"\x1b[38;5;40m{ONLINE[:-1]}\x1b[0m\n{ONLINE}", out=text_report(lines=2))
+
     def test_refuses_what_is_no_text(self):
+        log = (ONLINE * 10_000).encode()
+        compressed = gzip.compress(log, mtime=0)
+        damaged = "its gzip data is cut or damaged, or something else follows it"
+        zstd_magic = bytes.fromhex("28b52ffd")
+        rng = random.Random(1)
         for content, why in [(b"\xff\xfeI", "is UTF-16: convert it to UTF-8 first"),
-                             (b"PK\x03\x04", "is a zip archive: unzip it first"),
-                             (b"\x1f\x8b\x08", "its gzip data is cut or damaged"),
-                             (gzip.compress(bytes(range(32, 96)) * 30_000)[:-9], "its gzip data is cut or damaged")]:
-            with self.subTest(content=content):
+                             (ONLINE.encode("utf-16-le"), "is no text"),
+                             (b"PK\x03\x04", "is a zip archive: decompress it first"),
+                             (b"\x1f\x8b\x08", damaged),
+                             (gzip.compress(bytes(range(32, 96)) * 30_000)[:-9], damaged),
+                             (compressed + ONLINE.encode(), damaged),
+                             (compressed + log, damaged),
+                             (compressed + b"\0" * 512 + log, damaged),
+                             (gzip.compress(compressed), "is gzip data: decompress it first"),
+                             (log + compressed, "from line 10001 on is gzip data: decompress it first"),
+                             (bz2.compress(log, 1), "is bzip2 data: decompress it first"),
+                             (log + bz2.compress(log), "from line 10001 on is bzip2 data: decompress it first"),
+                             (lzma.compress(log), "is xz data: decompress it first"),
+                             (zstd_magic, "is zstd data: decompress it first"),
+                             (rng.randbytes(100), "is no text"),
+                             (rng.randbytes(1_000_000), "is no text"),
+                             (bytes(100), "is no text")]:
+            with self.subTest(content=content[:20]):
                 self.assert_run("-", stdin=content, status=1, err=f"sensorvela-log: -: {why}\n")
+
+    def test_reads_a_log_with_some_bytes_of_no_text(self):
+        log = (ONLINE * 10_000).encode()
+        for content, lines in [(ONLINE.encode() + bytes([1]), 2), (log + bytes(8192), 10_001)]:
+            with self.subTest(content=content[-20:]):
+                status, printed, complained = self.run_tool("-", stdin=content)
+                self.assertEqual((status, complained), (0, ""))
+                self.assertIn(f"{lines:12}  lines\n", printed)
 
     def test_says_that_the_output_cannot_be_written(self):
         for arguments in [["--version"], ["-"]]:

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <array>
 #include <chrono>
@@ -17,6 +16,7 @@
 #include <vector>
 
 #include "tests/library/test_support.h"
+#include "tests/tools/gzipped.h"
 #include "tests/tools/trace_files.h"
 #include "tools/report/json_lines_report.h"
 #include "tools/report/progress.h"
@@ -34,6 +34,7 @@ namespace sensorvela::tools {
 namespace {
 
 using testing::Content;
+using testing::Gzipped;
 using testing::SourcePath;
 
 std::string Complaint(const std::string& trace) {
@@ -81,20 +82,6 @@ TEST(TraceTest, RefusesBytesThatNoTraceShouldHave) {
   EXPECT_EQ(Complaint(deep), "t:1: malformed JSON at column 100001" + malformed);
   EXPECT_EQ(Complaint(deep + std::string(100'000, ']')),
             "t:1: a JSON value of type array: expected an object");
-}
-
-std::string Gzipped(std::string text) {
-  std::string gzip(text.size() + 1000, '\0');
-  z_stream zlib = {};
-  zlib.next_in = reinterpret_cast<Bytef*>(text.data());
-  zlib.avail_in = static_cast<uInt>(text.size());
-  zlib.next_out = reinterpret_cast<Bytef*>(gzip.data());
-  zlib.avail_out = static_cast<uInt>(gzip.size());
-  deflateInit2(&zlib, Z_BEST_SPEED, Z_DEFLATED, 16 + MAX_WBITS, MAX_MEM_LEVEL, Z_DEFAULT_STRATEGY);
-  EXPECT_EQ(deflate(&zlib, Z_FINISH), Z_STREAM_END);
-  gzip.resize(gzip.size() - zlib.avail_out);
-  deflateEnd(&zlib);
-  return gzip;
 }
 
 // Two members, and a line longer than any buffer.

@@ -1,9 +1,12 @@
-// Follows the count of one kind of error in one engine, of which the log may have lost lines.
+// What the lines of one kind of error in one process say of errors that the log has lost, and of
+// ends of cycles.
 #pragma once
 
 #include <cstdint>
-#include <deque>
+#include <map>
 #include <optional>
+#include <set>
+#include <vector>
 
 #include "tools/log/log_line.h"
 
@@ -11,7 +14,7 @@ namespace sensorvela::tools {
 
 /// Where a line is in the log.
 struct LogPosition {
-  std::uint64_t line = 0;  // Counted from 1.
+  std::uint64_t line = 0;  // Counted from 1; 0 where there is no line.
   LogTime time;
 };
 
@@ -21,36 +24,61 @@ struct Interval {
   LogPosition before;
 };
 
-/// A cycle's first ten errors of a kind are reported, with lines that have no number. Those past
-/// them are blocked, with lines that have the count, so that the first of them says how many were
-/// reported, and each says how many were blocked. A cycle's end sets the count to zero.
+/// An engine counts the errors of a kind from the start of each cycle. It reports the first ten
+/// with lines that have no number, and blocks those past them with lines that have the count. What
+/// follows from the lines:
+///
+/// - A blocked line is written while the count is locked, as the end of a cycle is. So the blocked
+///   lines of a cycle are in the order of their counts, none is overtaken by the cycle's end, and
+///   none is followed by another of the cycle with the same or a lower count.
+/// - A reported line is written without a lock. Its error was counted before it, nobody knows how
+///   long: any number of lines may have overtaken it, also a cycle's end. A thread that is held up
+///   or a clock that is set makes the times say nothing. But a thread writes one line after the
+///   other: the error was counted after its thread's line before it.
+///
+/// Lost errors: blocked lines, each put after one with a lower count where there is one, form
+/// chains, at least one for each cycle of each engine. A chain lacks the counts that it skips, and
+/// ten reported errors that were counted before its first line. Each reported line is taken for one
+/// of these ten if it may be. The chains are those that lack the least, so that no more is missing
+/// than the log has lost, whichever engines the process has, and if engines come and go unseen.
+///
+/// Ends of cycles: if the process has one engine, a cycle has ended between
+///
+/// - a blocked line and a later one whose count is not higher;
+/// - a blocked line and a later reported one that was counted after it;
+/// - a line after which eleven reported errors were counted, and the last of these.
+///
+/// Each such interval has an end, and two that overlap may have different ones: their intersection
+/// may have none.
 class ErrorCount {
  public:
-  /// What a line says of other lines.
-  struct Finding {
-    /// Errors of which the log has no line.
-    std::uint64_t missing_reported = 0;
-    std::uint64_t missing_blocked = 0;
-    bool was_missing = false;  // This line was found to be missing before.
-    /// At least one cycle has ended here.
-    std::optional<Interval> cycle_end;
-  };
+  /// `counted_after` is the line before of the same thread, line 0 if that is not known. Returns
+  /// the line between which and this one a cycle has ended if the process has one engine, line 0
+  /// for the engine's start; nothing if none is known to have ended.
+  std::optional<LogPosition> Reported(const LogPosition& counted_after);
+  /// The same. `count` is past the cap.
+  std::optional<LogPosition> Blocked(const LogPosition& position, std::uint32_t count);
 
-  Finding Reported(const LogPosition& position);
-  /// `count` is past the cap.
-  Finding Blocked(const LogPosition& position, std::uint32_t count);
-
-  /// Whether the last line is so long before an engine's start that it is another engine's.
-  bool IsLongBefore(const LogPosition& start) const;
+  /// At least so many errors have no line in the log so far.
+  std::uint64_t missing_reported() const { return missing_reported_; }
+  std::uint64_t missing_blocked() const { return missing_blocked_; }
 
  private:
-  /// The latest reported errors since the last one that was blocked, at most one more than a cycle
-  /// can have.
-  std::deque<LogPosition> reported_;
-  std::uint32_t missing_reported_ = 0;  // In this cycle.
-  std::uint32_t blocked_count_ = 0;     // The latest in this cycle; 0 if there is none.
-  LogPosition blocked_;
-  LogPosition last_;
+  void StartChain(const LogPosition& position);
+
+  /// The last counts of the chains.
+  std::multiset<std::uint32_t> chain_counts_;
+  /// How many reported errors each chain lacks, by its first line.
+  std::map<std::uint64_t, std::uint32_t> lacking_;
+  /// Reported errors that no chain lacks so far.
+  std::uint64_t spare_reported_ = 0;
+  std::uint64_t missing_reported_ = 0;
+  std::uint64_t missing_blocked_ = 0;
+
+  LogPosition blocked_;  // The last blocked line, and its count.
+  std::uint32_t blocked_count_ = 0;
+  /// The latest eleven lines, in order, after which a reported error was counted.
+  std::vector<LogPosition> counted_after_;
 };
 
 }  // namespace sensorvela::tools

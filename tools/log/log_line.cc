@@ -1,5 +1,6 @@
 #include "tools/log/log_line.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <chrono>
@@ -220,6 +221,26 @@ std::optional<LogLine> OneLineForm(std::string_view text, std::string_view tag) 
   return found ? std::optional(line) : std::nullopt;
 }
 
+constexpr std::string_view kColourStart = "\x1b[";
+
+/// Leaves out what logcat's modifier `color` puts around a text, such as `ESC [ 38;5;40 m`.
+std::string WithoutColours(std::string_view text) {
+  std::string plain;
+  while (!text.empty()) {
+    const std::size_t start = std::min(text.find(kColourStart), text.size());
+    plain += text.substr(0, start);
+    text.remove_prefix(start);
+    const std::size_t end = text.find_first_not_of("0123456789;", kColourStart.size());
+    if (end != std::string_view::npos && text[end] == 'm') {
+      text.remove_prefix(end + 1);
+    } else if (!text.empty()) {
+      plain += kColourStart;
+      text.remove_prefix(kColourStart.size());
+    }
+  }
+  return plain;
+}
+
 struct LongHeader {
   LogLine line;
   std::string_view tag;
@@ -244,6 +265,7 @@ std::optional<LongHeader> ReadLongHeader(std::string_view text) {
 }  // namespace
 
 std::optional<LogLine> LogLines::Read(std::string_view line) {
+  if (line.find(kColourStart) != std::string_view::npos) line = plain_ = WithoutColours(line);
   if (in_long_message_) {
     std::optional<LogLine> first_line;
     first_line.swap(long_header_);

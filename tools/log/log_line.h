@@ -26,14 +26,15 @@ struct LogLine {
 };
 
 /// Finds the lines of one tag in a log. The forms are logcat's `brief`, `tag`, `process`, `time`,
-/// `threadtime` and `long`, with any of its modifiers of times and user identifiers, and each line
-/// may have another form.
+/// `threadtime` and `long`, with any of its modifiers of times, user identifiers and colours, and
+/// each line may have another form.
 class LogLines {
  public:
   explicit LogLines(std::string_view tag) : tag_(tag) {}
 
   /// Takes the log's next line, without its end. Returns a line of the tag, or nothing: in the form
-  /// `long` the line after a header has the text. The result's text points into `line`.
+  /// `long` the line after a header has the text. The result's text is valid until the next call,
+  /// and as long as `line`.
   std::optional<LogLine> Read(std::string_view line);
 
   /// The next line is of another file or log: a message that was cut does not go on in it.
@@ -41,6 +42,7 @@ class LogLines {
 
  private:
   std::string_view tag_;
+  std::string plain_;  // The last line that had colours, without them.
   /// In the form `long`, after a header: an empty line ends the message.
   bool in_long_message_ = false;
   std::optional<LogLine> long_header_;

@@ -58,6 +58,18 @@ const char* Name(ServiceAtStart service) {
   return "?";
 }
 
+const char* Name(WhyNoEnds why) {
+  switch (why) {
+    case WhyNoEnds::kNoProcess:
+      return "no_process";
+    case WhyNoEnds::kNoStart:
+      return "no_start";
+    case WhyNoEnds::kSeveralEngines:
+      return "several_engines";
+  }
+  return "?";
+}
+
 Json ToRow(const EngineStart& engine) {
   return {{"pid", ToJson(engine.pid)},         {"tid", ToJson(engine.tid)},
           {"service", Name(engine.service)},   {"wait_ms", ToJson(engine.WaitMs())},
@@ -66,6 +78,7 @@ Json ToRow(const EngineStart& engine) {
 
 Json ToRow(const ServiceAbsence& absence) {
   return {{"pid", ToJson(absence.pid)},
+          {"tid", ToJson(absence.tid)},
           {"lost_drains", absence.drains.count},
           {"first", ToJson(absence.drains.first)},
           {"last", ToJson(absence.drains.last)}};
@@ -76,6 +89,8 @@ Json ToRow(const CycleEnd& end) {
           {"after", ToJson(end.between.after)},
           {"before", ToJson(end.between.before)}};
 }
+
+Json ToRow(const UntoldEnds& ends) { return {{"pid", ToJson(ends.pid)}, {"why", Name(ends.why)}}; }
 
 template <typename Row>
 std::vector<Json> ToRows(const std::vector<Row>& rows) {
@@ -158,6 +173,8 @@ std::vector<Table> Tables(const LogSummary& summary) {
   AddErrors(summary.runtime_errors, "runtime_errors", "Runtime errors", "type", "code", tables);
   tables.push_back({"cycle_end", "Ends of a cycle: a count starts afresh",
                     ToRows(summary.cycle_ends.rows), summary.cycle_ends.further_lines});
+  tables.push_back({"cycle_ends_untold", "Counts that start afresh without telling a cycle's end",
+                    ToRows(summary.untold_ends.rows), summary.untold_ends.further_lines});
   return tables;
 }
 

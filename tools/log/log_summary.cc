@@ -15,8 +15,10 @@ namespace {
 
 constexpr std::int64_t kNsPerMs = 1'000'000;
 
-/// How many processes, and kinds of error of processes, are followed.
+/// How many processes, threads, and kinds of error of processes, are followed.
 constexpr std::size_t kMaxFollowed = 1000;
+
+constexpr int kLastStep = 3;
 
 /// The entry of `key`, new if there is none; null if it is new and the map is full.
 template <typename Map>
@@ -24,6 +26,24 @@ auto* Followed(Map& map, const typename Map::key_type& key) {
   const auto found = map.find(key);
   if (found != map.end()) return &found->second;
   return map.size() < kMaxFollowed ? &map[key] : nullptr;
+}
+
+/// An engine's reporter thread writes lines of these steps in this order, those of the last one any
+/// number of times. 0 for the lines of other threads.
+int Step(LineKind kind) {
+  switch (kind) {
+    case LineKind::kServiceNotRegistered:
+    case LineKind::kWaitingForService:
+      return 1;
+    case LineKind::kServiceOnline:
+    case LineKind::kNoService:
+      return 2;
+    case LineKind::kAtomsDropped:
+    case LineKind::kReportFailed:
+      return kLastStep;
+    default:
+      return 0;
+  }
 }
 
 /// The line above each part of a bug report: `------ SYSTEM LOG (logcat ...) ------`.
@@ -42,11 +62,17 @@ std::optional<std::int64_t> EngineStart::WaitMs() const {
   return ns >= 0 ? std::optional(ns / kNsPerMs) : std::nullopt;
 }
 
+std::optional<WhyNoEnds> LogSummary::Process::WhyUntold(const Pid& pid) const {
+  if (!pid) return WhyNoEnds::kNoProcess;
+  if (has_several_engines) return WhyNoEnds::kSeveralEngines;
+  return begins_with_start ? std::nullopt : std::optional(WhyNoEnds::kNoStart);
+}
+
 LogSummary::LogSummary() : log_lines_(kLogTag) {}
 
 void LogSummary::AddLine(std::string_view text) {
   ++lines;
-  if (BeginsSection(text)) BeginLog();
+  if (BeginsSection(text)) EndLog();
   const std::optional<LogLine> line = log_lines_.Read(text);
   if (!line) return;
   const std::optional<LibraryLine> found = FindLibraryLine(line->priority, line->text);
@@ -58,7 +84,17 @@ void LogSummary::AddLine(std::string_view text) {
   Add(*found, *line, {.line = lines, .time = line->time});
 }
 
+void LogSummary::EndLog() {
+  log_lines_.EndMessage();
+  TellMissingErrors();
+  TellCycleEnds();
+  processes_.clear();
+  threads_.clear();
+  counts_.clear();
+}
+
 void LogSummary::Add(const LibraryLine& found, const LogLine& line, const LogPosition& position) {
+  AddToProcess(found.kind, line, position);
   switch (found.kind) {
     case LineKind::kServiceNotRegistered:
       AddStart(ServiceAtStart::kNotDeclared, line, position);
@@ -73,105 +109,116 @@ void LogSummary::Add(const LibraryLine& found, const LogLine& line, const LogPos
       AddWaitEnd(ServiceAtStart::kNotFound, line, position);
       break;
     case LineKind::kAtomsDropped:
-      AddLostDrain(line.pid, position);
+      AddLostDrain(line, position);
       break;
     case LineKind::kReportFailed:
-      AddFailedReport(static_cast<std::int32_t>(found.numbers[0]), line.pid, position);
+      AddFailedReport(static_cast<std::int32_t>(found.numbers[0]), line, position);
       break;
     default:
-      AddError(found, line.pid, position);
+      AddError(found, line, position);
   }
+  if (Thread* thread = FindThread(line)) thread->last = position;
+}
+
+LogSummary::Thread* LogSummary::FindThread(const LogLine& line) {
+  return Followed(threads_, {line.pid, line.tid});
+}
+
+void LogSummary::AddToProcess(LineKind kind, const LogLine& line, const LogPosition& position) {
+  Process* const process = Followed(processes_, line.pid);
+  if (process == nullptr) return;
+  const int step = Step(kind);
+  if (process->first.line == 0) {
+    process->first = position;
+    process->begins_with_start = step == 1;
+  }
+  if (step == 0) return;
+  const bool is_next_step = step > process->step || step == kLastStep;
+  const bool is_same_thread =
+      !line.tid || !process->reporter_tid || line.tid == process->reporter_tid;
+  if (!is_next_step || !is_same_thread) process->has_several_engines = true;
+  process->step = step;
+  if (line.tid) process->reporter_tid = line.tid;
 }
 
 void LogSummary::AddStart(ServiceAtStart service, const LogLine& line,
                           const LogPosition& position) {
   ++starts;
-  if (Process* process = Followed(processes_, line.pid)) {
-    // Another engine counts from zero. The first one's errors may be logged just before its start.
-    std::erase_if(counts_, [&](const auto& entry) {
-      const auto& [key, count] = entry;
-      return std::get<Pid>(key) == line.pid &&
-             (process->has_engine || count.IsLongBefore(position));
-    });
-    *process = {.has_engine = true,
-                .waits_for_service = service == ServiceAtStart::kWaiting,
-                .absence = {}};
-  }
+  std::optional<std::size_t> row;
   if (!engines.Full()) {
+    row = engines.rows.size();
     engines.rows.push_back({line.pid, line.tid, service, position, std::nullopt});
   }
+  Thread* const thread = FindThread(line);
+  if (thread == nullptr) return;
+  thread->absence.reset();
+  if (service != ServiceAtStart::kWaiting) return;
+  // Of several nothing tells whose wait ends.
+  thread->engine = ++thread->waiting_for_service == 1 ? row : std::nullopt;
 }
 
 void LogSummary::AddWaitEnd(ServiceAtStart service, const LogLine& line,
                             const LogPosition& position) {
-  Process* const process = Followed(processes_, line.pid);
-  // A process that is not followed is taken to have logged its start.
-  const bool has_start = process == nullptr || process->waits_for_service;
-  if (process != nullptr) {
-    *process = {.has_engine = true, .waits_for_service = false, .absence = {}};
-  }
-  for (std::size_t i = engines.rows.size(); i > first_engine_; --i) {
-    EngineStart& engine = engines.rows[i - 1];
-    if (engine.pid != line.pid || engine.tid != line.tid ||
-        engine.service != ServiceAtStart::kWaiting) {
-      continue;
+  Thread* const thread = FindThread(line);
+  if (thread == nullptr) return;  // It is taken to have logged its start.
+  thread->absence.reset();
+  if (thread->waiting_for_service > 0) {
+    --thread->waiting_for_service;
+    if (thread->engine) {
+      EngineStart& engine = engines.rows[*thread->engine];
+      engine.service = service;
+      engine.wait_ended = position;
     }
-    engine.service = service;
-    engine.wait_ended = position;
+    thread->engine.reset();
     return;
   }
-  // The start is missing, or it found the table full.
-  if (!has_start) ++starts;
+  // The start is missing.
+  ++starts;
   if (!engines.Full()) {
     engines.rows.push_back({line.pid, line.tid, service, std::nullopt, position});
   }
 }
 
-void LogSummary::AddLostDrain(const Pid& pid, const LogPosition& position) {
+void LogSummary::AddLostDrain(const LogLine& line, const LogPosition& position) {
   ++lost_drains;
-  Process* const process = Followed(processes_, pid);
-  if (process != nullptr && process->absence) {
-    absences.rows[*process->absence].drains.Add(position);
+  Thread* const thread = FindThread(line);
+  if (thread != nullptr && thread->absence) {
+    absences.rows[*thread->absence].drains.Add(position);
     return;
   }
   if (absences.Full()) return;
-  if (process != nullptr) process->absence = absences.rows.size();
-  absences.rows.push_back({.pid = pid, .drains = {1, position, position}});
+  if (thread != nullptr) thread->absence = absences.rows.size();
+  absences.rows.push_back({line.pid, line.tid, {1, position, position}});
 }
 
-void LogSummary::AddFailedReport(std::int32_t atom_id, const Pid& pid,
+void LogSummary::AddFailedReport(std::int32_t atom_id, const LogLine& line,
                                  const LogPosition& position) {
   // The service was found for this drain.
-  if (Process* process = Followed(processes_, pid)) process->absence.reset();
+  if (Thread* thread = FindThread(line)) thread->absence.reset();
   ++failed_reports;
   if (Occurrences* atom = FindOrAdd(failed_atoms, atom_id)) atom->Add(position);
 }
 
-void LogSummary::AddError(const LibraryLine& found, const Pid& pid, const LogPosition& position) {
+void LogSummary::AddError(const LibraryLine& found, const LogLine& line,
+                          const LogPosition& position) {
   const bool is_hal = found.kind == LineKind::kHalError || found.kind == LineKind::kHalErrorBlocked;
   const bool is_blocked =
       found.kind == LineKind::kHalErrorBlocked || found.kind == LineKind::kRuntimeErrorBlocked;
   ErrorTable& family = is_hal ? hal_errors : runtime_errors;
   const auto enumerator = static_cast<std::int32_t>(found.numbers[0]);
 
-  ErrorCount::Finding finding;
-  if (ErrorCount* count = Followed(counts_, {pid, is_hal, enumerator})) {
-    finding = is_blocked ? count->Blocked(position, static_cast<std::uint32_t>(found.numbers[1]))
-                         : count->Reported(position);
+  if (ErrorCount* count = Followed(counts_, {line.pid, is_hal, enumerator})) {
+    const Thread* const thread = line.tid ? FindThread(line) : nullptr;
+    const auto ended_after =
+        is_blocked ? count->Blocked(position, static_cast<std::uint32_t>(found.numbers[1]))
+                   : count->Reported(thread == nullptr ? LogPosition() : thread->last);
+    if (ended_after) AddCycleEnd(line.pid, *ended_after, position);
   }
   for (ErrorTally* tally : {&family.total, FindOrAdd(family.by_enumerator, enumerator)}) {
     if (tally == nullptr) continue;
     tally->lines.Add(position);
-    tally->reported += finding.missing_reported;
-    tally->blocked += finding.missing_blocked;
-    tally->missing += finding.missing_reported + finding.missing_blocked;
-    if (finding.was_missing) {
-      --tally->missing;
-    } else {
-      ++(is_blocked ? tally->blocked : tally->reported);
-    }
+    ++(is_blocked ? tally->blocked : tally->reported);
   }
-  if (finding.cycle_end) AddCycleEnd(pid, *finding.cycle_end);
   if (is_blocked) return;
   const ReportedError error = {.enumerator = enumerator,
                                .code = static_cast<std::int32_t>(found.numbers[1]),
@@ -179,28 +226,48 @@ void LogSummary::AddError(const LibraryLine& found, const Pid& pid, const LogPos
   if (Occurrences* row = FindOrAdd(family.by_sensor, error)) row->Add(position);
 }
 
-void LogSummary::AddCycleEnd(const Pid& pid, const Interval& between) {
-  // Several counts show the same end. Where two intervals overlap, one end is enough for both.
-  for (std::size_t i = cycle_ends.rows.size(); i > first_cycle_end_; --i) {
-    CycleEnd& known = cycle_ends.rows[i - 1];
-    if (known.pid != pid || between.after.line >= known.between.before.line ||
-        known.between.after.line >= between.before.line) {
-      continue;
-    }
-    if (between.after.line > known.between.after.line) known.between.after = between.after;
-    if (between.before.line < known.between.before.line) known.between.before = between.before;
-    return;
-  }
-  if (cycle_ends.Full()) return;
-  cycle_ends.rows.push_back({pid, between});
+void LogSummary::AddCycleEnd(const Pid& pid, const LogPosition& after, const LogPosition& before) {
+  Process* const process = Followed(processes_, pid);
+  if (process == nullptr) return;
+  // An engine ends no cycle before it logs its start.
+  const Interval between = {after.line > 0 ? after : process->first, before};
+  // Several counts show the same end. An interval that overlaps the last one may have no further
+  // end. Since intervals come in the order in which they end, as many as possible are kept.
+  if (between.after.line < process->last_end) return;
+  process->last_end = before.line;
+  if (!process->ends.Full()) process->ends.rows.push_back(between);
 }
 
-void LogSummary::BeginLog() {
-  log_lines_.EndMessage();
-  processes_.clear();
-  counts_.clear();
-  first_engine_ = engines.rows.size();
-  first_cycle_end_ = cycle_ends.rows.size();
+void LogSummary::TellMissingErrors() {
+  for (const auto& [key, count] : counts_) {
+    const auto& [pid, is_hal, enumerator] = key;
+    ErrorTable& family = is_hal ? hal_errors : runtime_errors;
+    const auto row = family.by_enumerator.rows.find(enumerator);
+    for (ErrorTally* tally :
+         {&family.total, row == family.by_enumerator.rows.end() ? nullptr : &row->second}) {
+      if (tally == nullptr) continue;
+      tally->reported += count.missing_reported();
+      tally->blocked += count.missing_blocked();
+      tally->missing += count.missing_reported() + count.missing_blocked();
+    }
+  }
+}
+
+void LogSummary::TellCycleEnds() {
+  std::vector<CycleEnd> ends;
+  for (const auto& [pid, process] : processes_) {
+    if (process.ends.rows.empty()) continue;
+    if (const auto why = process.WhyUntold(pid)) {
+      if (!untold_ends.Full()) untold_ends.rows.push_back({pid, *why});
+      continue;
+    }
+    cycle_ends.further_lines += process.ends.further_lines;
+    for (const Interval& between : process.ends.rows) ends.push_back({pid, between});
+  }
+  std::ranges::sort(ends, {}, [](const CycleEnd& end) { return end.between.before.line; });
+  for (CycleEnd& end : ends) {
+    if (!cycle_ends.Full()) cycle_ends.rows.push_back(std::move(end));
+  }
 }
 
 }  // namespace sensorvela::tools

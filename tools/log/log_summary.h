@@ -8,6 +8,7 @@
 #include <optional>
 #include <string_view>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "tools/log/error_count.h"
@@ -48,18 +49,35 @@ struct EngineStart {
   std::optional<std::int64_t> WaitMs() const;
 };
 
-/// Drains that found no service, one after the other. Nothing in the log says when it came back.
+/// Drains of one engine that found no service, one after the other. Nothing in the log says when it
+/// came back.
 struct ServiceAbsence {
   Pid pid;
+  std::optional<std::int32_t> tid;  // The reporter thread.
   Occurrences drains;
 };
 
+/// At least one cycle has ended between the two lines. Of two such intervals of a process the
+/// second begins where the first ends, or later: each has an end of its own.
 struct CycleEnd {
   Pid pid;
   Interval between;
 };
 
-/// Errors of one HAL call or of one type of runtime error.
+/// Why nothing is said of ends in a process, though a count in it starts afresh: the lines of two
+/// engines show the same.
+enum class WhyNoEnds : std::uint8_t {
+  kNoProcess,       // The form of the lines does not tell the processes apart.
+  kNoStart,         // The process's first line in the log is not an engine's start.
+  kSeveralEngines,  // Nothing tells whose error a line is.
+};
+
+struct UntoldEnds {
+  Pid pid;
+  WhyNoEnds why;
+};
+
+/// Errors of one HAL call or of one type of runtime error. At least so many have occurred.
 struct ErrorTally {
   std::uint64_t reported = 0;
   std::uint64_t blocked = 0;
@@ -114,6 +132,10 @@ class LogSummary {
   /// The log goes on in another file.
   void EndFile() { log_lines_.EndMessage(); }
 
+  /// The log ends; what may follow is another one, in which the numbers of processes mean others.
+  /// Errors that are not in the log, and ends of cycles, are known only then.
+  void EndLog();
+
   std::uint64_t lines = 0;
   std::uint64_t library_lines = 0;
   std::uint64_t unknown_lines = 0;  // With the library's tag, and none of its texts.
@@ -126,31 +148,53 @@ class LogSummary {
   ErrorTable hal_errors;
   ErrorTable runtime_errors;
   Limited<std::vector<CycleEnd>> cycle_ends;
+  Limited<std::vector<UntoldEnds>> untold_ends;
 
  private:
-  struct Process {
-    bool has_engine = false;
-    bool waits_for_service = false;
+  struct Thread {
+    /// Its last line.
+    LogPosition last;
+    /// Of engines whose reporter thread it is: several where the form of the lines has no thread.
+    std::uint64_t waiting_for_service = 0;
+    /// The row of the only one that waits.
+    std::optional<std::size_t> engine;
     /// Its row, until something shows that the service was back.
     std::optional<std::size_t> absence;
   };
 
+  struct Process {
+    LogPosition first;
+    bool begins_with_start = false;
+    bool has_several_engines = false;
+    /// Of the engine: how far its reporter thread has come, and this thread.
+    int step = 0;
+    std::optional<std::int32_t> reporter_tid;
+    /// In each of these a cycle has ended if this is all one engine.
+    Limited<std::vector<Interval>> ends;
+    std::uint64_t last_end = 0;  // The line before which the last one is.
+
+    std::optional<WhyNoEnds> WhyUntold(const Pid& pid) const;
+  };
+
   void Add(const LibraryLine& found, const LogLine& line, const LogPosition& position);
+  /// Null if it is not followed.
+  Thread* FindThread(const LogLine& line);
+  void AddToProcess(LineKind kind, const LogLine& line, const LogPosition& position);
   void AddStart(ServiceAtStart service, const LogLine& line, const LogPosition& position);
   void AddWaitEnd(ServiceAtStart service, const LogLine& line, const LogPosition& position);
-  void AddLostDrain(const Pid& pid, const LogPosition& position);
-  void AddFailedReport(std::int32_t atom_id, const Pid& pid, const LogPosition& position);
-  void AddError(const LibraryLine& found, const Pid& pid, const LogPosition& position);
-  void AddCycleEnd(const Pid& pid, const Interval& between);
-  /// Forgets the processes: what follows is another log, in which their numbers mean others.
-  void BeginLog();
+  void AddLostDrain(const LogLine& line, const LogPosition& position);
+  void AddFailedReport(std::int32_t atom_id, const LogLine& line, const LogPosition& position);
+  void AddError(const LibraryLine& found, const LogLine& line, const LogPosition& position);
+  void AddCycleEnd(const Pid& pid, const LogPosition& after, const LogPosition& before);
+  void TellMissingErrors();
+  void TellCycleEnds();
 
   LogLines log_lines_;
+  // Of this log.
   std::map<Pid, Process> processes_;
+  std::map<std::pair<Pid, std::optional<std::int32_t>>, Thread> threads_;
   /// By process, whether it is a HAL error, and enumerator.
   std::map<std::tuple<Pid, bool, std::int32_t>, ErrorCount> counts_;
-  std::size_t first_engine_ = 0;     // Of this log.
-  std::size_t first_cycle_end_ = 0;  // Of this log.
 };
 
 }  // namespace sensorvela::tools
