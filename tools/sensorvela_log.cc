@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tools/command/manual.h"
+#include "tools/command/standard_streams.h"
 #include "tools/input/input.h"
 #include "tools/log/log_report.h"
 #include "tools/log/log_summary.h"
@@ -98,6 +99,7 @@ int Summarize(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) try {
+  sensorvela::tools::OccupyStandardStreams();
   // Writing to a closed pipe then fails like any other write.
   std::signal(SIGPIPE, SIG_IGN);
   std::ios::sync_with_stdio(false);

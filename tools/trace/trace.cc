@@ -58,8 +58,8 @@ class TracePass {
         throw EventError("a line of more than " + std::to_string(kMaxLineBytes) +
                          " bytes: expected one event a line");
       }
-      // A recording's last line is whole if it ends with a newline.
-      if (plan_.is_recording && lines_.end() != LineEnd::kNewline) break;
+      // The last line of a recording that has no end is whole if it ends with a newline.
+      if (MayBeCut() && lines_.end() != LineEnd::kNewline) break;
       CheckEnd();
       if (IsBlank(lines_.line())) continue;
       Parse(event);
@@ -70,7 +70,7 @@ class TracePass {
     return false;
   } catch (const EventError& error) {
     const std::size_t line_number = std::max<std::size_t>(lines_.number(), 1);
-    if (plan_.is_recording && IsDamagedFurtherOn()) return false;
+    if (MayBeCut() && IsDamagedFurtherOn()) return false;
     throw TraceError(name_ + ":" + std::to_string(line_number) + ": " + error.what());
   } catch (const std::system_error& error) {
     ThrowUnreadable(name_, error);
@@ -83,12 +83,15 @@ class TracePass {
 
   /// Where a recording has been cut; empty for other traces.
   std::string Cut() const {
-    if (!plan_.is_recording || end_line_ != 0) return "";
+    if (!MayBeCut()) return "";
     return name_ + ":" + std::to_string(plan_.last_line) +
            ": the recording was cut after this line";
   }
 
  private:
+  /// A recording that has not come to its end.
+  bool MayBeCut() const { return plan_.is_recording && end_line_ == 0; }
+
   /// Turns the present line into an event.
   void Parse(Event& event) {
     const JsonValue& line = json_.Parse(lines_.line());
