@@ -65,7 +65,9 @@ void SensorVela::ReportHalSensorDisabled(SensorId sensor) {
 
 void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
   const MutexLock lock(status_mutex_);
-  PerSensorStatus& status = StatusOf(sensor);
+  // Inlined here, because nearly all samples are of a sensor that has a status.
+  const auto known = sensor_status_.find(StatusKey(sensor));
+  PerSensorStatus& status = known != sensor_status_.end() ? known->second : StatusOf(sensor);
   const std::int64_t now_ns = android::elapsedRealtimeNano();
   const std::int64_t latency_ns = WrappingSubtract<std::int64_t>(now_ns, timestamp_ns);
   Increment(status.latency_buckets[sensorvela::LatencyBand(latency_ns)]);
