@@ -92,15 +92,8 @@ void SensorVela::LogSensorLatency(SensorId sensor, long long timestamp_ns) {
   }));
 }
 
-SensorVela::PerSensorStatus& SensorVela::StatusOf(SensorId sensor) {
-  auto entry = sensor_status_.find(StatusKey(sensor));
-  if (entry == sensor_status_.end()) {
-    EnsureSensorEntryInStatus(sensor);
-    entry = sensor_status_.find(StatusKey(sensor));
-  }
-  return entry->second;
+[[gnu::noinline]] SensorVela::PerSensorStatus& SensorVela::StatusOf(SensorId sensor) {
+  return sensor_status_.try_emplace(StatusKey(sensor)).first->second;
 }
 
-[[gnu::noinline]] void SensorVela::EnsureSensorEntryInStatus(SensorId sensor) {
-  sensor_status_.try_emplace(StatusKey(sensor));
-}
+void SensorVela::EnsureSensorEntryInStatus(SensorId sensor) { StatusOf(sensor); }
