@@ -40,8 +40,9 @@ void SensorVela::RunReporterThread() {
 
 void SensorVela::EndCycle() {
   {
+    decltype(error_counts_) counts;  // Freed after the lock is released.
     const MutexLock lock(error_counts_mutex_);
-    error_counts_.clear();
+    counts.swap(error_counts_);
   }
   UploadDiagnostics();
 }
@@ -53,6 +54,10 @@ bool SensorVela::StopRequested() {
 
 void SensorVela::DrainAtomQueue() {
   std::deque<VendorAtom> batch;  // Freed after `service` is released.
+  // Has the deque allocate its first block, which the queue gets: the callers that queue the next
+  // atoms need not allocate it with the lock held.
+  batch.emplace_back();
+  batch.pop_back();
   {
     const MutexLock lock(queue_mutex_);
     batch.swap(atom_queue_);

@@ -276,9 +276,10 @@ class [[gnu::visibility("default")]] SensorVela {
   /// its timestamp is more than 1.1 sampling periods after the previous sample's, or after the
   /// enable if there is none. Reports the first sample after an enable.
   ///
-  /// This is the sample path. It takes one lock and reads the clock once. For a sensor that has a
-  /// status already, it does one hash lookup and allocates nothing. Only a first sample also builds
-  /// and queues an atom.
+  /// This is the sample path, which a real-time thread may call. It takes one lock, which inherits
+  /// priority, and reads the clock once. For a sensor that has a status already, it does one hash
+  /// lookup and allocates nothing. Only a first sample also builds and queues an atom, which is one
+  /// allocation. A sensor gets its status with its first enable: enable it on another thread.
   void LogSensorLatency(SensorId sensor, long long timestamp_ns) SENSORVELA_NO_LOCK_HELD;
 
   /// The sensor's first sample arrived `latency_ns` after its enable. `LogSensorLatency` calls this

@@ -1,11 +1,13 @@
-// The device's implementation of platform/sync.h: the standard library, unchanged.
+// The device's implementation of platform/sync.h: the C library's threads and clock.
 #include "platform/sync.h"
 
 #include <pthread.h>
+#include <time.h>
 
 #include <chrono>
-#include <mutex>
 #include <thread>
+
+#include "platform/timespec.h"
 
 namespace sensorvela::platform {
 
@@ -17,12 +19,11 @@ MonotonicClock::time_point MonotonicClock::now() noexcept {
 void NameThisThread(const char* name) { pthread_setname_np(pthread_self(), name); }
 
 void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
-  std::unique_lock lock(mutex.mutex_, std::adopt_lock);
-  cv_.wait_until(lock, std::chrono::steady_clock::time_point(deadline.time_since_epoch()));
-  lock.release();  // Leaves `mutex` locked, as the caller had it.
+  const timespec at = ToTimespec(deadline.time_since_epoch());
+  pthread_cond_clockwait(&condition_, &mutex.mutex_, CLOCK_MONOTONIC, &at);
 }
 
-void CondVar::NotifyAll(Mutex& /*mutex*/) { cv_.notify_all(); }
+void CondVar::NotifyAll(Mutex& /*mutex*/) { pthread_cond_broadcast(&condition_); }
 
 std::thread StartThread(void (*body)(void* argument), void* argument) {
   return std::thread(body, argument);

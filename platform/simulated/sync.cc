@@ -8,10 +8,10 @@
 
 #include <chrono>
 #include <cstdint>
-#include <mutex>
 #include <thread>
 
 #include "platform/simulated/timeline.h"
+#include "platform/timespec.h"
 
 using sensorvela::simulated::timeline;
 
@@ -30,16 +30,15 @@ void CondVar::WaitUntil(Mutex& mutex, MonotonicClock::time_point deadline) {
     timeline.Sleep(this, mutex, deadline.time_since_epoch());
     return;
   }
-  std::unique_lock lock(mutex.mutex_, std::adopt_lock);
-  cv_.wait_until(lock, std::chrono::steady_clock::time_point(deadline.time_since_epoch()));
-  lock.release();  // Leaves `mutex` locked, as the caller had it.
+  const timespec at = ToTimespec(deadline.time_since_epoch());
+  pthread_cond_clockwait(&condition_, &mutex.mutex_, CLOCK_MONOTONIC, &at);
 }
 
 void CondVar::NotifyAll(Mutex& /*mutex*/) {
   if (timeline.is_virtual) {
     timeline.Notify(this);
   } else {
-    cv_.notify_all();
+    pthread_cond_broadcast(&condition_);
   }
 }
 

@@ -110,6 +110,26 @@ TEST(CallCostTest, OfEachEvent) {
   }
 }
 
+// What a host can count on that enables a sensor before a real-time thread delivers its samples.
+TEST(CallCostTest, AfterAnEnableAndADrainOnlyAFirstSampleAllocatesAndOnlyItsAtom) {
+  if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
+  World world;
+  world.StartEngine();
+  SensorVela& engine = world.engine();
+  const auto allocations_of_a_sample = [&] {
+    world.time.WaitUntilAtRest();
+    return CostOf([&] { engine.LogSensorLatency(kSensor, 0); }).calls.allocations;
+  };
+  engine.ReportHalSensorEnabled(kSensor, 1);
+  EXPECT_EQ(allocations_of_a_sample(), 1) << "the atom";
+  EXPECT_EQ(allocations_of_a_sample(), 0);
+  engine.ReportHalSensorEnabled(kSensor, 1);
+  EXPECT_EQ(allocations_of_a_sample(), 1) << "after another enable";
+  // Any event finds a block of the queue.
+  world.time.WaitUntilAtRest();
+  EXPECT_EQ(CostOf([&] { engine.ReportFirmwareState(1, {}, 1); }).calls.allocations, 1);
+}
+
 TEST(CallCostTest, OfEachBuilderAndTheHistogram) {
   if (!kCallsAreCounted) GTEST_SKIP() << "the sanitizer has the heap and the locks";
   const auto expect_allocations = [](int count, const auto& record) {

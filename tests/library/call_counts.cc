@@ -47,13 +47,26 @@ void operator delete(void* block) noexcept {
 
 void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
 
-// Replaces the C library's function, also for the libraries. It may be called at any time, so it
-// must not need a lock itself.
+// These replace the C library's functions, also for the libraries. They may be called at any time,
+// so they must not need a lock themselves.
+
+using Lock = int (*)(pthread_mutex_t*);
+
+static Lock RealFunction(std::atomic<Lock>& real, const char* name) {
+  if (real == nullptr) real = reinterpret_cast<Lock>(dlsym(RTLD_NEXT, name));
+  return real;
+}
+
 int pthread_mutex_lock(pthread_mutex_t* mutex) {
-  using Lock = int (*)(pthread_mutex_t*);
   static std::atomic<Lock> real = nullptr;
-  if (real == nullptr) real = reinterpret_cast<Lock>(dlsym(RTLD_NEXT, "pthread_mutex_lock"));
   ++sensorvela::testing::counts.locks;
-  return real.load()(mutex);
+  return RealFunction(real, "pthread_mutex_lock")(mutex);
+}
+
+int pthread_mutex_trylock(pthread_mutex_t* mutex) {
+  static std::atomic<Lock> real = nullptr;
+  const int result = RealFunction(real, "pthread_mutex_trylock")(mutex);
+  if (result == 0) ++sensorvela::testing::counts.locks;
+  return result;
 }
 #endif

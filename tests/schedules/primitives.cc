@@ -1,6 +1,5 @@
-// The threads' primitives and the clock of the C library, in its place: the engine's threads and
-// locks come here through the standard library. Outside of a run there is one thread, and nothing
-// to do.
+// The threads' primitives and the clock of the C library, in its place. Outside of a run there is
+// one thread, and nothing to do.
 #include <pthread.h>
 
 #include <cerrno>
@@ -82,6 +81,9 @@ int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
   return 0;
 }
 
+// Only an attempt that succeeds is a step: one that fails has no effect, and the engine repeats it.
+int pthread_mutex_trylock(pthread_mutex_t* mutex) noexcept { return pthread_mutex_lock(mutex); }
+
 int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
   if (CurrentThread() < 0) return 0;
   Step({.name = "unlock", .uses = {{{mutex, true}}}});
@@ -129,6 +131,10 @@ int pthread_cond_clockwait(pthread_cond_t* cond, pthread_mutex_t* mutex, clockid
   return platform.now_ns >= deadline_ns ? ETIMEDOUT : 0;
 }
 
+int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t*) noexcept {
+  HolderOf(mutex) = 0;
+  return 0;
+}
 int pthread_mutex_destroy(pthread_mutex_t*) noexcept { return 0; }
 int pthread_cond_destroy(pthread_cond_t*) noexcept { return 0; }
 
