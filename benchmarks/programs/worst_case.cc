@@ -23,10 +23,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <functional>
 #include <memory>
-#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -57,6 +55,7 @@ constexpr nanoseconds kSlowLogLine = 200us;
 
 constexpr int kBurst = 2'000;
 constexpr int kSecondSamplerSamples = 20'000;
+constexpr std::int64_t kMostQueued = 4'000;
 constexpr SensorVela::SensorId kSensor = {0x10, 1};
 
 bool locks_are_ordinary = false;
@@ -129,11 +128,11 @@ class SensorVelaTestPeer {
 
 // These replace functions of the C library and of the simulated platform, also for the libraries.
 
-int pthread_mutexattr_setprotocol(pthread_mutexattr_t* attributes, int protocol) noexcept {
+int pthread_mutexattr_setprotocol(pthread_mutexattr_t* attr, int protocol) noexcept {
   using Function = int (*)(pthread_mutexattr_t*, int);
   static const auto real =
       reinterpret_cast<Function>(dlsym(RTLD_NEXT, "pthread_mutexattr_setprotocol"));
-  return locks_are_ordinary ? ENOTSUP : real(attributes, protocol);
+  return locks_are_ordinary ? ENOTSUP : real(attr, protocol);
 }
 
 int __android_log_print(int /*prio*/, const char* /*tag*/, const char* /*fmt*/, ...) {
@@ -208,7 +207,7 @@ std::vector<nanoseconds> TimesOf(const Scenario& scenario, std::size_t calls, bo
     if (scenario.beside != nullptr) {
       other = std::make_unique<Repeating>(scenario.priority, [&] {
         queued += scenario.beside(*engine);
-        while (queued - service->reports > 2 * kBurst) std::this_thread::sleep_for(1ms);
+        while (queued - service->reports > kMostQueued) std::this_thread::sleep_for(1ms);
       });
     }
     std::unique_ptr<Repeating> hog;
@@ -281,8 +280,10 @@ bool RealTimeIsPermitted() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const long calls = argc > 1 ? std::atol(argv[1]) : 100'000;
-  if (argc > 2 || calls < 1) {
+  long calls = 100'000;
+  char* end = nullptr;
+  if (argc > 1) calls = std::strtol(argv[1], &end, 10);
+  if (argc > 2 || calls < 1 || (end != nullptr && *end != '\0')) {
     std::fprintf(stderr, "usage: sensorvela-worst-case [CALLS]\n");
     return 2;
   }

@@ -47,10 +47,9 @@ Function* Real(const char* name) {
 // NOLINTBEGIN(readability-identifier-naming): the C library's names.
 extern "C" {
 
-int pthread_mutexattr_setprotocol(pthread_mutexattr_t* attributes, int protocol) noexcept {
+int pthread_mutexattr_setprotocol(pthread_mutexattr_t* attr, int protocol) noexcept {
   if (the_system != nullptr && the_system->refuses_protocol) return ENOTSUP;
-  return Real<int(pthread_mutexattr_t*, int)>("pthread_mutexattr_setprotocol")(attributes,
-                                                                               protocol);
+  return Real<int(pthread_mutexattr_t*, int)>("pthread_mutexattr_setprotocol")(attr, protocol);
 }
 
 int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attributes) noexcept {
