@@ -69,20 +69,24 @@ void Call(SensorVela& engine, Random& random) {
   const SensorVela::SensorId sensor = {1, random.Below(3)};
   switch (random.Below(9)) {
     case 0:
-      return engine.ReportHalSensorEnabled(sensor, 1'000'000 * random.Below(30));
+      engine.ReportHalSensorEnabled(sensor, 1'000'000LL * random.Below(30));
+      break;
     case 1:
-      return engine.ReportHalSensorDisabled(sensor);
+      engine.ReportHalSensorDisabled(sensor);
+      break;
     case 2:
     case 3:
-      return engine.LogSensorHalError(sensor, SensorVela::HalCall{random.Below(2)},
-                                      random.Below(9));
+      engine.LogSensorHalError(sensor, SensorVela::HalCall{random.Below(2)}, random.Below(9));
+      break;
     case 4:
-      return engine.LogSensorRuntimeError(sensor, SensorVela::ErrorType{1}, random.Below(9));
+      engine.LogSensorRuntimeError(sensor, SensorVela::ErrorType{1}, random.Below(9));
+      break;
     case 5:
-      return engine.ReportFirmwareState(random.Below(1000), SensorVela::FirmwareState{1}, 0);
+      engine.ReportFirmwareState(random.Below(1000), SensorVela::FirmwareState{1}, 0);
+      break;
     default:
-      return engine.LogSensorLatency(sensor,
-                                     android::elapsedRealtimeNano() - random.Below(30'000'000));
+      engine.LogSensorLatency(sensor, android::elapsedRealtimeNano() - random.Below(30'000'000));
+      break;
   }
 }
 
@@ -118,21 +122,28 @@ class Host {
   void Change() {
     switch (random_.Below(10)) {
       case 0:
-        return simulated::RegisterService(kStatsInstance, service_);
+        simulated::RegisterService(kStatsInstance, service_);
+        break;
       case 1:
-        return simulated::UnregisterService(kStatsInstance);
+        simulated::UnregisterService(kStatsInstance);
+        break;
       case 2:
-        return simulated::RefuseService(kStatsInstance);
+        simulated::RefuseService(kStatsInstance);
+        break;
       case 3:
       case 4:
-        return simulated::AllowService(kStatsInstance);
+        simulated::AllowService(kStatsInstance);
+        break;
       case 5:
-        return service_->AnswerNext(1 + random_.Below(3),
-                                    random_.OneIn(2) ? Answer::kError : Answer::kNoStatus);
+        service_->AnswerNext(1 + random_.Below(3),
+                             random_.OneIn(2) ? Answer::kError : Answer::kNoStatus);
+        break;
       case 6:
-        return time_.JumpTo(time_.Now() + std::chrono::hours(random_.Below(7)));
+        time_.JumpTo(time_.Now() + std::chrono::hours(random_.Below(7)));
+        break;
       case 7:
-        return simulated::ReleaseServiceWaits(kStatsInstance);
+        simulated::ReleaseServiceWaits(kStatsInstance);
+        break;
       default:
         for (int yields = random_.Below(20); yields > 0; --yields) std::this_thread::yield();
     }
@@ -185,7 +196,9 @@ class Host {
 class Reports : public tools::RunObserver {
  public:
   void OnAtom(Instant /*at*/, const tools::AtomFact& fact) override {
-    if (fact.atom != nullptr) texts.push_back(ReportText(*fact.atom, *fact.answer));
+    if (fact.atom != nullptr && fact.answer) {
+      texts.push_back(ReportText(*fact.atom, fact.answer.value()));
+    }
   }
   Texts texts;
 };
@@ -289,7 +302,7 @@ Texts KillAHost(std::uint64_t seed, std::size_t bytes) {
 bool ReplaysWhatTheServiceGot(std::uint64_t seed, std::size_t& replayed_in_all) {
   Record(false);
   Random random(seed);
-  const Texts received = KillAHost(seed, static_cast<std::size_t>(1 + random.Below(20'000'000)));
+  const Texts received = KillAHost(seed, 1 + static_cast<std::size_t>(random.Below(20'000'000)));
   unsetenv("SENSORVELA_RECORDING");
   bool is_exact = false;
   const Texts replayed = ReplayOf(Recording(), is_exact);

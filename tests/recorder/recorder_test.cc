@@ -351,7 +351,7 @@ TEST_F(RecorderTest, LeavesWhatCameBeforeACut) {
     const std::string whole{std::istreambuf_iterator<char>(file), {}};
     const std::string cut = Path("cut");
     std::size_t longest = 0;
-    for (std::size_t size = 0; size < whole.size(); size += 97) {
+    for (std::size_t size = 0; size < whole.size(); size += size + 117 < whole.size() ? 97 : 1) {
       std::ofstream(cut, std::ios::binary) << whole.substr(0, size) << std::string(size % 3, '\0');
       try {
         const Replayed replayed = ReplayOf(cut);
@@ -360,7 +360,8 @@ TEST_F(RecorderTest, LeavesWhatCameBeforeACut) {
         EXPECT_TRUE(std::equal(replayed.atoms.begin(), replayed.atoms.end(), sent.begin()));
         longest = std::max(longest, replayed.atoms.size());
       } catch (const tools::TraceError& error) {
-        EXPECT_EQ(longest, 0U) << error.what();  // Cut before the engine's start.
+        // Cut before the engine's start, or in what tells that the data is whole, with zeros there.
+        EXPECT_TRUE(longest == 0 || size + 20 > whole.size()) << error.what();
       }
     }
     EXPECT_GT(longest, sent.size() / 2);

@@ -61,10 +61,10 @@ std::string_view After(std::string_view line, std::string_view key) {
 class Reader {
  public:
   void Read(std::string_view line) {
-    const std::string_view event = After(line, "\"event\":\"");
+    const std::string_view event = After(line, R"("event":")");
     const std::string_view kind = event.substr(0, event.find('"'));
     if (kind == "atom") {
-      Queue(static_cast<char>(std::stoi(std::string(After(line, "\"id\":")))));
+      Queue(static_cast<char>(std::stoi(std::string(After(line, R"("id":)")))));
     } else if (kind == "hal_error") {
       ++calls;
       if (++errors_ <= 10) queue_ += 'e';
@@ -74,7 +74,7 @@ class Reader {
     } else if (kind == "sensor_disabled") {
       Queue(static_cast<char>('0' + samples_));
     } else if (kind == "sample_lists") {
-      ReadSamples(After(line, "\"lists\":["));
+      ReadSamples(After(line, R"("lists":[)"));
     } else if (kind == "service_found_declared") {
       is_start_ = true;
     } else if (kind == "lookup_waits") {
@@ -118,7 +118,7 @@ class Reader {
     if (!std::exchange(is_start_, false)) batch_ = std::exchange(queue_, "");
   }
   void KnowReports(std::string_view line) {
-    if (After(line, "\"reports\":") != std::to_string(sent.size())) wrong = "other reports";
+    if (After(line, R"("reports":)") != std::to_string(sent.size())) wrong = "other reports";
   }
 
   std::string queue_;
@@ -331,6 +331,14 @@ std::vector<Scenario> AllScenarios() {
       {"full_batch_that_waits",
        {.before = ".Aa.", .steps = "bcP.", .lines = 2, .waits_for_disk = true},
        {"abc"}},
+      {"full_batch_that_waits_beside_a_host",
+       {.before = ".Aa.",
+        .one = "b",
+        .other = "c",
+        .after = "P.",
+        .lines = 2,
+        .waits_for_disk = true},
+       {"abc", "acb"}},
       {"failing_disk", {.before = ".D", .one = "a", .other = "b", .after = "."}, {"ab E", "ba E"}},
       {"process_ends", {.before = ".", .one = "a", .other = "Q", .after = "."}, {"a"}},
       {"process_ends_and_waits",

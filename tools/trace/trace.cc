@@ -60,6 +60,9 @@ class TracePass {
       }
       // The last line of a recording that has no end is whole if it ends with a newline.
       if (MayBeCut() && lines_.end() != LineEnd::kNewline) break;
+      lacks_trailer_ = plan_.is_recording && end_line_ != 0 && lines_.end() == LineEnd::kCut &&
+                       lines_.line().empty();
+      if (lacks_trailer_) break;
       CheckEnd();
       if (IsBlank(lines_.line())) continue;
       Parse(event);
@@ -83,7 +86,7 @@ class TracePass {
 
   /// Where a recording has been cut; empty for other traces.
   std::string Cut() const {
-    if (!MayBeCut()) return "";
+    if (!MayBeCut() && !lacks_trailer_) return "";
     return name_ + ":" + std::to_string(plan_.last_line) +
            ": the recording was cut after this line";
   }
@@ -203,6 +206,8 @@ class TracePass {
   // Line numbers; 0 while there is no such line.
   std::size_t engine_line_ = 0;
   std::size_t end_line_ = 0;
+  /// The gzip data ends after the end, but without what tells that it is whole.
+  bool lacks_trailer_ = false;
 };
 
 }  // namespace
