@@ -1,5 +1,4 @@
 // Takes the place of the device's functions that the library calls. Each passes the call on.
-#include <aidl/android/frameworks/stats/IStats.h>
 #include <android/binder_manager.h>
 #include <android/binder_status.h>
 #include <android/log.h>
@@ -14,6 +13,7 @@
 #include <string_view>
 
 #include "engine/log_tag.h"
+#include "engine/stats_service.h"
 #include "recorder/next_definition.h"
 #include "recorder/recordings.h"
 
@@ -21,8 +21,7 @@ namespace sensorvela::recorder {
 namespace {
 
 bool IsStatsService(std::string_view instance) {
-  static const std::string name =
-      std::string(aidl::android::frameworks::stats::IStats::descriptor) + "/default";
+  static const std::string name = StatsInstance();
   return instance == name;
 }
 

@@ -36,13 +36,12 @@ const char* RequestedPath() {
 
 }  // namespace
 
-Recordings::Recordings() {
-  pthread_atfork(nullptr, nullptr, [] { Get().ForgetAll(); });
-}
-
 Recordings& Recordings::Get() {
   // Never destroyed: threads may call engines while the process exits.
-  static Recordings& recordings = *new Recordings;
+  static Recordings& recordings = []() -> Recordings& {
+    pthread_atfork(nullptr, nullptr, [] { Get().ForgetAll(); });
+    return *new Recordings;
+  }();
   return recordings;
 }
 
@@ -52,7 +51,9 @@ std::shared_ptr<Recording> Recordings::Begin(const SensorVela* engine, std::stri
   has_begun_ = true;
   const char* const wait = Setting("SENSORVELA_RECORDING_WAIT");
   const Recording::Options options = {
-      .path = path, .waits_for_disk = wait != nullptr && std::string_view(wait) == "1"};
+      .path = path,
+      .waits_for_disk = wait != nullptr && std::string_view(wait) == "1",
+      .limits = limits_};
 
   const MutexLock lock(mutex_);
   auto* const slot = std::ranges::find_if(slots_, [](const Slot& s) {

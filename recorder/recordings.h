@@ -11,6 +11,7 @@
 #include <sensorvela/engine/sensor_vela.h>
 
 #include "platform/sync.h"
+#include "recorder/batch.h"
 #include "recorder/recording.h"
 
 #include "platform/thread_annotations.h"
@@ -21,6 +22,10 @@ namespace sensorvela::recorder {
 class Recordings {
  public:
   static Recordings& Get();
+
+  explicit Recordings(const Batch::Limits& limits = {}) : limits_(limits) {}
+  Recordings(const Recordings&) = delete;
+  Recordings& operator=(const Recordings&) = delete;
 
   /// The recording of an engine that is about to be constructed; null if the environment asks for
   /// none or the process runs with raised privileges, and, with a line in the log, if `kMaxEngines`
@@ -59,8 +64,6 @@ class Recordings {
     std::shared_ptr<Recording> recording;
   };
 
-  Recordings();
-
   std::vector<std::shared_ptr<Recording>> All() SENSORVELA_EXCLUDES(mutex_);
   /// In a process that has been forked off: nothing is recorded there.
   void ForgetAll() {
@@ -68,6 +71,7 @@ class Recordings {
     is_forked_ = true;
   }
 
+  const Batch::Limits limits_;
   platform::Mutex mutex_;
   std::array<Slot, kMaxEngines> slots_;
   std::atomic<bool> is_forked_ = false;

@@ -16,7 +16,7 @@
 
 namespace sensorvela::schedules {
 
-inline constexpr int kMaxThreads = 6;
+inline constexpr int kMaxThreads = 7;
 
 /// What a thread does next.
 struct Operation {

@@ -9,6 +9,8 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <map>
 #include <memory>
 #include <new>
 #include <optional>
@@ -23,6 +25,7 @@
 #include "recorder/recorded_supplier.h"
 #include "recorder/recording.h"
 #include "recorder/recording_file.h"
+#include "recorder/recordings.h"
 #include "recorder/thread_state.h"
 #include "tests/schedules/memory.h"
 #include "tests/schedules/platform.h"
@@ -34,17 +37,20 @@ namespace {
 
 using recorder::EventLine;
 using recorder::Recording;
+using recorder::RecordingFile;
+using recorder::Recordings;
 using recorder::ThisThread;
 using recorder::ThreadState;
 
 /// What the recorder has of a run.
 struct Recorded {
   std::array<ThreadState, kMaxThreads> threads;
-  Recording* recording = nullptr;
-  std::string file;
+  Recordings* recordings = nullptr;
+  std::map<const RecordingFile*, std::string> files;
   int writes = 0;
   /// The write that fails; 0 for none.
   int failing_write = 0;
+  int engines = 0;
   /// The host's calls.
   int calls = 0;
 } recorded;
@@ -67,7 +73,7 @@ class Reader {
       Queue(static_cast<char>(std::stoi(std::string(After(line, R"("id":)")))));
     } else if (kind == "hal_error") {
       ++calls;
-      if (++errors_ <= 10) queue_ += 'e';
+      if (++errors_ <= 10) Add('e');
     } else if (kind == "sensor_enabled") {
       samples_ = 0;
       Queue('+');
@@ -88,29 +94,35 @@ class Reader {
     } else if (kind == "cycle_ended") {
       errors_ = 0;
     } else if (kind == "supplier_answers") {
-      if (line.find("processor") != std::string_view::npos) queue_ += 'p';
+      if (line.find("processor") != std::string_view::npos) Add('p');
     } else if (kind == "end") {
       is_whole = true;
       KnowReports(line);
     }
   }
 
+  /// All atoms, sent or not.
+  std::string queued;
   std::string sent;
   std::string wrong;
   int calls = 0;
   bool is_whole = false;
 
  private:
+  void Add(char letter) {
+    queue_ += letter;
+    queued += letter;
+  }
   void Queue(char letter) {
     ++calls;
-    queue_ += letter;
+    Add(letter);
   }
   void ReadSamples(std::string_view list) {
     list = list.substr(1, list.find('"', 1) - 1);
     trace_format::SampleListCodec codec(0);
     for (trace_format::Sample sample = {}; !list.empty(); ++calls) {
       if (!codec.Take(list, sample)) wrong = "no list of samples";
-      if (samples_++ == 0) queue_ += 'g';  // Its latency is 0: time stands still.
+      if (samples_++ == 0) Add('g');  // Its latency is 0: time stands still.
     }
   }
   /// The lookup at the engine's start has none.
@@ -129,6 +141,21 @@ class Reader {
   bool is_start_ = false;
 };
 
+Reader Read(std::string_view file) {
+  Reader reader;
+  for (std::size_t end = 0; (end = file.find('\n')) != std::string_view::npos;) {
+    reader.Read(file.substr(0, end));
+    file.remove_prefix(end + 1);
+  }
+  return reader;
+}
+
+/// Those of the letters that `kept` has.
+std::string Only(std::string letters, std::string_view kept) {
+  std::erase_if(letters, [&](char letter) { return kept.find(letter) == std::string_view::npos; });
+  return letters;
+}
+
 /// What the service received, then what is wrong with the recording, if something is.
 std::string Outcome() {
   constexpr std::string_view kSent = "abcde+0123fgpq";
@@ -140,18 +167,25 @@ std::string Outcome() {
     if (letter == 'E') outcome += " E";
   }
   outcome.insert(0, sent);
-  Reader reader;
-  std::string_view file = recorded.file;
-  for (std::size_t end = 0; (end = file.find('\n')) != std::string_view::npos;) {
-    reader.Read(file.substr(0, end));
-    file.remove_prefix(end + 1);
-  }
   const bool has_ended_early = outcome.find('E') != std::string::npos;
-  if (!file.empty()) outcome += ", a part of a line";
-  if (!reader.wrong.empty() && !has_ended_early) outcome += ", " + reader.wrong;
-  if (reader.is_whole == has_ended_early) outcome += ", not whole";
-  if (reader.is_whole && reader.sent != sent) outcome += ", recorded: " + reader.sent;
-  if (reader.is_whole && reader.calls != recorded.calls) outcome += ", not each call once";
+  bool is_whole = true;
+  int calls = 0;
+  std::size_t sent_in_all = 0;
+  for (const auto& [file, text] : recorded.files) {
+    const Reader reader = Read(text);
+    if (!text.ends_with('\n')) outcome += ", a part of a line";
+    if (!reader.wrong.empty() && !has_ended_early) outcome += ", " + reader.wrong;
+    if (reader.is_whole == has_ended_early) outcome += ", not whole";
+    // Each engine has atoms of its own.
+    if (reader.is_whole && reader.sent != Only(sent, reader.queued)) {
+      outcome += ", recorded: " + reader.sent;
+    }
+    is_whole = is_whole && reader.is_whole;
+    calls += reader.calls;
+    sent_in_all += reader.sent.size();
+  }
+  if (is_whole && sent_in_all != sent.size()) outcome += ", sent by no engine";
+  if (is_whole && calls != recorded.calls) outcome += ", not each call once";
   return outcome;
 }
 
@@ -159,6 +193,7 @@ std::string Outcome() {
 ///
 ///     D        the next write to the disk fails
 ///     Q        the process ends, and may not wait
+///     |        no decisions are made from here on
 struct Script {
   std::string before = {};
   std::string steps = {};
@@ -189,7 +224,7 @@ class Supplier : public SensorVela::SystemDiagnosticsSupplierV2 {
 
 class Host {
  public:
-  explicit Host(const Script& script) : script_(script) {}
+  explicit Host(Recordings& recordings) : recordings_(recordings) {}
 
   void Do(const std::string& steps) {
     for (const char step : steps) {
@@ -197,19 +232,12 @@ class Host {
     }
   }
 
-  void Start() {
-    recording_ = Recording::Start({.path = "file",
-                                   .waits_for_disk = script_.waits_for_disk,
-                                   .limits = {script_.lines, script_.lines, 4096, 1024}},
-                                  "second");
-    recorded.recording = recording_.get();
-    engine_.emplace(recorder::MakeRecordedSupplier(
-        recording_, std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2>(new Supplier)));
-  }
-
+  /// Destroys the engine, if it has been started.
   void End() {
+    if (engine_ == nullptr) return;
+    const SensorVela* const engine = engine_.get();
     engine_.reset();
-    recording_->EngineEnds();
+    recordings_.Remove(engine)->EngineEnds();
     // The writer gives up the recording last of all; what it did comes before what follows here.
     Step({.name = "rest", .when_idle = true});
     recording_->ProcessEnds({});
@@ -223,10 +251,24 @@ class Host {
     recording_->is_active() ? recording_->RecordCall(kind, call, write) : call();
   }
 
+  /// As the recorder's constructor does. The engine's address is known before it is constructed.
+  void Start() {
+    void* const place = operator new(sizeof(SensorVela));
+    recording_ = recordings_.Begin(static_cast<SensorVela*>(place), "second");
+    // Each of the engines can start while the other does. All of their lives beside each other would
+    // be too many schedules.
+    if (++recorded.engines == 2) Branch(false);
+    engine_.reset(new (place) SensorVela(recorder::MakeRecordedSupplier(
+        recording_, std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2>(new Supplier))));
+  }
+
   bool Call(char step) {
     constexpr SensorVela::SensorId kSensor = {1, 2};
     const auto nothing = [](EventLine&) {};
     switch (step) {
+      case '2':
+        Start();
+        return true;
       case 'e':
         Record(
             "hal_error", [&] { engine_->LogSensorHalError(kSensor, SensorVela::HalCall{1}, 0); },
@@ -266,11 +308,12 @@ class Host {
     if (step == 'P') platform.service = Platform::Service::kUp;
     if (step == 'D') recorded.failing_write = recorded.writes + 1;
     if (step == 'Q') recording_->ProcessEnds({});
+    if (step == '|') Branch(false);
   }
 
-  const Script& script_;
+  Recordings& recordings_;
   std::shared_ptr<Recording> recording_;
-  std::optional<SensorVela> engine_;
+  std::unique_ptr<SensorVela> engine_;
 };
 
 void Play(const Script& script) {
@@ -285,15 +328,20 @@ void Play(const Script& script) {
   };
   platform.environment.outcome = Outcome;
   ThisThread() = {};
-  Host host(script);
-  host.Start();
+  setenv("SENSORVELA_RECORDING", "file", 1);
+  setenv("SENSORVELA_RECORDING_WAIT", script.waits_for_disk ? "1" : "0", 1);
+  Recordings recordings({script.lines, script.lines, 4096, 1024});
+  recorded.recordings = &recordings;
+  Host host(recordings);
+  Host with_own_engine(recordings);
   host.Do(script.before);
   Branch(true);
   host.Do(script.steps);
   if (!script.one.empty()) {
+    Host& second = script.other.starts_with('2') ? with_own_engine : host;
     std::thread one([&] { host.Do(script.one); });
     std::optional<std::thread> other;
-    if (!script.other.empty()) other.emplace([&] { host.Do(script.other); });
+    if (!script.other.empty()) other.emplace([&] { second.Do(script.other); });
     one.join();
     if (other) other->join();
     host.Do(script.after);
@@ -301,6 +349,7 @@ void Play(const Script& script) {
   // After a rest, the end is that of `start_stop`.
   if (script.steps.ends_with('.') || script.after.ends_with('.')) Branch(false);
   host.End();
+  with_own_engine.End();
 }
 
 struct Row {
@@ -313,38 +362,39 @@ struct Row {
 
 std::vector<Scenario> AllScenarios() {
   const std::vector<Row> rows = {
-      {"start_stop", {}, {""}},
-      {"event_stop", {.before = ".", .steps = "a"}, {"", "a"}},
-      {"event_stop_absent", {.before = ".AS", .steps = "ab"}, {"", "a", "ab"}},
-      {"events_rest", {.before = ".", .one = "a", .other = "b", .after = "."}, {"ab", "ba"}},
-      {"events_rest_refused", {.before = ".R", .one = "a", .other = "b", .after = ".Pc."}, {"c"}},
-      {"event_beside_refusal", {.before = ".Ra", .one = "b", .after = ".Pc."}, {"c"}},
-      {"deadline_stop", {.before = ".", .steps = "T"}, {"", "p"}},
-      {"deadline_event_rest", {.before = ".", .steps = "Ta."}, {"ap", "pa"}},
+      {"start_stop", {.before = "2"}, {""}},
+      {"event_stop", {.before = "2.", .steps = "a"}, {"", "a"}},
+      {"event_stop_absent", {.before = "2.AS", .steps = "ab"}, {"", "a", "ab"}},
+      {"events_rest", {.before = "2.", .one = "a", .other = "b", .after = "."}, {"ab", "ba"}},
+      {"events_rest_refused", {.before = "2.R", .one = "a", .other = "b", .after = ".Pc."}, {"c"}},
+      {"event_beside_refusal", {.before = "2.Ra", .one = "b", .after = ".Pc."}, {"c"}},
+      {"deadline_stop", {.before = "2.", .steps = "T"}, {"", "p"}},
+      {"deadline_event_rest", {.before = "2.", .steps = "Ta."}, {"ap", "pa"}},
       {"deadline_capped_error_rest",
-       {.before = "eeeeeeeeee.", .steps = "Te."},
+       {.before = "2eeeeeeeeee.", .steps = "Te."},
        {"eeeeeeeeeep", "eeeeeeeeeeep", "eeeeeeeeeepe"}},
       {"enable_sample_beside_disable_rest",
-       {.before = ".", .one = "+s", .other = "-", .after = "."},
+       {.before = "2.", .one = "+s", .other = "-", .after = "."},
        {"0+g", "+0g", "+g1"}},
-      {"full_batch", {.before = ".Aa.", .steps = "bcdP.", .lines = 4}, {"abcd", "abcd E"}},
+      {"full_batch", {.before = "2.Aa.", .steps = "bcdP.", .lines = 4}, {"abcd", "abcd E"}},
       {"full_batch_that_waits",
-       {.before = ".Aa.", .steps = "bcP.", .lines = 2, .waits_for_disk = true},
+       {.before = "2.Aa.", .steps = "bcP.", .lines = 2, .waits_for_disk = true},
        {"abc"}},
       {"full_batch_that_waits_beside_a_host",
-       {.before = ".Aa.",
-        .one = "b",
-        .other = "c",
-        .after = "P.",
+       {.before = "2.Aa.b",  // Which fills a batch.
+        .one = "c",
+        .other = "d",
+        .after = "|P.",
         .lines = 2,
         .waits_for_disk = true},
-       {"abc", "acb"}},
-      {"failing_disk", {.before = ".D", .one = "a", .other = "b", .after = "."}, {"ab E", "ba E"}},
-      {"process_ends", {.before = ".", .one = "a", .other = "Q", .after = "."}, {"a"}},
+       {"abcd", "abdc"}},
+      {"failing_disk", {.before = "2.D", .one = "a", .other = "b", .after = "."}, {"ab E", "ba E"}},
+      {"process_ends", {.before = "2.", .one = "a", .other = "Q", .after = "."}, {"a"}},
       {"process_ends_and_waits",
-       {.before = ".", .one = "a", .other = "Q", .after = ".", .waits_for_disk = true},
+       {.before = "2.", .one = "a", .other = "Q", .after = ".", .waits_for_disk = true},
        {"a"}},
-      {"spurious_wake_event", {.before = ".R", .one = "Wa", .after = ".Pc."}, {"c"}},
+      {"two_engines_start", {.one = "2a", .other = "2c", .after = "."}, {"ac", "ca"}},
+      {"spurious_wake_event", {.before = "2.R", .one = "Wa", .after = ".Pc."}, {"c"}},
   };
   std::vector<Scenario> scenarios;
   for (const Row& row : rows) {
@@ -364,12 +414,16 @@ std::int64_t android::uptimeNanos() { return 0; }
 
 // The file, in the place of the recorder's.
 
-std::optional<std::string> RecordingFile::Create(const std::string&) { return std::nullopt; }
+std::optional<std::string> RecordingFile::Create(const std::string&) {
+  const CheckerMemory checker_memory;
+  recorded.files[this].clear();
+  return std::nullopt;
+}
 std::optional<std::string> RecordingFile::Write(std::string_view text) {
   if (text.empty()) return std::nullopt;
   if (++recorded.writes == recorded.failing_write) return "the disk is full";
   const CheckerMemory checker_memory;
-  recorded.file += text;
+  recorded.files[this] += text;
   return std::nullopt;
 }
 std::optional<std::string> RecordingFile::Flush() { return std::nullopt; }
@@ -381,7 +435,9 @@ extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming): the linker's names.
 void __real__ZN10SensorVela17RunReporterThreadEv(SensorVela* engine);
 void __wrap__ZN10SensorVela17RunReporterThreadEv(SensorVela* engine) {
-  sensorvela::recorder::ThisThread().reports_for = recorded.recording;
+  auto* const recording = recorded.recordings->Find(engine);
+  if (recording == nullptr) sensorvela::schedules::Fail("an engine without its recording");
+  sensorvela::recorder::ThisThread().reports_for = recording;
   __real__ZN10SensorVela17RunReporterThreadEv(engine);
 }
 void __real__ZN10SensorVela14DrainAtomQueueEv(SensorVela* engine);

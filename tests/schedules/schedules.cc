@@ -48,7 +48,6 @@ int main(int argc, char** argv) {
       ->needs("--scenario");
   CLI11_PARSE(app, argc, argv);
 
-  bool good = true;
   int scenarios = 0;
   std::int64_t schedules = 0;
   for (const Scenario& scenario : sensorvela::schedules::AllScenarios()) {
@@ -57,12 +56,14 @@ int main(int argc, char** argv) {
         Explore(scenario, sensorvela::schedules::Platform::Get().environment, choices);
     const bool correct = IsCorrect(scenario, report);
     if (choices) return correct ? 0 : 1;
-    good = correct && SawAllOutcomes(scenario, report) && good;
+    if (!correct || !SawAllOutcomes(scenario, report)) return 1;
     ++scenarios;
     schedules += report.schedules;
   }
-  if (scenarios == 0) std::fprintf(stderr, "no scenario is named '%s'\n", only.c_str());
-  if (!good || scenarios == 0) return 1;
+  if (scenarios == 0) {
+    std::fprintf(stderr, "no scenario is named '%s'\n", only.c_str());
+    return 1;
+  }
   std::printf("%d scenarios, %lld schedules, which are all of each\n", scenarios,
               static_cast<long long>(schedules));
   return 0;
