@@ -195,13 +195,23 @@ TEST_P(RecordedReplayTest, AReplayOfARecordedReplayPrintsTheSame) {
     const std::string recording = Record(name);
     const std::string printed = Printed(SourcePath(GetParam()) + ".jsonl");
     StopRecording();
-    EXPECT_EQ(Printed(recording), printed);
+    const std::string replayed = Printed(recording);
+    // The one line of its summary that only a recording has.
+    const std::size_t unknown = replayed.find("lost in buffer              -  unknown: ");
+    ASSERT_NE(unknown, std::string::npos);
+    const std::size_t next = replayed.find('\n', unknown) + 1;
+    EXPECT_EQ(replayed.substr(0, unknown) + replayed.substr(next), printed);
   }
 }
 
+/// Those in which the service has no process of its own: a recording does not tell when a process
+/// took an atom.
 Texts AllTraces() {
   Texts traces = TracesIn("tests/traces");
   for (const std::string& example : TracesIn("examples")) traces.push_back(example);
+  std::erase_if(traces, [](const std::string& trace) {
+    return Content(SourcePath(trace) + ".jsonl").find("atom_ns") != std::string::npos;
+  });
   return traces;
 }
 

@@ -7,11 +7,15 @@
 #include <cstdio>
 #include <numeric>
 #include <string>
+#include <vector>
 
 #include "engine/counting_rules.h"
 
 namespace sensorvela::tools {
 namespace {
+
+constexpr char kLostInBuffer[] = "lost in buffer";
+constexpr char kLeftInBuffer[] = "left in buffer";
 
 std::string Share(std::uint64_t count, std::uint64_t total) {
   if (count == 0) return "";
@@ -25,16 +29,34 @@ std::string Share(std::uint64_t count, std::uint64_t total) {
 
 }  // namespace
 
-std::array<SummaryCount, 5> CountsOf(const Summary& summary) {
-  return {{
+std::vector<SummaryCount> CountsOf(const Summary& summary) {
+  std::vector<SummaryCount> counts = {
       {"delivered", summary.delivered, "atoms that the stats service took"},
       {"failed", summary.failed, "atoms whose report failed or ended without a status", true},
-      {"dropped", summary.dropped, "atoms that never reached the stats service", true},
-      {"blocked by the cap", summary.blocked_by_cap,
-       "errors after the first " + std::to_string(kErrorCapPerCycle) + " of their kind in a cycle"},
-      {"cycles ended", summary.cycles_ended,
-       summary.cycles_ended ? "" : "unknown: there is no diagnostics supplier"},
-  }};
+      {"dropped", summary.dropped, "atoms that never reached the stats service", true}};
+  if (summary.had_process) {
+    counts.push_back({"did not fit", summary.did_not_fit,
+                      "of the failed, atoms for which the service's buffer had no room", true});
+    counts.push_back({kLeftInBuffer, summary.left_in_buffer,
+                      "atoms that the service had not taken when the run ended"});
+  }
+  if (summary.had_process || !summary.lost_in_buffer) {
+    counts.push_back({kLostInBuffer, summary.lost_in_buffer,
+                      summary.lost_in_buffer
+                          ? "atoms that the service's process had not taken when it died"
+                          : "unknown: a recording does not tell what became of a sent atom",
+                      true});
+  }
+  counts.push_back({"blocked by the cap", summary.blocked_by_cap,
+                    "errors after the first " + std::to_string(kErrorCapPerCycle) +
+                        " of their kind in a cycle"});
+  counts.push_back({"cycles ended", summary.cycles_ended,
+                    summary.cycles_ended ? "" : "unknown: there is no diagnostics supplier"});
+  return counts;
+}
+
+const char* CaptionOf(BufferFate fate) {
+  return fate == BufferFate::kLost ? kLostInBuffer : kLeftInBuffer;
 }
 
 std::string BandLimitMs(std::size_t band) {

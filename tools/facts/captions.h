@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tools/facts/run_observer.h"
 
@@ -21,8 +22,12 @@ struct SummaryCount {
   bool is_loss = false;
 };
 
-/// The counts of a run, in the order in which they are shown.
-std::array<SummaryCount, 5> CountsOf(const Summary& summary);
+/// The counts of a run, in the order in which they are shown. Those of a service's buffer are left
+/// out of a run in which it had no process of its own.
+std::vector<SummaryCount> CountsOf(const Summary& summary);
+
+/// What became of an atom that its buffer kept: "lost in buffer" or "left in buffer".
+const char* CaptionOf(BufferFate fate);
 
 /// The limit of a latency band in milliseconds, "2.5"; of the last one, which has none, the limit
 /// of the band before.

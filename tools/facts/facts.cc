@@ -1,5 +1,6 @@
 #include "tools/facts/facts.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -53,10 +54,12 @@ void Facts::EngineStops(bool follows_recording) {
   const MutexLock lock(mutex_);
   is_stopping_ = true;
   is_beyond_recording_ = follows_recording;
+  if (follows_recording) summary_.lost_in_buffer = std::nullopt;
 }
 
 void Facts::RunEnds() {
   const MutexLock lock(mutex_);
+  while (!buffered_.empty()) LeaveBuffer(BufferFate::kLeft);
   while (!unsent_.empty()) TakeOldest();
   EndAbsence();
   ChangeReporterState(ReporterState::kNotStarted);
@@ -114,6 +117,16 @@ void Facts::ServiceChanges(std::optional<AbsenceReason> absence) {
   if (!was_absent) absent_since_ = time_.Now();
 }
 
+void Facts::ProcessStarts() {
+  const MutexLock lock(mutex_);
+  summary_.had_process = true;
+}
+
+void Facts::LostInBuffer() {
+  const MutexLock lock(mutex_);
+  LeaveBuffer(BufferFate::kLost);
+}
+
 void Facts::Suspended(std::chrono::nanoseconds duration) {
   const MutexLock lock(mutex_);
   Notify(&RunObserver::OnSuspended, time_.Now(), duration);
@@ -128,9 +141,16 @@ void Facts::Lookup(LookupStep step) {
   const MutexLock lock(mutex_);
   if (is_beyond_recording_) return;
   // The thread takes the queue right before the first step of a lookup.
-  if (reporter_ != ReporterState::kWaiting) batch_ = unsent_.size();
+  const bool has_waited =
+      reporter_ == ReporterState::kWaiting || reporter_ == ReporterState::kWaitingForProcess;
+  if (!has_waited) batch_ = unsent_.size();
   if (step == LookupStep::kWaits) {
     ChangeReporterState(ReporterState::kWaiting);
+    return;
+  }
+  if (step == LookupStep::kWaitsForProcess) {
+    ++summary_.lookups_awaited_process;
+    ChangeReporterState(ReporterState::kWaitingForProcess);
     return;
   }
   ChangeReporterState(ReporterState::kAsleep);
@@ -148,6 +168,24 @@ void Facts::Reported(const SensorVela::VendorAtom& atom, Answer answer) {
   if (disable && answer == Answer::kOk) {
     sensors_[disable->sensor].CountReport(disable->enables, atom);
   }
+}
+
+void Facts::HandedOver(const SensorVela::VendorAtom& atom) {
+  const MutexLock lock(mutex_);
+  buffered_.push_back({RemoveOldest(), atom});
+}
+
+void Facts::NotHandedOver(const SensorVela::VendorAtom& atom, bool did_not_fit) {
+  const MutexLock lock(mutex_);
+  if (did_not_fit) ++summary_.did_not_fit;
+  TakeOldest(&atom, Answer::kError);
+}
+
+void Facts::TakenFromBuffer() {
+  const MutexLock lock(mutex_);
+  const auto [queued, atom] = buffered_.front();
+  LeaveBuffer(BufferFate::kTaken);
+  if (queued.disable) sensors_[queued.disable->sensor].CountReport(queued.disable->enables, atom);
 }
 
 void Facts::CycleEnds() {
@@ -180,9 +218,7 @@ void Facts::LogLine(int priority, std::string_view tag, std::string_view text) {
 
 Facts::QueuedAtom Facts::TakeOldest(const SensorVela::VendorAtom* atom,
                                     std::optional<Answer> answer) {
-  QueuedAtom oldest = std::move(unsent_.front());
-  unsent_.pop_front();
-  if (batch_ > 0) --batch_;
+  QueuedAtom oldest = RemoveOldest();
   AtomFact fact = {answer, oldest.cause, atom, std::nullopt, "", std::nullopt};
   if (atom != nullptr) {
     ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
@@ -195,9 +231,32 @@ Facts::QueuedAtom Facts::TakeOldest(const SensorVela::VendorAtom* atom,
     if (fact.id) fact.name = testkit::NameOfAtom(*fact.id);
     fact.sensor = oldest.cause.sensor();
   }
-  Notify(&RunObserver::OnQueueLength, time_.Now(), unsent_.size());
   Notify(&RunObserver::OnAtom, time_.Now(), fact);
   return oldest;
+}
+
+Facts::QueuedAtom Facts::RemoveOldest() {
+  QueuedAtom oldest = std::move(unsent_.front());
+  unsent_.pop_front();
+  if (batch_ > 0) --batch_;
+  Notify(&RunObserver::OnQueueLength, time_.Now(), unsent_.size());
+  return oldest;
+}
+
+void Facts::LeaveBuffer(BufferFate fate) {
+  const auto [queued, atom] = std::move(buffered_.front());
+  buffered_.pop_front();
+  if (fate == BufferFate::kTaken) ++summary_.delivered;
+  if (fate == BufferFate::kLost) summary_.lost_in_buffer = summary_.lost_in_buffer.value_or(0) + 1;
+  if (fate == BufferFate::kLeft) ++summary_.left_in_buffer;
+  Notify(&RunObserver::OnAtom, time_.Now(),
+         AtomFact{.answer = Answer::kOk,
+                  .cause = queued.cause,
+                  .atom = &atom,
+                  .id = atom.atomId,
+                  .name = testkit::AtomName(atom),
+                  .sensor = SensorOf(atom),
+                  .fate = fate});
 }
 
 void Facts::ChangeReporterState(ReporterState state) {
@@ -207,12 +266,15 @@ void Facts::ChangeReporterState(ReporterState state) {
   }
   last_step_ = now;
   if (state == reporter_) return;
+  if (reporter_ == ReporterState::kWaitingForProcess) {
+    summary_.longest_process_wait = std::max(summary_.longest_process_wait, now - reporter_since_);
+  }
   if (reporter_ != ReporterState::kNotStarted) {
     Notify(&RunObserver::OnReporterStay, reporter_since_, now, reporter_, held_);
   }
   reporter_ = state;
   reporter_since_ = now;
-  held_ = state == ReporterState::kWaiting ? batch_ : 0;
+  held_ = state == ReporterState::kAsleep ? 0 : batch_;
 }
 
 void Facts::EndAbsence() {

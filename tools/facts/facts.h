@@ -62,6 +62,10 @@ class Facts {
 
   /// `absence`: why the host cannot find the service from now on; none if it can.
   void ServiceChanges(std::optional<AbsenceReason> absence) SENSORVELA_EXCLUDES(mutex_);
+  /// A process of the service's own has started.
+  void ProcessStarts() SENSORVELA_EXCLUDES(mutex_);
+  /// The process has died with its oldest atom in the buffer.
+  void LostInBuffer() SENSORVELA_EXCLUDES(mutex_);
   void Suspended(std::chrono::nanoseconds duration) SENSORVELA_EXCLUDES(mutex_);
   void Note(std::string_view text) SENSORVELA_EXCLUDES(mutex_);
 
@@ -70,8 +74,18 @@ class Facts {
   void Lookup(simulated::LookupStep step) SENSORVELA_EXCLUDES(mutex_);
   void Reported(const SensorVela::VendorAtom& atom, testkit::Answer answer)
       SENSORVELA_EXCLUDES(mutex_);
+  /// The report of the oldest atom has put it into the buffer of the service's process.
+  void HandedOver(const SensorVela::VendorAtom& atom) SENSORVELA_EXCLUDES(mutex_);
+  /// The report of the oldest atom has failed: that did not fit, or the process is dead.
+  void NotHandedOver(const SensorVela::VendorAtom& atom, bool did_not_fit)
+      SENSORVELA_EXCLUDES(mutex_);
   /// The engine begins to ask its supplier.
   void CycleEnds() SENSORVELA_EXCLUDES(mutex_);
+
+  // Called by either thread.
+
+  /// The process has taken the oldest atom of its buffer.
+  void TakenFromBuffer() SENSORVELA_EXCLUDES(mutex_);
 
   // Called by either thread, `Notified` also by the one that destroys the engine.
 
@@ -94,6 +108,11 @@ class Facts {
     std::optional<Disable> disable;
   };
 
+  struct BufferedAtom {
+    QueuedAtom queued;
+    SensorVela::VendorAtom atom;
+  };
+
   template <typename... Parameters, typename... Arguments>
   void Notify(void (RunObserver::*method)(Parameters...), const Arguments&... arguments)
       SENSORVELA_REQUIRES(mutex_) {
@@ -104,6 +123,9 @@ class Facts {
   QueuedAtom TakeOldest(const SensorVela::VendorAtom* atom = nullptr,
                         std::optional<testkit::Answer> answer = std::nullopt)
       SENSORVELA_REQUIRES(mutex_);
+  QueuedAtom RemoveOldest() SENSORVELA_REQUIRES(mutex_);
+  /// The oldest atom leaves the buffer.
+  void LeaveBuffer(BufferFate fate) SENSORVELA_REQUIRES(mutex_);
   void ChangeReporterState(ReporterState state) SENSORVELA_REQUIRES(mutex_);
   void EndAbsence() SENSORVELA_REQUIRES(mutex_);
   void EndSpan(SensorVela::SensorId sensor, SensorFacts& facts) SENSORVELA_REQUIRES(mutex_);
@@ -120,7 +142,9 @@ class Facts {
 
   /// The atoms in the queue, and those that the reporter thread has taken.
   std::deque<QueuedAtom> unsent_ SENSORVELA_GUARDED_BY(mutex_);
-  /// How many of them the reporter thread has taken.
+  /// The atoms in the buffer of the service's process.
+  std::deque<BufferedAtom> buffered_ SENSORVELA_GUARDED_BY(mutex_);
+  /// How many of the unsent atoms the reporter thread has taken.
   std::size_t batch_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   /// The disable that is reported next.
   std::optional<Disable> disable_ SENSORVELA_GUARDED_BY(mutex_);

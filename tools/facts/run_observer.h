@@ -18,6 +18,16 @@
 
 namespace sensorvela::tools {
 
+/// What became of an atom in the buffer of the service's process.
+enum class BufferFate : std::uint8_t {
+  /// The service took it, or it was in no buffer.
+  kTaken,
+  /// The process died.
+  kLost,
+  /// The run ended first.
+  kLeft,
+};
+
 struct AtomFact {
   /// None if the atom never reached the stats service.
   std::optional<testkit::Answer> answer;
@@ -30,6 +40,8 @@ struct AtomFact {
   std::string name;
   /// The sensor that the atom is about, or the one that its cause names.
   std::optional<SensorVela::SensorId> sensor;
+  /// Its report succeeded if this is not `kTaken`.
+  BufferFate fate = BufferFate::kTaken;
 };
 
 /// What the reporter thread does.
@@ -37,6 +49,8 @@ enum class ReporterState : std::uint8_t {
   kNotStarted,
   /// It waits for the stats service: at its start, or with a batch that it has taken.
   kWaiting,
+  /// The service is registered, and it waits for the process of the service.
+  kWaitingForProcess,
   kAsleep,
 };
 
@@ -71,8 +85,21 @@ struct Summary {
   std::uint64_t delivered = 0;
   /// Atoms whose report failed or ended without a status.
   std::uint64_t failed = 0;
+  /// Those of them that did not fit into the buffer of the service's process.
+  std::uint64_t did_not_fit = 0;
   /// Atoms that were queued and never reached the service.
   std::uint64_t dropped = 0;
+  /// The service has had a process of its own. The rest, to `lookups_awaited_process`, is 0
+  /// otherwise.
+  bool had_process = false;
+  /// Atoms that were lost in its buffer when it died. None in a recording, which does not tell.
+  std::optional<std::uint64_t> lost_in_buffer = 0;
+  /// Atoms that it had not taken when the run ended.
+  std::uint64_t left_in_buffer = 0;
+  /// Lookups of a service that was registered which had to wait for its process.
+  std::uint64_t lookups_awaited_process = 0;
+  /// How long the longest of these has waited.
+  std::chrono::nanoseconds longest_process_wait{0};
   /// Errors past the cap, for which no atom was queued.
   std::uint64_t blocked_by_cap = 0;
   /// None without a diagnostics supplier, whose call is the only sign of a cycle's end.
@@ -91,7 +118,8 @@ class RunObserver {
 
   /// So many atoms are queued from now on, or taken and not yet sent.
   virtual void OnQueueLength(Instant /*at*/, std::size_t /*atoms*/) {}
-  /// Called once for each atom, in the order in which they were queued.
+  /// Called once for each atom, in the order in which they were queued. One that went into the
+  /// buffer of the service's process comes when that takes it, dies, or is left by the run's end.
   virtual void OnAtom(Instant /*at*/, const AtomFact& /*atom*/) {}
   /// The engine queued no atom for an error, because the error was past its cap, and logged `text`.
   /// The cause is an event.

@@ -9,6 +9,7 @@
 
 #include <sensorvela/testkit/stats_service.h>
 
+#include "tools/facts/captions.h"
 #include "tools/picture/short_text.h"
 #include "tools/report/value_text.h"
 
@@ -40,13 +41,16 @@ void AtomList::Add(Instant at, const AtomFact& atom) {
     AddLost(kDropped, at, atom.name, atom.cause);
     return;
   }
-  ThinnedList<Entry>& list = lists_.at(atom.answer == testkit::Answer::kOk ? kDelivered : kFailed);
+  const bool is_taken = atom.fate == BufferFate::kTaken;
+  const bool succeeded = atom.answer == testkit::Answer::kOk;
+  ThinnedList<Entry>& list = lists_.at(!is_taken ? kDropped : succeeded ? kDelivered : kFailed);
   Entry entry = {{at, at}, atom.name, "", {atom.cause.at, atom.cause.what(), atom.cause.line()}};
   if (list.Merge(entry)) return;
   entry.values = FoldedValues(atom, names_);
   if (atom.answer == testkit::Answer::kNoStatus) {
     entry.values += " (the report ended without a status)";
   }
+  if (!is_taken) entry.values += std::string(" (") + CaptionOf(atom.fate) + ")";
   entry.values = ShortText(entry.values);
   const Entry* const last = list.last();
   if (last != nullptr && last->from == at && last->name == entry.name &&

@@ -76,7 +76,7 @@ class PictureObserver : public RunObserver {
 
   void OnReporterStay(Instant from, Instant to, ReporterState state, std::size_t atoms) override {
     if (to == from) return;
-    stays_.Add({{from, to}, state == ReporterState::kWaiting ? "waiting" : "asleep", atoms});
+    stays_.Add({{from, to}, state == ReporterState::kAsleep ? "asleep" : "waiting", atoms});
   }
 
   // A sensor has its lane from its first event on, which need not be a sample.

@@ -1,5 +1,6 @@
 #include "tools/report/json_lines_report.h"
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <ostream>
@@ -8,11 +9,18 @@
 
 #include <sensorvela/testkit/stats_service.h>
 
+#include "tools/facts/captions.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/names.h"
 
 namespace sensorvela::tools {
 namespace {
+
+/// "lost_in_buffer" for "lost in buffer".
+std::string Word(std::string caption) {
+  std::ranges::replace(caption, ' ', '_');
+  return caption;
+}
 
 class JsonLinesReport : public RunObserver {
  public:
@@ -21,8 +29,13 @@ class JsonLinesReport : public RunObserver {
   }
 
   void OnAtom(Instant at, const AtomFact& atom) override {
+    const bool is_taken = atom.fate == BufferFate::kTaken;
     Json fields;
-    if (atom.answer) fields["answer"] = AnswerName(*atom.answer);
+    if (!is_taken) {
+      fields["fate"] = Word(CaptionOf(atom.fate));
+    } else if (atom.answer) {
+      fields["answer"] = AnswerName(*atom.answer);
+    }
     if (atom.id) fields["atom_id"] = *atom.id;
     if (!atom.name.empty()) fields["name"] = atom.name;
     if (!atom.answer) {
@@ -33,9 +46,9 @@ class JsonLinesReport : public RunObserver {
     }
     if (!atom.atom->reverseDomainName.empty()) fields["domain"] = atom.atom->reverseDomainName;
     if (atom.sensor) AddName(*atom.sensor, fields);
-    if (*atom.answer != testkit::Answer::kOk) fields.update(ToJson(atom.cause));
+    if (*atom.answer != testkit::Answer::kOk || !is_taken) fields.update(ToJson(atom.cause));
     fields["values"] = NamedValues(*atom.atom);
-    Line("atom", at, fields);
+    Line(is_taken ? "atom" : "not_taken", at, fields);
   }
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override {
@@ -60,7 +73,10 @@ class JsonLinesReport : public RunObserver {
     Line({{"kind", "summary"},
           {"delivered", summary.delivered},
           {"failed", summary.failed},
+          {"did_not_fit", summary.did_not_fit},
           {"dropped", summary.dropped},
+          {"left_in_buffer", summary.left_in_buffer},
+          {"lost_in_buffer", summary.lost_in_buffer ? Json(*summary.lost_in_buffer) : Json()},
           {"blocked_by_cap", summary.blocked_by_cap},
           {"cycles_ended", summary.cycles_ended ? Json(*summary.cycles_ended) : Json()}});
   }

@@ -47,10 +47,12 @@ std::string Padded(std::string text, std::size_t width) {
   return text;
 }
 
-std::string Mark(std::optional<Answer> answer) {
-  if (!answer) return "DROPPED";
-  if (*answer == Answer::kOk) return "atom";
-  return *answer == Answer::kError ? "FAILED" : "NO STATUS";
+std::string Mark(const AtomFact& fact) {
+  if (!fact.answer) return "DROPPED";
+  if (fact.fate == BufferFate::kLost) return "LOST";
+  if (fact.fate == BufferFate::kLeft) return "IN BUFFER";
+  if (*fact.answer == Answer::kOk) return "atom";
+  return *fact.answer == Answer::kError ? "FAILED" : "NO STATUS";
 }
 
 /// The log line without the count that each error past the cap has of its own.
@@ -69,7 +71,7 @@ class TextReport : public RunObserver {
 
   void OnAtom(Instant at, const AtomFact& fact) override {
     if (options_.summary_only || !options_.only.Has(fact.id, fact.sensor)) return;
-    std::string start = Marked(Mark(fact.answer));
+    std::string start = Marked(Mark(fact));
     if (!fact.answer) {
       const std::string name = fact.name.empty() ? "an atom" : fact.name;
       Lost(at, start + name + (fact.sensor ? "  " + names_.Label(*fact.sensor) : ""), fact.cause);
@@ -84,7 +86,7 @@ class TextReport : public RunObserver {
       start += fact.name + "  ";
     }
     const std::string text = WithoutEnd(start + (options_.wide ? "" : FoldedValues(fact, names_)));
-    if (*fact.answer != Answer::kOk) {
+    if (*fact.answer != Answer::kOk || fact.fate != BufferFate::kTaken) {
       Lost(at, text, fact.cause);
     } else if (options_.wide || text.find('[') == std::string::npos) {
       Line({.at = at, .text = text});

@@ -10,6 +10,7 @@
 
 #include <sensorvela/testkit/stats_service.h>
 
+#include "tools/facts/captions.h"
 #include "tools/text/names.h"
 #include "tools/text/sensor_order.h"
 #include "tools/viewer/counters.h"
@@ -59,7 +60,9 @@ class ViewerObserver : public RunObserver {
     if (!fact.atom->reverseDomainName.empty()) arguments["domain"] = fact.atom->reverseDomainName;
     arguments.update(NamedValues(*fact.atom));
     arguments.update(ToJson(fact.cause));
-    if (*fact.answer == testkit::Answer::kOk) {
+    if (fact.fate != BufferFate::kTaken) {
+      out_.Mark(kDropped, at, CaptionOf(fact.fate), fact.name, arguments);
+    } else if (*fact.answer == testkit::Answer::kOk) {
       out_.Mark(kDelivered, at, "delivered", fact.name, arguments);
     } else {
       arguments["answer"] = AnswerName(*fact.answer);
@@ -86,8 +89,11 @@ class ViewerObserver : public RunObserver {
   }
 
   void OnReporterStay(Instant from, Instant to, ReporterState state, std::size_t atoms) override {
-    if (state != ReporterState::kWaiting) return;
-    out_.Span(kReporterThread, from, to, "waiting for the service", {{"atoms", atoms}});
+    const bool for_process = state == ReporterState::kWaitingForProcess;
+    if (state != ReporterState::kWaiting && !for_process) return;
+    out_.Span(kReporterThread, from, to,
+              for_process ? "waiting for the service's process" : "waiting for the service",
+              {{"atoms", atoms}});
   }
 
   // A sensor has its track from its first event on, which need not be a sample.
