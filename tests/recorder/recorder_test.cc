@@ -221,6 +221,37 @@ INSTANTIATE_TEST_SUITE_P(Traces, RecordedReplayTest, ::testing::ValuesIn(AllTrac
                            return path.substr(0, path.find('/')) + "_" + TraceName(path);
                          });
 
+// A lookup of a service that has just died gets a binder and no interface.
+TEST_F(RecorderTest, TellsADeadServiceFromOneThatWasFound) {
+  const std::string recording = Record("run.jsonl");
+  {
+    World world;
+    world.RegisterServiceProcess();
+    SensorVela& engine = world.StartEngine(testkit::SupplierKind::kNone);
+    world.time.WaitUntilAtRest();
+    world.StopServiceProcess();
+    engine.ReportFirmwareState(1, {}, 1);
+    engine.ReportFirmwareState(2, {}, 2);
+    world.KillServiceProcess();
+    world.time.WaitUntilSettled();
+    world.RegisterServiceProcess();
+    world.time.WaitUntilAtRest();
+    engine.ReportFirmwareState(3, {}, 3);
+    world.time.WaitUntilAtRest();
+  }
+  StopRecording();
+  const tools::Trace trace(recording, tools::OpenTrace(recording));
+  struct : tools::RunObserver {
+    void OnRunEnd(Instant /*at*/, const tools::Summary& end) override { summary = end; }
+    tools::Summary summary;
+  } last;
+  tools::Replay replay({&last}, false);
+  replay.Run(trace.Events());
+  EXPECT_FALSE(replay.divergence());
+  EXPECT_EQ(last.summary.dropped, 2u);
+  EXPECT_EQ(last.summary.delivered, 1u);
+}
+
 TEST_F(RecorderTest, FollowsEightThreadsOnTheRealClocks) {
   constexpr int kThreads = 8;
   constexpr int kRounds = 400;
