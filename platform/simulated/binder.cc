@@ -149,8 +149,8 @@ binder_status_t AIBinder_ping(AIBinder* binder) {
 }
 
 AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(
-    AIBinder_DeathRecipient_onBinderDied onBinderDied) {
-  return onBinderDied == nullptr ? nullptr : new AIBinder_DeathRecipient{onBinderDied};
+    AIBinder_DeathRecipient_onBinderDied on_binder_died) {
+  return on_binder_died == nullptr ? nullptr : new AIBinder_DeathRecipient{on_binder_died};
 }
 
 void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient) { delete recipient; }
@@ -209,7 +209,7 @@ void AStatus_deleteDescription(const char* description) { delete[] description; 
 void AStatus_delete(AStatus* status) { delete status; }
 
 void ABinderProcess_startThreadPool() {}
-bool ABinderProcess_setThreadPoolMaxThreadCount(std::uint32_t /*numThreads*/) { return true; }
+bool ABinderProcess_setThreadPoolMaxThreadCount(std::uint32_t /*num_threads*/) { return true; }
 void ABinderProcess_joinThreadPool() {
   for (;;) pause();
 }

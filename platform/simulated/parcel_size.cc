@@ -78,7 +78,7 @@ std::size_t BytesOf(const T& value) {
   } else if constexpr (kIsList<T>) {
     std::size_t bytes = kWord;
     for (const auto& element : value) {
-      bytes += BytesOf(static_cast<const typename T::value_type&>(element));
+      bytes += BytesOf(static_cast<const T::value_type&>(element));
     }
     return bytes;
   } else if constexpr (std::is_same_v<T, VendorAtomValue>) {

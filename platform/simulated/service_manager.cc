@@ -296,11 +296,11 @@ AIBinder* AServiceManager_waitForService(const char* instance) {
 }
 
 AServiceManager_NotificationRegistration* AServiceManager_registerForServiceNotifications(
-    const char* instance, AServiceManager_onRegister onRegister, void* cookie) {
+    const char* instance, AServiceManager_onRegister on_register, void* cookie) {
   auto notification = std::make_shared<sensorvela::simulated::Notification>();
   {
     const MutexLock lock(notification->mutex);
-    notification->on_register = onRegister;
+    notification->on_register = on_register;
     notification->cookie = cookie;
   }
   {

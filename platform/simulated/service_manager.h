@@ -31,8 +31,8 @@ void RefuseService(const std::string& instance);
 /// The process may look the instance up again.
 void AllowService(const std::string& instance);
 
-/// The service manager fails for good: the lookups that `ReleaseServiceWaits` ends end with none,
-/// and so do later ones at once.
+/// The service manager fails for good: what `ReleaseServiceWaits` does, and every later lookup ends
+/// with none at once.
 void FailServiceManager(const std::string& instance);
 
 /// Registers `service` (not null, and made with `ndk::SharedRefBase::make`) under the instance, in

@@ -117,7 +117,8 @@ TEST(DeviceStyleBinderTest, EachCopyKeepsTheService) {
     SpAIBinder other;
     other = copy;
     first.set(nullptr);
-    copy = std::move(other);
+    copy = std::move(other);  // NOLINT(performance-move-const-arg): a move is a copy, as there.
+    EXPECT_EQ(other, copy.get());  // NOLINT(bugprone-use-after-move)
     AIBinder_incStrong(copy.get());
     *first.getR() = copy.get();
     const SpAIBinder& itself = first;

@@ -29,10 +29,10 @@ bool AIBinder_isAlive(const AIBinder* binder);
 /// does not wait for the process.
 binder_status_t AIBinder_ping(AIBinder* binder);
 
-/// The recipient's owner deletes it after its links are over. `onBinderDied` is called on the
+/// The recipient's owner deletes it after its links are over. `on_binder_died` is called on the
 /// thread that lets the process die.
 [[nodiscard]] AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(
-    AIBinder_DeathRecipient_onBinderDied onBinderDied);
+    AIBinder_DeathRecipient_onBinderDied on_binder_died);
 void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient);
 
 /// The recipient is called with `cookie` once when the service's process dies. A service in the

@@ -30,14 +30,14 @@ typedef void (*AServiceManager_onRegister)(const char* instance, AIBinder* regis
 
 struct AServiceManager_NotificationRegistration;
 
-/// Calls `onRegister` at once if the instance is registered, and then each time it registers, on
+/// Calls `on_register` at once if the instance is registered, and then each time it registers, on
 /// the thread that registers it.
 [[nodiscard]] AServiceManager_NotificationRegistration*
 AServiceManager_registerForServiceNotifications(const char* instance,
-                                                AServiceManager_onRegister onRegister,
+                                                AServiceManager_onRegister on_register,
                                                 void* cookie);
 
-/// `onRegister` is not called any more when this returns. Must not be called by it.
+/// `on_register` is not called any more when this returns. Must not be called by it.
 void AServiceManager_NotificationRegistration_delete(
     AServiceManager_NotificationRegistration* registration);
 

@@ -9,7 +9,7 @@ extern "C" {
 /// On a device: starts a thread that takes calls and notices registrations at once.
 void ABinderProcess_startThreadPool();
 
-bool ABinderProcess_setThreadPoolMaxThreadCount(std::uint32_t numThreads);
+bool ABinderProcess_setThreadPoolMaxThreadCount(std::uint32_t num_threads);
 
 /// Does not return, as on a device.
 void ABinderProcess_joinThreadPool();
