@@ -194,6 +194,29 @@ TEST_F(ServiceProcessWorldTest, WhatItsBufferHasWhenItDiesIsLostAndTheNextBatchI
   EXPECT_THAT(world.TakeHistory(), ElementsAre(AtomText(Marker(3))));
 }
 
+TEST_F(ServiceProcessWorldTest, TheRestOfABatchIsTriedAgainstADeadProcess) {
+  world.UnregisterService();
+  SensorVela& engine = world.StartEngine(SupplierKind::kNone);
+  for (int i = 1; i <= 5; ++i) engine.ReportVendorAtomAsync(Marker(i));
+  std::shared_ptr<ServiceProcess> process;
+  int reports = 0;
+  int lost = 0;
+  const simulated::ProcessObserver observer = {.on_report =
+                                                   [&](const VendorAtom&, binder_status_t) {
+                                                     if (++reports == 3) process->Die();
+                                                   },
+                                               .on_lost = [&](const VendorAtom&) { ++lost; }};
+  process = std::make_shared<ServiceProcess>(world.service, observer);
+  process->SetTimePerAtom(std::chrono::seconds(1));
+  world.TakeHistory();
+  simulated::RegisterService(kStatsInstance, process);
+  EXPECT_THAT(world.TakeHistory(),
+              ElementsAre("I IStats service online.", "E Failed to report atom [id = 4].",
+                          "E Failed to report atom [id = 5]."));
+  EXPECT_EQ(lost, 3);
+  world.DestroyEngine();
+}
+
 TEST_F(ServiceProcessWorldTest, ARefusalLooksLikeAMissingDeclarationAndEndsNoWait) {
   world.RefuseService();
   world.StartEngine(SupplierKind::kNone);

@@ -28,9 +28,11 @@ std::int64_t BytesOf(const VendorAtom& atom) {
       case Value::longValue:
         bytes += 16;
         break;
-      case Value::repeatedIntValue:
-        bytes += 12 + 4 * std::ssize(*value.get<Value::repeatedIntValue>());
+      case Value::repeatedIntValue: {
+        const auto& list = value.get<Value::repeatedIntValue>();
+        bytes += 12 + (list ? 4 * std::ssize(*list) : 0);
         break;
+      }
       case Value::stringValue:
         bytes += 12 + (2 * std::ssize(value.get<Value::stringValue>()) + 5) / 4 * 4;
         break;
@@ -201,15 +203,15 @@ bool Model::GoesOn() {
 /// Goes on to what follows, unless it has to wait.
 void Model::LookUp() {
   awaits_process_ = false;
-  if (refused_) return LookupEnds(false);
-  if (registered_ == Where::kNowhere) return;
-  if (registered_ == Where::kInHost) return LookupEnds(true);
-  if (!process_.alive) {  // It is found once more, dead.
-    registered_ = Where::kNowhere;
-    return LookupEnds(false);
+  bool found = !refused_;
+  if (found && registered_ == Where::kNowhere) return;
+  if (found && registered_ == Where::kInProcess) {
+    awaits_process_ = process_.stopped || process_.busy;
+    if (awaits_process_) return;
+    found = process_.alive;
+    if (!found) registered_ = Where::kNowhere;  // It is found once more, dead.
   }
-  awaits_process_ = process_.stopped || process_.busy;
-  if (!awaits_process_) LookupEnds(true);
+  LookupEnds(found);
 }
 
 void Model::LookupEnds(bool found) {
@@ -239,7 +241,10 @@ void Model::ReportToHost(const VendorAtom& atom) {
 
 void Model::ReportToProcess(const VendorAtom& atom) {
   const std::int64_t bytes = BytesOf(atom);
-  if (bytes >= 500'000 || process_.bytes + bytes > 520'192) return LogFailure(atom);
+  if (bytes >= 500'000 || process_.bytes + bytes > 520'192) {
+    LogFailure(atom);
+    return;
+  }
   process_.buffer.push_back(atom);
   process_.bytes += bytes;
   ProcessWorks(monotonic_ns());

@@ -20,6 +20,7 @@ namespace {
 using ::testing::AllOf;
 using ::testing::Ge;
 using ::testing::Le;
+using ::testing::Optional;
 
 constexpr std::int64_t kMsNs = 1'000'000;
 
@@ -98,8 +99,7 @@ TEST(KernelBinderTest, ABacklogDoesNotFit) {
   EXPECT_EQ(PlayBacklog(50'000).summary.did_not_fit, 46'904U);
 
   const Outcome at_pace = PlayBacklogAtPace(5'000);
-  ASSERT_TRUE(at_pace.first_failure);
-  EXPECT_THAT(*at_pace.first_failure, AllOf(Ge(3'118U), Le(3'148U)));
+  EXPECT_THAT(at_pace.first_failure, Optional(AllOf(Ge(3'118U), Le(3'148U))));
   EXPECT_THAT(at_pace.summary.failed, AllOf(Ge(1'795U), Le(1'813U)));
   EXPECT_THAT(PlayBacklogAtPace(50'000).summary.failed, AllOf(Ge(44'970U), Le(45'420U)));
 }
