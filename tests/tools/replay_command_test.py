@@ -29,7 +29,7 @@ LOG = """\
 
 JSON_LINES = """\
 {"kind":"replay","version":1}
-{"kind":"summary","delivered":0,"failed":0,"dropped":0,"blocked_by_cap":0,"cycles_ended":0}
+{"kind":"summary","delivered":0,"failed":0,"dropped":0,"blocked_by_cap":0,"cycles_ended":0,"outages":0,"away_ns":0}
 """
 
 # A run of which several kinds of lines are printed, one of them about an error past the cap.

@@ -39,8 +39,9 @@ Facts::Facts(std::vector<RunObserver*> observers, bool observe_log,
 
 void Facts::EventBegins(const std::shared_ptr<const EventInfo>& event) {
   const MutexLock lock(mutex_);
+  const bool is_first = cause_.event == nullptr;
   cause_ = {time_.Now(), event};
-  if (!absent_since_) absent_since_ = time_.Now();
+  if (is_first) outage_ = {cause_.at, {}, *absence_, true, false};
 }
 
 void Facts::EngineStarts(bool has_supplier, bool looks_up_first) {
@@ -57,12 +58,12 @@ void Facts::EngineStops(bool follows_recording) {
 
 void Facts::RunEnds() {
   const MutexLock lock(mutex_);
-  while (!unsent_.empty()) TakeOldest();
-  EndAbsence();
+  while (!unsent_.empty()) Drop(DropReason::kStillQueued);
+  EndOutage(true);
   ChangeReporterState(ReporterState::kNotStarted);
   for (auto& [sensor, facts] : sensors_) {
-    summary_.sensors.push_back(
-        {sensor, facts.arrived(), facts.reported(), facts.EndSpan(time_.Now())});
+    summary_.sensors.push_back({sensor, facts.arrived(), facts.reported(), facts.not_reported(),
+                                facts.EndSpan(time_.Now())});
   }
   Notify(&RunObserver::OnRunEnd, time_.Now(), summary_);
 }
@@ -107,11 +108,14 @@ void Facts::ErrorEnds() {
 
 void Facts::ServiceChanges(std::optional<AbsenceReason> absence) {
   const MutexLock lock(mutex_);
-  const bool was_absent = absence_.has_value();
-  if (was_absent && absence && absent_since_ != time_.Now()) return;
-  if (was_absent && !absence) EndAbsence();
   absence_ = absence;
-  if (!was_absent) absent_since_ = time_.Now();
+  if (!absence) {
+    EndOutage(false);
+  } else if (!outage_) {
+    outage_ = {time_.Now(), {}, *absence, false, false};
+  } else if (outage_->from == time_.Now()) {
+    outage_->reason = *absence;
+  }
 }
 
 void Facts::Suspended(std::chrono::nanoseconds duration) {
@@ -138,13 +142,13 @@ void Facts::Lookup(LookupStep step) {
   const bool sends = step == LookupStep::kFinds;
   Notify(&RunObserver::OnReporterStep, time_.Now(),
          sends ? ReporterStep::kSends : ReporterStep::kDrops, batch_);
-  while (!sends && batch_ > 0) TakeOldest();
+  while (!sends && batch_ > 0) Drop(ReasonAtLookup());
 }
 
 void Facts::Reported(const SensorVela::VendorAtom& atom, Answer answer) {
   const MutexLock lock(mutex_);
   if (is_beyond_recording_) return;
-  const std::optional<Disable> disable = TakeOldest(&atom, answer).disable;
+  const std::optional<Disable> disable = TakeReported(atom, answer).disable;
   if (disable && answer == Answer::kOk) {
     sensors_[disable->sensor].CountReport(disable->enables, atom);
   }
@@ -178,26 +182,48 @@ void Facts::LogLine(int priority, std::string_view tag, std::string_view text) {
   if (observe_log_) Notify(&RunObserver::OnLogLine, time_.Now(), priority, tag, text);
 }
 
-Facts::QueuedAtom Facts::TakeOldest(const SensorVela::VendorAtom* atom,
-                                    std::optional<Answer> answer) {
+Facts::QueuedAtom Facts::TakeReported(const SensorVela::VendorAtom& atom, Answer answer) {
+  QueuedAtom oldest = TakeOldest();
+  ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
+  TellOfAtom({.answer = answer,
+              .cause = oldest.cause,
+              .atom = &atom,
+              .id = atom.atomId,
+              .name = testkit::AtomName(atom),
+              .sensor = SensorOf(atom)});
+  return oldest;
+}
+
+void Facts::Drop(DropReason reason) {
+  const QueuedAtom oldest = TakeOldest();
+  ++summary_.dropped;
+  const std::optional<std::int32_t> id = oldest.cause.atom_id();
+  TellOfAtom({.answer = std::nullopt,
+              .cause = oldest.cause,
+              .atom = nullptr,
+              .id = id,
+              .name = id ? std::string(testkit::NameOfAtom(*id)) : "",
+              .sensor = oldest.cause.sensor(),
+              .dropped = reason});
+}
+
+DropReason Facts::ReasonAtLookup() const {
+  if (absence_ == AbsenceReason::kRefused) return DropReason::kRefused;
+  if (absence_ == AbsenceReason::kRefusedOrFailed) return DropReason::kRefusedOrFailed;
+  // At the end of a run, the lookup that waits is ended by the run, not by the service manager.
+  return is_stopping_ ? DropReason::kStillQueued : DropReason::kLookupFailed;
+}
+
+Facts::QueuedAtom Facts::TakeOldest() {
   QueuedAtom oldest = std::move(unsent_.front());
   unsent_.pop_front();
   if (batch_ > 0) --batch_;
-  AtomFact fact = {answer, oldest.cause, atom, std::nullopt, "", std::nullopt};
-  if (atom != nullptr) {
-    ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
-    fact.id = atom->atomId;
-    fact.name = testkit::AtomName(*atom);
-    fact.sensor = SensorOf(*atom);
-  } else {
-    ++summary_.dropped;
-    fact.id = oldest.cause.atom_id();
-    if (fact.id) fact.name = testkit::NameOfAtom(*fact.id);
-    fact.sensor = oldest.cause.sensor();
-  }
+  return oldest;
+}
+
+void Facts::TellOfAtom(const AtomFact& fact) {
   Notify(&RunObserver::OnQueueLength, time_.Now(), unsent_.size());
   Notify(&RunObserver::OnAtom, time_.Now(), fact);
-  return oldest;
 }
 
 void Facts::ChangeReporterState(ReporterState state) {
@@ -215,9 +241,16 @@ void Facts::ChangeReporterState(ReporterState state) {
   held_ = state == ReporterState::kWaiting ? batch_ : 0;
 }
 
-void Facts::EndAbsence() {
-  if (!absence_ || !absent_since_ || *absent_since_ == time_.Now()) return;
-  Notify(&RunObserver::OnServiceAway, *absent_since_, time_.Now(), *absence_);
+void Facts::EndOutage(bool lasts) {
+  std::optional<Outage> outage = std::exchange(outage_, std::nullopt);
+  if (!outage || outage->from == time_.Now()) return;
+  outage->to = time_.Now();
+  outage->lasts = lasts;
+  if (!outage->is_first) {
+    ++summary_.outages;
+    summary_.away += outage->to - outage->from;
+  }
+  Notify(&RunObserver::OnOutage, *outage);
 }
 
 void Facts::EndSpan(SensorVela::SensorId sensor, SensorFacts& facts) {

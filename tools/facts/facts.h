@@ -60,7 +60,8 @@ class Facts {
   /// The call that reports an error has returned. It was blocked if it queued no atom.
   void ErrorEnds() SENSORVELA_EXCLUDES(mutex_);
 
-  /// `absence`: why the host cannot find the service from now on; none if it can.
+  /// `absence`: why the host cannot find the service from now on; none if it can. Every run begins
+  /// without the service.
   void ServiceChanges(std::optional<AbsenceReason> absence) SENSORVELA_EXCLUDES(mutex_);
   void Suspended(std::chrono::nanoseconds duration) SENSORVELA_EXCLUDES(mutex_);
   void Note(std::string_view text) SENSORVELA_EXCLUDES(mutex_);
@@ -100,12 +101,18 @@ class Facts {
     for (RunObserver* observer : observers_) (observer->*method)(arguments...);
   }
 
-  /// The oldest atom leaves the queue. There are no arguments if it never reached the service.
-  QueuedAtom TakeOldest(const SensorVela::VendorAtom* atom = nullptr,
-                        std::optional<testkit::Answer> answer = std::nullopt)
+  /// The oldest atom has reached the service.
+  QueuedAtom TakeReported(const SensorVela::VendorAtom& atom, testkit::Answer answer)
       SENSORVELA_REQUIRES(mutex_);
+  /// The oldest atom never reaches it.
+  void Drop(DropReason reason) SENSORVELA_REQUIRES(mutex_);
+  /// Why the present lookup finds no service.
+  DropReason ReasonAtLookup() const SENSORVELA_REQUIRES(mutex_);
+  QueuedAtom TakeOldest() SENSORVELA_REQUIRES(mutex_);
+  void TellOfAtom(const AtomFact& fact) SENSORVELA_REQUIRES(mutex_);
   void ChangeReporterState(ReporterState state) SENSORVELA_REQUIRES(mutex_);
-  void EndAbsence() SENSORVELA_REQUIRES(mutex_);
+  /// `lasts`: the run ends.
+  void EndOutage(bool lasts) SENSORVELA_REQUIRES(mutex_);
   void EndSpan(SensorVela::SensorId sensor, SensorFacts& facts) SENSORVELA_REQUIRES(mutex_);
 
   const std::vector<RunObserver*> observers_;
@@ -138,10 +145,11 @@ class Facts {
   std::size_t held_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   Instant last_step_ SENSORVELA_GUARDED_BY(mutex_) = {};
 
+  /// Why the host cannot find the service; none if it can.
   std::optional<AbsenceReason> absence_ SENSORVELA_GUARDED_BY(mutex_) =
       AbsenceReason::kNotRegistered;
-  /// None before the first event.
-  std::optional<Instant> absent_since_ SENSORVELA_GUARDED_BY(mutex_);
+  /// The present outage; none before the first event and while the service is there.
+  std::optional<Outage> outage_ SENSORVELA_GUARDED_BY(mutex_);
 
   std::map<SensorVela::SensorId, SensorFacts, SensorOrder> sensors_ SENSORVELA_GUARDED_BY(mutex_);
 };

@@ -8,6 +8,8 @@
 
 #include <sensorvela/testkit/stats_service.h>
 
+#include "tools/facts/captions.h"
+#include "tools/report/sensor_json.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/names.h"
 
@@ -25,15 +27,16 @@ class JsonLinesReport : public RunObserver {
     if (atom.answer) fields["answer"] = AnswerName(*atom.answer);
     if (atom.id) fields["atom_id"] = *atom.id;
     if (!atom.name.empty()) fields["name"] = atom.name;
-    if (!atom.answer) {
+    if (atom.dropped) {
       if (atom.sensor) AddSensor(*atom.sensor, fields);
+      fields["why"] = WordOf(*atom.dropped);
       fields.update(ToJson(atom.cause));
       Line("dropped", at, fields);
       return;
     }
     if (!atom.atom->reverseDomainName.empty()) fields["domain"] = atom.atom->reverseDomainName;
     if (atom.sensor) AddName(*atom.sensor, fields);
-    if (*atom.answer != testkit::Answer::kOk) fields.update(ToJson(atom.cause));
+    fields.update(ToJson(atom.cause));
     fields["values"] = NamedValues(*atom.atom);
     Line("atom", at, fields);
   }
@@ -49,6 +52,15 @@ class JsonLinesReport : public RunObserver {
     Line("log", at, {{"priority", PriorityLetter(priority)}, {"tag", tag}, {"text", text}});
   }
 
+  void OnOutage(const Outage& outage) override {
+    Line("outage", outage.to,
+         {{"since_ns", outage.from.count()},
+          {"for_ns", (outage.to - outage.from).count()},
+          {"why", WordOf(outage.reason)},
+          {"first", outage.is_first},
+          {"back", !outage.lasts}});
+  }
+
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
     Line("suspended", at, {{"for_ns", duration.count()}});
   }
@@ -62,18 +74,23 @@ class JsonLinesReport : public RunObserver {
           {"failed", summary.failed},
           {"dropped", summary.dropped},
           {"blocked_by_cap", summary.blocked_by_cap},
-          {"cycles_ended", summary.cycles_ended ? Json(*summary.cycles_ended) : Json()}});
+          {"cycles_ended", summary.cycles_ended ? Json(*summary.cycles_ended) : Json()},
+          {"outages", summary.outages},
+          {"away_ns", summary.away.count()}});
   }
 
  private:
   void Sensor(const SensorSummary& summary) {
     Json object = {{"kind", "sensor"}};
     AddSensor(summary.sensor, object);
-    object.update({{"samples", summary.arrived.samples},
-                   {"reported_samples", summary.reported.samples},
-                   {"not_reported_samples", summary.NotReported()},
-                   {"late_samples", summary.reported.late},
-                   {"latency_histogram", summary.reported.bands}});
+    const auto& reported = summary.reported;
+    object.update({{"samples", summary.arrived.counts.samples},
+                   {"arrived", ToJson(summary.arrived)},
+                   {"reported_samples", reported ? Json(reported->samples) : Json()},
+                   {"not_reported_samples", summary.not_reported.Total()},
+                   {"not_reported", ToJson(summary.not_reported)},
+                   {"late_samples", reported ? Json(reported->late) : Json()},
+                   {"latency_histogram", reported ? Json(reported->bands) : Json()}});
     Line(object);
   }
 
