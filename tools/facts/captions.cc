@@ -28,7 +28,7 @@ std::string Share(std::uint64_t count, std::uint64_t total) {
 
 }  // namespace
 
-std::array<SummaryCount, 5> CountsOf(const Summary& summary) {
+std::array<SummaryCount, 6> CountsOf(const Summary& summary) {
   return {{
       {"delivered", summary.delivered, "atoms that the stats service took"},
       {"failed", summary.failed, "atoms whose report failed or ended without a status", true},
@@ -37,6 +37,8 @@ std::array<SummaryCount, 5> CountsOf(const Summary& summary) {
        "errors after the first " + std::to_string(kErrorCapPerCycle) + " of their kind in a cycle"},
       {"cycles ended", summary.cycles_ended,
        summary.cycles_ended ? "" : "unknown: there is no diagnostics supplier"},
+      {"findings", summary.findings.size(),
+       summary.findings.empty() ? "nothing looks wrong" : "what looks wrong: --findings lists it"},
   }};
 }
 

@@ -25,7 +25,7 @@ struct SummaryCount {
 };
 
 /// The counts of a run, in the order in which they are shown.
-std::array<SummaryCount, 5> CountsOf(const Summary& summary);
+std::array<SummaryCount, 6> CountsOf(const Summary& summary);
 
 /// Why the service is away: "not_registered". Words in JSON Lines; `Words` makes them text.
 std::string_view WordOf(AbsenceReason reason);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -21,7 +22,7 @@ using testkit::Answer;
 namespace {
 
 /// The sensor that the atom is about; none if its values do not say it.
-std::optional<SensorVela::SensorId> SensorOf(const SensorVela::VendorAtom& atom) {
+std::optional<SensorVela::SensorId> SensorIn(const SensorVela::VendorAtom& atom) {
   using Tag = aidl::android::frameworks::stats::VendorAtomValue::Tag;
   const auto* const high = testkit::FindValue(atom, "sensor_id_high");
   const auto* const low = testkit::FindValue(atom, "sensor_id_low");
@@ -47,13 +48,17 @@ void Facts::EventBegins(const std::shared_ptr<const EventInfo>& event) {
 void Facts::EngineStarts(bool has_supplier, bool looks_up_first) {
   const MutexLock lock(mutex_);
   is_starting_ = looks_up_first;
+  engine_start_ = time_.Now();
+  run_checks_.EngineStarts(MomentOf(cause_), has_supplier);
   if (has_supplier) summary_.cycles_ended = 0;
 }
 
-void Facts::EngineStops(bool follows_recording) {
+void Facts::EngineStops(bool follows_recording, bool by_host) {
   const MutexLock lock(mutex_);
   is_stopping_ = true;
   is_beyond_recording_ = follows_recording;
+  if (!by_host) return;
+  run_checks_.EngineDestroyed(MomentOf(cause_), outage_.has_value(), unsent_.size());
 }
 
 void Facts::RunEnds() {
@@ -61,28 +66,41 @@ void Facts::RunEnds() {
   while (!unsent_.empty()) Drop(DropReason::kStillQueued);
   EndOutage(true);
   ChangeReporterState(ReporterState::kNotStarted);
-  for (auto& [sensor, facts] : sensors_) {
-    summary_.sensors.push_back({sensor, facts.arrived(), facts.reported(), facts.not_reported(),
-                                facts.EndSpan(time_.Now())});
+  for (auto& [id, sensor] : sensors_) {
+    SensorFacts& facts = sensor.facts;
+    summary_.sensors.push_back(
+        {id, facts.arrived(), facts.reported(), facts.not_reported(), facts.EndSpan(time_.Now())});
+    sensor.checks.End(MomentOf(cause_));
+    findings_.Describe(FindingKind::kReEnabled, id,
+                       std::to_string(facts.not_reported().re_enabled) + " samples lost");
   }
+  run_checks_.End(MomentOf(cause_));
+  summary_.findings = findings_.All();
   Notify(&RunObserver::OnRunEnd, time_.Now(), summary_);
 }
 
 void Facts::SensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns) {
   const MutexLock lock(mutex_);
-  SensorFacts& facts = sensors_[sensor];
+  auto& [facts, checks] = SensorOf(sensor);
   EndSpan(sensor, facts);
   facts.Enable(time_.Now(), period_ns);
+  checks.Enable(MomentOf(cause_), period_ns);
   Notify(&RunObserver::OnSensorEnabled, time_.Now(), sensor);
 }
 
 void Facts::SensorDisabled(SensorVela::SensorId sensor) {
   const MutexLock lock(mutex_);
-  SensorFacts& facts = sensors_[sensor];
+  auto& [facts, checks] = SensorOf(sensor);
   disable_ = Disable{sensor, facts.enables()};
   EndSpan(sensor, facts);
   facts.Disable();
+  checks.Disable(MomentOf(cause_));
   Notify(&RunObserver::OnSensorDisabled, time_.Now(), sensor, facts.samples_since_enable());
+}
+
+void Facts::FirstSampleReported(SensorVela::SensorId sensor) {
+  const MutexLock lock(mutex_);
+  SensorOf(sensor).checks.FirstSampleReported(MomentOf(cause_));
 }
 
 void Facts::Sample(const std::shared_ptr<const EventInfo>& event, SensorVela::SensorId sensor,
@@ -91,7 +109,9 @@ void Facts::Sample(const std::shared_ptr<const EventInfo>& event, SensorVela::Se
   const Instant now = time_.Now();
   cause_.at = now;
   if (cause_.event != event) cause_.event = event;  // Cheaper than to assign for each sample.
-  Notify(&RunObserver::OnSample, now, sensor, sensors_[sensor].Sample(now, timestamp_ns));
+  auto& [facts, checks] = SensorOf(sensor);
+  checks.Sample({now, asleep_, event->line}, timestamp_ns);
+  Notify(&RunObserver::OnSample, now, sensor, facts.Sample(now, timestamp_ns));
 }
 
 void Facts::ErrorBegins() {
@@ -103,6 +123,7 @@ void Facts::ErrorEnds() {
   const MutexLock lock(mutex_);
   if (!error_is_blocked_) return;
   ++summary_.blocked_by_cap;
+  run_checks_.Blocked(MomentOf(cause_), cause_);
   Notify(&RunObserver::OnErrorBlocked, time_.Now(), cause_, last_log_text_);
 }
 
@@ -118,8 +139,14 @@ void Facts::ServiceChanges(std::optional<AbsenceReason> absence) {
   }
 }
 
+void Facts::SupplierAnswers() {
+  const MutexLock lock(mutex_);
+  run_checks_.SupplierAnswered(MomentOf(cause_));
+}
+
 void Facts::Suspended(std::chrono::nanoseconds duration) {
   const MutexLock lock(mutex_);
+  asleep_ += duration;
   Notify(&RunObserver::OnSuspended, time_.Now(), duration);
 }
 
@@ -138,6 +165,7 @@ void Facts::Lookup(LookupStep step) {
     return;
   }
   ChangeReporterState(ReporterState::kAsleep);
+  if (step == LookupStep::kFinds) run_checks_.ServiceFound();
   if (std::exchange(is_starting_, false)) return;
   const bool sends = step == LookupStep::kFinds;
   Notify(&RunObserver::OnReporterStep, time_.Now(),
@@ -150,7 +178,7 @@ void Facts::Reported(const SensorVela::VendorAtom& atom, Answer answer) {
   if (is_beyond_recording_) return;
   const std::optional<Disable> disable = TakeReported(atom, answer).disable;
   if (disable && answer == Answer::kOk) {
-    sensors_[disable->sensor].CountReport(disable->enables, atom);
+    SensorOf(disable->sensor).facts.CountReport(disable->enables, atom);
   }
 }
 
@@ -158,6 +186,7 @@ void Facts::CycleEnds() {
   const MutexLock lock(mutex_);
   if (is_beyond_recording_) return;
   summary_.cycles_ended = summary_.cycles_ended.value_or(0) + 1;
+  run_checks_.SupplierAsked({time_.Now(), asleep_, 0});
   ChangeReporterState(ReporterState::kAsleep);
   Notify(&RunObserver::OnReporterStep, time_.Now(), ReporterStep::kUploads, std::size_t{0});
 }
@@ -172,6 +201,8 @@ void Facts::Notified() {
     // In a run, the reporter thread queues only the atoms of an upload.
     unsent_.push_back({{time_.Now(), nullptr}, std::nullopt});
   }
+  const Cause& cause = unsent_.back().cause;
+  run_checks_.Queued(MomentOf(cause), unsent_.size(), cause.event == nullptr);
   Notify(&RunObserver::OnQueueLength, time_.Now(), unsent_.size());
 }
 
@@ -185,18 +216,20 @@ void Facts::LogLine(int priority, std::string_view tag, std::string_view text) {
 Facts::QueuedAtom Facts::TakeReported(const SensorVela::VendorAtom& atom, Answer answer) {
   QueuedAtom oldest = TakeOldest();
   ++(answer == Answer::kOk ? summary_.delivered : summary_.failed);
+  run_checks_.Reported(MomentOf(oldest.cause), answer);
   TellOfAtom({.answer = answer,
               .cause = oldest.cause,
               .atom = &atom,
               .id = atom.atomId,
               .name = testkit::AtomName(atom),
-              .sensor = SensorOf(atom)});
+              .sensor = SensorIn(atom)});
   return oldest;
 }
 
 void Facts::Drop(DropReason reason) {
   const QueuedAtom oldest = TakeOldest();
   ++summary_.dropped;
+  run_checks_.Dropped(MomentOf(oldest.cause), reason);
   const std::optional<std::int32_t> id = oldest.cause.atom_id();
   TellOfAtom({.answer = std::nullopt,
               .cause = oldest.cause,
@@ -224,6 +257,13 @@ Facts::QueuedAtom Facts::TakeOldest() {
 void Facts::TellOfAtom(const AtomFact& fact) {
   Notify(&RunObserver::OnQueueLength, time_.Now(), unsent_.size());
   Notify(&RunObserver::OnAtom, time_.Now(), fact);
+}
+
+Facts::Sensor& Facts::SensorOf(SensorVela::SensorId id) {
+  const auto found = sensors_.find(id);
+  if (found != sensors_.end()) return found->second;
+  SensorChecks checks(id, engine_start_, findings_);
+  return sensors_.emplace(id, Sensor{{}, std::move(checks)}).first->second;
 }
 
 void Facts::ChangeReporterState(ReporterState state) {

@@ -19,7 +19,10 @@
 
 #include "platform/sync.h"
 #include "tools/facts/cause.h"
+#include "tools/facts/findings.h"
+#include "tools/facts/run_checks.h"
 #include "tools/facts/run_observer.h"
+#include "tools/facts/sensor_checks.h"
 #include "tools/facts/sensor_facts.h"
 #include "tools/text/sensor_order.h"
 
@@ -45,7 +48,8 @@ class Facts {
   void EngineStarts(bool has_supplier, bool looks_up_first) SENSORVELA_EXCLUDES(mutex_);
   /// The engine is about to be destroyed. In a run that `follows_recording`, what it still does is
   /// not what the recorded engine did, and is not looked at.
-  void EngineStops(bool follows_recording) SENSORVELA_EXCLUDES(mutex_);
+  /// `by_host`: the trace says so; otherwise the run ends before the host does it.
+  void EngineStops(bool follows_recording, bool by_host) SENSORVELA_EXCLUDES(mutex_);
   void RunEnds() SENSORVELA_EXCLUDES(mutex_);
 
   // Called before the call of the engine.
@@ -53,6 +57,8 @@ class Facts {
   void SensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns)
       SENSORVELA_EXCLUDES(mutex_);
   void SensorDisabled(SensorVela::SensorId sensor) SENSORVELA_EXCLUDES(mutex_);
+  /// The host reports a first sample beside the engine.
+  void FirstSampleReported(SensorVela::SensorId sensor) SENSORVELA_EXCLUDES(mutex_);
   void Sample(const std::shared_ptr<const EventInfo>& event, SensorVela::SensorId sensor,
               std::int64_t timestamp_ns) SENSORVELA_EXCLUDES(mutex_);
   void ErrorBegins() SENSORVELA_EXCLUDES(mutex_);
@@ -63,6 +69,8 @@ class Facts {
   /// `absence`: why the host cannot find the service from now on; none if it can. Every run begins
   /// without the service.
   void ServiceChanges(std::optional<AbsenceReason> absence) SENSORVELA_EXCLUDES(mutex_);
+  /// The supplier of a recording has answered.
+  void SupplierAnswers() SENSORVELA_EXCLUDES(mutex_);
   void Suspended(std::chrono::nanoseconds duration) SENSORVELA_EXCLUDES(mutex_);
   void Note(std::string_view text) SENSORVELA_EXCLUDES(mutex_);
 
@@ -151,7 +159,23 @@ class Facts {
   /// The present outage; none before the first event and while the service is there.
   std::optional<Outage> outage_ SENSORVELA_GUARDED_BY(mutex_);
 
-  std::map<SensorVela::SensorId, SensorFacts, SensorOrder> sensors_ SENSORVELA_GUARDED_BY(mutex_);
+  struct Sensor {
+    SensorFacts facts;
+    SensorChecks checks;
+  };
+
+  Sensor& SensorOf(SensorVela::SensorId id) SENSORVELA_REQUIRES(mutex_);
+  /// Now, with the line of the cause.
+  Moment MomentOf(const Cause& cause) const SENSORVELA_REQUIRES(mutex_) {
+    return {time_.Now(), asleep_, cause.line()};
+  }
+
+  Findings findings_ SENSORVELA_GUARDED_BY(mutex_);
+  RunChecks run_checks_ SENSORVELA_GUARDED_BY(mutex_){findings_};
+  std::chrono::nanoseconds asleep_ SENSORVELA_GUARDED_BY(mutex_) = {};
+  Instant engine_start_ SENSORVELA_GUARDED_BY(mutex_) = {};
+
+  std::map<SensorVela::SensorId, Sensor, SensorOrder> sensors_ SENSORVELA_GUARDED_BY(mutex_);
 };
 
 }  // namespace sensorvela::tools

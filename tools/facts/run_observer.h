@@ -14,6 +14,7 @@
 #include <sensorvela/testkit/stats_service.h>
 
 #include "tools/facts/cause.h"
+#include "tools/facts/finding.h"
 #include "tools/facts/sensor_facts.h"
 
 namespace sensorvela::tools {
@@ -110,6 +111,8 @@ struct Summary {
   std::chrono::nanoseconds away = {};
   /// None without a diagnostics supplier, whose call is the only sign of a cycle's end.
   std::optional<std::uint64_t> cycles_ended;
+  /// What looks wrong, the most severe first.
+  std::vector<Finding> findings;
   /// Every sensor that had a sample, an enable or a disable, by ascending identifier.
   std::vector<SensorSummary> sensors;
 };

@@ -18,6 +18,7 @@
 #include "tools/picture/short_text.h"
 #include "tools/picture/thinned_list.h"
 #include "tools/picture/time_bins.h"
+#include "tools/report/finding_text.h"
 #include "tools/report/sensor_json.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/printable_text.h"
@@ -151,6 +152,7 @@ class PictureObserver : public RunObserver {
             {"atoms", atoms_.ToJson(begin_)},
             {"sensors", SensorsToJson(summary)},
             {"counts", CountsToJson(summary)},
+            {"findings", FindingsToJson(summary)},
             {"bands", BandCaptions()}};
   }
 
@@ -172,6 +174,17 @@ class PictureObserver : public RunObserver {
     }
     const std::size_t omitted = summary.sensors.size() - sensors.size();
     return {{"items", std::move(sensors)}, {"omitted", omitted}};
+  }
+
+  Json FindingsToJson(const Summary& summary) const {
+    Json findings = Json::array();
+    for (const Finding& finding : summary.findings) {
+      Json json = tools::ToJson(finding, names_);
+      json["text"] = ShortText(FindingText(finding, names_));
+      json["at"] = (finding.at - begin_).count();
+      findings.push_back(std::move(json));
+    }
+    return findings;
   }
 
   static Json CountsToJson(const Summary& summary) {

@@ -9,6 +9,7 @@
 #include <sensorvela/testkit/stats_service.h>
 
 #include "tools/facts/captions.h"
+#include "tools/report/finding_text.h"
 #include "tools/report/sensor_json.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/names.h"
@@ -18,7 +19,8 @@ namespace {
 
 class JsonLinesReport : public RunObserver {
  public:
-  JsonLinesReport(std::ostream& out, const SensorNames& names) : out_(out), names_(names) {
+  JsonLinesReport(std::ostream& out, const SensorNames& names, bool findings_only)
+      : out_(out), names_(names), findings_only_(findings_only) {
     Line({{"kind", "replay"}, {"version", 1}});
   }
 
@@ -28,14 +30,14 @@ class JsonLinesReport : public RunObserver {
     if (atom.id) fields["atom_id"] = *atom.id;
     if (!atom.name.empty()) fields["name"] = atom.name;
     if (atom.dropped) {
-      if (atom.sensor) AddSensor(*atom.sensor, fields);
+      if (atom.sensor) AddSensor(*atom.sensor, names_, fields);
       fields["why"] = WordOf(*atom.dropped);
       fields.update(ToJson(atom.cause));
       Line("dropped", at, fields);
       return;
     }
     if (!atom.atom->reverseDomainName.empty()) fields["domain"] = atom.atom->reverseDomainName;
-    if (atom.sensor) AddName(*atom.sensor, fields);
+    if (atom.sensor) AddSensorName(*atom.sensor, names_, fields);
     fields.update(ToJson(atom.cause));
     fields["values"] = NamedValues(*atom.atom);
     Line("atom", at, fields);
@@ -43,7 +45,7 @@ class JsonLinesReport : public RunObserver {
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view text) override {
     Json fields = {{"event", cause.what()}};
-    if (cause.sensor()) AddSensor(*cause.sensor(), fields);
+    if (cause.sensor()) AddSensor(*cause.sensor(), names_, fields);
     fields.update({{"trace_line", cause.line()}, {"log", text}});
     Line("blocked", at, fields);
   }
@@ -68,6 +70,10 @@ class JsonLinesReport : public RunObserver {
   void OnNote(Instant at, std::string_view text) override { Line("note", at, {{"text", text}}); }
 
   void OnRunEnd(Instant /*at*/, const Summary& summary) override {
+    for (const Finding& finding : summary.findings) {
+      Line("finding", finding.at, ToJson(finding, names_));
+    }
+    if (findings_only_) return;
     for (const SensorSummary& sensor : summary.sensors) Sensor(sensor);
     Line({{"kind", "summary"},
           {"delivered", summary.delivered},
@@ -75,6 +81,7 @@ class JsonLinesReport : public RunObserver {
           {"dropped", summary.dropped},
           {"blocked_by_cap", summary.blocked_by_cap},
           {"cycles_ended", summary.cycles_ended ? Json(*summary.cycles_ended) : Json()},
+          {"findings", summary.findings.size()},
           {"outages", summary.outages},
           {"away_ns", summary.away.count()}});
   }
@@ -82,7 +89,7 @@ class JsonLinesReport : public RunObserver {
  private:
   void Sensor(const SensorSummary& summary) {
     Json object = {{"kind", "sensor"}};
-    AddSensor(summary.sensor, object);
+    AddSensor(summary.sensor, names_, object);
     const auto& reported = summary.reported;
     object.update({{"samples", summary.arrived.counts.samples},
                    {"arrived", ToJson(summary.arrived)},
@@ -94,18 +101,9 @@ class JsonLinesReport : public RunObserver {
     Line(object);
   }
 
-  void AddSensor(SensorVela::SensorId sensor, Json& object) const {
-    object["sensor_high"] = sensor.high;
-    object["sensor_low"] = sensor.low;
-    AddName(sensor, object);
-  }
-
-  void AddName(SensorVela::SensorId sensor, Json& object) const {
-    const std::string_view name = names_.NameOf(sensor);
-    if (!name.empty()) object["sensor_name"] = name;
-  }
-
-  void Line(const char* kind, Instant at, const Json& fields) {
+  /// Something that happens.
+  void Line(std::string_view kind, Instant at, const Json& fields) {
+    if (findings_only_ && kind != "finding") return;
     Json object = {{"kind", kind}, {"at_ns", at.count()}};
     object.update(fields);
     Line(object);
@@ -115,12 +113,14 @@ class JsonLinesReport : public RunObserver {
 
   std::ostream& out_;
   const SensorNames& names_;
+  const bool findings_only_;
 };
 
 }  // namespace
 
-std::unique_ptr<RunObserver> MakeJsonLinesReport(std::ostream& out, const SensorNames& names) {
-  return std::make_unique<JsonLinesReport>(out, names);
+std::unique_ptr<RunObserver> MakeJsonLinesReport(std::ostream& out, const SensorNames& names,
+                                                 bool findings_only) {
+  return std::make_unique<JsonLinesReport>(out, names, findings_only);
 }
 
 }  // namespace sensorvela::tools

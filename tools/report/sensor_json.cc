@@ -1,6 +1,7 @@
 #include "tools/report/sensor_json.h"
 
 #include <cstdint>
+#include <string_view>
 
 namespace sensorvela::tools {
 namespace {
@@ -10,6 +11,17 @@ Json OrNull(const LogHistogram& histogram, std::int64_t value) {
 }
 
 }  // namespace
+
+void AddSensor(SensorVela::SensorId sensor, const SensorNames& names, Json& object) {
+  object["sensor_high"] = sensor.high;
+  object["sensor_low"] = sensor.low;
+  AddSensorName(sensor, names, object);
+}
+
+void AddSensorName(SensorVela::SensorId sensor, const SensorNames& names, Json& object) {
+  const std::string_view name = names.NameOf(sensor);
+  if (!name.empty()) object["sensor_name"] = name;
+}
 
 Json ToJson(const Arrivals& arrivals) {
   const LogHistogram& latency = arrivals.latency_ns;

@@ -18,6 +18,7 @@
 #include <sensorvela/testkit/stats_service.h>
 
 #include "tools/facts/captions.h"
+#include "tools/report/finding_text.h"
 #include "tools/report/repeat_folder.h"
 #include "tools/report/samples_by_latency.h"
 #include "tools/report/value_text.h"
@@ -139,6 +140,7 @@ class TextReport : public RunObserver {
   }
 
   void OnRunEnd(Instant /*at*/, const Summary& summary) override {
+    if (options_.findings_only) return FindingLines(summary.findings);
     folder_.Flush();
     std::vector<SensorSummary> sensors = summary.sensors;
     std::erase_if(sensors, [&](const SensorSummary& sensor) {
@@ -205,6 +207,17 @@ class TextReport : public RunObserver {
   std::string Broken(const std::string& text, std::size_t indent, std::size_t taken = 0) const {
     if (options_.wide) return text + '\n';
     return Wrapped(text, std::max(options_.width, indent + kMinTextWidth), indent, taken);
+  }
+
+  void FindingLines(const std::vector<Finding>& findings) {
+    std::optional<FindingKind> explained;
+    for (const Finding& finding : findings) {
+      if (finding.sensor && !options_.only.Summarizes(*finding.sensor)) continue;
+      out_ << FindingText(finding, names_) << '\n';
+      if (explained == finding.kind) continue;
+      explained = finding.kind;
+      out_ << "  " << Broken(InfoOf(finding.kind).explanation, 2, 2);
+    }
   }
 
   void Samples(const std::vector<SensorSummary>& sensors) {

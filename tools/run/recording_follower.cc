@@ -46,6 +46,7 @@ void RecordingFollower::EndCycle() {
 }
 
 void RecordingFollower::Answer(const testkit::Diagnostics& answer) {
+  facts_.SupplierAnswers();
   const MutexLock lock(mutex_);
   answers_.push_back(answer);
   wait_for_answer_.End(mutex_);
