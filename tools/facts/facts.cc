@@ -260,10 +260,18 @@ void Facts::TellOfAtom(const AtomFact& fact) {
 }
 
 Facts::Sensor& Facts::SensorOf(SensorVela::SensorId id) {
-  const auto found = sensors_.find(id);
-  if (found != sensors_.end()) return found->second;
-  SensorChecks checks(id, engine_start_, findings_);
-  return sensors_.emplace(id, Sensor{{}, std::move(checks)}).first->second;
+  const std::uint32_t hash = id.high ^ static_cast<std::uint32_t>(id.low);
+  auto& recent = recent_sensors_[hash % recent_sensors_.size()];
+  if (recent != nullptr && recent->first.high == id.high && recent->first.low == id.low) {
+    return recent->second;
+  }
+  auto found = sensors_.find(id);
+  if (found == sensors_.end()) {
+    SensorChecks checks(id, engine_start_, findings_);
+    found = sensors_.emplace(id, Sensor{{}, std::move(checks)}).first;
+  }
+  recent = &*found;
+  return found->second;
 }
 
 void Facts::ChangeReporterState(ReporterState state) {
