@@ -118,10 +118,10 @@ TEST(FindingsTest, RaiseNoFalseAlarm) {
   const std::string sensor = R"(","sensor_high":1,"sensor_low":1)";
   // Samples are kept while the device sleeps for an hour, and come at its end within 200 ms.
   std::string batch = kStart + EventAt(1000, R"(suspended","for_ns":3600000000000)");
-  for (int i = 0; i < 2000; ++i) batch += SampleAt(3601000 + i / 10, 1000 + i * 20);
+  for (int i = 0; i < 2000; ++i) batch += SampleAt(3601000 + i / 10, 1000 + i * 20LL);
   // A queue of 15 s of samples, several times.
   std::string queued = kStart;
-  for (int i = 0; i < 3000; ++i) queued += SampleAt((i / 750 + 1) * 15000 + 10, (i + 1) * 20);
+  for (int i = 0; i < 3000; ++i) queued += SampleAt((i / 750 + 1) * 15000LL + 10, (i + 1) * 20LL);
   // A sensor that has samples only when something changes.
   std::string changes = kStart;
   std::mt19937 random(1);
@@ -131,12 +131,12 @@ TEST(FindingsTest, RaiseNoFalseAlarm) {
     changes += SampleAt(changes_ms + 5, changes_ms);
   }
   std::string in_flight = kStart;
-  for (int i = 1; i < 50; ++i) in_flight += SampleAt(20 * i + 5, 20 * i);
+  for (int i = 1; i < 50; ++i) in_flight += SampleAt(20LL * i + 5, 20LL * i);
   in_flight += EventAt(1001, "sensor_disabled" + sensor) + SampleAt(1005, 1000);
   std::string rates = in_flight;
   for (int i = 1; i < 6; ++i) {
-    const int at = 10000 * i;
-    const int period = i % 2 == 0 ? 5 : 200;
+    const long long at = 10000LL * i;
+    const long long period = i % 2 == 0 ? 5 : 200;
     rates += EventAt(
         at, "sensor_enabled" + sensor + R"(,"period_ns":)" + std::to_string(period) + "000000");
     for (int j = 1; j < 20; ++j) rates += SampleAt(at + j * period + 3, at + j * period);

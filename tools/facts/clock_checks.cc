@@ -57,25 +57,35 @@ void ClockChecks::AddToStretch(SampleClock clock, const Moment& moment, std::int
 void ClockChecks::EndStretch() {
   const std::optional<Stretch> stretch = std::exchange(stretch_, std::nullopt);
   if (!stretch) return;
-  const std::uint64_t samples = stretch->samples;
-  const bool lasts = (stretch->last.at - stretch->first.at).count() >= kSteadyNs;
-  const auto add = [&](FindingKind kind) { findings_.Add(kind, sensor_, stretch->first, samples); };
-  switch (stretch->clock) {
+  const std::optional<FindingKind> kind = KindOf(*stretch);
+  if (kind) findings_.Add(*kind, sensor_, stretch->first, stretch->samples);
+}
+
+std::optional<FindingKind> ClockChecks::KindOf(const Stretch& stretch) {
+  const bool is_several = stretch.samples >= 3;
+  const bool lasts = (stretch.last.at - stretch.first.at).count() >= kSteadyNs;
+  const bool is_offset = stretch.samples >= 5 && lasts;
+  switch (stretch.clock) {
     case SampleClock::kElapsedRealtime:
-      return;
+      break;
     case SampleClock::kWall:
-      return add(FindingKind::kWallClock);
+      return FindingKind::kWallClock;
     case SampleClock::kMonotonic:
-      return samples >= 3 && lasts ? add(FindingKind::kMonotonicClock) : void();
+      if (is_several && lasts) return FindingKind::kMonotonicClock;
+      break;
     case SampleClock::kMicroseconds:
-      return samples >= 3 ? add(FindingKind::kMicroseconds) : void();
+      if (is_several) return FindingKind::kMicroseconds;
+      break;
     case SampleClock::kMilliseconds:
-      return samples >= 3 ? add(FindingKind::kMilliseconds) : void();
+      if (is_several) return FindingKind::kMilliseconds;
+      break;
     case SampleClock::kAhead:
-      return add(samples >= 5 && lasts ? FindingKind::kClockOffset : FindingKind::kTimestampsAhead);
+      return is_offset ? FindingKind::kClockOffset : FindingKind::kTimestampsAhead;
     case SampleClock::kBehind:
-      return samples >= 5 && lasts ? add(FindingKind::kClockOffset) : void();
+      if (is_offset) return FindingKind::kClockOffset;
+      break;
   }
+  return std::nullopt;
 }
 
 }  // namespace sensorvela::tools

@@ -62,6 +62,8 @@ class ClockChecks {
                              std::int64_t latency_ns);
   void AddToStretch(SampleClock clock, const Moment& moment, std::int64_t latency_ns);
   void EndStretch();
+  /// None if there is nothing to say about it.
+  static std::optional<FindingKind> KindOf(const Stretch& stretch);
 
   const SensorVela::SensorId sensor_;
   Findings& findings_;

@@ -42,7 +42,7 @@ void Facts::EventBegins(const std::shared_ptr<const EventInfo>& event) {
   const MutexLock lock(mutex_);
   const bool is_first = cause_.event == nullptr;
   cause_ = {time_.Now(), event};
-  if (is_first) outage_ = {cause_.at, {}, *absence_, true, false};
+  if (is_first && absence_) outage_ = {cause_.at, {}, *absence_, true, false};
 }
 
 void Facts::EngineStarts(bool has_supplier, bool looks_up_first) {

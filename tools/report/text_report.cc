@@ -140,7 +140,10 @@ class TextReport : public RunObserver {
   }
 
   void OnRunEnd(Instant /*at*/, const Summary& summary) override {
-    if (options_.findings_only) return FindingLines(summary.findings);
+    if (options_.findings_only) {
+      FindingLines(summary.findings);
+      return;
+    }
     folder_.Flush();
     std::vector<SensorSummary> sensors = summary.sensors;
     std::erase_if(sensors, [&](const SensorSummary& sensor) {
