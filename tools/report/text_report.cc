@@ -86,7 +86,7 @@ class TextReport : public RunObserver {
       start += fact.name + "  ";
     }
     const std::string text = WithoutEnd(start + (options_.wide ? "" : FoldedValues(fact, names_)));
-    if (*fact.answer != Answer::kOk) {
+    if (fact.answer != Answer::kOk) {
       Lost(at, text + "  ", fact.cause);
       return;
     }

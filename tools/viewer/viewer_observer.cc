@@ -63,9 +63,9 @@ class ViewerObserver : public RunObserver {
     if (!fact.atom->reverseDomainName.empty()) arguments["domain"] = fact.atom->reverseDomainName;
     arguments.update(NamedValues(*fact.atom));
     arguments.update(ToJson(fact.cause));
-    if (*fact.answer == testkit::Answer::kOk) {
+    if (fact.answer == testkit::Answer::kOk) {
       out_.Mark(kDelivered, at, "delivered", fact.name, arguments);
-    } else {
+    } else if (fact.answer) {
       arguments["answer"] = AnswerName(*fact.answer);
       out_.Mark(kFailed, at, "failed", fact.name, arguments);
     }
