@@ -87,9 +87,9 @@ Replayed ReplayOf(const std::string& path) {
   return {atoms.texts, trace.cut()};
 }
 
-/// What the tool prints for a trace since the engine's start, without its notes and the names of
-/// its sensors: nobody tells an engine of those. Also without the lines that name lines of the
-/// trace.
+/// What the tool prints for a trace since the engine's start, without its notes, the names of its
+/// sensors and the outages of the service: nobody tells an engine of those. Also without the lines
+/// that name lines of the trace.
 std::string Printed(const std::string& path) {
   const tools::Trace trace(path, tools::OpenTrace(path));
   std::ostringstream out;
@@ -103,6 +103,7 @@ std::string Printed(const std::string& path) {
                           line.find("is not registered") != std::string::npos;
     if (is_start) printed.clear();
     const bool is_of_the_trace = line.find("  # ") != std::string::npos ||
+                                 line.find("  service ") != std::string::npos ||
                                  line.find("  DROPPED ") != std::string::npos ||
                                  line.find("  BLOCKED ") != std::string::npos;
     // The recording has the event that had a lost atom queued on another line.

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <numeric>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "engine/counting_rules.h"
@@ -52,11 +54,48 @@ std::vector<SummaryCount> CountsOf(const Summary& summary) {
                         " of their kind in a cycle"});
   counts.push_back({"cycles ended", summary.cycles_ended,
                     summary.cycles_ended ? "" : "unknown: there is no diagnostics supplier"});
+  counts.push_back(
+      {"findings", summary.findings.size(),
+       summary.findings.empty() ? "nothing looks wrong" : "what looks wrong: --findings lists it"});
   return counts;
 }
 
 const char* CaptionOf(BufferFate fate) {
   return fate == BufferFate::kLost ? kLostInBuffer : kLeftInBuffer;
+}
+
+std::string_view WordOf(AbsenceReason reason) {
+  if (reason == AbsenceReason::kNotRegistered) return "not_registered";
+  return reason == AbsenceReason::kRefused ? "refused" : "refused_or_failed";
+}
+
+std::string_view WordOf(DropReason reason) {
+  switch (reason) {
+    case DropReason::kRefused:
+      return WordOf(AbsenceReason::kRefused);
+    case DropReason::kRefusedOrFailed:
+      return WordOf(AbsenceReason::kRefusedOrFailed);
+    case DropReason::kLookupFailed:
+      return "lookup_failed";
+    case DropReason::kStillQueued:
+      return "still_queued";
+  }
+}
+
+std::string Words(std::string_view word) {
+  std::string words(word);
+  std::ranges::replace(words, '_', ' ');
+  return words;
+}
+
+std::vector<std::pair<const char*, std::uint64_t>> ReasonsOf(const NotReported& not_reported) {
+  std::vector<std::pair<const char*, std::uint64_t>> reasons = {
+      {"not disabled yet", not_reported.not_disabled},
+      {"enabled anew before a disable", not_reported.re_enabled},
+      {"sampled while not enabled", not_reported.while_disabled},
+      {"report lost", not_reported.report_lost}};
+  std::erase_if(reasons, [](const auto& reason) { return reason.second == 0; });
+  return reasons;
 }
 
 std::string BandLimitMs(std::size_t band) {

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/facts/run_observer.h"
@@ -28,6 +30,19 @@ std::vector<SummaryCount> CountsOf(const Summary& summary);
 
 /// What became of an atom that its buffer kept: "lost in buffer" or "left in buffer".
 const char* CaptionOf(BufferFate fate);
+
+/// Why the service is away: "not_registered". Words in JSON Lines; `Words` makes them text.
+std::string_view WordOf(AbsenceReason reason);
+
+/// Why an atom is dropped: "still_queued".
+std::string_view WordOf(DropReason reason);
+
+/// "still queued" for "still_queued".
+std::string Words(std::string_view word);
+
+/// The reasons for which a sensor's samples are in no report, with their counts; those without any
+/// are left out.
+std::vector<std::pair<const char*, std::uint64_t>> ReasonsOf(const NotReported& not_reported);
 
 /// The limit of a latency band in milliseconds, "2.5"; of the last one, which has none, the limit
 /// of the band before.

@@ -14,6 +14,7 @@
 #include <sensorvela/testkit/stats_service.h>
 
 #include "tools/facts/cause.h"
+#include "tools/facts/finding.h"
 #include "tools/facts/sensor_facts.h"
 
 namespace sensorvela::tools {
@@ -28,6 +29,18 @@ enum class BufferFate : std::uint8_t {
   kLeft,
 };
 
+/// Why an atom never reached the stats service.
+enum class DropReason : std::uint8_t {
+  /// The lookup was refused.
+  kRefused,
+  /// The service manager failed while the lookup waited.
+  kLookupFailed,
+  /// One of these two: a recording does not say which.
+  kRefusedOrFailed,
+  /// The run ended first.
+  kStillQueued,
+};
+
 struct AtomFact {
   /// None if the atom never reached the stats service.
   std::optional<testkit::Answer> answer;
@@ -35,11 +48,13 @@ struct AtomFact {
   /// Null if it never reached the stats service.
   const SensorVela::VendorAtom* atom;
   /// None if neither the atom nor its cause says it.
-  std::optional<std::int32_t> id;
+  std::optional<std::int32_t> id = std::nullopt;
   /// Empty if the identifier is not known.
-  std::string name;
+  std::string name = {};
   /// The sensor that the atom is about, or the one that its cause names.
-  std::optional<SensorVela::SensorId> sensor;
+  std::optional<SensorVela::SensorId> sensor = std::nullopt;
+  /// None if it reached the stats service.
+  std::optional<DropReason> dropped = std::nullopt;
   /// Its report succeeded if this is not `kTaken`.
   BufferFate fate = BufferFate::kTaken;
 };
@@ -64,20 +79,35 @@ enum class ReporterStep : std::uint8_t {
   kUploads,
 };
 
-/// Why the host cannot find the stats service. In a recording the reason is not known.
-enum class AbsenceReason : std::uint8_t { kUnknown, kNotRegistered, kRefused };
+/// Why the host cannot find the stats service.
+enum class AbsenceReason : std::uint8_t {
+  kNotRegistered,
+  kRefused,
+  /// Refused, or the service manager failed: a recording does not say which.
+  kRefusedOrFailed,
+};
+
+/// The host could not find the stats service. In a recording it can from a lookup that found the
+/// service until one waits or finds none, and it can at first.
+struct Outage {
+  simulated::VirtualTime::Instant from;
+  simulated::VirtualTime::Instant to;
+  /// The one at `from`.
+  AbsenceReason reason;
+  /// The service had not been there before.
+  bool is_first;
+  /// It is not back: the run ends.
+  bool lasts;
+};
 
 struct SensorSummary {
   SensorVela::SensorId sensor;
-  SampleCounts arrived;
-  SampleCounts reported;
+  Arrivals arrived = {};
+  /// None if the stats service has accepted no report.
+  std::optional<SampleCounts> reported = std::nullopt;
+  NotReported not_reported = {};
   /// The span that the end of the run ends.
-  std::optional<SensorSpan> last_span;
-
-  /// Samples that are in no report that the stats service accepted.
-  std::uint64_t NotReported() const {
-    return arrived.samples > reported.samples ? arrived.samples - reported.samples : 0;
-  }
+  std::optional<SensorSpan> last_span = std::nullopt;
 };
 
 struct Summary {
@@ -102,8 +132,14 @@ struct Summary {
   std::chrono::nanoseconds longest_process_wait{0};
   /// Errors past the cap, for which no atom was queued.
   std::uint64_t blocked_by_cap = 0;
+  /// How often the service went away, and for how long altogether. The time before it was there
+  /// for the first time is none of them.
+  std::uint64_t outages = 0;
+  std::chrono::nanoseconds away = {};
   /// None without a diagnostics supplier, whose call is the only sign of a cycle's end.
   std::optional<std::uint64_t> cycles_ended;
+  /// What looks wrong, the most severe first.
+  std::vector<Finding> findings;
   /// Every sensor that had a sample, an enable or a disable, by ascending identifier.
   std::vector<SensorSummary> sensors;
 };
@@ -143,10 +179,8 @@ class RunObserver {
 
   virtual void OnLogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
                          std::string_view /*text*/) {}
-  /// The host could not find the stats service from `from` to `to`; `reason` is the one at `from`.
-  /// In a recording it can from a lookup that found the service until one waits or finds none.
-  /// Every run begins without the service.
-  virtual void OnServiceAway(Instant /*from*/, Instant /*to*/, AbsenceReason /*reason*/) {}
+  /// The service is back, or the run ends without it.
+  virtual void OnOutage(const Outage& /*outage*/) {}
   /// The device is suspended from `at` on, for `duration`.
   virtual void OnSuspended(Instant /*at*/, std::chrono::nanoseconds /*duration*/) {}
   virtual void OnNote(Instant /*at*/, std::string_view /*text*/) {}

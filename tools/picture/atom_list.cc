@@ -37,8 +37,8 @@ void AtomList::Entry::Absorb(const Entry& next) {
 }
 
 void AtomList::Add(Instant at, const AtomFact& atom) {
-  if (atom.atom == nullptr) {
-    AddLost(kDropped, at, atom.name, atom.cause);
+  if (atom.dropped) {
+    AddLost(kDropped, at, atom.name, atom.cause, Words(WordOf(*atom.dropped)));
     return;
   }
   const bool is_taken = atom.fate == BufferFate::kTaken;
@@ -61,14 +61,15 @@ void AtomList::Add(Instant at, const AtomFact& atom) {
   }
 }
 
-void AtomList::AddLost(List which, Instant at, std::string name, const Cause& cause) {
+void AtomList::AddLost(List which, Instant at, std::string name, const Cause& cause,
+                       const std::string& why) {
   ThinnedList<Entry>& list = lists_.at(which);
   Entry entry = {{at, at}, std::move(name), "", {cause.at, cause.what(), cause.line()}};
   // One event can be blocked a million times.
   if (list.last() != nullptr && list.last()->from == at && list.last()->origin == entry.origin) {
     list.RepeatLast();
   } else if (!list.Merge(entry)) {
-    entry.values = ShortText(EventText(cause, names_));
+    entry.values = ShortText(EventText(cause, names_) + (why.empty() ? "" : " (" + why + ')'));
     list.Add(std::move(entry));
   }
 }

@@ -101,6 +101,11 @@ void Replay::DisableSensor(SensorVela::SensorId sensor) {
   engine_->ReportHalSensorDisabled(sensor);
 }
 
+void Replay::ReportFirstSample(SensorVela::SensorId sensor, std::int64_t latency_ns) {
+  facts_.FirstSampleReported(sensor);
+  engine_->ReportFirstSample(sensor, latency_ns);
+}
+
 void Replay::DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns) {
   facts_.Sample(event_.info, sensor, timestamp_ns);
   engine_->LogSensorLatency(sensor, timestamp_ns);
@@ -227,7 +232,7 @@ void Replay::MoveTo(simulated::VirtualTime::Instant instant) {
 }
 
 void Replay::StopEngine() {
-  facts_.EngineStops(recording_ != nullptr);
+  facts_.EngineStops(recording_ != nullptr, has_end_);
   if (recording_ != nullptr) recording_->Stop();
 }
 

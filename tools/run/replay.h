@@ -89,13 +89,18 @@ class Replay {
 
   void EnableSensor(SensorVela::SensorId sensor, std::int64_t period_ns);
   void DisableSensor(SensorVela::SensorId sensor);
+  void ReportFirstSample(SensorVela::SensorId sensor, std::int64_t latency_ns);
   void DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns);
   /// A recording's samples, in the order of their arrival.
   void DeliverSamples(const std::vector<trace_format::Sample>& samples);
 
   /// The timestamp of the train's first sample is the present instant.
   void StartTrain(const SampleTrain& train);
-  void CutTrains() { trains_.Cut(); }
+  /// The trace's last event: the host destroys the engine.
+  void End() {
+    trains_.Cut();
+    has_end_ = true;
+  }
 
   /// What the supplier returns at the ends of cycles from now on.
   void SetDiagnostics(const testkit::Diagnostics& diagnostics) { diagnostics_ = diagnostics; }
@@ -156,6 +161,7 @@ class Replay {
   const std::shared_ptr<testkit::StatsService> service_;
   /// The latest one; null if there has been none.
   std::shared_ptr<simulated::ServiceProcess> process_;
+  bool has_end_ = false;
   bool is_registered_ = false;
   /// What is registered is the process.
   bool is_process_ = false;

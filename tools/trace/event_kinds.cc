@@ -238,7 +238,8 @@ constexpr EventKind kEventKinds[] = {
      atoms::SensorFirstSampleReported::kAtomId},
     {call::kFirstSample.event,
      "the host reports a first sample beside the one that the engine reports", Place::kNeedsEngine,
-     CallEngine<call::kFirstSample>, atoms::SensorFirstSampleReported::kAtomId},
+     CallReplay<call::kFirstSample, &Replay::ReportFirstSample>,
+     atoms::SensorFirstSampleReported::kAtomId},
     {call::kProx.event, "a proximity status report; fields left out are 0", Place::kNeedsEngine,
      CallEngine<call::kProx>, atoms::ProxStatusReported::kAtomId},
     {call::kHalLatency.event, "an operation of the sensors HAL took that long", Place::kNeedsEngine,
@@ -346,7 +347,7 @@ constexpr EventKind kEventKinds[] = {
        constexpr std::int64_t kAbsent = -1;
        const auto reports =
            fields.OptionalInteger<std::int64_t>(field::kReports, kAbsent, 0, kMaxReports);
-       return {.action = [](Replay& replay) { replay.CutTrains(); },
+       return {.action = [](Replay& replay) { replay.End(); },
                .plan =
                    [=](TracePlan& plan) {
                      if (reports == kAbsent) return;

@@ -29,6 +29,7 @@ constexpr Track kDropped = {kEngine, 4};
 constexpr Track kBlocked = {kEngine, 5};
 constexpr Track kNotes = {kEngine, 6};
 constexpr Track kSuspended = {kEngine, 7};
+constexpr Track kAway = {kEngine, 8};
 
 class ViewerObserver : public RunObserver {
  public:
@@ -41,6 +42,7 @@ class ViewerObserver : public RunObserver {
     out_.NameTrack(kBlocked, "errors blocked by the cap");
     out_.NameTrack(kNotes, "notes");
     out_.NameTrack(kSuspended, "device suspended");
+    out_.NameTrack(kAway, "stats service away");
     out_.NameProcess(kSensors, "sensors");
   }
 
@@ -48,7 +50,8 @@ class ViewerObserver : public RunObserver {
 
   void OnAtom(Instant at, const AtomFact& fact) override {
     Json arguments = Json::object();
-    if (!fact.answer) {
+    if (fact.dropped) {
+      arguments["why"] = WordOf(*fact.dropped);
       arguments.update(ToJson(fact.cause));
       // In the place of the values that the atom would have had.
       if (fact.cause.event) arguments["event"] = fact.cause.event->fields;
@@ -64,7 +67,7 @@ class ViewerObserver : public RunObserver {
       out_.Mark(kDropped, at, CaptionOf(fact.fate), fact.name, arguments);
     } else if (*fact.answer == testkit::Answer::kOk) {
       out_.Mark(kDelivered, at, "delivered", fact.name, arguments);
-    } else {
+    } else if (fact.answer) {
       arguments["answer"] = AnswerName(*fact.answer);
       out_.Mark(kFailed, at, "failed", fact.name, arguments);
     }
@@ -119,6 +122,10 @@ class ViewerObserver : public RunObserver {
 
   void OnSample(Instant at, SensorVela::SensorId sensor, const SampleFact& /*sample*/) override {
     SensorOf(sensor).samples_per_minute.Count(at);
+  }
+
+  void OnOutage(const Outage& outage) override {
+    out_.Span(kAway, outage.from, outage.to, "service away", {{"why", WordOf(outage.reason)}});
   }
 
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
