@@ -18,18 +18,12 @@ constexpr SensorVela::SensorId kSensor = {0x10, 1};
 constexpr int kError = -22;
 
 /// Stays below the cap: after every ten errors, the failing call changes.
-void ReportErrors(benchmark::State& state, SensorVela& engine) {
+void Engine(benchmark::State& state) {
+  const auto engine = StartEngine();
   std::int32_t errors = 0;
   for (auto _ : state) {
-    engine.LogSensorHalError(kSensor, static_cast<SensorVela::HalCall>(errors++ / 10), kError);
+    engine->LogSensorHalError(kSensor, static_cast<SensorVela::HalCall>(errors++ / 10), kError);
   }
-}
-
-void Engine(benchmark::State& state) { ReportErrors(state, *StartEngine()); }
-
-void EngineWithABlockedReporter(benchmark::State& state) {
-  BlockedEngine engine;
-  ReportErrors(state, *engine);
 }
 
 /// A full queue drops its oldest line, so that the caller never waits, as with the engine.
@@ -65,7 +59,6 @@ void DirectCall(benchmark::State& state) {
 void AddAlternatives() {
   constexpr char kTable[] = "One HAL error, on the caller's thread";
   Add(kTable, "LogSensorHalError", Engine);
-  Add(kTable, "LogSensorHalError, reporter thread blocked", EngineWithABlockedReporter);
   Add(kTable, "spdlog, asynchronous, null sink", AsynchronousLogger);
   Add(kTable, "a direct call into a service in this process", DirectCall);
 }

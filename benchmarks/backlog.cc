@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "benchmarks/baseline_queue.h"
 #include "benchmarks/comparison.h"
 #include "benchmarks/engine.h"
 #include "benchmarks/tables.h"
@@ -38,9 +37,6 @@ void Measure(benchmark::State& state, std::size_t begin, std::size_t end, const 
   state.counters["3: worst ns"] = static_cast<double>(times_ns.back());
 }
 
-/// Moves all its atoms whenever it grows.
-using ContiguousQueue = BasicBaselineQueue<std::vector<VendorAtom>>;
-
 }  // namespace
 
 void AddBacklog() {
@@ -56,11 +52,6 @@ void AddBacklog() {
                 });
     begin = end;
   }
-  AddCounters("An enqueue into a queue in contiguous memory", "0 to 1000000",
-              [](benchmark::State& state) {
-                ContiguousQueue queue;
-                Measure(state, 0, kAtoms, [&] { queue.Enqueue(BaselineAtom(4)); });
-              });
 }
 
 }  // namespace sensorvela::benchmarks

@@ -18,11 +18,10 @@ namespace sensorvela::benchmarks {
 using aidl::android::frameworks::stats::VendorAtom;
 using aidl::android::frameworks::stats::VendorAtomValue;
 
-template <typename Atoms>
-class BasicBaselineQueue {
+class BaselineQueue {
  public:
-  BasicBaselineQueue() : emptier_([this] { Run(); }) {}
-  ~BasicBaselineQueue() {
+  BaselineQueue() : emptier_([this] { Run(); }) {}
+  ~BaselineQueue() {
     stopped_ = true;
     full_.release();
     emptier_.join();
@@ -45,21 +44,19 @@ class BasicBaselineQueue {
     while (true) {
       full_.acquire();
       if (stopped_) return;
-      Atoms().swap(atoms_);
+      std::deque<VendorAtom>().swap(atoms_);
       empty_.release();
     }
   }
 
   std::mutex mutex_;
   std::condition_variable not_empty_;
-  Atoms atoms_;
+  std::deque<VendorAtom> atoms_;
   std::binary_semaphore full_{0};
   std::binary_semaphore empty_{0};
   bool stopped_ = false;
   std::thread emptier_;
 };
-
-using BaselineQueue = BasicBaselineQueue<std::deque<VendorAtom>>;
 
 /// An atom of `ints` ints and, on request, a list of five ints. The values take one exact
 /// allocation, the list another.

@@ -1,8 +1,6 @@
-// Each builder, beside a vector filled in place, and beside one exact allocation and one store for
-// each value.
+// Each builder, beside a vector filled in place.
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <tuple>
 #include <type_traits>
@@ -80,36 +78,8 @@ MakeSlice Builds(const Record& record) {
   };
 }
 
-// A builder is a function of another library, so a baseline is at least a function.
-
-/// Makes a value of each member, in memory of its own: no vector knows of it.
-template <typename... Members>
-MakeSlice Stores(const std::tuple<Members...>& all) {
-  return [all]() -> Slice {
-    return [members = all]() mutable {
-      constexpr std::size_t kCount = sizeof...(Members);
-      std::allocator<VendorAtomValue> allocator;
-      return MeanNs(kCalls, [&]() __attribute__((noinline)) {
-        benchmark::DoNotOptimize(members);
-        VendorAtom atom;
-        atom.atomId = 1;
-        benchmark::DoNotOptimize(atom);
-        VendorAtomValue* const values = allocator.allocate(kCount);
-        VendorAtomValue* value = values;
-        std::apply(
-            [&](const Members&... each) {
-              (std::construct_at(value++, std::in_place_index<kAlternative<Members>>, each), ...);
-            },
-            members);
-        benchmark::DoNotOptimize(values);
-        std::destroy_n(values, kCount);
-        allocator.deallocate(values, kCount);
-      });
-    };
-  };
-}
-
-/// Fills an atom's vector, which begins with ints of 0.
+/// Fills an atom's vector, which begins with ints of 0. A builder is a function of another library,
+/// so this is at least a function.
 template <typename... Members>
 MakeSlice FillsAVector(const std::tuple<Members...>& all) {
   return [all]() -> Slice {
@@ -146,17 +116,10 @@ void AddBuilders() {
           return Record{std::string(), As<Members>{each}...};
         },
         members);
-    const std::string name(testkit::FindAtom(Record::kAtomId)->name);
     Add({.table = "createVendorAtom beside a vector filled in place",
-         .name = name,
+         .name = std::string(testkit::FindAtom(Record::kAtomId)->name),
          .operation = Builds(record),
-         .baseline = FillsAVector(members),
-         .goal = 1.05});
-    Add({.table = "createVendorAtom beside stores into raw memory",
-         .name = name,
-         .operation = Builds(record),
-         .baseline = Stores(members),
-         .goal = 1.25});
+         .baseline = FillsAVector(members)});
   });
 }
 

@@ -1,8 +1,8 @@
 // A host's thread reports some events, which wake the reporter thread; that sends and frees their
 // atoms, and sleeps again.
-#include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -22,18 +22,6 @@ using namespace std::chrono_literals;
 
 /// More than enough for a thread that has sent its last atom to free its batch and to sleep.
 constexpr auto kUntilAsleep = 200us;
-
-class CountingService : public BnStats {
- public:
-  ndk::ScopedAStatus reportVendorAtom(const VendorAtom& /*atom*/) override {
-    reports_.fetch_add(1, std::memory_order_relaxed);
-    return ndk::ScopedAStatus::ok();
-  }
-  int reports() const { return reports_.load(std::memory_order_relaxed); }
-
- private:
-  std::atomic<int> reports_ = 0;
-};
 
 /// A queue, and a thread that sends what is in it.
 class BaselineReporter {
@@ -84,9 +72,9 @@ double TimeOf(int burst, const CountingService& service, const Call& call) {
   double ns = 0;
   for (int i = 0; i < bursts; ++i) {
     std::this_thread::sleep_for(kUntilAsleep);
-    const int all_sent = service.reports() + burst;
+    const std::int64_t all_sent = service.reports + burst;
     ns += MeanNs(burst, call);
-    while (service.reports() < all_sent) std::this_thread::yield();
+    while (service.reports < all_sent) std::this_thread::yield();
   }
   return ns / bursts;
 }

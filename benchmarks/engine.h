@@ -3,7 +3,9 @@
 
 #include <aidl/android/frameworks/stats/BnStats.h>
 
+#include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <memory>
 
 #include <sensorvela/engine/sensor_vela.h>
@@ -20,6 +22,17 @@ class NoOpService : public BnStats {
   ndk::ScopedAStatus reportVendorAtom(const VendorAtom& /*atom*/) override {
     return ndk::ScopedAStatus::ok();
   }
+};
+
+/// Counts the reports, so that a thread can wait for them.
+class CountingService : public BnStats {
+ public:
+  ndk::ScopedAStatus reportVendorAtom(const VendorAtom& /*atom*/) override {
+    reports.fetch_add(1, std::memory_order_relaxed);
+    return ndk::ScopedAStatus::ok();
+  }
+
+  std::atomic<std::int64_t> reports = 0;
 };
 
 /// Starts an engine that reports to `service`, as long as no other engine has been started.

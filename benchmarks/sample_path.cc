@@ -165,10 +165,6 @@ void AddSamplePath() {
   for (const std::uint32_t sensors : {1U, 10U, 100U, 1'000U, 10'000U, 100'000U}) {
     AddRow("A sample, by the number of sensors", std::to_string(sensors), sensors, 1, 0);
   }
-  for (const int threads : {1, 2, 4, 8, 16}) {
-    AddRow("A sample of 64 sensors, by the number of threads", std::to_string(threads), 64, threads,
-           0);
-  }
 }
 
 }  // namespace sensorvela::benchmarks

@@ -244,8 +244,10 @@ class [[gnu::visibility("default")]] SensorVela {
   SensorVela& operator=(const SensorVela&) = delete;
 
   /// Stops the reporter thread, waits until it has finished its current step (a wait for the
-  /// service, the sending of a batch, an upload), and discards the atoms still queued. If the
-  /// thread waits in the service manager, the destructor waits until that call returns.
+  /// service, the sending of a batch, an upload), and discards the atoms still queued. Three things
+  /// can hold the thread, and with it the destructor, without end: the service manager, while the
+  /// service is not registered; the stats service's process, which each lookup asks, while it is
+  /// stopped or busy, unless the host keeps a reference to the service of its own; the supplier.
   ~SensorVela();
 
   /// Queues a copy of `atom`. Atoms are sent in the order in which they were queued.

@@ -15,9 +15,10 @@ inline std::string StatsInstance() {
   return std::string(aidl::android::frameworks::stats::IStats::descriptor) + "/default";
 }
 
-/// The interface of the service registered as `instance`. Waits for it to register; null when the
-/// access is refused or the service manager fails. Each drain of the queue looks the service up
-/// again, and so finds a restarted one.
+/// The interface of the service registered as `instance`. Waits for it to register, and then for
+/// its process to answer, if nobody in this process has a reference to it. Null when the access is
+/// refused, the service manager fails, or the service's process has died and is still registered.
+/// Each drain of the queue looks the service up again, and so finds a restarted one.
 std::shared_ptr<aidl::android::frameworks::stats::IStats> LookUpStatsService(
     const std::string& instance);
 

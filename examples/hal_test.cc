@@ -49,7 +49,7 @@ using ::testing::SizeIs;
 class LightHalTest : public ::testing::Test {
  protected:
   // A test may leave the service away: no wait for it holds up the HAL's destructor.
-  ~LightHalTest() override { world.RefuseService(); }
+  ~LightHalTest() override { world.FailServiceManager(); }
 
   sensorvela::testkit::World world;
   LightHal hal;

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -28,6 +29,7 @@ bool IsStatsService(std::string_view instance) {
 }  // namespace
 }  // namespace sensorvela::recorder
 
+using aidl::android::frameworks::stats::IStats;
 using sensorvela::recorder::IsStatsService;
 using sensorvela::recorder::NextDefinition;
 using sensorvela::recorder::Recording;
@@ -46,9 +48,18 @@ using sensorvela::recorder::ThisThread;
   static const auto next = NextDefinition(&AServiceManager_waitForService);
   Recording* const recording = IsStatsService(instance) ? RecordingOfCaller() : nullptr;
   if (recording != nullptr) recording->LookupBegins();
-  AIBinder* const binder = next(instance);
-  if (recording != nullptr) recording->LookupEnds(binder != nullptr);
-  return binder;
+  return next(instance);
+}
+
+// The second half of a lookup: it may wait for the service's process, and finds none if that is
+// dead.
+[[gnu::visibility("default")]] std::shared_ptr<IStats> IStats::fromBinder(
+    const ndk::SpAIBinder& binder) {
+  static const auto next = NextDefinition(&IStats::fromBinder);
+  std::shared_ptr<IStats> service = next(binder);
+  Recording* const recording = RecordingOfCaller();
+  if (recording != nullptr) recording->LookupEnds(service != nullptr);
+  return service;
 }
 
 [[gnu::visibility("default")]] bool AStatus_isOk(const AStatus* status) {

@@ -142,12 +142,15 @@ void Recording::LookupBegins() {
     const Turn turn(*this);
     RecordSuspension();
     lookup_began_ns_ = InOrder(NowNs());
+    is_looking_up_ = true;
   }
   EndTurn();
 }
 
 void Recording::LookupEnds(bool found) {
   const Turn turn(*this);
+  // A service in the host's own process may make an interface of its own while it takes a report.
+  if (!std::exchange(is_looking_up_, false)) return;
   lookup_began_ns_.reset();
   found_service_ = found;
   expects_error_line_ = false;

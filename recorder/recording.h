@@ -262,6 +262,7 @@ class Recording {
   std::int64_t recorded_reports_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   /// When the lookup began that has not ended, while nothing has been recorded since.
   std::optional<std::int64_t> lookup_began_ns_ SENSORVELA_GUARDED_BY(mutex_);
+  bool is_looking_up_ SENSORVELA_GUARDED_BY(mutex_) = false;
   bool found_service_ SENSORVELA_GUARDED_BY(mutex_) = false;
   /// The engine will log the report that has just failed.
   bool expects_error_line_ SENSORVELA_GUARDED_BY(mutex_) = false;

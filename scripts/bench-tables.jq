@@ -9,12 +9,15 @@ def verdict: if .goal == 0 then "" elif .high <= .goal then "met" elif .low > .g
   else "undecided" end;
 def heap_name: if . == "default" then "glibc" else . end;
 
+# A table without a goal has no columns for it.
 def compared:
-  (.[0] | ["operation"] + (map(.heap | heap_name
-    | [. + ": ns", . + ": baseline's", . + ": ratio", . + ": from to"]) | add) + ["goal"] + (map(.heap | heap_name))),
-  (.[] | [.[0].name] + (map([(.ns | short), (.baseline_ns | short), (.ratio | fixed(2)),
-    (.low | fixed(2)) + " " + (.high | fixed(2))]) | add)
-    + [.[0].goal | if . == 0 then "" else fixed(2) end] + map(verdict));
+  any(.[][]; .goal != 0) as $has_goal
+  | (.[0] | ["operation"] + (map(.heap | heap_name
+      | [. + ": ns", . + ": baseline's", . + ": ratio", . + ": from to"]) | add)
+      + if $has_goal then ["goal"] + map(.heap | heap_name) else [] end),
+    (.[] | [.[0].name] + (map([(.ns | short), (.baseline_ns | short), (.ratio | fixed(2)),
+      (.low | fixed(2)) + " " + (.high | fixed(2))]) | add)
+      + if $has_goal then [.[0].goal | if . == 0 then "" else fixed(2) end] + map(verdict) else [] end);
 def counted:
   (.[0] | [""] + (map((.heap | heap_name) as $heap | .counters | keys | map($heap + ": " + .[3:])) | add)),
   (.[] | [.[0].name] + (map(.counters | map(fixed(0))) | add));

@@ -16,7 +16,7 @@ namespace sensorvela::testkit {
 /// to stop: a thread released earlier might wait again.
 ///
 /// Nothing may queue an atom during the call, `destroy` included, or the call may hang. For a host
-/// whose destructor reports something, use `World::RefuseService` instead.
+/// whose destructor reports something, use `World::FailServiceManager` instead.
 void DestroyEngine(simulated::VirtualTime& time, const std::function<void()>& destroy,
                    const std::function<void()>& release);
 

@@ -22,9 +22,10 @@ inline constexpr char kStatsInstance[] = "android.frameworks.stats.IStats/defaul
 /// The service's answer to a report: success, an error, or no status at all.
 enum class Answer { kOk, kError, kNoStatus };
 
-/// Made with `ndk::SharedRefBase::make<StatsService>()`, like every service, and registered with
-/// `simulated::RegisterService(kStatsInstance, service)`. Every operation may be called from any
-/// thread.
+/// Made with `ndk::SharedRefBase::make<StatsService>()`, like every service. On a workstation it is
+/// registered with `simulated::RegisterService(kStatsInstance, service)`, on a device with
+/// `AServiceManager_addService(service->asBinder().get(), kStatsInstance)`. Every operation may be
+/// called from any thread.
 class StatsService : public aidl::android::frameworks::stats::BnStats {
  public:
   using VendorAtom = aidl::android::frameworks::stats::VendorAtom;

@@ -2,7 +2,10 @@
 
 #include <android/log.h>
 
+#include <chrono>
+#include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -48,9 +51,41 @@ void World::RegisterService() {
 }
 void World::RefuseService() { OnceSettled(simulated::RefuseService); }
 void World::AllowService() { OnceSettled(simulated::AllowService); }
-void World::ReleaseServiceWaits() { OnceSettled(simulated::ReleaseServiceWaits); }
+void World::ReleaseServiceWaits() {
+  OnceSettled([this](const auto&) { ReleaseLookups(); });
+}
+void World::FailServiceManager() {
+  OnceSettled(simulated::FailServiceManager);
+  ReleaseLookups();
+}
 void World::DeclareService() { OnceSettled(simulated::DeclareService); }
 void World::UndeclareService() { OnceSettled(simulated::UndeclareService); }
+
+void World::RegisterServiceProcess() {
+  KillServiceProcess();
+  time.WaitUntilSettled();
+  process_ = std::make_shared<simulated::ServiceProcess>(
+      service, simulated::ProcessObserver{
+                   .on_lost = [this](const VendorAtom& atom) { Keep("lost " + AtomText(atom)); }});
+  process_->SetTimePerAtom(time_per_atom_);
+  simulated::RegisterService(kStatsInstance, process_);
+}
+
+void World::SetTimePerAtom(std::chrono::nanoseconds duration) {
+  time_per_atom_ = duration;
+  ChangeProcess([=](simulated::ServiceProcess& process) { process.SetTimePerAtom(duration); });
+}
+
+void World::StopServiceProcess() { ChangeProcess(std::mem_fn(&simulated::ServiceProcess::Stop)); }
+void World::ContinueServiceProcess() {
+  ChangeProcess(std::mem_fn(&simulated::ServiceProcess::GoOn));
+}
+void World::KillServiceProcess() { ChangeProcess(std::mem_fn(&simulated::ServiceProcess::Die)); }
+
+std::size_t World::AtomsInBuffer() {
+  time.WaitUntilSettled();
+  return process_ != nullptr ? process_->AtomsInBuffer() : 0;
+}
 
 SensorVela& World::StartEngine(SupplierKind supplier) {
   DestroyEngine();
@@ -68,7 +103,7 @@ AskDiagnostics World::Ask() {
 void World::DestroyEngine() {
   if (!has_engine()) return;
   time.WaitUntilSettled();  // Now the thread waits if it has to.
-  DestroyEngine([] { simulated::ReleaseServiceWaits(kStatsInstance); });
+  DestroyEngine([this] { ReleaseLookups(); });
 }
 
 void World::DestroyEngine(const std::function<void()>& release) {
@@ -95,6 +130,17 @@ std::vector<std::string> World::TakeHistory() {
 void World::OnceSettled(const std::function<void(const std::string& instance)>& change) {
   time.WaitUntilSettled();
   change(kStatsInstance);
+}
+
+void World::ChangeProcess(const std::function<void(simulated::ServiceProcess& process)>& change) {
+  time.WaitUntilSettled();
+  if (process_ != nullptr) change(*process_);
+}
+
+void World::ReleaseLookups() {
+  simulated::ReleaseServiceWaits(kStatsInstance);
+  // It need not be registered any more.
+  if (process_ != nullptr) process_->ReleaseLookups();
 }
 
 void World::Keep(std::string text) {

@@ -1,6 +1,8 @@
 // The environment of an engine on a workstation, in virtual time.
 #pragma once
 
+#include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -9,6 +11,7 @@
 #include "../engine/sensor_vela.h"
 #include "../platform/simulated/log_sink.h"
 #include "../platform/simulated/service_manager.h"
+#include "../platform/simulated/service_process.h"
 #include "../platform/simulated/virtual_time.h"
 #include "../platform/sync.h"
 #include "atom_text.h"
@@ -33,7 +36,7 @@ namespace sensorvela::testkit {
 ///
 /// A test constructs its world before the objects that own an engine, and destroys it after them.
 /// The destructor of an engine whose thread waits for the service does not return. A fixture that
-/// calls `RefuseService` in its destructor ends such a wait, whatever a failed test has left
+/// calls `FailServiceManager` in its destructor ends such a wait, whatever a failed test has left
 /// behind.
 ///
 /// The engine's reporter thread runs by itself. Every `Take...` and every operation on the service
@@ -58,23 +61,43 @@ class World {
 
   // The stats service behaves as on a device: an engine whose service is absent waits for it and
   // keeps its atoms. The engine drops atoms only when a lookup ends without a service, for one of
-  // two reasons: the access is refused, or the service manager fails.
+  // three reasons: the access is refused, the service manager fails, or the service's process dies.
 
   /// Unregisters `service`: an outage begins.
   void UnregisterService();
-  /// Registers `service` again.
+  /// Registers `service` again, in the host's own process: it is called directly.
   void RegisterService();
-  /// Refuses the process the access to the service, or allows it again. While it is refused, no
-  /// lookup waits, and each drops the atoms for which it was made.
+  /// Refuses the process the access to the service, or allows it again. While it is refused, each
+  /// new lookup drops the atoms for which it is made, and an engine that starts finds the service
+  /// not declared. A lookup that waits goes on waiting.
   void RefuseService();
   void AllowService();
   /// Makes the service manager fail once: the lookup that waits at this moment ends without a
   /// service, and the atoms for which it was made are dropped. Those queued since then are not.
   void ReleaseServiceWaits();
+  /// Makes the service manager fail for good: no lookup waits any more, and each drops the atoms
+  /// for which it is made.
+  void FailServiceManager();
   /// What the device declares matters to one line of the log when an engine starts, and to nothing
   /// else.
   void DeclareService();
   void UndeclareService();
+
+  // On a device the service has a process of its own: reports go into a buffer there, which can
+  // fill, and each lookup waits for the process. See `simulated::ServiceProcess`.
+
+  /// Registers `service` again, in a new process of its own. A process before dies.
+  void RegisterServiceProcess();
+  /// How long the present process and those after it work on an atom, from the next atom on; 0 at
+  /// first. `time.RunFor` lets them work.
+  void SetTimePerAtom(std::chrono::nanoseconds duration);
+  // What happens to the present process, if there is one: it stops and goes on, or dies and loses
+  // the atoms in its buffer.
+  void StopServiceProcess();
+  void ContinueServiceProcess();
+  void KillServiceProcess();
+  /// The atoms that the process has not taken yet.
+  std::size_t AtomsInBuffer();
 
   /// Creates the world's own engine; a test whose code under test creates an engine does not need
   /// it. Its supplier returns the items of `diagnostics`.
@@ -101,7 +124,8 @@ class World {
 
   /// All log lines and atoms since the last call. A log line begins with the letter of its priority
   /// (`E Failed to get IStats service.`) and, if its tag is not the library's, the tag. An atom
-  /// that reached the service is written as by `AtomText`.
+  /// that reached the service is written as by `AtomText`, and one that was lost in the buffer of
+  /// the service's process the same with `lost ` before it.
   ///
   /// The lines of one thread are in order, and an event's line comes before its atom. The order
   /// between the host's lines and the reporter thread's atoms is otherwise left to chance: a test
@@ -123,11 +147,15 @@ class World {
 
  private:
   void OnceSettled(const std::function<void(const std::string& instance)>& change);
+  void ChangeProcess(const std::function<void(simulated::ServiceProcess& process)>& change);
+  void ReleaseLookups();
   void Keep(std::string text) SENSORVELA_EXCLUDES(mutex_);
 
   platform::Mutex mutex_;
   std::vector<std::string> history_ SENSORVELA_GUARDED_BY(mutex_);
   const simulated::ScopedLogSink log_sink_;
+  std::chrono::nanoseconds time_per_atom_{0};
+  std::shared_ptr<simulated::ServiceProcess> process_;
   std::unique_ptr<SensorVela> engine_;
 };
 

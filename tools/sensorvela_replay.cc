@@ -38,7 +38,8 @@ namespace tools = sensorvela::tools;
 
 constexpr int kExitFailed = 1;
 constexpr int kExitBadInput = 2;
-constexpr int kExitDiverged = 3;
+/// The trace was run, and the run is not as it should be.
+constexpr int kExitNotRight = 3;
 
 using tools::Options;
 
@@ -119,20 +120,29 @@ std::deque<ObserverFile> OpenFiles(const Options& options, const tools::Trace& t
 
 /// How to print columns. Throws `BadUsage` if the options are wrong.
 tools::TextOptions ReadTextOptions(const Options& options, const tools::SensorNames& names) {
-  tools::TextOptions text = {
-      .wide = options.wide, .summary_only = options.summary, .color = tools::ShowsColor()};
+  tools::TextOptions text = {.wide = options.wide,
+                             .summary_only = options.summary || options.findings,
+                             .findings_only = options.findings,
+                             .color = tools::ShowsColor()};
   text.width = tools::TerminalWidth().value_or(text.width);
   for (const std::string& what : options.only) {
     if (text.only.Add(what, names)) continue;
     throw BadUsage("--only " + tools::Printable(what) +
                    ": expected a sensor's name or HIGH/LOW, or an atom's name or identifier");
   }
-  const bool has_any = text.wide || text.summary_only || text.only.is_limited();
+  const bool has_any = text.wide || options.summary || text.only.is_limited();
   if (has_any && options.format != "text") {
     throw BadUsage("--wide, --summary and --only: expected with --format text");
   }
   return text;
 }
+
+struct FindingCount : tools::RunObserver {
+  void OnRunEnd(Instant /*at*/, const tools::Summary& summary) override {
+    count = summary.findings.size();
+  }
+  std::size_t count = 0;
+};
 
 /// Says where the run differs from the recording, if it does; returns the status to exit with.
 int SayDivergence(const tools::Replay& replay, const tools::Trace& trace) {
@@ -140,7 +150,7 @@ int SayDivergence(const tools::Replay& replay, const tools::Trace& trace) {
   const auto& [line, what] = *replay.divergence();
   std::cerr << trace.name() << ':' << line << ": the replay differs from the recording: " << what
             << '\n';
-  return kExitDiverged;
+  return kExitNotRight;
 }
 
 /// Runs a recording, too: nothing else shows that its numbers fit together.
@@ -174,9 +184,11 @@ int Replay(const Options& options) try {
   tools::OutputFile out(stdout);
   const auto printed =
       options.format == "jsonl"
-          ? tools::MakeJsonLinesReport(out.stream(), trace.sensor_names())
+          ? tools::MakeJsonLinesReport(out.stream(), trace.sensor_names(), options.findings)
           : tools::MakeTextReport(out.stream(), trace.sensor_names(), text_options);
   observers.push_back(printed.get());
+  FindingCount findings;
+  observers.push_back(&findings);
 
   std::deque<ObserverFile> files = OpenFiles(options, trace);
   for (const ObserverFile& file : files) {
@@ -198,7 +210,8 @@ int Replay(const Options& options) try {
     if (file.file.error() != 0) return CannotWrite(file.name, file.file.error());
   }
   if (out.error() != 0) return CannotWrite("to standard output", out.error());
-  return SayDivergence(replay, trace);
+  if (SayDivergence(replay, trace) != 0) return kExitNotRight;
+  return options.findings && findings.count > 0 ? kExitNotRight : 0;
 } catch (const BadUsage& error) {
   std::cerr << "sensorvela-replay: " << error.what() << '\n';
   return kExitBadInput;

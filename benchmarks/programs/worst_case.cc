@@ -7,7 +7,6 @@
 // use the engine and preempts all but the caller.
 //
 // Exits with 77 if the system does not let this process use real-time priorities.
-#include <aidl/android/frameworks/stats/BnStats.h>
 #include <android/log.h>
 #include <dlfcn.h>
 #include <pthread.h>
@@ -33,6 +32,8 @@
 #include <sensorvela/platform/simulated/service_manager.h>
 #include <sensorvela/testkit/diagnostics.h>
 #include <sensorvela/testkit/stats_service.h>
+
+#include "benchmarks/engine.h"
 
 using namespace std::chrono_literals;
 
@@ -93,17 +94,6 @@ class Repeating {
  private:
   std::atomic<bool> stop_ = false;
   std::thread thread_;
-};
-
-class CountingService : public aidl::android::frameworks::stats::BnStats {
- public:
-  ndk::ScopedAStatus reportVendorAtom(
-      const aidl::android::frameworks::stats::VendorAtom& /*atom*/) override {
-    ++reports;
-    return ndk::ScopedAStatus::ok();
-  }
-
-  std::atomic<std::int64_t> reports = 0;
 };
 
 testkit::Diagnostics FullDiagnostics() {
@@ -192,7 +182,7 @@ const Scenario kScenarios[] = {
 
 /// The times of the calls, in ascending order.
 std::vector<nanoseconds> TimesOf(const Scenario& scenario, std::size_t calls, bool with_hog) {
-  const auto service = ndk::SharedRefBase::make<CountingService>();
+  const auto service = ndk::SharedRefBase::make<sensorvela::benchmarks::CountingService>();
   simulated::RegisterService(testkit::kStatsInstance, service);
   std::vector<nanoseconds> times(calls);
   {

@@ -57,12 +57,21 @@ ScopedLogSink::~ScopedLogSink() {
 }  // namespace sensorvela::simulated
 
 int __android_log_print(int prio, const char* tag, const char* fmt, ...) {
-  std::array<char, sensorvela::simulated::kLineBufferBytes> line;
   std::va_list args;
   va_start(args, fmt);
-  const int length = std::vsnprintf(line.data(), line.size(), fmt, args);
+  const int result = __android_log_vprint(prio, tag, fmt, args);
   va_end(args);
+  return result;
+}
+
+int __android_log_vprint(int prio, const char* tag, const char* fmt, va_list args) {
+  std::array<char, sensorvela::simulated::kLineBufferBytes> line;
+  const int length = std::vsnprintf(line.data(), line.size(), fmt, args);
   return length < 0 ? length : __android_log_write(prio, tag, line.data());
+}
+
+int __android_log_is_loggable(int prio, const char* /*tag*/, int default_prio) {
+  return prio >= default_prio ? 1 : 0;
 }
 
 int __android_log_write(int prio, const char* tag, const char* text) {

@@ -1,10 +1,14 @@
 #include "platform/simulated/timeline.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <iterator>
 #include <map>
+#include <ranges>
+#include <utility>
 
 namespace sensorvela::simulated {
 
@@ -50,6 +54,37 @@ void Timeline::Notify(const platform::CondVar* condition) {
   ++notifications;
   if (notifications_wake) asleep.erase(condition);
   changed.notify_all();
+}
+
+void Timeline::SetAlarm(const void* owner, nanoseconds at, std::function<void()> ring) {
+  const MutexLock lock(mutex);
+  alarms.insert_or_assign(owner, Alarm{at, std::move(ring)});
+}
+
+void Timeline::ClearAlarm(const void* owner) {
+  const MutexLock lock(mutex);
+  alarms.erase(owner);
+}
+
+bool Timeline::GoToNext(nanoseconds instant, std::function<void()>& ring) {
+  const auto deadlines = std::views::values(asleep);
+  const auto deadline = std::ranges::min_element(deadlines);
+  const auto alarm =
+      std::ranges::min_element(alarms, {}, [](const auto& each) { return each.second.at; });
+  if (deadline == deadlines.end() && alarm == alarms.end()) return false;
+  const bool is_alarm =
+      alarm != alarms.end() && (deadline == deadlines.end() || alarm->second.at <= *deadline);
+  const nanoseconds next = is_alarm ? alarm->second.at : *deadline;
+  const nanoseconds wait = std::max(SaturatingSum(next, -monotonic.load()), nanoseconds::zero());
+  if (wait > SaturatingSum(instant, -elapsed.load())) return false;
+  Advance(elapsed.load() + wait);
+  if (is_alarm) {
+    ring = std::move(alarm->second.ring);
+    alarms.erase(alarm);
+  } else {
+    WakeDue();
+  }
+  return true;
 }
 
 void Timeline::WaitUntilSettled() {

@@ -34,7 +34,18 @@ struct Timeline {
   /// `CondVar::NotifyAll` in virtual time.
   void Notify(const platform::CondVar* condition) SENSORVELA_EXCLUDES(mutex);
 
+  /// Calls `ring` when the monotonic clock reaches `at` on its way, on the thread that moves it,
+  /// without the mutex and with every engine settled. In place of the owner's alarm before.
+  void SetAlarm(const void* owner, std::chrono::nanoseconds at, std::function<void()> ring)
+      SENSORVELA_EXCLUDES(mutex);
+  void ClearAlarm(const void* owner) SENSORVELA_EXCLUDES(mutex);
+
   void WaitUntilSettled() SENSORVELA_REQUIRES(mutex);
+  /// The clocks go on to the next deadline or alarm, if it comes by `instant`. Wakes the threads
+  /// whose deadline has been reached; sets `ring` if it is an alarm, which comes first. Otherwise
+  /// returns false.
+  bool GoToNext(std::chrono::nanoseconds instant, std::function<void()>& ring)
+      SENSORVELA_REQUIRES(mutex);
   /// Both clocks go on until elapsed realtime is `instant`, if that is later.
   void Advance(std::chrono::nanoseconds instant) SENSORVELA_REQUIRES(mutex);
   /// Wakes every thread whose deadline has been reached.
@@ -59,6 +70,12 @@ struct Timeline {
   /// The deadline, on the monotonic clock, of each thread that is asleep, by the condition variable
   /// that it alone waits on.
   std::map<const platform::CondVar*, std::chrono::nanoseconds> asleep SENSORVELA_GUARDED_BY(mutex);
+
+  struct Alarm {
+    std::chrono::nanoseconds at;
+    std::function<void()> ring;
+  };
+  std::map<const void*, Alarm> alarms SENSORVELA_GUARDED_BY(mutex);
 };
 
 /// Never destroyed: engines may outlive the process's static objects. Like those of the other files

@@ -58,19 +58,16 @@ void VirtualTime::Suspend(nanoseconds duration) {
 }
 
 void VirtualTime::RunTo(Instant instant) {
-  const MutexLock lock(timeline.mutex);
-  for (;;) {
-    timeline.WaitUntilSettled();
-    const auto deadlines = std::views::values(timeline.asleep);
-    const auto first = std::ranges::min_element(deadlines);
-    if (first == deadlines.end()) break;
-    const nanoseconds wait =
-        std::max(SaturatingSum(*first, -timeline.monotonic.load()), nanoseconds::zero());
-    if (wait > SaturatingSum(instant, -timeline.elapsed.load())) break;
-    timeline.Advance(timeline.elapsed.load() + wait);
-    timeline.WakeDue();
+  for (bool goes_on = true; goes_on;) {
+    std::function<void()> ring;
+    {
+      const MutexLock lock(timeline.mutex);
+      timeline.WaitUntilSettled();
+      goes_on = timeline.GoToNext(instant, ring);
+      if (!goes_on) timeline.Advance(instant);
+    }
+    if (ring) ring();
   }
-  timeline.Advance(instant);
 }
 
 void VirtualTime::RunFor(nanoseconds duration) { RunTo(SaturatingSum(Now(), duration)); }

@@ -36,15 +36,16 @@ class VirtualTime {
   void Suspend(std::chrono::nanoseconds duration);
 
   /// Moves the clocks to `instant` and stops at every deadline on the way: the engines that it
-  /// wakes run until they are settled before time moves on. Every engine is settled before time
-  /// first moves and when this returns. An instant in the past moves nothing.
+  /// wakes run until they are settled before time moves on. A `ServiceProcess` takes its atoms on
+  /// the way, too. Every engine is settled before time first moves and when this returns. An
+  /// instant in the past moves nothing.
   void RunTo(Instant instant);
 
   /// `RunTo(Now() + duration)`; a sum past the latest instant means the latest.
   void RunFor(std::chrono::nanoseconds duration);
 
   /// Moves the clocks in one step and wakes every engine whose deadline has been reached. Does not
-  /// wait.
+  /// wait. What a `ServiceProcess` would have taken meanwhile it takes in the next `RunTo`.
   void JumpTo(Instant instant);
 
   /// Moves the clocks in one step and wakes no engine, as when a deadline passes between an
@@ -69,8 +70,9 @@ class VirtualTime {
   void WaitUntilAtRest();
 
   /// Returns once every engine is settled: at rest, or its reporter thread waiting in
-  /// `AServiceManager_waitForService` or a `ReporterWait`. The engines then do nothing more until
-  /// time moves, or somebody calls them or the service manager or ends the wait.
+  /// `AServiceManager_waitForService`, for a `ServiceProcess` or in a `ReporterWait`. The engines
+  /// then do nothing more until time moves, or somebody calls them or the service manager or ends
+  /// the wait.
   void WaitUntilSettled();
 
   /// The number of notifications of all engines so far: one for each atom queued and one for each

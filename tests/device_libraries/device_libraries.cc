@@ -39,11 +39,12 @@ std::int64_t BootTimeNs() {
   return std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
 }
 
-/// The device does not declare the service, which is there and refuses the first report.
+/// The service is there and refuses the first report. The device does not seem to declare it.
 void ReportErrors() {
   const auto service = ndk::SharedRefBase::make<StatsService>();
   service->AnswerNext(1, sensorvela::testkit::Answer::kError);
   simulated::RegisterService(kStatsInstance, service);
+  simulated::UndeclareService(kStatsInstance);
   SensorVela engine{NoSupplier()};
   for (std::size_t i = 0; i < kErrors; ++i) {
     engine.LogSensorHalError(kSensor, SensorVela::HalCall{3}, -22);
@@ -52,21 +53,27 @@ void ReportErrors() {
   service->WaitForAtoms(2 * (kErrors - 1));
 }
 
-/// The service manager refuses the access, at the engine's start and when the queue is to be sent.
+/// The service manager fails while the engine waits at its start, and when the queue is to be sent.
 void FindNoService() {
   std::mutex mutex;
-  std::condition_variable refused;
-  int refusals = 0;
-  const simulated::ScopedLookupObserver observer([&](simulated::LookupStep /*step*/) {
+  std::condition_variable changed;
+  bool waits = false;
+  int failures = 0;
+  const simulated::ScopedLookupObserver observer([&](simulated::LookupStep step) {
     const std::lock_guard lock(mutex);
-    ++refusals;
-    refused.notify_all();
+    if (step == simulated::LookupStep::kWaits) waits = true;
+    if (step == simulated::LookupStep::kFindsNone) ++failures;
+    changed.notify_all();
   });
   simulated::DeclareService(kStatsInstance);
-  simulated::RefuseService(kStatsInstance);
   const SensorVela engine{NoSupplier()};
+  {
+    std::unique_lock lock(mutex);
+    changed.wait(lock, [&] { return waits; });
+  }
+  simulated::FailServiceManager(kStatsInstance);
   std::unique_lock lock(mutex);
-  refused.wait(lock, [&] { return refusals >= 2; });
+  changed.wait(lock, [&] { return failures >= 2; });
 }
 
 /// A sensor that was never enabled has zero as the time of its enable, so the latency of its first

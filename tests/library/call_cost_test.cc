@@ -104,7 +104,7 @@ TEST(CallCostTest, OfEachEvent) {
     engine->ReportFirmwareState(1, {}, 1);  // Allocates a block of the queue that holds more atoms.
     for (int i = 0; i < times_before; ++i) call(*engine);
     EXPECT_EQ(CostOf([&] { call(*engine); }), cost) << what;
-    simulated::RefuseService(testkit::kStatsInstance);
+    simulated::FailServiceManager(testkit::kStatsInstance);
     engine.reset();
     simulated::ResetServices();
   }

@@ -245,9 +245,9 @@ class PageTest(unittest.TestCase):
         rows = [row.text.replace(",", "") for row in self.find_all("#sensors tbody tr")]
         self.assertEqual(len(rows), len(sensors))
         for row, sensor in zip(rows, sensors):
-            title, *bands = sensor.splitlines()
-            name, samples, _, not_reported, late = re.match(
-                r"(.*): (\d+) samples, (\d+) reported, (\d+) not reported, (\d+) late", title).groups()
+            name, samples, late = re.match(r"(.*): (\d+) samples, (\d+) late", sensor).groups()
+            not_reported = re.search(r"(\d+) not reported", sensor).group(1)
+            bands = [line for line in sensor.splitlines() if " ms |" in line]
             shares = [number for band in bands for number in re.findall(r" ([1-9]\d*)(?: +(\S+ %))?$", band)]
             self.assertEqual(row.split(), " ".join([name, samples, not_reported, late, *sum(shares, ())]).split())
 
@@ -274,7 +274,7 @@ class PageTest(unittest.TestCase):
     def test_says_what_is_under_the_pointer(self):
         self.open(DAY)
         self.assertEqual(self.point_at(self.find(".mark.dropped")), [
-            "13:02:00", "dropped: SensorRuntimeErrorDetected", "accelerometer (16/1) type=1 code=7",
+            "13:02:00", "dropped: SensorRuntimeErrorDetected", "accelerometer (16/1) type=1 code=7 (lookup failed)",
             "queued by runtime_error at 13:00:20, line 65"])
         self.assertEqual(self.point_at(self.find("rect.asleep:not(.shade)")),
                          ["01:12:00 to 06:50:00", "device asleep for 5 h 38 min"])

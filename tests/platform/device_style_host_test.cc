@@ -84,6 +84,23 @@ TEST_F(DeviceStyleHostTest, AServiceHasOneBinder) {
   EXPECT_EQ(SpAIBinder(AServiceManager_checkService("absent")), nullptr);
 }
 
+TEST_F(DeviceStyleHostTest, ARegistrationIsRefusedWhatIsNotDeclaredAndToldToWhoAsks) {
+  std::vector<std::string> told;
+  const auto tell = [](const char* instance, AIBinder*, void* cookie) {
+    static_cast<std::vector<std::string>*>(cookie)->emplace_back(instance);
+  };
+  auto* const registration =
+      AServiceManager_registerForServiceNotifications(name.c_str(), tell, &told);
+  EXPECT_EQ(told.size(), 1U) << "it is registered already";
+  const SpAIBinder binder = service->asBinder();
+  EXPECT_EQ(AServiceManager_addService(binder.get(), name.c_str()), EX_NONE);
+  EXPECT_EQ(AServiceManager_addService(binder.get(), "undeclared"), EX_ILLEGAL_ARGUMENT);
+  EXPECT_EQ(SpAIBinder(AServiceManager_checkService("undeclared")), nullptr);
+  AServiceManager_NotificationRegistration_delete(registration);
+  EXPECT_EQ(AServiceManager_addService(binder.get(), name.c_str()), EX_NONE);
+  EXPECT_EQ(told, std::vector<std::string>(2, name));
+}
+
 TEST_F(DeviceStyleHostTest, ARegisteredBinderLivesWithoutAnotherReference) {
   AIBinder* const binder = service->asBinder().get();
   AIBinder_incStrong(binder);
@@ -100,7 +117,8 @@ TEST(DeviceStyleBinderTest, EachCopyKeepsTheService) {
     SpAIBinder other;
     other = copy;
     first.set(nullptr);
-    copy = std::move(other);
+    copy = std::move(other);  // NOLINT(performance-move-const-arg): a move is a copy, as there.
+    EXPECT_EQ(other, copy.get());  // NOLINT(bugprone-use-after-move)
     AIBinder_incStrong(copy.get());
     *first.getR() = copy.get();
     const SpAIBinder& itself = first;
@@ -135,6 +153,30 @@ TEST(DeviceStyleStatusTest, AStatusSaysWhatItWasMadeOf) {
         << status.getDescription();
   }
   EXPECT_FALSE(ScopedAStatus().isOk());
+}
+
+TEST(DeviceStyleStatusTest, ADescriptionNamesWhatIsKnown) {
+  const std::pair<ScopedAStatus, std::string> kCases[] = {
+      {ScopedAStatus::ok(), "No error"},
+      {ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT),
+       "Status(-129, EX_TRANSACTION_FAILED): 'DEAD_OBJECT: '"},
+      {ScopedAStatus::fromStatus(-12345), "Status(-129, EX_TRANSACTION_FAILED): 'UNKNOWN_ERROR: '"},
+      {ScopedAStatus::fromExceptionCodeWithMessage(-77, "why"),
+       "Status(-129, EX_TRANSACTION_FAILED): 'FAILED_TRANSACTION: why'"},
+      {ScopedAStatus::fromExceptionCodeWithMessage(EX_SECURITY, "why"),
+       "Status(-1, EX_SECURITY): 'why'"},
+      {ScopedAStatus::fromServiceSpecificErrorWithMessage(7, "why"),
+       "Status(-8, EX_SERVICE_SPECIFIC): '7: why'"}};
+  for (const auto& [status, description] : kCases) EXPECT_EQ(status.getDescription(), description);
+}
+
+TEST(DeviceStyleTextTest, AnAnnotationHasItsNameAndAFloatSixDigits) {
+  Annotation annotation = {AnnotationId::EXCLUSIVE_STATE, true};
+  EXPECT_NE(annotation.toString().find("EXCLUSIVE_STATE"), std::string::npos);
+  annotation.annotationId = AnnotationId{19};
+  EXPECT_NE(annotation.toString().find("annotationId: 19,"), std::string::npos);
+  EXPECT_EQ(aidl::android::frameworks::stats::VendorAtomValue(0.1F).toString(),
+            "VendorAtomValue{floatValue: 0.100000}");
 }
 
 }  // namespace

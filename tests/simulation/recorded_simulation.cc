@@ -45,6 +45,9 @@ Texts Replayed(const std::string& path) {
 
 class RecordedRuns : public SimulationObserver {
  public:
+  // A recording does not tell when a process took an atom, or whether it did.
+  bool HasProcesses() override { return false; }
+
   void EngineStarts() override {
     engines_.push_back({Path(engines_.size()), {}});
     std::filesystem::remove(engines_.back().path);  // Of a simulation that failed.

@@ -32,10 +32,6 @@ using testkit::Answer;
 using V = SensorVela;
 constexpr std::int64_t kDayNs = 86'400'000'000'000;
 
-void Destroy(World& world, bool comes_up) {
-  world.DestroyEngine([&] { comes_up ? world.RegisterService() : world.ReleaseServiceWaits(); });
-}
-
 /// Random values, with edge cases more often.
 class Dice {
  public:
@@ -100,26 +96,56 @@ std::string Text(const char* name, std::initializer_list<int64_t> values) {
   return text;
 }
 
-/// The operations on the stats service and its manager, the likely ones more than once.
-Step ServiceStep(Dice& dice) {
-  struct Operation {
-    const char* name;
-    void (World::*real)();
-    void (Model::*model)();
-  };
-  constexpr Operation kRegister = {"register", &World::RegisterService, &Model::Register};
-  constexpr Operation kUnregister = {"unregister", &World::UnregisterService, &Model::Unregister};
-  constexpr Operation kRelease = {"release waits", &World::ReleaseServiceWaits,
-                                  &Model::ReleaseWaits};
-  constexpr Operation kRefuse = {"refuse", &World::RefuseService, &Model::Refuse};
-  constexpr Operation kAllow = {"allow", &World::AllowService, &Model::Allow};
-  constexpr Operation kDeclare = {"declare", &World::DeclareService, &Model::Declare};
-  constexpr Operation kUndeclare = {"undeclare", &World::UndeclareService, &Model::Undeclare};
-  const Operation operation =
-      dice.OneOf({kRegister, kRegister, kRegister, kUnregister, kUnregister, kRelease, kRefuse,
-                  kAllow, kAllow, kDeclare, kDeclare, kUndeclare});
+/// An operation on the stats service, its process or its manager.
+struct Operation {
+  const char* name;
+  void (World::*real)();
+  void (Model::*model)();
+};
+
+constexpr Operation kRegister = {"register", &World::RegisterService, &Model::Register};
+constexpr Operation kUnregister = {"unregister", &World::UnregisterService, &Model::Unregister};
+constexpr Operation kRelease = {"release waits", &World::ReleaseServiceWaits, &Model::ReleaseWaits};
+constexpr Operation kRefuse = {"refuse", &World::RefuseService, &Model::Refuse};
+constexpr Operation kAllow = {"allow", &World::AllowService, &Model::Allow};
+constexpr Operation kDeclare = {"declare", &World::DeclareService, &Model::Declare};
+constexpr Operation kUndeclare = {"undeclare", &World::UndeclareService, &Model::Undeclare};
+constexpr Operation kProcess = {"process", &World::RegisterServiceProcess, &Model::RegisterProcess};
+constexpr Operation kStop = {"stop", &World::StopServiceProcess, &Model::Stop};
+constexpr Operation kGoOn = {"go on", &World::ContinueServiceProcess, &Model::GoOn};
+constexpr Operation kKill = {"kill", &World::KillServiceProcess, &Model::Die};
+
+Step StepOf(const Operation& operation) {
   return {operation.name, [=](World& world) { (world.*operation.real)(); },
           [=](Model& model) { (model.*operation.model)(); }};
+}
+
+/// The likely ones more than once.
+Step ServiceStep(Dice& dice) {
+  return StepOf(dice.OneOf({kRegister, kRegister, kRegister, kUnregister, kUnregister, kRelease,
+                            kRefuse, kAllow, kAllow, kDeclare, kDeclare, kUndeclare}));
+}
+
+/// What happens to the service's process. It is often a new one.
+Step ProcessStep(Dice& dice) {
+  if (dice.OneIn(4)) {
+    const auto duration = dice.OneOf<int64_t>({0, 1, 1'000'000, dice.UpTo(kDayNs / 8)});
+    return {Text("time per atom", {duration}),
+            [=](World& world) { world.SetTimePerAtom(std::chrono::nanoseconds(duration)); },
+            [=](Model& model) { model.SetTimePerAtom(duration); }};
+  }
+  return StepOf(dice.OneOf({kProcess, kProcess, kProcess, kStop, kGoOn, kGoOn, kKill}));
+}
+
+/// Destroys the engine, and ends the wait in which its thread is, if it is in one.
+Step DestroyStep(Dice& dice, const Model& now) {
+  Operation release = kRelease;
+  if (now.is_blocked() && !now.awaits_process()) release = dice.OneOf({kRelease, kRegister});
+  if (now.is_blocked() && now.awaits_process()) release = dice.OneOf({kRelease, kKill});
+  if (now.awaits_process() && now.process_is_stopped() && dice.OneIn(2)) release = kGoOn;
+  return {std::string("destroy, ") + release.name,
+          [=](World& world) { world.DestroyEngine([&] { (world.*release.real)(); }); },
+          [=](Model& model) { model.Destroy(release.model); }};
 }
 
 Step DiagnosticsStep(Dice& dice) {
@@ -159,8 +185,8 @@ Step TimeStep(Dice& dice, const Model& now) {
 }
 
 /// One thing that happens around the engine, or to it as a whole.
-Step WorldStep(Dice& dice, const Model& now) {
-  switch (dice.UpTo(11)) {
+Step WorldStep(Dice& dice, const Model& now, bool has_processes) {
+  switch (dice.UpTo(12)) {
     case 0: {
       const int reports = static_cast<int>(dice.UpTo(3));
       const auto answer = dice.OneOf({Answer::kOk, Answer::kError, Answer::kNoStatus});
@@ -170,20 +196,16 @@ Step WorldStep(Dice& dice, const Model& now) {
     }
     case 1:
       return DiagnosticsStep(dice);
-    case 2: {
-      const bool comes_up = dice.OneIn(2);
-      if (!now.has_engine() || !dice.OneIn(2)) return TimeStep(dice, now);
-      return {
-          Text("destroy", {comes_up ? 1 : 0}),
-          [=, blocked = now.is_blocked()](World& world) { Destroy(world, blocked && comes_up); },
-          [=](Model& model) { model.Destroy(comes_up); }};
-    }
+    case 2:
+      return now.has_engine() && dice.OneIn(2) ? DestroyStep(dice, now) : TimeStep(dice, now);
     case 3:
     case 4:
     case 5:
     case 6:
-    case 7:
       return ServiceStep(dice);
+    case 7:
+    case 8:
+      return has_processes ? ProcessStep(dice) : ServiceStep(dice);
     default:
       return TimeStep(dice, now);
   }
@@ -231,9 +253,16 @@ Step EventStep(Dice& dice, Model& now) {
   const int32_t b = dice.Int();
   const int64_t time = dice.Long();
   switch (dice.UpTo(9)) {
-    case 0:
-      return TellOnce(Text("outside atom", {a}), Marker(a),
-                      [=](V& engine) { engine.ReportVendorAtomAsync(Marker(a)); });
+    case 0: {
+      VendorAtom atom = Marker(a);
+      const int64_t characters =
+          dice.OneOf<int64_t>({-1, -1, -1, dice.UpTo(3), now.LongestText(), now.LongestText() + 1});
+      if (characters >= 0) {
+        atom.values.emplace_back(std::string(static_cast<std::size_t>(characters), 'x'));
+      }
+      return TellOnce(Text("outside atom", {a, characters}), atom,
+                      [=](V& engine) { engine.ReportVendorAtomAsync(atom); });
+    }
     case 1:
       return TellOnce(Text("firmware", {a, b, a}), Atom(100244, a, b, a),
                       [=](V& engine) { engine.ReportFirmwareState(a, V::FirmwareState{b}, a); });
@@ -289,7 +318,7 @@ Step EventStep(Dice& dice, Model& now) {
   }
 }
 
-Step NextStep(Dice& dice, Model& now) {
+Step NextStep(Dice& dice, Model& now, bool has_processes) {
   if (!now.has_engine() && dice.OneIn(2)) {
     const auto supplier = dice.OneOf(
         {SupplierKind::kNone, SupplierKind::kFirstGeneration, SupplierKind::kSecondGeneration});
@@ -297,7 +326,8 @@ Step NextStep(Dice& dice, Model& now) {
             [=](World& world) { world.StartEngine(supplier); },
             [=](Model& model) { model.Create(supplier); }};
   }
-  return now.has_engine() && !dice.OneIn(3) ? EventStep(dice, now) : WorldStep(dice, now);
+  return now.has_engine() && !dice.OneIn(3) ? EventStep(dice, now)
+                                            : WorldStep(dice, now, has_processes);
 }
 
 void PrintLines(const char* whose, const Texts& lines, std::size_t first) {
@@ -329,7 +359,7 @@ bool RunSeed(std::uint64_t seed, int steps, bool print, SimulationObserver& obse
   Model model;
   std::vector<std::string> done;
   for (int i = 0; i < steps; ++i) {
-    const Step step = NextStep(dice, model);
+    const Step step = NextStep(dice, model, observer.HasProcesses());
     done.push_back(step.text);
     if (print) std::fprintf(stderr, "%s\n", step.text.c_str());
     if (step.text.starts_with("create")) observer.EngineStarts();

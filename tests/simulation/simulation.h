@@ -9,6 +9,8 @@ namespace sensorvela::testing {
 class SimulationObserver {
  public:
   virtual ~SimulationObserver() = default;
+  /// Whether the stats service may have a process of its own.
+  virtual bool HasProcesses() { return true; }
   /// The run's next engine is about to be constructed.
   virtual void EngineStarts() {}
   /// What `World::TakeHistory` has returned after a step.

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,6 +19,30 @@ constexpr std::int64_t kSixHoursNs = 21'600'000'000'000;
 
 std::int32_t Low(std::int64_t value) { return static_cast<std::int32_t>(value & 0xFFFFFFFF); }
 
+/// What a report of the atom takes in the buffer of the service's process. Its domain name is
+/// empty, and its values are numbers, lists of ints or texts of one byte a character.
+std::int64_t BytesOf(const VendorAtom& atom) {
+  std::int64_t bytes = 112;
+  for (const Value& value : atom.values) {
+    switch (value.getTag()) {
+      case Value::longValue:
+        bytes += 16;
+        break;
+      case Value::repeatedIntValue: {
+        const auto& list = value.get<Value::repeatedIntValue>();
+        bytes += 12 + (list ? 4 * std::ssize(*list) : 0);
+        break;
+      }
+      case Value::stringValue:
+        bytes += 12 + (2 * std::ssize(value.get<Value::stringValue>()) + 5) / 4 * 4;
+        break;
+      default:
+        bytes += 12;
+    }
+  }
+  return (bytes + 7) / 8 * 8;
+}
+
 std::int64_t Minus(std::int64_t a, std::int64_t b) {
   std::int64_t difference = 0;
   __builtin_sub_overflow(a, b, &difference);
@@ -27,45 +52,115 @@ std::int64_t Minus(std::int64_t a, std::int64_t b) {
 }  // namespace
 
 void Model::RunTo(std::int64_t instant_ns) {
-  while (reporter_ == Reporter::kAsleep && deadline_ns_ + suspended_ns_ <= instant_ns) {
-    now_ns_ = std::max(now_ns_, deadline_ns_ + suspended_ns_);
-    WakeUp();
+  for (;;) {
+    const bool rings = process_.busy && !process_.stopped;
+    const bool wakes = reporter_ == Reporter::kAsleep;
+    const bool is_process = rings && (!wakes || process_.done_ns <= deadline_ns_);
+    if (!rings && !wakes) break;
+    const std::int64_t next_ns = (is_process ? process_.done_ns : deadline_ns_) + suspended_ns_;
+    if (next_ns > std::max(now_ns_, instant_ns)) break;
+    now_ns_ = std::max(now_ns_, next_ns);
+    is_process ? ProcessIsDone() : WakeUp();
   }
   now_ns_ = std::max(now_ns_, instant_ns);
 }
 
-void Model::Refuse() {
-  refused_ = true;
-  ReleaseWaits();
-}
-
 void Model::Register() {
-  registered_ = true;
-  if (is_blocked()) ServiceAnswered(true);
+  declared_ = true;
+  registered_ = Where::kInHost;
+  if (is_blocked() && !awaits_process_) LookupEnds(true);
 }
 
 void Model::ReleaseWaits() {
-  if (is_blocked()) ServiceAnswered(false);
+  if (is_blocked()) LookupEnds(false);
+}
+
+void Model::RegisterProcess() {
+  Die();
+  process_.alive = true;
+  declared_ = true;
+  registered_ = Where::kInProcess;
+  if (is_blocked() && !awaits_process_) LookupEnds(true);
+}
+
+void Model::Stop() {
+  if (!process_.alive || process_.stopped) return;
+  process_.stopped = true;
+  process_.left_ns = process_.done_ns - monotonic_ns();
+}
+
+void Model::GoOn() {
+  if (!process_.alive || !process_.stopped) return;
+  process_.stopped = false;
+  if (process_.busy) process_.done_ns = monotonic_ns() + process_.left_ns;
+  ProcessWorks(monotonic_ns());
+  if (!process_.busy) ProcessAnswers(true);
+}
+
+void Model::Die() {
+  if (!process_.alive) return;
+  for (const VendorAtom& atom : process_.buffer) history.push_back("lost " + AtomText(atom));
+  process_ = {};
+  ProcessAnswers(false);
+}
+
+std::int64_t Model::LongestText() const {
+  std::int64_t room = 520'192 - process_.bytes;
+  for (const auto* atoms : {&batch_, &queue_}) {
+    for (const VendorAtom& atom : *atoms) room -= BytesOf(atom);
+  }
+  room = std::min<std::int64_t>(room, 500'000 - 8);
+  // Without the atom around the text and the zero at its end, in whole words.
+  return std::max<std::int64_t>((room / 8 * 8 - 124) / 4 * 2 - 1, 0);
+}
+
+/// It works on one atom at a time, and takes those for which it needs no time at once.
+void Model::ProcessWorks(std::int64_t since_ns) {
+  while (!process_.stopped && !process_.busy && !process_.buffer.empty()) {
+    if (time_per_atom_ns_ == 0) {
+      Take(process_.buffer.front());
+    } else {
+      process_.busy = true;
+      process_.done_ns = since_ns + time_per_atom_ns_;
+    }
+  }
+}
+
+void Model::ProcessIsDone() {
+  process_.busy = false;
+  Take(process_.buffer.front());
+  ProcessWorks(process_.done_ns);
+  ProcessAnswers(true);
+}
+
+void Model::Take(const VendorAtom& atom) {
+  history.push_back(AtomText(atom));
+  if (!answers_.empty()) answers_.pop_front();  // Nobody hears it.
+  process_.bytes -= BytesOf(atom);
+  process_.buffer.pop_front();
+}
+
+void Model::ProcessAnswers(bool found) {
+  if (is_blocked() && awaits_process_) LookupEnds(found);
 }
 
 void Model::Create(SupplierKind supplier) {
   supplier_ = supplier;
   deadline_ns_ = monotonic_ns() + kSixHoursNs;
-  if (!declared_) {
+  if (!declared_ || refused_) {
     Log('E', "IStats service is not registered.");
     Pump();
     return;
   }
   Log('I', "Waiting for IStats service to come up.");
   reporter_ = Reporter::kBlockedAtStart;
-  if (!IsAwaited()) ServiceAnswered(IsFound());
+  LookUp();
 }
 
-void Model::Destroy(bool comes_up) {
+void Model::Destroy(void (Model::*release)()) {
   stopping_ = true;
   if (is_blocked()) {
-    if (comes_up) registered_ = true;
-    ServiceAnswered(comes_up);
+    (this->*release)();
   } else if (monotonic_ns() >= deadline_ns_) {
     EndCycle();
   }
@@ -86,16 +181,11 @@ void Model::WakeUp() {
   Pump();
 }
 
-/// Runs the reporter's loop from its beginning until the reporter sleeps or blocks.
+/// The reporter's loop from its beginning.
 void Model::Pump() {
-  do {
-    batch_ = std::exchange(queue_, {});
-    if (IsAwaited()) {
-      reporter_ = Reporter::kBlockedInDrain;
-      return;
-    }
-    Deliver(IsFound());
-  } while (GoesOn());
+  batch_ = std::exchange(queue_, {});
+  reporter_ = Reporter::kBlockedInDrain;
+  LookUp();
 }
 
 /// Called after a drain. Returns whether another drain follows before the reporter sleeps.
@@ -110,30 +200,58 @@ bool Model::GoesOn() {
   return true;
 }
 
-void Model::ServiceAnswered(bool found) {
-  if (reporter_ == Reporter::kBlockedAtStart) {
+/// Goes on to what follows, unless it has to wait.
+void Model::LookUp() {
+  awaits_process_ = false;
+  bool found = !refused_;
+  if (found && registered_ == Where::kNowhere) return;
+  if (found && registered_ == Where::kInProcess) {
+    awaits_process_ = process_.stopped || process_.busy;
+    if (awaits_process_) return;
+    found = process_.alive;
+    if (!found) registered_ = Where::kNowhere;  // It is found once more, dead.
+  }
+  LookupEnds(found);
+}
+
+void Model::LookupEnds(bool found) {
+  // A lookup that waited for a process has found that one, whatever is registered now.
+  const bool in_process = awaits_process_ || registered_ == Where::kInProcess;
+  awaits_process_ = false;
+  if (std::exchange(reporter_, Reporter::kBusy) == Reporter::kBlockedAtStart) {
     found ? Log('I', "IStats service online.") : Log('E', "Failed to get IStats service.");
     if (!stopping_) Pump();
     return;
   }
-  Deliver(found);
+  if (!found) Log('E', "Failed to get IStats service. Atoms are dropped.");
+  for (const VendorAtom& atom : batch_) {
+    if (found) in_process ? ReportToProcess(atom) : ReportToHost(atom);
+  }
+  batch_.clear();
   if (GoesOn()) Pump();
 }
 
-void Model::Deliver(bool found) {
-  if (!found) {
-    Log('E', "Failed to get IStats service. Atoms are dropped.");
+void Model::ReportToHost(const VendorAtom& atom) {
+  history.push_back(AtomText(atom));
+  if (answers_.empty()) return;
+  const testkit::Answer answer = answers_.front();
+  answers_.pop_front();
+  if (answer != testkit::Answer::kOk) LogFailure(atom);
+}
+
+void Model::ReportToProcess(const VendorAtom& atom) {
+  const std::int64_t bytes = BytesOf(atom);
+  if (bytes >= 500'000 || process_.bytes + bytes > 520'192) {
+    LogFailure(atom);
     return;
   }
-  for (const VendorAtom& atom : batch_) {
-    history.push_back(AtomText(atom));
-    if (answers_.empty()) continue;
-    const testkit::Answer answer = answers_.front();
-    answers_.pop_front();
-    if (answer != testkit::Answer::kOk) {
-      Log('E', "Failed to report atom [id = " + std::to_string(atom.atomId) + "].");
-    }
-  }
+  process_.buffer.push_back(atom);
+  process_.bytes += bytes;
+  ProcessWorks(monotonic_ns());
+}
+
+void Model::LogFailure(const VendorAtom& atom) {
+  Log('E', "Failed to report atom [id = " + std::to_string(atom.atomId) + "].");
 }
 
 void Model::EndCycle() {

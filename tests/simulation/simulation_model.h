@@ -24,10 +24,12 @@ class Model {
   std::vector<std::string> history;
 
   bool has_engine() const { return reporter_ != Reporter::kNone; }
-  /// Whether the reporter thread waits in the service manager.
+  /// Whether the reporter thread waits in the service manager or for the service's process.
   bool is_blocked() const {
     return reporter_ == Reporter::kBlockedAtStart || reporter_ == Reporter::kBlockedInDrain;
   }
+  /// Whether a thread that is blocked waits for the process.
+  bool awaits_process() const { return awaits_process_; }
   std::int64_t now_ns() const { return now_ns_; }
 
   // The world around the engine.
@@ -39,20 +41,31 @@ class Model {
   }
   void Declare() { declared_ = true; }
   void Undeclare() { declared_ = false; }
-  void Refuse();
+  void Refuse() { refused_ = true; }
   void Allow() { refused_ = false; }
   void Register();
-  void Unregister() { registered_ = false; }
+  void Unregister() { registered_ = Where::kNowhere; }
   void ReleaseWaits();
+
+  // The service's process.
+  void RegisterProcess();
+  void SetTimePerAtom(std::int64_t duration_ns) { time_per_atom_ns_ = duration_ns; }
+  void Stop();
+  void GoOn();
+  void Die();
+  /// The longest text whose atom fits into the process's buffer after all that are queued; 0 for
+  /// none.
+  std::int64_t LongestText() const;
+  bool process_is_stopped() const { return process_.alive && process_.stopped && !process_.busy; }
   void AnswerNext(int reports, testkit::Answer answer) {
     answers_.insert(answers_.end(), static_cast<std::size_t>(reports), answer);
   }
   void SetDiagnostics(const testkit::Diagnostics& diagnostics) { diagnostics_ = diagnostics; }
 
-  // Construction and destruction of the engine. If the destruction is blocked by a wait for the
-  // service, the service registers (`comes_up`) or the wait is released without a service.
+  // Construction and destruction of the engine. `release` ends the wait that blocks the
+  // destruction, if one does.
   void Create(SupplierKind supplier);
-  void Destroy(bool comes_up);
+  void Destroy(void (Model::*release)());
 
   /// What a method does that only queues this atom.
   void Enqueue(const VendorAtom& atom);
@@ -72,7 +85,21 @@ class Model {
   std::int64_t LastInTime(SensorVela::SensorId sensor);
 
  private:
-  enum class Reporter { kNone, kBlockedAtStart, kBlockedInDrain, kAsleep };
+  enum class Where { kNowhere, kInHost, kInProcess };
+
+  /// The process of the service. Its times are of the monotonic clock.
+  struct Process {
+    bool alive = false;
+    bool stopped = false;
+    /// It works on the first atom of the buffer.
+    bool busy = false;
+    std::int64_t done_ns = 0;
+    std::int64_t left_ns = 0;
+    std::deque<VendorAtom> buffer;
+    std::int64_t bytes = 0;
+  };
+
+  enum class Reporter { kNone, kBlockedAtStart, kBlockedInDrain, kBusy, kAsleep };
 
   struct Status {
     std::array<std::uint32_t, 5> bands = {};
@@ -87,14 +114,21 @@ class Model {
     history.push_back(std::string{priority} + " " + text);
   }
   std::int64_t monotonic_ns() const { return now_ns_ - suspended_ns_; }
-  bool IsFound() const { return registered_ && !refused_; }
-  bool IsAwaited() const { return !registered_ && !refused_; }
   void CountError(bool hal, SensorVela::SensorId sensor, int enumerator, int code);
   void WakeUp();
   void Pump();
   bool GoesOn();
-  void ServiceAnswered(bool found);
-  void Deliver(bool found);
+  void LookUp();
+  /// The lookup ends, and what follows until the thread sleeps or is blocked again.
+  void LookupEnds(bool found);
+  void ReportToHost(const VendorAtom& atom);
+  void ReportToProcess(const VendorAtom& atom);
+  void LogFailure(const VendorAtom& atom);
+  void ProcessWorks(std::int64_t since_ns);
+  void ProcessIsDone();
+  void Take(const VendorAtom& atom);
+  /// A lookup that waits for the process ends.
+  void ProcessAnswers(bool found);
   void EndCycle();
   void Upload();
   void UploadMemory(const SensorVela::MemoryPressure& memory);
@@ -103,13 +137,16 @@ class Model {
   /// Of elapsed realtime; the monotonic clock does not have it.
   std::int64_t suspended_ns_ = 0;
   bool declared_ = true;
-  bool registered_ = true;
+  Where registered_ = Where::kInHost;
   bool refused_ = false;
+  Process process_;
+  std::int64_t time_per_atom_ns_ = 0;
   std::deque<testkit::Answer> answers_;
   testkit::Diagnostics diagnostics_;
   SupplierKind supplier_ = SupplierKind::kNone;
 
   Reporter reporter_ = Reporter::kNone;
+  bool awaits_process_ = false;
   bool stopping_ = false;
   std::int64_t deadline_ns_ = 0;  // Of the monotonic clock.
   std::vector<VendorAtom> queue_;

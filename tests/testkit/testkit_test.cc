@@ -123,7 +123,7 @@ TEST(VirtualTimeDeathTest, AbortsWhenItCannotBegin) {
 }
 
 TEST(VirtualTimeDeathTest, AbortsWhenAnEngineIsThereBeforeOrAfter) {
-  simulated::RefuseService(kStatsInstance);  // An engine that is not in the way ends at once.
+  simulated::FailServiceManager(kStatsInstance);  // An engine that is not in the way ends at once.
   EXPECT_DEATH(
       {
         const auto engine = MakeEngine(SupplierKind::kNone, nullptr);

@@ -257,11 +257,11 @@ TEST(DeviceLogTest, TellsNoEndsWhereThereMayBeSeveralEngines) {
   }
 }
 
-// The README's table has every line, and its letters are those of the priorities.
-TEST(DeviceLogTest, KnowsEveryLineOfTheReadme) {
-  std::istringstream readme(Content(SourcePath("README.md")));
+// The document's table has every line, and its letters are those of the priorities.
+TEST(DeviceLogTest, KnowsEveryLineOfTheDocument) {
+  std::istringstream document(Content(SourcePath("docs/logs.md")));
   std::set<LineKind> kinds;
-  for (std::string line; std::getline(readme, line);) {
+  for (std::string line; std::getline(document, line);) {
     if (!line.starts_with("| I `") && !line.starts_with("| E `")) continue;
     const auto found = FindLibraryLine(line[2], line.substr(5, line.find('`', 5) - 5));
     EXPECT_TRUE(found && kinds.insert(found->kind).second) << line;

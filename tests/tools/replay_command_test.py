@@ -20,6 +20,7 @@ failed                      0  atoms whose report failed or ended without a stat
 dropped                     0  atoms that never reached the stats service
 blocked by the cap          0  errors after the first 10 of their kind in a cycle
 cycles ended                0
+findings                    0  nothing looks wrong
 """
 
 LOG = """\
@@ -29,7 +30,7 @@ LOG = """\
 
 JSON_LINES = """\
 {"kind":"replay","version":1}
-{"kind":"summary","delivered":0,"failed":0,"dropped":0,"blocked_by_cap":0,"cycles_ended":0}
+{"kind":"summary","delivered":0,"failed":0,"did_not_fit":0,"dropped":0,"left_in_buffer":0,"lost_in_buffer":0,"blocked_by_cap":0,"cycles_ended":0,"findings":0,"outages":0,"away_ns":0}
 """
 
 # A run of which several kinds of lines are printed, one of them about an error past the cap.
@@ -55,6 +56,7 @@ failed                      0  atoms whose report failed or ended without a stat
 dropped                     0  atoms that never reached the stats service
 blocked by the cap          1  errors after the first 10 of their kind in a cycle
 cycles ended                0
+findings                    1  what looks wrong: --findings lists it
 """
 
 # On a terminal of 58 columns, which the longest line fills. The braces stand for the beginning and the end of
@@ -74,6 +76,8 @@ dropped                     0  atoms that never reached
 blocked by the cap          1  errors after the first 10
                                of their kind in a cycle
 cycles ended                0
+findings                    1  what looks wrong:
+                               --findings lists it
 """
 
 # The output of this run fits into no buffer, so a write that must fail does so before the run's end.
@@ -130,6 +134,22 @@ class ReplayCommandTest(CommandTestCase):
         status, printed, complained = self.run_tool("--version")
         self.assertEqual((status, complained), (0, ""))
         self.assertRegex(printed, r"\Asensorvela-replay \d+\.\d+\.\d+\n\Z")
+
+    def test_prints_what_looks_wrong(self):
+        explanation = ("These errors were not reported, only logged: see the ten before them, which were.")
+        self.assert_run("-", "--findings", stdin=TRACE)
+        self.assert_run("-", "--findings", stdin=ERRORS_TRACE, status=3,
+                        out="error_storm  left (1/2)  1 error, first at 00:00:00.000000002, line 4\n  " +
+                            explanation + "\n")
+        self.assert_run("-", "--findings", "--only", "3/4", stdin=ERRORS_TRACE, status=3)
+        status, printed, _ = self.run_tool("-", "--findings", "--format", "jsonl", stdin=ERRORS_TRACE)
+        self.assertEqual(status, 3)
+        self.assertEqual([json.loads(line) for line in printed.splitlines()], [
+            {"kind": "replay", "version": 1},
+            {"kind": "finding", "at_ns": 2, "name": "error_storm", "sensor_high": 1, "sensor_low": 2,
+             "sensor_name": "left", "count": 1, "counts": "errors", "trace_line": 4,
+             "explanation": explanation}])
+        self.assert_bad_usage("-", "--findings", "--check", stdin=TRACE, err="--findings excludes --check")
 
     def test_checks_a_trace(self):
         cut = '{"at_ns":0,"event":"recording","version":1}\n' + TRACE

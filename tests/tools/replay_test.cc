@@ -225,6 +225,29 @@ TEST(RecordingTest, EndsWhereAHostWasKilledDuringAnUpload) {
   }
 }
 
+// The first drain takes what was queued before it, and logs once that it found no service.
+TEST(RecordingTest, LogsEachLookupThatFoundNoneOnce) {
+  struct : RunObserver {
+    void OnLogLine(Instant /*at*/, int /*priority*/, std::string_view /*tag*/,
+                   std::string_view text) override {
+      if (text.ends_with("Atoms are dropped.")) ++lines;
+    }
+    void OnRunEnd(Instant /*at*/, const Summary& end) override { summary = end; }
+    int lines = 0;
+    Summary summary;
+  } last;
+  const Trace trace("t", Input(R"({"at_ns":0,"event":"recording","version":1}
+{"at_ns":0,"event":"engine_start","supplier":"none"}
+{"at_ns":1,"event":"firmware_state","subject_id":1,"state":3,"detail_code":0}
+{"at_ns":2,"event":"lookup_found_none","reports":0}
+{"at_ns":3,"event":"end","reports":0}
+)"));
+  Replay({&last}, true).Run(trace.Events());
+  EXPECT_EQ(last.lines, 1);
+  EXPECT_EQ(last.summary.dropped, 1u);
+  EXPECT_EQ(last.summary.lost_in_buffer, std::nullopt) << "a recording does not tell";
+}
+
 // A changed bit of a whole recording is reported, or changes nothing: one in a header's time, say.
 TEST(RecordingTest, SeesDamageAnywhereInGzipData) {
   const std::string recording = R"({"at_ns":0,"event":"recording","version":1}

@@ -23,7 +23,8 @@ REQUIRED_KEYS = {"M": {"name", "pid", "tid", "args"},
                  "I": {"name", "pid", "tid", "ts", "s", "cat"},
                  "C": {"name", "pid", "ts", "args"}}
 
-COUNTS_OF_MARKS = {"delivered": "delivered", "failed": "failed", "dropped": "dropped", "blocked": "blocked_by_cap"}
+COUNTS_OF_MARKS = {"delivered": "delivered", "failed": "failed", "dropped": "dropped", "blocked": "blocked_by_cap",
+                   "lost in buffer": "lost_in_buffer", "left in buffer": "left_in_buffer"}
 
 
 def ns(microseconds):

@@ -33,7 +33,9 @@ constexpr char kExitHelp[] =
     "     the files are written), or the run failed\n"
     "  2  bad usage, or a trace that is not as described, with one line FILE:LINE: ... that says\n"
     "     why; with --check also a recording that was cut\n"
-    "  3  the replay of a recording differs from it, with a line of the same form";
+    "  3  the run is not as it should be: with --findings something looks wrong; or the replay of "
+    "a\n"
+    "     recording differs from it, which a line of the same form says on standard error";
 
 }  // namespace
 
@@ -53,6 +55,10 @@ void AddOptions(CLI::App& app, Options& options) {
   app.add_flag("--wide", options.wide,
                "Fold and break nothing: all values, all repeats, each line on one line");
   app.add_flag("--summary", options.summary, "Print the summary alone");
+  CLI::Option* const findings = app.add_flag(
+      "--findings", options.findings,
+      "Print what looks wrong alone, the most severe first, and exit with 3 if there is "
+      "anything");
   app.add_option("--only", options.only,
                  "Print the lines of that sensor or of that kind of atom only: a sensor's name or "
                  "HIGH/LOW, an atom's name or identifier; may be repeated")
@@ -70,6 +76,7 @@ void AddOptions(CLI::App& app, Options& options) {
   CLI::Option* const check =
       app.add_flag("--check", options.check,
                    "Print only what is wrong with the trace, also where a recording was cut");
+  check->excludes(findings);
   for (CLI::Option* const file : files) check->excludes(file);
   AddGenerateOption(app);
   app.footer(kTraceHelp + DescribeEventKinds() + kExitHelp);

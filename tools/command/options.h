@@ -18,6 +18,7 @@ struct Options {
   std::map<std::size_t, std::string> files;
   bool summary = false;
   bool wide = false;
+  bool findings = false;
   std::vector<std::string> only;
 };
 

@@ -6,6 +6,9 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "tools/facts/run_observer.h"
 
@@ -21,8 +24,25 @@ struct SummaryCount {
   bool is_loss = false;
 };
 
-/// The counts of a run, in the order in which they are shown.
-std::array<SummaryCount, 5> CountsOf(const Summary& summary);
+/// The counts of a run, in the order in which they are shown. Those of a service's buffer are left
+/// out of a run in which it had no process of its own.
+std::vector<SummaryCount> CountsOf(const Summary& summary);
+
+/// What became of an atom that its buffer kept: "lost in buffer" or "left in buffer".
+const char* CaptionOf(BufferFate fate);
+
+/// Why the service is away: "not_registered". Words in JSON Lines; `Words` makes them text.
+std::string_view WordOf(AbsenceReason reason);
+
+/// Why an atom is dropped: "still_queued".
+std::string_view WordOf(DropReason reason);
+
+/// "still queued" for "still_queued".
+std::string Words(std::string_view word);
+
+/// The reasons for which a sensor's samples are in no report, with their counts; those without any
+/// are left out.
+std::vector<std::pair<const char*, std::uint64_t>> ReasonsOf(const NotReported& not_reported);
 
 /// The limit of a latency band in milliseconds, "2.5"; of the last one, which has none, the limit
 /// of the band before.

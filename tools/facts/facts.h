@@ -1,6 +1,7 @@
 // Works out what a run means.
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -19,7 +20,10 @@
 
 #include "platform/sync.h"
 #include "tools/facts/cause.h"
+#include "tools/facts/findings.h"
+#include "tools/facts/run_checks.h"
 #include "tools/facts/run_observer.h"
+#include "tools/facts/sensor_checks.h"
 #include "tools/facts/sensor_facts.h"
 #include "tools/text/sensor_order.h"
 
@@ -45,7 +49,8 @@ class Facts {
   void EngineStarts(bool has_supplier, bool looks_up_first) SENSORVELA_EXCLUDES(mutex_);
   /// The engine is about to be destroyed. In a run that `follows_recording`, what it still does is
   /// not what the recorded engine did, and is not looked at.
-  void EngineStops(bool follows_recording) SENSORVELA_EXCLUDES(mutex_);
+  /// `by_host`: the trace says so; otherwise the run ends before the host does it.
+  void EngineStops(bool follows_recording, bool by_host) SENSORVELA_EXCLUDES(mutex_);
   void RunEnds() SENSORVELA_EXCLUDES(mutex_);
 
   // Called before the call of the engine.
@@ -53,6 +58,8 @@ class Facts {
   void SensorEnabled(SensorVela::SensorId sensor, std::int64_t period_ns)
       SENSORVELA_EXCLUDES(mutex_);
   void SensorDisabled(SensorVela::SensorId sensor) SENSORVELA_EXCLUDES(mutex_);
+  /// The host reports a first sample beside the engine.
+  void FirstSampleReported(SensorVela::SensorId sensor) SENSORVELA_EXCLUDES(mutex_);
   void Sample(const std::shared_ptr<const EventInfo>& event, SensorVela::SensorId sensor,
               std::int64_t timestamp_ns) SENSORVELA_EXCLUDES(mutex_);
   void ErrorBegins() SENSORVELA_EXCLUDES(mutex_);
@@ -60,8 +67,15 @@ class Facts {
   /// The call that reports an error has returned. It was blocked if it queued no atom.
   void ErrorEnds() SENSORVELA_EXCLUDES(mutex_);
 
-  /// `absence`: why the host cannot find the service from now on; none if it can.
+  /// `absence`: why the host cannot find the service from now on; none if it can. Every run begins
+  /// without the service.
   void ServiceChanges(std::optional<AbsenceReason> absence) SENSORVELA_EXCLUDES(mutex_);
+  /// A process of the service's own has started.
+  void ProcessStarts() SENSORVELA_EXCLUDES(mutex_);
+  /// The process has died with its oldest atom in the buffer.
+  void LostInBuffer() SENSORVELA_EXCLUDES(mutex_);
+  /// The supplier of a recording has answered.
+  void SupplierAnswers() SENSORVELA_EXCLUDES(mutex_);
   void Suspended(std::chrono::nanoseconds duration) SENSORVELA_EXCLUDES(mutex_);
   void Note(std::string_view text) SENSORVELA_EXCLUDES(mutex_);
 
@@ -70,8 +84,18 @@ class Facts {
   void Lookup(simulated::LookupStep step) SENSORVELA_EXCLUDES(mutex_);
   void Reported(const SensorVela::VendorAtom& atom, testkit::Answer answer)
       SENSORVELA_EXCLUDES(mutex_);
+  /// The report of the oldest atom has put it into the buffer of the service's process.
+  void HandedOver(const SensorVela::VendorAtom& atom) SENSORVELA_EXCLUDES(mutex_);
+  /// The report of the oldest atom has failed: that did not fit, or the process is dead.
+  void NotHandedOver(const SensorVela::VendorAtom& atom, bool did_not_fit)
+      SENSORVELA_EXCLUDES(mutex_);
   /// The engine begins to ask its supplier.
   void CycleEnds() SENSORVELA_EXCLUDES(mutex_);
+
+  // Called by either thread.
+
+  /// The process has taken the oldest atom of its buffer.
+  void TakenFromBuffer() SENSORVELA_EXCLUDES(mutex_);
 
   // Called by either thread, `Notified` also by the one that destroys the engine.
 
@@ -94,18 +118,33 @@ class Facts {
     std::optional<Disable> disable;
   };
 
+  struct BufferedAtom {
+    QueuedAtom queued;
+    SensorVela::VendorAtom atom;
+  };
+
   template <typename... Parameters, typename... Arguments>
   void Notify(void (RunObserver::*method)(Parameters...), const Arguments&... arguments)
       SENSORVELA_REQUIRES(mutex_) {
     for (RunObserver* observer : observers_) (observer->*method)(arguments...);
   }
 
-  /// The oldest atom leaves the queue. There are no arguments if it never reached the service.
-  QueuedAtom TakeOldest(const SensorVela::VendorAtom* atom = nullptr,
-                        std::optional<testkit::Answer> answer = std::nullopt)
+  /// The oldest atom has reached the service.
+  QueuedAtom TakeReported(const SensorVela::VendorAtom& atom, testkit::Answer answer)
       SENSORVELA_REQUIRES(mutex_);
+  QueuedAtom RemoveOldest() SENSORVELA_REQUIRES(mutex_);
+  /// The oldest atom leaves the buffer.
+  void LeaveBuffer(BufferFate fate) SENSORVELA_REQUIRES(mutex_);
+  /// The oldest atom never reaches it.
+  void Drop(DropReason reason) SENSORVELA_REQUIRES(mutex_);
+  /// Why the present lookup finds no service.
+  DropReason ReasonAtLookup() const SENSORVELA_REQUIRES(mutex_);
+  void TellOfAtom(const AtomFact& fact) SENSORVELA_REQUIRES(mutex_) {
+    Notify(&RunObserver::OnAtom, time_.Now(), fact);
+  }
   void ChangeReporterState(ReporterState state) SENSORVELA_REQUIRES(mutex_);
-  void EndAbsence() SENSORVELA_REQUIRES(mutex_);
+  /// `lasts`: the run ends.
+  void EndOutage(bool lasts) SENSORVELA_REQUIRES(mutex_);
   void EndSpan(SensorVela::SensorId sensor, SensorFacts& facts) SENSORVELA_REQUIRES(mutex_);
 
   const std::vector<RunObserver*> observers_;
@@ -120,7 +159,9 @@ class Facts {
 
   /// The atoms in the queue, and those that the reporter thread has taken.
   std::deque<QueuedAtom> unsent_ SENSORVELA_GUARDED_BY(mutex_);
-  /// How many of them the reporter thread has taken.
+  /// The atoms in the buffer of the service's process.
+  std::deque<BufferedAtom> buffered_ SENSORVELA_GUARDED_BY(mutex_);
+  /// How many of the unsent atoms the reporter thread has taken.
   std::size_t batch_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   /// The disable that is reported next.
   std::optional<Disable> disable_ SENSORVELA_GUARDED_BY(mutex_);
@@ -138,12 +179,33 @@ class Facts {
   std::size_t held_ SENSORVELA_GUARDED_BY(mutex_) = 0;
   Instant last_step_ SENSORVELA_GUARDED_BY(mutex_) = {};
 
+  /// Why the host cannot find the service; none if it can.
   std::optional<AbsenceReason> absence_ SENSORVELA_GUARDED_BY(mutex_) =
       AbsenceReason::kNotRegistered;
-  /// None before the first event.
-  std::optional<Instant> absent_since_ SENSORVELA_GUARDED_BY(mutex_);
+  /// The present outage; none before the first event and while the service is there.
+  std::optional<Outage> outage_ SENSORVELA_GUARDED_BY(mutex_);
 
-  std::map<SensorVela::SensorId, SensorFacts, SensorOrder> sensors_ SENSORVELA_GUARDED_BY(mutex_);
+  struct Sensor {
+    SensorFacts facts;
+    SensorChecks checks;
+  };
+
+  Sensor& SensorOf(SensorVela::SensorId id) SENSORVELA_REQUIRES(mutex_);
+  /// Now, with the line of the cause.
+  Moment MomentOf(const Cause& cause) const SENSORVELA_REQUIRES(mutex_) {
+    return {time_.Now(), asleep_, cause.line()};
+  }
+
+  Findings findings_ SENSORVELA_GUARDED_BY(mutex_);
+  RunChecks run_checks_ SENSORVELA_GUARDED_BY(mutex_){findings_};
+  std::chrono::nanoseconds asleep_ SENSORVELA_GUARDED_BY(mutex_) = {};
+  Instant engine_start_ SENSORVELA_GUARDED_BY(mutex_) = {};
+
+  using Sensors = std::map<SensorVela::SensorId, Sensor, SensorOrder>;
+
+  Sensors sensors_ SENSORVELA_GUARDED_BY(mutex_);
+  /// The last ones that were looked up, by a hash: faster than the map for each sample.
+  std::array<Sensors::value_type*, 64> recent_sensors_ SENSORVELA_GUARDED_BY(mutex_) = {};
 };
 
 }  // namespace sensorvela::tools

@@ -43,7 +43,31 @@ SampleCounts& SampleCounts::operator+=(const SampleCounts& other) {
   return *this;
 }
 
+std::optional<double> Arrivals::RateHz() const {
+  const std::int64_t median_ns = interval_ns.Percentile(0.5);
+  return median_ns > 0 ? std::optional(1e9 / static_cast<double>(median_ns)) : std::nullopt;
+}
+
+Arrivals& Arrivals::operator+=(const Arrivals& other) {
+  counts += other.counts;
+  latency_ns += other.latency_ns;
+  first_latency_ns += other.first_latency_ns;
+  interval_ns += other.interval_ns;
+  return *this;
+}
+
+NotReported& NotReported::operator+=(const NotReported& other) {
+  not_disabled += other.not_disabled;
+  re_enabled += other.re_enabled;
+  while_disabled += other.while_disabled;
+  report_lost += other.report_lost;
+  return *this;
+}
+
 void SensorFacts::Enable(Instant at, std::int64_t period_ns) {
+  (is_enabled_ ? not_reported_.re_enabled : not_reported_.while_disabled) += NotDisabled();
+  earlier_at_disables_ += samples_at_disable_;
+  samples_at_disable_ = 0;
   ++enables_;
   is_enabled_ = true;
   period_ns_ = period_ns;
@@ -53,17 +77,29 @@ void SensorFacts::Enable(Instant at, std::int64_t period_ns) {
   gap_threshold_ns_ = GapThresholdNs(period_ns);
 }
 
+void SensorFacts::Disable() {
+  is_enabled_ = false;
+  samples_at_disable_ = samples_since_enable_;
+}
+
 SampleFact SensorFacts::Sample(Instant at, std::int64_t timestamp_ns) {
-  const SampleFact sample = {LatencyBand(WrappingSubtract<std::int64_t>(at.count(), timestamp_ns)),
+  const auto latency_ns = WrappingSubtract<std::int64_t>(at.count(), timestamp_ns);
+  const auto interval_ns = WrappingSubtract(timestamp_ns, last_timestamp_ns_);
+  const SampleFact sample = {LatencyBand(latency_ns),
                              IsLate(timestamp_ns, last_timestamp_ns_, gap_threshold_ns_)};
-  ++arrived_.samples;
-  if (sample.is_late) ++arrived_.late;
-  ++arrived_.bands.at(sample.band);
+  ++arrived_.counts.samples;
+  if (sample.is_late) ++arrived_.counts.late;
+  ++arrived_.counts.bands.at(sample.band);
+  arrived_.latency_ns.Add(latency_ns);
   last_timestamp_ns_ = timestamp_ns;
-  if (samples_since_enable_++ == 0) {
-    first_sample_ =
-        FirstSample{at, last_enable_ ? std::optional<std::chrono::nanoseconds>(at - *last_enable_)
-                                     : std::nullopt};
+  if (samples_since_enable_++ > 0) {
+    if (interval_ns >= 0) arrived_.interval_ns.Add(interval_ns);
+    return sample;
+  }
+  first_sample_ = FirstSample{at, std::nullopt};
+  if (last_enable_) {
+    first_sample_->since_enable = at - *last_enable_;
+    arrived_.first_latency_ns.Add(first_sample_->since_enable->count());
   }
   return sample;
 }
@@ -83,11 +119,23 @@ void SensorFacts::CountReport(std::uint64_t enables, const SensorVela::VendorAto
     last_report_enables_ = enables;
   }
   last_report_ = CountsOf(disable);
+  has_report_ = true;
 }
 
-SampleCounts SensorFacts::reported() const {
+std::optional<SampleCounts> SensorFacts::reported() const {
+  if (!has_report_) return std::nullopt;
   SampleCounts reported = earlier_reports_;
   return reported += last_report_;
+}
+
+NotReported SensorFacts::not_reported() const {
+  NotReported all = not_reported_;
+  (is_enabled_ ? all.not_disabled : all.while_disabled) += NotDisabled();
+  const std::uint64_t at_disables = earlier_at_disables_ + samples_at_disable_;
+  const auto reported_all = reported();
+  const std::uint64_t reported_samples = reported_all ? reported_all->samples : 0;
+  if (at_disables > reported_samples) all.report_lost = at_disables - reported_samples;
+  return all;
 }
 
 }  // namespace sensorvela::tools

@@ -9,6 +9,7 @@
 
 #include <sensorvela/testkit/stats_service.h>
 
+#include "tools/facts/captions.h"
 #include "tools/picture/short_text.h"
 #include "tools/report/value_text.h"
 
@@ -36,17 +37,20 @@ void AtomList::Entry::Absorb(const Entry& next) {
 }
 
 void AtomList::Add(Instant at, const AtomFact& atom) {
-  if (atom.atom == nullptr) {
-    AddLost(kDropped, at, atom.name, atom.cause);
+  if (atom.dropped) {
+    AddLost(kDropped, at, atom.name, atom.cause, Words(WordOf(*atom.dropped)));
     return;
   }
-  ThinnedList<Entry>& list = lists_.at(atom.answer == testkit::Answer::kOk ? kDelivered : kFailed);
+  const bool is_taken = atom.fate == BufferFate::kTaken;
+  const bool succeeded = atom.answer == testkit::Answer::kOk;
+  ThinnedList<Entry>& list = lists_.at(!is_taken ? kDropped : succeeded ? kDelivered : kFailed);
   Entry entry = {{at, at}, atom.name, "", {atom.cause.at, atom.cause.what(), atom.cause.line()}};
   if (list.Merge(entry)) return;
   entry.values = FoldedValues(atom, names_);
   if (atom.answer == testkit::Answer::kNoStatus) {
     entry.values += " (the report ended without a status)";
   }
+  if (!is_taken) entry.values += std::string(" (") + CaptionOf(atom.fate) + ")";
   entry.values = ShortText(entry.values);
   const Entry* const last = list.last();
   if (last != nullptr && last->from == at && last->name == entry.name &&
@@ -57,14 +61,15 @@ void AtomList::Add(Instant at, const AtomFact& atom) {
   }
 }
 
-void AtomList::AddLost(List which, Instant at, std::string name, const Cause& cause) {
+void AtomList::AddLost(List which, Instant at, std::string name, const Cause& cause,
+                       const std::string& why) {
   ThinnedList<Entry>& list = lists_.at(which);
   Entry entry = {{at, at}, std::move(name), "", {cause.at, cause.what(), cause.line()}};
   // One event can be blocked a million times.
   if (list.last() != nullptr && list.last()->from == at && list.last()->origin == entry.origin) {
     list.RepeatLast();
   } else if (!list.Merge(entry)) {
-    entry.values = ShortText(EventText(cause, names_));
+    entry.values = ShortText(EventText(cause, names_) + (why.empty() ? "" : " (" + why + ')'));
     list.Add(std::move(entry));
   }
 }

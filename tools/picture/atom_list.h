@@ -55,7 +55,9 @@ class AtomList {
     void Absorb(const Entry& next);
   };
 
-  void AddLost(List which, Instant at, std::string name, const Cause& cause);
+  /// `why`: the reason of a drop.
+  void AddLost(List which, Instant at, std::string name, const Cause& cause,
+               const std::string& why = "");
 
   static constexpr std::size_t kMaxDelivered = 6000;
   static constexpr std::size_t kMaxLost = 2000;

@@ -18,6 +18,8 @@
 #include "tools/picture/short_text.h"
 #include "tools/picture/thinned_list.h"
 #include "tools/picture/time_bins.h"
+#include "tools/report/finding_text.h"
+#include "tools/report/sensor_json.h"
 #include "tools/text/atom_json.h"
 #include "tools/text/printable_text.h"
 #include "tools/text/sensor_order.h"
@@ -76,7 +78,7 @@ class PictureObserver : public RunObserver {
 
   void OnReporterStay(Instant from, Instant to, ReporterState state, std::size_t atoms) override {
     if (to == from) return;
-    stays_.Add({{from, to}, state == ReporterState::kWaiting ? "waiting" : "asleep", atoms});
+    stays_.Add({{from, to}, state == ReporterState::kAsleep ? "asleep" : "waiting", atoms});
   }
 
   // A sensor has its lane from its first event on, which need not be a sample.
@@ -95,8 +97,8 @@ class PictureObserver : public RunObserver {
     if (SensorLane* const lane = LaneOf(sensor)) lane->Sample(at, sample);
   }
 
-  void OnServiceAway(Instant from, Instant to, AbsenceReason /*reason*/) override {
-    absences_.Add({from, to});
+  void OnOutage(const Outage& outage) override {
+    absences_.Add({{outage.from, outage.to}, WordOf(outage.reason)});
   }
 
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
@@ -131,6 +133,7 @@ class PictureObserver : public RunObserver {
   Json ToJson(Instant end, const Summary& summary) const {
     const auto offset = [this](Instant at) { return (at - begin_).count(); };
     const auto interval = [this](const Occurrence& i) { return i.SpanToJson(begin_); };
+    const auto absence = [this](const Counted& a) { return a.SpanToJson(begin_, {a.kind}); };
     const auto cycle_end = [&](const Occurrence& c) { return offset(c.from); };
     const auto stay = [this](const Counted& s) { return s.SpanToJson(begin_, {s.kind, s.number}); };
     const auto step = [this](const Counted& s) { return s.MarkToJson(begin_, {s.kind, s.number}); };
@@ -140,7 +143,7 @@ class PictureObserver : public RunObserver {
             {"length_ns", offset(end)},
             {"bins_begin_ns", offset(bins_.begin)},
             {"bin_ns", bins_.width.count()},
-            {"absences", absences_.ToJson(interval)},
+            {"absences", absences_.ToJson(absence)},
             {"suspended", suspended_.ToJson(interval)},
             {"cycle_ends", cycle_ends_.ToJson(cycle_end)},
             {"stays", stays_.ToJson(stay)},
@@ -149,6 +152,7 @@ class PictureObserver : public RunObserver {
             {"atoms", atoms_.ToJson(begin_)},
             {"sensors", SensorsToJson(summary)},
             {"counts", CountsToJson(summary)},
+            {"findings", FindingsToJson(summary)},
             {"bands", BandCaptions()}};
   }
 
@@ -158,16 +162,29 @@ class PictureObserver : public RunObserver {
       const auto lane = lanes_.find(sensor.sensor);
       if (lane == lanes_.end()) continue;
       Json json = {{"label", ShortText(names_.Label(sensor.sensor))},
-                   {"samples", sensor.arrived.samples},
-                   {"not_reported", sensor.NotReported()},
-                   {"late", sensor.reported.late},
-                   {"bands", sensor.reported.bands},
-                   {"shares", Shares(sensor.reported.bands)}};
+                   {"samples", sensor.arrived.counts.samples},
+                   {"not_reported", sensor.not_reported.Total()},
+                   {"not_reported_by_reason", tools::ToJson(sensor.not_reported)},
+                   {"late", sensor.arrived.counts.late},
+                   {"bands", sensor.arrived.counts.bands},
+                   {"shares", Shares(sensor.arrived.counts.bands)},
+                   {"arrived", tools::ToJson(sensor.arrived)}};
       json.update(lane->second.ToJson(begin_));
       sensors.push_back(std::move(json));
     }
     const std::size_t omitted = summary.sensors.size() - sensors.size();
     return {{"items", std::move(sensors)}, {"omitted", omitted}};
+  }
+
+  Json FindingsToJson(const Summary& summary) const {
+    Json findings = Json::array();
+    for (const Finding& finding : summary.findings) {
+      Json json = tools::ToJson(finding, names_);
+      json["text"] = ShortText(FindingText(finding, names_));
+      json["at"] = (finding.at - begin_).count();
+      findings.push_back(std::move(json));
+    }
+    return findings;
   }
 
   static Json CountsToJson(const Summary& summary) {
@@ -191,7 +208,8 @@ class PictureObserver : public RunObserver {
   ThinnedList<Counted> steps_{kMaxItems};
   ThinnedList<Occurrence> cycle_ends_{kMaxItems};
 
-  ThinnedList<Occurrence> absences_{kMaxItems};
+  /// Of the kinds of their reasons.
+  ThinnedList<Counted> absences_{kMaxItems};
   ThinnedList<Occurrence> suspended_{kMaxItems};
   ThinnedList<Note> notes_{kMaxItems};
 

@@ -12,6 +12,8 @@ namespace sensorvela::tools {
 /// Writes one object per line to `out`, which must outlive the report as `names` must; the
 /// first one at once. docs/output-format.md has the kinds of objects and their keys, which are in a
 /// fixed order. Texts are escaped as by `Printable`.
-std::unique_ptr<RunObserver> MakeJsonLinesReport(std::ostream& out, const SensorNames& names);
+/// With `findings_only` there are no other objects than the first one and the findings.
+std::unique_ptr<RunObserver> MakeJsonLinesReport(std::ostream& out, const SensorNames& names,
+                                                 bool findings_only = false);
 
 }  // namespace sensorvela::tools

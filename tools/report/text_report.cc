@@ -18,6 +18,7 @@
 #include <sensorvela/testkit/stats_service.h>
 
 #include "tools/facts/captions.h"
+#include "tools/report/finding_text.h"
 #include "tools/report/repeat_folder.h"
 #include "tools/report/samples_by_latency.h"
 #include "tools/report/value_text.h"
@@ -47,10 +48,12 @@ std::string Padded(std::string text, std::size_t width) {
   return text;
 }
 
-std::string Mark(std::optional<Answer> answer) {
-  if (!answer) return "DROPPED";
-  if (*answer == Answer::kOk) return "atom";
-  return *answer == Answer::kError ? "FAILED" : "NO STATUS";
+std::string Mark(const AtomFact& fact) {
+  if (!fact.answer) return "DROPPED";
+  if (fact.fate == BufferFate::kLost) return "LOST";
+  if (fact.fate == BufferFate::kLeft) return "IN BUFFER";
+  if (*fact.answer == Answer::kOk) return "atom";
+  return *fact.answer == Answer::kError ? "FAILED" : "NO STATUS";
 }
 
 /// The log line without the count that each error past the cap has of its own.
@@ -69,10 +72,11 @@ class TextReport : public RunObserver {
 
   void OnAtom(Instant at, const AtomFact& fact) override {
     if (options_.summary_only || !options_.only.Has(fact.id, fact.sensor)) return;
-    std::string start = Marked(Mark(fact.answer));
-    if (!fact.answer) {
+    std::string start = Marked(Mark(fact));
+    if (fact.dropped) {
       const std::string name = fact.name.empty() ? "an atom" : fact.name;
-      Lost(at, start + name + (fact.sensor ? "  " + names_.Label(*fact.sensor) : ""), fact.cause);
+      const std::string sensor = fact.sensor ? "  " + names_.Label(*fact.sensor) : "";
+      Lost(at, start + name + sensor + "  " + Words(WordOf(*fact.dropped)) + ": ", fact.cause);
       return;
     }
     if (options_.wide) {
@@ -84,14 +88,16 @@ class TextReport : public RunObserver {
       start += fact.name + "  ";
     }
     const std::string text = WithoutEnd(start + (options_.wide ? "" : FoldedValues(fact, names_)));
-    if (*fact.answer != Answer::kOk) {
-      Lost(at, text, fact.cause);
-    } else if (options_.wide || text.find('[') == std::string::npos) {
-      Line({.at = at, .text = text});
-    } else {
-      const std::string short_text = WithoutEnd(start + FoldedValues(fact, names_, false));
-      Line({.at = at, .text = text, .short_text = short_text});
+    if (fact.answer != Answer::kOk || fact.fate != BufferFate::kTaken) {
+      Lost(at, text + "  ", fact.cause);
+      return;
     }
+    const std::string queued = Queued(at, fact.cause.at);
+    ReportLine line = {.at = at, .text = text + queued, .key = text};
+    if (!options_.wide && text.find('[') != std::string::npos) {
+      line.short_text = WithoutEnd(start + FoldedValues(fact, names_, false)) + queued;
+    }
+    Line(line);
   }
 
   void OnErrorBlocked(Instant at, const Cause& cause, std::string_view /*text*/) override {
@@ -115,6 +121,16 @@ class TextReport : public RunObserver {
           .key = mark + ": " + WithoutCount(std::string(text))});
   }
 
+  void OnOutage(const Outage& outage) override {
+    if (options_.only.is_limited()) return;
+    const char* const what = outage.lasts      ? "still away"
+                             : outage.is_first ? "there, away"
+                                               : "back, away";
+    Line({.at = outage.to,
+          .text = Marked("service") + what + " since " + Time(outage.from) + " for " +
+                  Time(outage.to - outage.from) + ": " + Words(WordOf(outage.reason))});
+  }
+
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {
     if (options_.only.is_limited()) return;
     Line({.at = at, .text = Marked("suspended") + "until " + Time(at + duration)});
@@ -126,6 +142,10 @@ class TextReport : public RunObserver {
   }
 
   void OnRunEnd(Instant /*at*/, const Summary& summary) override {
+    if (options_.findings_only) {
+      FindingLines(summary.findings);
+      return;
+    }
     folder_.Flush();
     std::vector<SensorSummary> sensors = summary.sensors;
     std::erase_if(sensors, [&](const SensorSummary& sensor) {
@@ -141,6 +161,12 @@ class TextReport : public RunObserver {
     return options_.wide ? ExactClockTime(at) : ShortClockTime(at);
   }
 
+  /// When an atom was queued that is sent later: folded, to the second.
+  std::string Queued(Instant sent, Instant queued) const {
+    if (options_.wide) return sent == queued ? "" : "  queued at " + ExactClockTime(queued);
+    return sent - queued < std::chrono::seconds(1) ? "" : "  queued " + ClockTime(queued);
+  }
+
   std::string Marked(const std::string& mark) const {
     return Padded(mark, options_.wide ? kWideMarkWidth : kMarkWidth);
   }
@@ -148,7 +174,7 @@ class TextReport : public RunObserver {
   /// A line about an atom that is lost, with what had it queued.
   void Lost(Instant at, const std::string& text, const Cause& cause) {
     const std::string by =
-        text + (cause.event ? "  queued by " : "  queued at the ") + std::string(cause.what());
+        text + (cause.event ? "queued by " : "queued at the ") + std::string(cause.what());
     Line({.at = at,
           .text = by + (cause.at == at ? "" : " at " + Time(cause.at)) + LineNumber(cause),
           .look = Look::kLoss,
@@ -188,25 +214,44 @@ class TextReport : public RunObserver {
     return Wrapped(text, std::max(options_.width, indent + kMinTextWidth), indent, taken);
   }
 
+  void FindingLines(const std::vector<Finding>& findings) {
+    std::optional<FindingKind> explained;
+    for (const Finding& finding : findings) {
+      if (finding.sensor && !options_.only.Summarizes(*finding.sensor)) continue;
+      out_ << FindingText(finding, names_) << '\n';
+      if (explained == finding.kind) continue;
+      explained = finding.kind;
+      out_ << "  " << Broken(InfoOf(finding.kind).explanation, 2, 2);
+    }
+  }
+
   void Samples(const std::vector<SensorSummary>& sensors) {
     const bool has_bars = options_.wide || options_.summary_only;
     const std::string table = has_bars ? "" : LatencyTable(sensors, names_, options_.width);
-    out_ << table;
     if (table.empty()) {
-      out_ << "Samples by latency, as the engine's reports say\n";
+      out_ << "Samples by latency, as they arrived\n";
       for (const SensorSummary& sensor : sensors) Bars(sensor);
+    } else {
+      out_ << table;
+      for (const SensorSummary& sensor : sensors) {
+        if (sensor.not_reported.Total() == 0) continue;
+        out_ << Broken(names_.Label(sensor.sensor) + ": " + ReportsText(sensor), 2);
+      }
     }
     out_ << '\n';
   }
 
   void Bars(const SensorSummary& summary) {
-    const SampleCounts& reported = summary.reported;
-    const std::string counts = std::to_string(summary.arrived.samples) + " samples, " +
-                               std::to_string(reported.samples) + " reported, " +
-                               std::to_string(summary.NotReported()) + " not reported, " +
-                               std::to_string(reported.late) + " late";
-    out_ << '\n' << Broken(names_.Label(summary.sensor) + ": " + counts, 2);
-    out_ << LatencyBars(reported, options_.wide ? 0 : options_.width);
+    const SampleCounts& arrived = summary.arrived.counts;
+    const std::string counts =
+        std::to_string(arrived.samples) + " samples, " + std::to_string(arrived.late) + " late";
+    const std::string times = ArrivalsText(summary.arrived);
+    out_ << '\n'
+         << Broken(
+                names_.Label(summary.sensor) + ": " + counts + (times.empty() ? "" : ", ") + times,
+                2)
+         << Broken("  " + ReportsText(summary), 4)
+         << LatencyBars(arrived, options_.wide ? 0 : options_.width);
   }
 
   void Counts(const Summary& summary) {

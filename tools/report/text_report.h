@@ -18,6 +18,8 @@ struct TextOptions {
   bool wide = false;
   /// Prints nothing but the summary.
   bool summary_only = false;
+  /// Prints nothing but what looks wrong.
+  bool findings_only = false;
   /// Marks what went wrong by the colour escapes of terminals.
   bool color = false;
   Selection only = {};

@@ -27,7 +27,7 @@ RecordingFollower::RecordingFollower(const RecordingPlan& plan, simulated::Virtu
       report_limit_(ReportsBeforeNextLookup()) {
   time_.SetNotificationsWake(false);
   if (plan.service_declared) simulated::DeclareService(kStatsInstance);
-  facts_.ServiceChanges(AbsenceReason::kUnknown);
+  facts_.ServiceChanges(std::nullopt);
   std::int64_t planned = 0;
   for (const RecordingPlan::Failure& failure : plan.failures) {
     service_->AnswerNext(failure.report - planned - 1, testkit::Answer::kOk);
@@ -46,6 +46,7 @@ void RecordingFollower::EndCycle() {
 }
 
 void RecordingFollower::Answer(const testkit::Diagnostics& answer) {
+  facts_.SupplierAnswers();
   const MutexLock lock(mutex_);
   answers_.push_back(answer);
   wait_for_answer_.End(mutex_);
@@ -53,7 +54,7 @@ void RecordingFollower::Answer(const testkit::Diagnostics& answer) {
 
 void RecordingFollower::LookupWaits() {
   lookup_waits_ = true;
-  facts_.ServiceChanges(AbsenceReason::kUnknown);
+  facts_.ServiceChanges(AbsenceReason::kNotRegistered);
   BeginLookup();
 }
 
@@ -62,7 +63,7 @@ void RecordingFollower::EndLookup(bool found) {
   CheckReports();
   if (!std::exchange(lookup_waits_, false)) BeginLookup();
   ++lookups_ended_;
-  facts_.ServiceChanges(found ? std::nullopt : std::optional(AbsenceReason::kUnknown));
+  facts_.ServiceChanges(found ? std::nullopt : std::optional(AbsenceReason::kRefusedOrFailed));
   LetReportsEnd(ReportsBeforeNextLookup());
   if (found) {
     simulated::AnswerServiceWaits(kStatsInstance, service_);

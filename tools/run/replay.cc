@@ -1,6 +1,8 @@
 #include "tools/run/replay.h"
 
+#include <aidl/android/frameworks/stats/BnStats.h>
 #include <android/binder_manager.h>
+#include <android/binder_status.h>
 
 #include <chrono>
 #include <cstdint>
@@ -18,6 +20,24 @@ namespace sensorvela::tools {
 using testkit::kStatsInstance;
 using testkit::SupplierKind;
 
+namespace {
+
+/// What the process of the service does with an atom.
+class TakingService : public aidl::android::frameworks::stats::BnStats {
+ public:
+  explicit TakingService(Facts& facts) : facts_(facts) {}
+
+  ndk::ScopedAStatus reportVendorAtom(const SensorVela::VendorAtom& /*atom*/) override {
+    facts_.TakenFromBuffer();
+    return ndk::ScopedAStatus::ok();
+  }
+
+ private:
+  Facts& facts_;
+};
+
+}  // namespace
+
 Replay::Replay(std::vector<RunObserver*> observers, bool observe_log)
     : facts_(std::move(observers), observe_log, time_),
       service_(ndk::SharedRefBase::make<testkit::StatsService>(
@@ -34,9 +54,12 @@ Replay::Replay(std::vector<RunObserver*> observers, bool observe_log)
 
 Replay::~Replay() {
   // After a run that has failed, perhaps for want of a thread, this needs none.
-  if (engine_ != nullptr) StopEngine();
-  simulated::RefuseService(kStatsInstance);
-  engine_.reset();
+  if (engine_ != nullptr) {
+    StopEngine();
+    simulated::FailServiceManager(kStatsInstance);
+    if (process_ != nullptr) process_->Die();
+    engine_.reset();
+  }
   simulated::ResetServices();
 }
 
@@ -56,8 +79,7 @@ void Replay::Run(const EventSource& next, const std::function<bool()>& is_over) 
     StopEngine();
     LookForDivergence();
     time_.WaitUntilSettled();  // What the recording had held back goes on to its next wait.
-    testkit::DestroyEngine(
-        time_, [this] { engine_.reset(); }, [] { simulated::ReleaseServiceWaits(kStatsInstance); });
+    testkit::DestroyEngine(time_, [this] { engine_.reset(); }, [this] { ReleaseLookups(); });
   }
   facts_.RunEnds();
 }
@@ -77,6 +99,11 @@ void Replay::EnableSensor(SensorVela::SensorId sensor, std::int64_t period_ns) {
 void Replay::DisableSensor(SensorVela::SensorId sensor) {
   facts_.SensorDisabled(sensor);
   engine_->ReportHalSensorDisabled(sensor);
+}
+
+void Replay::ReportFirstSample(SensorVela::SensorId sensor, std::int64_t latency_ns) {
+  facts_.FirstSampleReported(sensor);
+  engine_->ReportFirstSample(sensor, latency_ns);
 }
 
 void Replay::DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns) {
@@ -107,14 +134,41 @@ void Replay::StartTrain(const SampleTrain& train) {
   trains_.Start(train, time_.Now(), event_.info);
 }
 
-void Replay::RegisterService() {
+void Replay::RegisterService(std::optional<std::chrono::nanoseconds> time_per_atom) {
+  if (time_per_atom) {
+    KillProcess();
+    time_.WaitUntilSettled();
+  }
   is_registered_ = true;
+  is_process_ = time_per_atom.has_value();
   TellOfService();
-  simulated::RegisterService(kStatsInstance, service_);
+  if (!time_per_atom) {
+    simulated::RegisterService(kStatsInstance, service_);
+    return;
+  }
+  facts_.ProcessStarts();
+  process_ = std::make_shared<simulated::ServiceProcess>(
+      ndk::SharedRefBase::make<TakingService>(facts_),
+      simulated::ProcessObserver{
+          .on_report = [this](const SensorVela::VendorAtom& atom,
+                              binder_status_t status) { ToProcess(atom, status); },
+          .on_lost = [this](const SensorVela::VendorAtom&) { facts_.LostInBuffer(); }});
+  process_->SetTimePerAtom(*time_per_atom);
+  simulated::RegisterService(kStatsInstance, process_);
+}
+
+void Replay::KillProcess() {
+  if (process_ == nullptr) return;
+  if (is_process_) {
+    is_registered_ = false;
+    TellOfService();
+  }
+  process_->Die();
 }
 
 void Replay::UnregisterService() {
   is_registered_ = false;
+  is_process_ = false;
   TellOfService();
   simulated::UnregisterService(kStatsInstance);
 }
@@ -146,6 +200,14 @@ void Replay::TakeReport(const SensorVela::VendorAtom& atom, testkit::Answer answ
   if (recording_ != nullptr) recording_->ReportEnds();
 }
 
+void Replay::ToProcess(const SensorVela::VendorAtom& atom, binder_status_t status) {
+  if (status == STATUS_OK) {
+    facts_.HandedOver(atom);
+  } else {
+    facts_.NotHandedOver(atom, status == STATUS_FAILED_TRANSACTION);
+  }
+}
+
 testkit::Diagnostics Replay::AnswerOf(testkit::DiagnosticsItem asked) {
   const bool is_first = asked == testkit::DiagnosticsItem::kProcessor;
   if (is_first) facts_.CycleEnds();
@@ -170,8 +232,14 @@ void Replay::MoveTo(simulated::VirtualTime::Instant instant) {
 }
 
 void Replay::StopEngine() {
-  facts_.EngineStops(recording_ != nullptr);
+  facts_.EngineStops(recording_ != nullptr, has_end_);
   if (recording_ != nullptr) recording_->Stop();
+}
+
+void Replay::ReleaseLookups() {
+  simulated::ReleaseServiceWaits(kStatsInstance);
+  // It need not be registered any more.
+  if (process_ != nullptr) process_->ReleaseLookups();
 }
 
 void Replay::LookForDivergence() {

@@ -15,6 +15,7 @@
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/platform/simulated/log_sink.h>
 #include <sensorvela/platform/simulated/service_manager.h>
+#include <sensorvela/platform/simulated/service_process.h>
 #include <sensorvela/platform/simulated/virtual_time.h>
 #include <sensorvela/testkit/diagnostics.h>
 #include <sensorvela/testkit/stats_service.h>
@@ -88,21 +89,31 @@ class Replay {
 
   void EnableSensor(SensorVela::SensorId sensor, std::int64_t period_ns);
   void DisableSensor(SensorVela::SensorId sensor);
+  void ReportFirstSample(SensorVela::SensorId sensor, std::int64_t latency_ns);
   void DeliverSample(SensorVela::SensorId sensor, std::int64_t timestamp_ns);
   /// A recording's samples, in the order of their arrival.
   void DeliverSamples(const std::vector<trace_format::Sample>& samples);
 
   /// The timestamp of the train's first sample is the present instant.
   void StartTrain(const SampleTrain& train);
-  void CutTrains() { trains_.Cut(); }
+  /// The trace's last event: the host destroys the engine.
+  void End() {
+    trains_.Cut();
+    has_end_ = true;
+  }
 
   /// What the supplier returns at the ends of cycles from now on.
   void SetDiagnostics(const testkit::Diagnostics& diagnostics) { diagnostics_ = diagnostics; }
 
-  void RegisterService();
+  /// With `time_per_atom`, the service has a process of its own, which takes that long for an atom.
+  /// A process before dies then.
+  void RegisterService(std::optional<std::chrono::nanoseconds> time_per_atom);
   void UnregisterService();
   void RefuseService();
   void AllowService();
+  void KillProcess();
+  /// Of the service. There must have been one.
+  simulated::ServiceProcess& process() { return *process_; }
 
   /// Plans `answer` for the next `reports` reports that have no planned answer yet.
   void AnswerNext(std::int32_t reports, testkit::Answer answer) {
@@ -123,6 +134,8 @@ class Replay {
 
  private:
   void TakeReport(const SensorVela::VendorAtom& atom, testkit::Answer answer);
+  /// A report to the service's process ends.
+  void ToProcess(const SensorVela::VendorAtom& atom, std::int32_t status);
   testkit::Diagnostics AnswerOf(testkit::DiagnosticsItem asked);
 
   /// Tells why the host cannot find the service from now on, if it cannot.
@@ -135,6 +148,7 @@ class Replay {
   void DeliverTrains(simulated::VirtualTime::Instant until, const std::function<bool()>& is_over);
 
   void StopEngine();
+  void ReleaseLookups();
 
   void LookForDivergence();
 
@@ -145,7 +159,12 @@ class Replay {
   SampleTrains trains_;
   testkit::Diagnostics diagnostics_;
   const std::shared_ptr<testkit::StatsService> service_;
+  /// The latest one; null if there has been none.
+  std::shared_ptr<simulated::ServiceProcess> process_;
+  bool has_end_ = false;
   bool is_registered_ = false;
+  /// What is registered is the process.
+  bool is_process_ = false;
   bool is_refused_ = false;
   /// Null if the run follows no recording.
   std::unique_ptr<RecordingFollower> recording_;

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,6 +14,7 @@
 #include <sensorvela/atoms/sensor_event_atoms.h>
 #include <sensorvela/engine/sensor_vela.h>
 #include <sensorvela/platform/simulated/service_manager.h>
+#include <sensorvela/platform/simulated/service_process.h>
 #include <sensorvela/testkit/stats_service.h>
 
 #include "tools/run/replay.h"
@@ -112,6 +114,37 @@ EventContent Plain(FieldReader&, const TraceContext&) {
   return {[](Replay& replay) { (replay.*Step)(); }};
 }
 
+constexpr std::string_view kTimePerAtom = "atom_ns";
+/// A day.
+constexpr std::int64_t kMaxTimePerAtomNs = 86'400'000'000'000;
+
+std::chrono::nanoseconds ReadTimePerAtom(FieldReader& fields) {
+  return std::chrono::nanoseconds(fields.Integer<std::int64_t>(kTimePerAtom, 0, kMaxTimePerAtomNs));
+}
+
+EventContent RegisterService(FieldReader& fields, const TraceContext&) {
+  constexpr std::int64_t kInHost = -1;
+  const auto atom_ns =
+      fields.OptionalInteger<std::int64_t>(kTimePerAtom, kInHost, 0, kMaxTimePerAtomNs);
+  if (atom_ns == kInHost) {
+    return {[](Replay& replay) { replay.RegisterService(std::nullopt); }};
+  }
+  return {
+      .action = [=](Replay& replay) { replay.RegisterService(std::chrono::nanoseconds(atom_ns)); },
+      .plan = [](TracePlan& plan) { plan.has_process = true; }};
+}
+
+void NeedProcess(TracePlan& plan) {
+  if (plan.has_process) return;
+  throw EventError(
+      "a service without a process of its own: expected a service_registered with atom_ns before");
+}
+
+template <void (simulated::ServiceProcess::*Change)()>
+EventContent ChangeProcess(FieldReader&, const TraceContext&) {
+  return {.action = [](Replay& replay) { (replay.process().*Change)(); }, .plan = NeedProcess};
+}
+
 /// A change of what the service manager says of the stats service.
 template <void (*Change)(const std::string& instance)>
 EventContent ChangeService(FieldReader&, const TraceContext&) {
@@ -205,7 +238,8 @@ constexpr EventKind kEventKinds[] = {
      atoms::SensorFirstSampleReported::kAtomId},
     {call::kFirstSample.event,
      "the host reports a first sample beside the one that the engine reports", Place::kNeedsEngine,
-     CallEngine<call::kFirstSample>, atoms::SensorFirstSampleReported::kAtomId},
+     CallReplay<call::kFirstSample, &Replay::ReportFirstSample>,
+     atoms::SensorFirstSampleReported::kAtomId},
     {call::kProx.event, "a proximity status report; fields left out are 0", Place::kNeedsEngine,
      CallEngine<call::kProx>, atoms::ProxStatusReported::kAtomId},
     {call::kHalLatency.event, "an operation of the sensors HAL took that long", Place::kNeedsEngine,
@@ -243,17 +277,39 @@ constexpr EventKind kEventKinds[] = {
      Place::kAnywhere, ChangeService<simulated::DeclareService>},
     {"service_undeclared", "it no longer does; lookups wait for the service all the same",
      Place::kAnywhere, ChangeService<simulated::UndeclareService>},
-    {"service_registered", "a new stats service comes up, in place of any other", Place::kAnywhere,
-     Plain<&Replay::RegisterService>},
+    {"service_registered",
+     "a new stats service comes up, in place of any other; with atom_ns it has a process of its "
+     "own, which takes that long for an atom, otherwise it is in the host's own",
+     Place::kAnywhere, RegisterService},
     {"service_unregistered", "the stats service goes away: lookups wait until it is back",
      Place::kAnywhere, Plain<&Replay::UnregisterService>},
     {"service_refused",
-     "the host may not look the stats service up: lookups get none, those that wait too",
+     "the host may not look the stats service up: new lookups get none, and those that wait go on "
+     "waiting",
      Place::kAnywhere, Plain<&Replay::RefuseService>},
     {"service_allowed", "the host may look it up again", Place::kAnywhere,
      Plain<&Replay::AllowService>},
     {"service_wait_released", "the service manager fails once: a lookup that waits gets none",
      Place::kAnywhere, ChangeService<simulated::ReleaseServiceWaits>},
+    {"service_takes", "the service's process takes that long for an atom, from the next one on",
+     Place::kAnywhere,
+     [](FieldReader& fields, const TraceContext&) -> EventContent {
+       const auto time = ReadTimePerAtom(fields);
+       return {.action = [=](Replay& replay) { replay.process().SetTimePerAtom(time); },
+               .plan = NeedProcess};
+     }},
+    {"service_stops",
+     "the service's process stops: it takes no atom, and lookups wait for its answer",
+     Place::kAnywhere, ChangeProcess<&simulated::ServiceProcess::Stop>},
+    {"service_goes_on", "it goes on", Place::kAnywhere,
+     ChangeProcess<&simulated::ServiceProcess::GoOn>},
+    {"service_dies",
+     "the service's process dies, and what is in its buffer is lost; it stays registered for one "
+     "more lookup, which gets none",
+     Place::kAnywhere,
+     [](FieldReader&, const TraceContext&) -> EventContent {
+       return {.action = [](Replay& replay) { replay.KillProcess(); }, .plan = NeedProcess};
+     }},
     {"service_fails", "that many reports fail, as when the service's process has died",
      Place::kAnywhere, AnswerReports<Answer::kError>},
     {"service_silent", "that many reports end without a status", Place::kAnywhere,
@@ -291,7 +347,7 @@ constexpr EventKind kEventKinds[] = {
        constexpr std::int64_t kAbsent = -1;
        const auto reports =
            fields.OptionalInteger<std::int64_t>(field::kReports, kAbsent, 0, kMaxReports);
-       return {.action = [](Replay& replay) { replay.CutTrains(); },
+       return {.action = [](Replay& replay) { replay.End(); },
                .plan =
                    [=](TracePlan& plan) {
                      if (reports == kAbsent) return;

@@ -38,6 +38,8 @@ struct TracePlan {
   std::size_t last_line = 0;
   /// The supplier of the engine.
   testkit::SupplierKind supplier = testkit::SupplierKind::kSecondGeneration;
+  /// The stats service has had a process of its own.
+  bool has_process = false;
   bool is_recording = false;
   /// Empty if the trace is no recording.
   RecordingPlan recording = {};

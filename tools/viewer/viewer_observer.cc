@@ -10,6 +10,7 @@
 
 #include <sensorvela/testkit/stats_service.h>
 
+#include "tools/facts/captions.h"
 #include "tools/text/names.h"
 #include "tools/text/sensor_order.h"
 #include "tools/viewer/counters.h"
@@ -28,6 +29,7 @@ constexpr Track kDropped = {kEngine, 4};
 constexpr Track kBlocked = {kEngine, 5};
 constexpr Track kNotes = {kEngine, 6};
 constexpr Track kSuspended = {kEngine, 7};
+constexpr Track kAway = {kEngine, 8};
 
 class ViewerObserver : public RunObserver {
  public:
@@ -40,6 +42,7 @@ class ViewerObserver : public RunObserver {
     out_.NameTrack(kBlocked, "errors blocked by the cap");
     out_.NameTrack(kNotes, "notes");
     out_.NameTrack(kSuspended, "device suspended");
+    out_.NameTrack(kAway, "stats service away");
     out_.NameProcess(kSensors, "sensors");
   }
 
@@ -47,7 +50,8 @@ class ViewerObserver : public RunObserver {
 
   void OnAtom(Instant at, const AtomFact& fact) override {
     Json arguments = Json::object();
-    if (!fact.answer) {
+    if (fact.dropped) {
+      arguments["why"] = WordOf(*fact.dropped);
       arguments.update(ToJson(fact.cause));
       // In the place of the values that the atom would have had.
       if (fact.cause.event) arguments["event"] = fact.cause.event->fields;
@@ -59,9 +63,11 @@ class ViewerObserver : public RunObserver {
     if (!fact.atom->reverseDomainName.empty()) arguments["domain"] = fact.atom->reverseDomainName;
     arguments.update(NamedValues(*fact.atom));
     arguments.update(ToJson(fact.cause));
-    if (*fact.answer == testkit::Answer::kOk) {
+    if (fact.fate != BufferFate::kTaken) {
+      out_.Mark(kDropped, at, CaptionOf(fact.fate), fact.name, arguments);
+    } else if (*fact.answer == testkit::Answer::kOk) {
       out_.Mark(kDelivered, at, "delivered", fact.name, arguments);
-    } else {
+    } else if (fact.answer) {
       arguments["answer"] = AnswerName(*fact.answer);
       out_.Mark(kFailed, at, "failed", fact.name, arguments);
     }
@@ -86,8 +92,11 @@ class ViewerObserver : public RunObserver {
   }
 
   void OnReporterStay(Instant from, Instant to, ReporterState state, std::size_t atoms) override {
-    if (state != ReporterState::kWaiting) return;
-    out_.Span(kReporterThread, from, to, "waiting for the service", {{"atoms", atoms}});
+    const bool for_process = state == ReporterState::kWaitingForProcess;
+    if (state != ReporterState::kWaiting && !for_process) return;
+    out_.Span(kReporterThread, from, to,
+              for_process ? "waiting for the service's process" : "waiting for the service",
+              {{"atoms", atoms}});
   }
 
   // A sensor has its track from its first event on, which need not be a sample.
@@ -113,6 +122,10 @@ class ViewerObserver : public RunObserver {
 
   void OnSample(Instant at, SensorVela::SensorId sensor, const SampleFact& /*sample*/) override {
     SensorOf(sensor).samples_per_minute.Count(at);
+  }
+
+  void OnOutage(const Outage& outage) override {
+    out_.Span(kAway, outage.from, outage.to, "service away", {{"why", WordOf(outage.reason)}});
   }
 
   void OnSuspended(Instant at, std::chrono::nanoseconds duration) override {

@@ -27,7 +27,8 @@ const mark = (kind, times, at, to, ...lines) => ({kind, at, to, times, lines: [c
   ...(times > 1 ? [`${count(times)} neighbours shown as one, the last at ${clock(to)}`] : [])]});
 
 const intervalOf = (kind, title) => ([from, to, times = 1]) => span(kind, title, times, from, to);
-const absences = data.absences.items.map(intervalOf("absent", "stats service away"));
+const absences = data.absences.items.map(([from, to, why, times = 1]) =>
+  span("absent", `stats service away: ${why.replaceAll("_", " ")}`, times, from, to));
 const sleeps = data.suspended.items.map(intervalOf("asleep", "device asleep"));
 const cycleEnds = data.cycle_ends.items;
 

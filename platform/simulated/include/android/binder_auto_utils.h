@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <utility>
 
@@ -19,17 +20,13 @@ class SpAIBinder {
   SpAIBinder(std::nullptr_t) {}
   /// Takes the caller's reference over.
   explicit SpAIBinder(AIBinder* binder) : binder_(binder) {}
+  /// As on the device, a move is a copy.
   SpAIBinder(const SpAIBinder& other) { *this = other; }
-  SpAIBinder(SpAIBinder&& other) noexcept : binder_(std::exchange(other.binder_, nullptr)) {}
   ~SpAIBinder() { set(nullptr); }
 
   SpAIBinder& operator=(const SpAIBinder& other) {
     AIBinder_incStrong(other.binder_);
     set(other.binder_);
-    return *this;
-  }
-  SpAIBinder& operator=(SpAIBinder&& other) noexcept {
-    if (this != &other) set(std::exchange(other.binder_, nullptr));
     return *this;
   }
 
@@ -46,6 +43,8 @@ class SpAIBinder {
     return &binder_;
   }
 
+  bool operator==(const AIBinder* other) const { return binder_ == other; }
+  bool operator!=(const AIBinder* other) const { return binder_ != other; }
   bool operator==(const SpAIBinder& other) const { return binder_ == other.binder_; }
   bool operator!=(const SpAIBinder& other) const { return binder_ != other.binder_; }
   bool operator<(const SpAIBinder& other) const { return binder_ < other.binder_; }
@@ -58,9 +57,17 @@ class SpAIBinder {
 };
 
 /// Owns an `AStatus`, or nothing.
-class [[nodiscard]] ScopedAStatus {
+class ScopedAStatus {
  public:
   explicit ScopedAStatus(AStatus* status = nullptr) : status_(status) {}
+  ScopedAStatus(ScopedAStatus&& other) noexcept : status_(other.release()) {}
+  ScopedAStatus& operator=(ScopedAStatus&& other) noexcept {
+    set(other.release());
+    return *this;
+  }
+  ScopedAStatus(const ScopedAStatus&) = delete;
+  ScopedAStatus& operator=(const ScopedAStatus&) = delete;
+  ~ScopedAStatus() { set(nullptr); }
 
   static ScopedAStatus ok() { return ScopedAStatus(AStatus_newOk()); }
   static ScopedAStatus fromStatus(binder_status_t status) {
@@ -81,8 +88,15 @@ class [[nodiscard]] ScopedAStatus {
     return ScopedAStatus(AStatus_fromServiceSpecificErrorWithMessage(error, message));
   }
 
-  AStatus* get() const { return status_.get(); }
-  void set(AStatus* status) { status_.reset(status); }
+  AStatus* get() const { return status_; }
+  void set(AStatus* status) { AStatus_delete(std::exchange(status_, status)); }
+  /// Hands the status over to the caller.
+  AStatus* release() { return std::exchange(status_, nullptr); }
+  /// For a function that returns a status through a pointer; frees the one before.
+  AStatus** getR() {
+    set(nullptr);
+    return &status_;
+  }
 
   /// False when there is no status.
   bool isOk() const { return get() != nullptr && AStatus_isOk(get()); }
@@ -101,10 +115,30 @@ class [[nodiscard]] ScopedAStatus {
   }
 
  private:
+  AStatus* status_;
+};
+
+/// Writes the status's description.
+inline std::ostream& operator<<(std::ostream& out, const ScopedAStatus& status) {
+  return out << status.getDescription();
+}
+
+/// Owns a death recipient, or nothing.
+class ScopedAIBinder_DeathRecipient {
+ public:
+  explicit ScopedAIBinder_DeathRecipient(AIBinder_DeathRecipient* recipient = nullptr)
+      : recipient_(recipient) {}
+
+  AIBinder_DeathRecipient* get() const { return recipient_.get(); }
+  void set(AIBinder_DeathRecipient* recipient) { recipient_.reset(recipient); }
+
+ private:
   struct Delete {
-    void operator()(AStatus* status) const { AStatus_delete(status); }
+    void operator()(AIBinder_DeathRecipient* recipient) const {
+      AIBinder_DeathRecipient_delete(recipient);
+    }
   };
-  std::unique_ptr<AStatus, Delete> status_;
+  std::unique_ptr<AIBinder_DeathRecipient, Delete> recipient_;
 };
 
 }  // namespace ndk

@@ -19,6 +19,13 @@ enum : binder_status_t {
   STATUS_NO_INIT = -ENODEV,
   STATUS_ALREADY_EXISTS = -EEXIST,
   STATUS_DEAD_OBJECT = -EPIPE,
+  STATUS_BAD_INDEX = -EOVERFLOW,
+  STATUS_NOT_ENOUGH_DATA = -ENODATA,
+  STATUS_WOULD_BLOCK = -EWOULDBLOCK,
+  STATUS_TIMED_OUT = -ETIMEDOUT,
+  STATUS_UNKNOWN_TRANSACTION = -EBADMSG,
+  STATUS_FDS_NOT_ALLOWED = STATUS_UNKNOWN_ERROR + 7,
+  STATUS_UNEXPECTED_NULL = STATUS_UNKNOWN_ERROR + 8,
 };
 
 typedef std::int32_t binder_exception_t;
@@ -42,7 +49,8 @@ struct AStatus;
 
 extern "C" {
 
-// New statuses, owned by the caller. Texts are copied.
+// New statuses, owned by the caller. Texts are copied. A status that is none of those above becomes
+// `STATUS_UNKNOWN_ERROR`, such an exception `EX_TRANSACTION_FAILED`.
 
 [[nodiscard]] AStatus* AStatus_newOk();
 [[nodiscard]] AStatus* AStatus_fromStatus(binder_status_t status);

@@ -1,6 +1,8 @@
 // The simulated platform's stand-in for the device's log header.
 #pragma once
 
+#include <cstdarg>
+
 typedef enum android_LogPriority {
   ANDROID_LOG_UNKNOWN = 0,
   ANDROID_LOG_DEFAULT,
@@ -20,7 +22,14 @@ extern "C" {
 int __android_log_print(int prio, const char* tag, const char* fmt, ...)
     __attribute__((format(printf, 3, 4)));
 
-/// The same for a text as it is.
+/// The same for a list of arguments.
+int __android_log_vprint(int prio, const char* tag, const char* fmt, va_list args)
+    __attribute__((format(printf, 3, 0)));
+
+/// Whether a line of that priority is written: not below `default_prio`. 1 or 0.
+int __android_log_is_loggable(int prio, const char* tag, int default_prio);
+
+/// The same as `__android_log_print` for a text as it is.
 int __android_log_write(int prio, const char* tag, const char* text);
 
 }  // extern "C"

@@ -14,8 +14,11 @@ namespace aidl::android::frameworks::stats {
 class IStats : public ndk::ICInterface {
  public:
   static const char* descriptor;
+  static constexpr std::int32_t version = 2;
 
-  /// The interface object of `binder`; null for a null binder.
+  /// The interface object of `binder`; null for a null binder. A binder of another process that
+  /// nobody has made an interface of is asked for its own: this waits for the process, and returns
+  /// null if it is dead.
   static std::shared_ptr<IStats> fromBinder(const ndk::SpAIBinder& binder);
 
   IStats();

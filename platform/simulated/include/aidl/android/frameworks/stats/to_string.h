@@ -1,9 +1,7 @@
 // The text of any member of a published type. Internal to the stand-ins.
 #pragma once
 
-#include <cstdint>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -37,11 +35,9 @@ std::string ToString(const T& value) {
   } else if constexpr (std::is_same_v<T, std::string>) {
     return value;
   } else if constexpr (std::is_enum_v<T>) {
-    return std::to_string(static_cast<std::int64_t>(value));
+    return toString(value);
   } else if constexpr (std::is_arithmetic_v<T>) {
-    std::ostringstream text;
-    text << +value;
-    return text.str();
+    return std::to_string(value);
   } else {
     return value.toString();
   }
