@@ -5,10 +5,13 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <istream>
 #include <limits>
+#include <map>
 #include <random>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/facts/captions.h"
@@ -35,8 +38,8 @@ std::string TraceOf(const std::string& text) {
     words >> ms >> event;
     std::getline(words >> std::ws, fields);
     if (!fields.empty() && fields[0] == 'S') fields.replace(0, 1, kSensor);
-    trace += R"({"at_ns":)" + ms + (ms == "0" ? "" : "000000") + R"(,"event":")" + event + '"' +
-             fields + "}\n";
+    trace.append(R"({"at_ns":)").append(ms).append(ms == "0" ? "" : "000000");
+    trace.append(R"(,"event":")").append(event).append("\"").append(fields).append("}\n");
   }
   return trace;
 }
@@ -106,14 +109,36 @@ TEST(LogHistogramTest, IsExactForEqualValuesOfAnySize) {
   EXPECT_EQ(empty.Percentile(0.5), 0);
 }
 
+/// A trace whose events are letters: E, D and 3 stand for an enable, a disable and three samples;
+/// - and + for the access refused and allowed, W and R for the service away and back.
+std::string TraceOfLetters(std::string_view letters) {
+  const std::map<char, std::string> events = {{'E', R"(sensor_enabled S,"period_ns":10000000;)"},
+                                              {'D', "sensor_disabled S;"},
+                                              {'-', "service_refused;"},
+                                              {'+', "service_allowed;"},
+                                              {'W', "service_unregistered;"},
+                                              {'R', "service_registered;"}};
+  std::string text = "0 service_registered;0 engine_start;";
+  int ms = 10;
+  for (const char letter : letters) {
+    if (letter != '3') {
+      text += std::to_string(ms += 10) + ' ' + events.at(letter);
+      continue;
+    }
+    for (int i = 0; i < 3; ++i) {
+      const std::string timestamp = std::to_string(ms);
+      text += std::to_string(ms += 10);
+      text.append(R"( sample S,"timestamp_ns":)").append(timestamp).append("000000;");
+    }
+  }
+  return TraceOf(text);
+}
+
 TEST(SamplesTest, AreNotReportedForAReason) {
   struct Case {
     const char* events;
     const char* expected;
   };
-  const std::string period = R"(S,"period_ns":10000000;)";
-  // E, D and 3 stand for an enable, a disable and three samples; - and + for the access refused
-  // and allowed, W and R for the service away and back.
   for (const auto& [events, expected] :
        {Case{"E3D", ""}, Case{"", ""}, Case{"E3", "3 not disabled yet, "},
         Case{"E3D3E3", "3 not disabled yet, 3 sampled while not enabled, "},
@@ -124,30 +149,14 @@ TEST(SamplesTest, AreNotReportedForAReason) {
         Case{"E3-D+E33D", "3 report lost, "}, Case{"E3-D", "3 report lost, "},
         Case{"E3WDE3", "3 not disabled yet, 3 report lost, "}, Case{"E3WDE3DR", ""}}) {
     SCOPED_TRACE(events);
-    std::string text = "0 service_registered;0 engine_start;";
-    int ms = 10;
-    for (const char* event = events; *event != '\0'; ++event) {
-      const auto add = [&](const std::string& what) {
-        text += std::to_string(ms += 10) + ' ' + what;
-      };
-      if (*event == 'E') add("sensor_enabled " + period);
-      if (*event == 'D') add("sensor_disabled S;");
-      if (*event == '-') add("service_refused;");
-      if (*event == '+') add("service_allowed;");
-      if (*event == 'W') add("service_unregistered;");
-      if (*event == 'R') add("service_registered;");
-      for (int i = 0; *event == '3' && i < 3; ++i) {
-        add(R"(sample S,"timestamp_ns":)" + std::to_string(ms) + "000000;");
-      }
-    }
-    const Replayed run(TraceOf(text));
+    const Replayed run(TraceOfLetters(events));
     std::string reasons;
     std::uint64_t samples = 0;
     for (const SensorSummary& sensor : run.summary.sensors) {
       for (const auto& [reason, count] : ReasonsOf(sensor.not_reported)) {
         reasons += std::to_string(count) + ' ' + reason + ", ";
       }
-      samples += sensor.reported ? sensor.reported->samples : 0;
+      samples += sensor.reported.value_or(SampleCounts()).samples;
       samples += sensor.not_reported.Total();
       EXPECT_EQ(samples, sensor.arrived.counts.samples);
     }
@@ -201,7 +210,7 @@ TEST(OutageTest, SaysWhenAndWhy) {
              "6-9 refused_or_failed, ", "refused_or_failed "}}) {
     SCOPED_TRACE(events);
     std::string text = events;
-    for (std::size_t at; (at = text.find(" E")) != std::string::npos;) {
+    for (std::size_t at = 0; (at = text.find(" E")) != std::string::npos;) {
       const bool is_last = at + 2 == text.size();
       text.replace(at, is_last ? 2 : 3, error);
     }

@@ -40,7 +40,8 @@ void SensorChecks::Enable(const Moment& moment, std::int64_t period_ns) {
   span_ = {.period_ns = period_ns};
   fast_ns_ = period_ns / 22 * 10;
   constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
-  slow_ns_ = period_ns > kMax / 2 ? kMax : period_ns + period_ns / 2;
+  const bool is_in_range = period_ns >= 0 && period_ns <= kMax / 2;
+  slow_ns_ = is_in_range ? period_ns + period_ns / 2 : kMax;
 }
 
 void SensorChecks::Disable(const Moment& moment) {

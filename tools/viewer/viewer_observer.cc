@@ -65,7 +65,7 @@ class ViewerObserver : public RunObserver {
     arguments.update(ToJson(fact.cause));
     if (fact.fate != BufferFate::kTaken) {
       out_.Mark(kDropped, at, CaptionOf(fact.fate), fact.name, arguments);
-    } else if (*fact.answer == testkit::Answer::kOk) {
+    } else if (fact.answer == testkit::Answer::kOk) {
       out_.Mark(kDelivered, at, "delivered", fact.name, arguments);
     } else if (fact.answer) {
       arguments["answer"] = AnswerName(*fact.answer);
