@@ -255,8 +255,8 @@ class Host {
   void Start() {
     void* const place = operator new(sizeof(SensorVela));
     recording_ = recordings_.Begin(static_cast<SensorVela*>(place), "second");
-    // Each of the engines can start while the other does. All of their lives beside each other would
-    // be too many schedules.
+    // Each of the engines can start while the other does. All of their lives beside each other
+    // would be too many schedules.
     if (++recorded.engines == 2) Branch(false);
     engine_.reset(new (place) SensorVela(recorder::MakeRecordedSupplier(
         recording_, std::unique_ptr<SensorVela::SystemDiagnosticsSupplierV2>(new Supplier))));
